@@ -1,0 +1,19 @@
+#pragma once
+
+#include "movie/quicktime/ImageDescription.h"
+
+namespace check {
+
+/// The colour info record: the 10-byte NCLC value.
+using ColorInfo = movie::NclcParameters;
+
+/// zeroColorInfo: sets every field to 0 and returns its argument.
+ColorInfo* zeroColorInfo(ColorInfo* info);
+
+/// colorInfoCompare: 0 when all four fields are equal, else -1. Logs both records first, eight lines.
+int colorInfoCompare(ColorInfo source, ColorInfo dest);
+
+/// Whether any of the four fields is not 0.
+bool isColorInfoSet(const ColorInfo& info);
+
+}  // namespace check

@@ -1,0 +1,119 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "movie/decode/MovieDecoder.h"
+#include "movie/quicktime/ImageDescription.h"
+#include "movie/quicktime/MovieError.h"
+#include "movie/quicktime/MovieFile.h"
+#include "movie/quicktime/MovieTime.h"
+#include "movie/render/RgbFrame.h"
+
+namespace movie {
+
+/// A track's media: its numbers, and its sample descriptions, which a movie can replace in memory.
+class Media {
+ public:
+  FourCC type() const { return info_->mediaType; }
+  std::int64_t sampleCount() const { return static_cast<std::int64_t>(info_->sampleCount); }
+  std::int32_t timeScale() const { return info_->mediaTimeScale; }
+  MovieTime duration() const;
+
+  /// 1-based, as the toolbox counts. None when there is no such description.
+  std::size_t sampleDescriptionCount() const { return info_->sampleDescriptions.size(); }
+  std::optional<ImageDescription> imageDescription(std::size_t index) const;  ///< video media only
+  std::optional<Bytes> sampleDescription(std::size_t index) const;            ///< as stored or as last set
+  /// Replaces a sample description in this movie only; the file stays as it is. False when there is no such description.
+  bool setSampleDescription(std::size_t index, const ImageDescription& description);
+
+ private:
+  friend class Movie;
+  explicit Media(const TrackInfo& info) : info_(&info) {}
+  const TrackInfo* info_;
+  std::vector<std::optional<Bytes>> edited_;
+};
+
+class Track {
+ public:
+  std::uint32_t id() const { return info_->id; }
+  FourCC mediaType() const { return info_->mediaType; }
+  Media& media() { return media_; }
+  const Media& media() const { return media_; }
+  const TrackInfo& info() const { return *info_; }
+
+ private:
+  friend class Movie;
+  Track(const TrackInfo& info, std::size_t index) : info_(&info), index_(index), media_(info) {}
+  const TrackInfo* info_;
+  std::size_t index_;
+  Media media_;
+};
+
+/// The start of a movie's timecode, as its first timecode track gives it.
+struct TimecodeStart {
+  std::int64_t frameNumber = 0;  ///< of the first frame
+  std::uint32_t flags = 0;       ///< bit 0: drop frame
+  std::int32_t timeScale = 0, frameDuration = 0;
+  int numberOfFrames = 0;        ///< frames a second, nominal
+};
+
+/// How frameImageAtTime renders.
+enum class FrameStyle {
+  Measurement,  ///< video-range RGB, stretched to the size asked for (renderMeasurementFrame)
+  Display       ///< as an sRGB display shows it under the colours of the image description (renderDisplayFrame)
+};
+
+struct FrameImageRequest {
+  int width = 320, height = 240;
+  FrameStyle style = FrameStyle::Measurement;
+};
+
+/// An opened movie: shared, immutable file below; its own playhead and its own edits of sample descriptions above. Used by
+/// one thread at a time; copies are independent and may be used on other threads. An empty movie has no tracks.
+class Movie {
+ public:
+  /// Whether the file's atoms make a movie, whatever its name says.
+  static bool canInitWithFile(const std::string& path);
+  static Result<std::unique_ptr<Movie>> movieWithFile(const std::string& path);
+  static std::unique_ptr<Movie> movie();
+
+  ~Movie();
+  std::unique_ptr<Movie> copy() const;
+
+  const std::string& path() const;               ///< empty for an empty movie
+  const std::shared_ptr<const MovieFile>& file() const { return file_; }  ///< null for an empty movie
+
+  void gotoBeginning();
+  MovieTime currentTime() const { return currentTime_; }
+  void setCurrentTime(const MovieTime& time) { currentTime_ = time; }
+  MovieTime duration() const;
+  std::int32_t timeScale() const;
+
+  /// In track order. The pointers live as long as this movie.
+  std::vector<Track*> tracksOfMediaType(FourCC mediaType);
+  std::vector<const Track*> tracksOfMediaType(FourCC mediaType) const;
+
+  /// From the first timecode track; none without one, or when its sample cannot be read (then with frame 0).
+  std::optional<TimecodeStart> timecodeStart() const;
+
+  /// The frame of the first video track that is on screen at a movie time. A time past the end gives the last frame, one
+  /// before the beginning the first, as a playhead does. An empty edit is an error: there is no picture.
+  Result<RgbFrame> frameImageAtTime(const MovieTime& time, const FrameImageRequest& request);
+
+ private:
+  Movie() = default;
+  void adoptTracks();
+  Result<MovieDecoder*> decoder(std::size_t track);
+
+  std::shared_ptr<const MovieFile> file_;
+  std::vector<std::unique_ptr<Track>> tracks_;
+  MovieTime currentTime_;
+  std::unique_ptr<MovieDecoder> decoder_;
+  std::size_t decoderTrack_ = 0;
+};
+
+}  // namespace movie

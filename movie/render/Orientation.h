@@ -1,0 +1,21 @@
+#pragma once
+
+#include "movie/quicktime/MovieFile.h"
+#include "movie/render/RgbFrame.h"
+
+namespace movie {
+
+/// One of the eight right-angle placements of a picture. Applied in this order: transpose, then mirror.
+struct Orientation {
+  bool transposed = false;   ///< rows become columns
+  bool mirroredX = false, mirroredY = false;
+  friend bool operator==(const Orientation&, const Orientation&) = default;
+};
+
+/// The orientation of a track matrix; scale and translation do not count, and a matrix that is not a right-angle one
+/// counts as upright. Source: QTFF "Matrices".
+Orientation orientationOf(const TransformMatrix& matrix);
+
+RgbFrame oriented(RgbFrame frame, const Orientation& orientation);
+
+}  // namespace movie
