@@ -44,7 +44,7 @@ function(lumacheck_test name)
   target_compile_definitions(${name} PRIVATE
     LUMACHECK_FIXTURE_DIR="${PROJECT_BINARY_DIR}/fixtures"
     LUMACHECK_REAL_MOVIES="${LUMACHECK_REAL_MOVIES}")
-  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} GTest::gmock GTest::gtest)
+  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
   if(TARGET movie_ffmpeg)
     add_dependencies(${name} movie_ffmpeg)
   endif()
