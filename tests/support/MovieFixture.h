@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace movie::test {
+
+/// The path of a file that `ffmpeg -nostdin -v error -y <ffmpegArguments> <path>` makes, made now unless it stands
+/// already. Kept between runs in LUMACHECK_FIXTURE_DIR under a name that holds `name`'s stem, a hash of the arguments
+/// and `name`'s extension, which tells ffmpeg the format. The arguments may name other fixtures. Any number of
+/// processes and threads may ask for the same file at once; it appears whole or not at all. Treat it as read-only: copy
+/// it before changing it. An ffmpeg that fails throws std::runtime_error with the command and what it said, so the test
+/// fails with that text.
+std::string fixtureMovie(const std::string& name, const std::vector<std::string>& ffmpegArguments);
+
+/// The same for any program whose last argument is the file to write. `program` is looked up in PATH.
+std::string fixtureFile(const std::string& name, const std::string& program, const std::vector<std::string>& arguments);
+
+/// The files ending in one of the extensions (".mov"; lower case) in the folder of real movies, sorted; none when there
+/// is no such folder.
+std::vector<std::string> realMovies(const std::vector<std::string>& extensions);
+
+}  // namespace movie::test
