@@ -1,0 +1,31 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/Scene.h"
+
+namespace check::test {
+
+/// How a codec is asked for, and what its samples look like.
+struct Encoding {
+  std::string name;         ///< of the test
+  std::string extension;    ///< of the movie
+  std::string pixelFormat;  ///< as ffmpeg calls it
+  std::vector<std::string> codec;
+  movie::test::SceneRange range = movie::test::SceneRange::Video;
+  int width = 1280, height = 720;
+  bool rgb = false;  ///< the exponent is applied to R, G and B alike
+};
+
+/// A master encoded once, and exports of it: transcoded from it with the luma raised to an exponent, in the same
+/// encoding or another one.
+std::string encodedMaster(const Encoding& encoding, movie::test::SceneKind scene);
+std::string encodedExport(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
+                          std::optional<double> exponent);
+
+/// What the check measures between two movies at their beginning: commonDiff.
+double measuredExponent(const std::string& source, const std::string& dest);
+
+}  // namespace check::test
