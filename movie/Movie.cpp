@@ -1,0 +1,204 @@
+#include "movie/Movie.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "movie/EditList.h"
+#include "movie/decode/DecoderModule.h"
+#include "movie/render/DisplayRenderer.h"
+#include "movie/render/MeasurementRenderer.h"
+#include "movie/render/Orientation.h"
+
+namespace movie {
+namespace {
+
+std::int64_t signedDuration(std::uint64_t duration) {
+  constexpr std::uint64_t longest = std::numeric_limits<std::int64_t>::max();
+  return static_cast<std::int64_t>(std::min(duration, longest));
+}
+
+/// The clean aperture as a crop of the picture, as far as it lies inside; empty when it is the whole picture or
+/// nothing.
+PictureCrop cropOf(const ImageDescription& description) {
+  const auto aperture = description.cleanAperture();
+  if (!aperture) return {};
+  const double width = description.width(), height = description.height();
+  const double left = (width - aperture->width) / 2 + aperture->horizontalOffset;
+  const double top = (height - aperture->height) / 2 + aperture->verticalOffset;
+  PictureCrop crop{.left = std::max(left, 0.0), .top = std::max(top, 0.0)};
+  crop.width = std::min(left + aperture->width, width) - crop.left;
+  crop.height = std::min(top + aperture->height, height) - crop.top;
+  const bool isWhole = crop.width >= width && crop.height >= height;
+  if (isWhole || !(crop.width >= 1) || !(crop.height >= 1)) return {};
+  return crop;
+}
+
+/// What a timecode track's sample description says, without the start. Source: QTFF "Timecode sample description".
+std::optional<TimecodeStart> timecodeDefinition(const Bytes& description) {
+  constexpr std::size_t flagsOffset = 20, scaleOffset = 24, durationOffset = 28, framesOffset = 32;
+  if (description.size() <= framesOffset) return std::nullopt;
+  return TimecodeStart{.frameNumber = 0,
+                       .flags = read32(description, flagsOffset),
+                       .timeScale = static_cast<std::int32_t>(read32(description, scaleOffset)),
+                       .frameDuration = static_cast<std::int32_t>(read32(description, durationOffset)),
+                       .numberOfFrames = description[framesOffset]};
+}
+
+/// How many whole timecode frames lie in `ticks` of the timecode track's media.
+std::int64_t timecodeFramesIn(std::int64_t ticks, std::int32_t mediaTimeScale, const TimecodeStart& definition) {
+  if (ticks <= 0 || mediaTimeScale <= 0 || definition.timeScale <= 0 || definition.frameDuration <= 0) return 0;
+  __extension__ using Wide = __int128;
+  const Wide frames = Wide{ticks} * definition.timeScale / (Wide{mediaTimeScale} * definition.frameDuration);
+  return static_cast<std::int64_t>(std::min<Wide>(frames, std::numeric_limits<std::int32_t>::max()));
+}
+
+}  // namespace
+
+MovieTime Media::duration() const {
+  return {.value = signedDuration(info_->mediaDuration), .scale = info_->mediaTimeScale};
+}
+
+std::optional<Bytes> Media::sampleDescription(std::size_t index) const {
+  if (index == 0 || index > sampleDescriptionCount()) return std::nullopt;
+  if (index <= edited_.size() && edited_[index - 1]) return edited_[index - 1];
+  return info_->sampleDescriptions[index - 1];
+}
+
+std::optional<ImageDescription> Media::imageDescription(std::size_t index) const {
+  auto bytes = type() == videoMedia ? sampleDescription(index) : std::nullopt;
+  if (!bytes) return std::nullopt;
+  return ImageDescription(std::move(*bytes));
+}
+
+bool Media::setSampleDescription(std::size_t index, const ImageDescription& description) {
+  if (index == 0 || index > sampleDescriptionCount()) return false;
+  if (edited_.size() < index) edited_.resize(index);
+  edited_[index - 1] = description.bytes();
+  return true;
+}
+
+bool Movie::canInitWithFile(const std::string& path) {
+  return MovieFile::open(path).has_value();
+}
+
+Result<std::unique_ptr<Movie>> Movie::movieWithFile(const std::string& path) {
+  auto file = MovieFile::open(path);
+  if (!file) return tl::unexpected(std::move(file).error());
+  std::unique_ptr<Movie> movie(new Movie);
+  movie->file_ = std::move(*file);
+  const auto& infos = movie->file_->tracks();
+  for (std::size_t i = 0; i < infos.size(); ++i) movie->tracks_.emplace_back(new Track(infos[i], i));
+  movie->gotoBeginning();
+  return movie;
+}
+
+std::unique_ptr<Movie> Movie::movie() {
+  return std::unique_ptr<Movie>(new Movie);
+}
+
+Movie::~Movie() = default;
+
+std::unique_ptr<Movie> Movie::copy() const {
+  std::unique_ptr<Movie> copied(new Movie);
+  copied->file_ = file_;
+  for (const auto& track : tracks_) copied->tracks_.emplace_back(new Track(*track));
+  copied->currentTime_ = currentTime_;
+  return copied;
+}
+
+const std::string& Movie::path() const {
+  static const std::string none;
+  return file_ ? file_->path() : none;
+}
+
+void Movie::gotoBeginning() {
+  currentTime_ = {.value = 0, .scale = timeScale()};
+}
+
+MovieTime Movie::duration() const {
+  return {.value = file_ ? signedDuration(file_->duration()) : 0, .scale = timeScale()};
+}
+
+std::int32_t Movie::timeScale() const {
+  return file_ ? file_->timeScale() : 0;
+}
+
+std::vector<Track*> Movie::tracksOfMediaType(FourCC mediaType) {
+  std::vector<Track*> found;
+  for (const auto& track : tracks_) {
+    if (track->mediaType() == mediaType) found.push_back(track.get());
+  }
+  return found;
+}
+
+std::vector<const Track*> Movie::tracksOfMediaType(FourCC mediaType) const {
+  std::vector<const Track*> found;
+  for (const auto& track : tracks_) {
+    if (track->mediaType() == mediaType) found.push_back(track.get());
+  }
+  return found;
+}
+
+const Track* Movie::firstTrack(FourCC mediaType) const {
+  const auto found = tracksOfMediaType(mediaType);
+  return found.empty() ? nullptr : found.front();
+}
+
+std::optional<TimecodeStart> Movie::timecodeStart() const {
+  const Track* const track = firstTrack(timecodeMedia);
+  const auto description = track ? track->media().sampleDescription(1) : std::nullopt;
+  auto start = description ? timecodeDefinition(*description) : std::nullopt;
+  if (!start) return std::nullopt;
+
+  const std::int64_t mediaStart = mediaStartTime(track->info());
+  const auto sample = file_->sampleTable(track->index_).presentedAt(mediaStart);
+  const auto bytes = sample ? file_->readSample(track->index_, sample->index, 4) : Result<Bytes>(Bytes{});
+  if (!bytes || bytes->size() < 4) return start;
+  start->frameNumber = static_cast<std::int32_t>(read32(*bytes, 0)) +
+                       timecodeFramesIn(mediaStart - sample->presentationTime, track->info().mediaTimeScale, *start);
+  return start;
+}
+
+Result<MovieDecoder*> Movie::decoder(std::size_t track) {
+  if (decoder_ && decoderTrack_ == track) return decoder_.get();
+  const auto backend = decoderBackend();
+  if (!backend) return tl::unexpected(backend.error());
+  auto made = (*backend)->makeDecoder(file_, track);
+  if (!made) return tl::unexpected(std::move(made).error());
+  decoder_ = std::move(*made);
+  decoderTrack_ = track;
+  return decoder_.get();
+}
+
+Result<Picture> Movie::pictureAt(const Track& track, const PictureRequest& request) {
+  const auto source = decoder(track.index_);
+  if (!source) return tl::unexpected(source.error());
+  return (*source)->picture(request);
+}
+
+Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
+  const auto failure = [&](const char* reason) {
+    return tl::unexpected(MovieError{.file = path(), .atom = {}, .offset = 0, .reason = reason});
+  };
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return failure("the movie has no video track");
+  const auto description = track->media().imageDescription(1);
+  if (!description) return failure("the video track has no image description");
+  const auto sample = sampleOnScreen(track->info(), timeScale(), file_->sampleTable(track->index_), time);
+  if (!sample) return failure("the video track has no samples");
+
+  const Orientation orientation = orientationOf(track->info().matrix);
+  PictureRequest pictureRequest{
+      .sample = *sample, .crop = cropOf(*description), .width = request.width, .height = request.height};
+  if (orientation.transposed) std::swap(pictureRequest.width, pictureRequest.height);
+  const auto picture = pictureAt(*track, pictureRequest);
+  if (!picture) return tl::unexpected(picture.error());
+
+  const ColorSet colors = colorSetOf(*description);
+  return oriented(request.style == FrameStyle::Measurement ? renderMeasurementFrame(*picture, colors.nclc)
+                                                           : renderDisplayFrame(*picture, colors),
+                  orientation);
+}
+
+}  // namespace movie

@@ -27,11 +27,12 @@ class Media {
   std::size_t sampleDescriptionCount() const { return info_->sampleDescriptions.size(); }
   std::optional<ImageDescription> imageDescription(std::size_t index) const;  ///< video media only
   std::optional<Bytes> sampleDescription(std::size_t index) const;            ///< as stored or as last set
-  /// Replaces a sample description in this movie only; the file stays as it is. False when there is no such description.
+  /// Replaces a sample description in this movie only; the file stays as it is. False when there is no such
+  /// description.
   bool setSampleDescription(std::size_t index, const ImageDescription& description);
 
  private:
-  friend class Movie;
+  friend class Track;
   explicit Media(const TrackInfo& info) : info_(&info) {}
   const TrackInfo* info_;
   std::vector<std::optional<Bytes>> edited_;
@@ -58,7 +59,7 @@ struct TimecodeStart {
   std::int64_t frameNumber = 0;  ///< of the first frame
   std::uint32_t flags = 0;       ///< bit 0: drop frame
   std::int32_t timeScale = 0, frameDuration = 0;
-  int numberOfFrames = 0;        ///< frames a second, nominal
+  int numberOfFrames = 0;  ///< frames a second, nominal
 };
 
 /// How frameImageAtTime renders.
@@ -68,12 +69,13 @@ enum class FrameStyle {
 };
 
 struct FrameImageRequest {
+  /// In pixels, as shown; 0 x 0 keeps the size of the clean aperture.
   int width = 320, height = 240;
   FrameStyle style = FrameStyle::Measurement;
 };
 
-/// An opened movie: shared, immutable file below; its own playhead and its own edits of sample descriptions above. Used by
-/// one thread at a time; copies are independent and may be used on other threads. An empty movie has no tracks.
+/// An opened movie: shared, immutable file below; its own playhead and its own edits of sample descriptions above. Used
+/// by one thread at a time; copies are independent and may be used on other threads. An empty movie has no tracks.
 class Movie {
  public:
   /// Whether the file's atoms make a movie, whatever its name says.
@@ -84,7 +86,7 @@ class Movie {
   ~Movie();
   std::unique_ptr<Movie> copy() const;
 
-  const std::string& path() const;               ///< empty for an empty movie
+  const std::string& path() const;                                        ///< empty for an empty movie
   const std::shared_ptr<const MovieFile>& file() const { return file_; }  ///< null for an empty movie
 
   void gotoBeginning();
@@ -97,17 +99,20 @@ class Movie {
   std::vector<Track*> tracksOfMediaType(FourCC mediaType);
   std::vector<const Track*> tracksOfMediaType(FourCC mediaType) const;
 
-  /// From the first timecode track; none without one, or when its sample cannot be read (then with frame 0).
+  /// From the first timecode track, its edit list counted. None without such a track or with a sample description too
+  /// short to tell. A sample that cannot be read counts as frame 0. Source: QTFF "Timecode sample description".
   std::optional<TimecodeStart> timecodeStart() const;
 
-  /// The frame of the first video track that is on screen at a movie time. A time past the end gives the last frame, one
-  /// before the beginning the first, as a playhead does. An empty edit is an error: there is no picture.
+  /// The frame of the first video track, enabled or not, that is on screen at a movie time (see EditList.h for which
+  /// that is), inside the clean aperture and turned by the track's matrix. The colours are those of the first image
+  /// description as this movie has it. Errors: no video track, no sample, or what the decoder says.
   Result<RgbFrame> frameImageAtTime(const MovieTime& time, const FrameImageRequest& request);
 
  private:
   Movie() = default;
-  void adoptTracks();
+  const Track* firstTrack(FourCC mediaType) const;
   Result<MovieDecoder*> decoder(std::size_t track);
+  Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
 
   std::shared_ptr<const MovieFile> file_;
   std::vector<std::unique_ptr<Track>> tracks_;

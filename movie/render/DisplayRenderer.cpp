@@ -1,0 +1,73 @@
+#include "movie/render/DisplayRenderer.h"
+
+#include <cmath>
+
+#include "movie/render/IccProfile.h"
+#include "movie/render/PictureRgb.h"
+#include "movie/render/RecentlyUsed.h"
+
+namespace movie {
+namespace {
+
+/// What an sRGB display needs for each 16-bit value.
+using ToneTable = std::vector<std::uint8_t>;
+
+/// Source: IEC 61966-2-1.
+double srgbEncoded(double light) {
+  return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1.0 / 2.4) - 0.055;
+}
+
+std::shared_ptr<const ToneTable> toneTable(double power) {
+  static RecentlyUsed<double, ToneTable> tables;
+  return tables.get(power, [&] {
+    auto table = std::make_shared<ToneTable>(65536);
+    for (std::size_t i = 0; i < table->size(); ++i) {
+      const double light = std::pow(static_cast<double>(i) / 65535.0, power);
+      (*table)[i] = static_cast<std::uint8_t>(255.0 * srgbEncoded(light) + 0.5);
+    }
+    return table;
+  });
+}
+
+std::vector<std::uint8_t> shownUnderProfile(const std::vector<std::uint16_t>& rgb, const ProfileTransform& transform) {
+  std::vector<std::uint8_t> shown(rgb.size());
+  transform.apply(rgb, shown);
+  return shown;
+}
+
+std::vector<std::uint8_t> shownUnderPower(const std::vector<std::uint16_t>& rgb, double power) {
+  const auto table = toneTable(power);
+  std::vector<std::uint8_t> shown(rgb.size());
+  std::transform(rgb.begin(), rgb.end(), shown.begin(), [&](std::uint16_t value) { return (*table)[value]; });
+  return shown;
+}
+
+}  // namespace
+
+RgbFrame renderDisplayFrame(const Picture& picture, const ColorSet& colors) {
+  using Kind = TransferInForce::Kind;
+  const ChromaWeights weights = matrixInForce(colors.nclc, picture);
+  const auto asTheyAre = [&] { return rgbSamplesOf<std::uint8_t>(picture, weights, {.black = 0, .white = 255}); };
+  const auto inFull = [&] { return rgbSamplesOf<std::uint16_t>(picture, weights, {.black = 0, .white = 65535}); };
+
+  RgbFrame frame{.width = picture.width, .height = picture.height, .samples = {}};
+  const TransferInForce transfer = transferInForce(colors);
+  switch (transfer.kind) {
+    case Kind::Profile: {
+      const auto transform = ProfileTransform::forProfile(*colors.iccProfile);
+      frame.samples = transform ? shownUnderProfile(inFull(), *transform) : asTheyAre();
+      break;
+    }
+    case Kind::Power:
+    case Kind::Linear:
+      frame.samples = shownUnderPower(inFull(), transfer.power);
+      break;
+    case Kind::Srgb:
+    case Kind::AsIs:
+      frame.samples = asTheyAre();
+      break;
+  }
+  return frame;
+}
+
+}  // namespace movie

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
+#include <span>
 #include <string>
 
 #include "movie/quicktime/ByteOrder.h"
@@ -15,5 +18,24 @@ std::string profileDescription(ByteView profile);
 
 /// Whether the colour engine opens the bytes as a profile that an RGB picture can be rendered from.
 bool isUsableRgbProfile(ByteView profile);
+
+/// From the RGB of a profile to sRGB, relative colorimetric. Immutable: usable from several threads.
+class ProfileTransform {
+ public:
+  /// Making one takes some milliseconds; those asked for last are kept. Null unless isUsableRgbProfile. Thread-safe.
+  static std::shared_ptr<const ProfileTransform> forProfile(ByteView profile);
+
+  ~ProfileTransform();
+  ProfileTransform(const ProfileTransform&) = delete;
+  ProfileTransform& operator=(const ProfileTransform&) = delete;
+
+  /// RGB triples, full range, into as many sRGB triples.
+  void apply(std::span<const std::uint16_t> rgb, std::span<std::uint8_t> srgb) const;
+
+ private:
+  ProfileTransform() = default;
+  struct Handles;
+  std::unique_ptr<Handles> handles_;
+};
 
 }  // namespace movie

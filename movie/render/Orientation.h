@@ -7,7 +7,7 @@ namespace movie {
 
 /// One of the eight right-angle placements of a picture. Applied in this order: transpose, then mirror.
 struct Orientation {
-  bool transposed = false;   ///< rows become columns
+  bool transposed = false;  ///< rows become columns
   bool mirroredX = false, mirroredY = false;
   friend bool operator==(const Orientation&, const Orientation&) = default;
 };
