@@ -4,42 +4,57 @@
 #include <optional>
 #include <vector>
 
-#include "movie/quicktime/ByteOrder.h"
-
 namespace movie {
 
 /// One sample as presented. Times in units of the media's time scale, on the media's own time line (before edit lists).
 struct PresentedSample {
-  std::uint64_t index = 0;             ///< 0-based, in decode order
+  std::uint64_t index = 0;  ///< 0-based, in decode order
   std::int64_t decodeTime = 0;
   std::int64_t presentationTime = 0;
-  std::int64_t duration = 0;           ///< until the next presented sample; the last one's own duration
+  std::int64_t duration = 0;  ///< until the next presented sample; the last one's own duration
 };
 
 /// A run of samples that share duration and composition offset, as stts, ctts and trun give them.
 struct TimeRun {
   std::uint64_t count = 0;
-  std::int64_t duration = 0;
-  std::int64_t compositionOffset = 0;
+  std::uint32_t duration = 0;
+  std::int32_t compositionOffset = 0;
+  /// The decode time of its first sample where it does not simply follow the run before it (tfdt).
+  std::optional<std::int64_t> decodeStart = std::nullopt;
 };
 
-/// When the samples of a track are shown, and from which of them decoding can start. Built from stts, ctts, stss and stps,
-/// or from the fragments' trun atoms. Immutable and free of threads' concerns once built.
-/// Source: QTFF "Sample table atoms"; ISO/IEC 14496-12, 8.6.
+/// `count` samples from the 0-based decode index `first` on.
+struct SampleRange {
+  std::uint64_t first = 0;
+  std::uint64_t count = 0;
+
+  friend bool operator==(const SampleRange&, const SampleRange&) = default;
+};
+
+/// When the samples of a track are shown, and from which of them decoding can start. Built from stts, ctts, stss and
+/// stps, or from the fragments' trun atoms. Immutable and free of threads' concerns once built. Look-ups are O(log
+/// runs) for any table whose runs do not overlap in presentation; samples are never expanded. Source: QTFF "Sample
+/// table atoms"; ISO/IEC 14496-12, 8.6.
 class SampleTable {
  public:
+  /// Times beyond this are not represented: the samples from there on are left out.
+  static constexpr std::int64_t maximumTime = std::int64_t{1} << 60;
+
   SampleTable() = default;
-  /// `syncSamples` are 0-based decode indices, ascending; none means that every sample is one.
-  SampleTable(std::vector<TimeRun> runs, std::optional<std::vector<std::uint64_t>> syncSamples);
+  /// `syncSamples` may come in any order and overlap; none means that every sample is one.
+  explicit SampleTable(const std::vector<TimeRun>& runs,
+                       std::optional<std::vector<SampleRange>> syncSamples = std::nullopt);
 
   std::uint64_t sampleCount() const { return count_; }
-  /// The sum of the samples' durations.
+  /// Where the last sample ends on the decode time line, which begins at 0: the sum of the samples' durations and of
+  /// any gaps between fragments.
   std::int64_t duration() const { return duration_; }
 
-  /// The sample on screen at a media time: the last one presented at or before it. A time before the first sample gives
-  /// the first; none only when the table is empty.
+  /// The sample on screen at a media time: the last one presented at or before it; of several presented at one time the
+  /// last in decode order. A time before the first sample gives the first; none only when the table is empty.
   std::optional<PresentedSample> presentedAt(std::int64_t mediaTime) const;
 
+  /// An index past the end counts as the last one; 0 for an empty table.
   std::int64_t decodeTimeOf(std::uint64_t index) const;
   std::int64_t presentationTimeOf(std::uint64_t index) const;
 
@@ -47,8 +62,28 @@ class SampleTable {
   std::uint64_t syncSampleAtOrBefore(std::uint64_t index) const;
 
  private:
-  std::vector<TimeRun> runs_;
-  std::optional<std::vector<std::uint64_t>> sync_;
+  struct Run {
+    std::uint64_t firstSample = 0;
+    std::int64_t start = 0;  ///< decode time
+    std::uint32_t duration = 0;
+    std::int32_t offset = 0;
+
+    std::int64_t firstPresented() const { return start + offset; }
+  };
+
+  bool append(const TimeRun& run, std::int64_t& decodeTime);
+  void orderByPresentation();
+  void normaliseSync();
+  std::size_t runOf(std::uint64_t index) const;
+  std::uint64_t samplesIn(std::size_t run) const;
+  std::int64_t lastPresented(std::size_t run) const;
+  std::size_t ordered(std::size_t place) const { return order_.empty() ? place : order_[place]; }
+  std::int64_t latestUpTo(std::size_t place) const;
+
+  std::vector<Run> runs_;             ///< in decode order
+  std::vector<std::uint32_t> order_;  ///< runs by first presentation; empty when runs_ already is in that order
+  std::vector<std::int64_t> latest_;  ///< per place in order_: the latest presentation up to there
+  std::optional<std::vector<SampleRange>> sync_;  ///< ascending, apart from each other
   std::uint64_t count_ = 0;
   std::int64_t duration_ = 0;
 };

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "movie/quicktime/AtomReader.h"
+#include "movie/quicktime/MovieError.h"
+
+namespace movie {
+
+/// No compressed movie atom is inflated beyond this many bytes.
+inline constexpr std::size_t maximumInflatedSize = std::size_t{64} << 20;
+
+/// The movie atom, header included, that a 'cmov' atom holds compressed. `compressed` was read from `bytes`. The error
+/// has a reason only; the caller knows file and place. Source: QTFF "Compressed movie resources".
+Result<Bytes> inflateMovie(ByteView bytes, const Atom& compressed);
+
+}  // namespace movie
