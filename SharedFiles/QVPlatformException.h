@@ -4,8 +4,8 @@
 #include <exception>
 #include <utility>
 
-/// The platform's general exception: a name and a reason. Guards catch this class and nothing else; whatever else is thrown
-/// passes on. Only adapters to libraries throw it.
+/// The platform's general exception: a name and a reason. Guards catch this class and nothing else; whatever else is
+/// thrown passes on. Only adapters to libraries throw it.
 class QVPlatformException : public std::exception {
  public:
   explicit QVPlatformException(QString reason, QString name = QStringLiteral("NSGenericException"))

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QByteArray>
+#include <QFile>
+#include <QString>
+#include <memory>
+
+/// Where entry lines go. Used by one thread at a time.
+class LogSink {
+ public:
+  virtual ~LogSink() = default;
+  /// Appends the whole line; throws QVPlatformException when that fails.
+  virtual void write(const QByteArray& line) = 0;
+};
+
+/// A log file, written to at its end. Closed when the object goes.
+class LogFileSink final : public LogSink {
+ public:
+  enum class IfMissing { Fail, Create };
+
+  /// Null when the file cannot be opened.
+  static std::shared_ptr<LogSink> open(const QString& path, IfMissing ifMissing);
+
+  /// Use open().
+  explicit LogFileSink(const QString& path) : file_(path) {}
+  void write(const QByteArray& line) override;
+
+ private:
+  QFile file_;
+};
