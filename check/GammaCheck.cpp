@@ -1,0 +1,209 @@
+#include "check/GammaCheck.h"
+
+#include <future>
+#include <utility>
+#include <vector>
+
+#include "SharedFiles/LogFormat.h"
+#include "SharedFiles/QVLog.h"
+#include "check/ColorInfo.h"
+#include "check/MetadataSync.h"
+
+namespace check {
+namespace {
+
+using movie::ImageDescription;
+
+constexpr movie::FrameImageRequest frameAttributes{320, 240, movie::FrameStyle::Measurement};
+
+/// The first video track's first image description of each side, which is all the metadata section looks at.
+struct DescriptionPair {
+  std::optional<ImageDescription> source, dest;  ///< none when the media has no sample description
+};
+
+std::optional<DescriptionPair> firstDescriptions(const movie::Movie& source, const movie::Movie& dest) {
+  const std::vector<const movie::Track*> sourceTracks = source.tracksOfMediaType(movie::videoMedia);
+  const std::vector<const movie::Track*> destTracks = dest.tracksOfMediaType(movie::videoMedia);
+  if (sourceTracks.empty() || destTracks.empty()) return std::nullopt;
+  const movie::Media& sourceMedia = sourceTracks.front()->media();
+  const movie::Media& destMedia = destTracks.front()->media();
+  QVLog::fastAppendLog(QStringLiteral("Source ImageDescription count: %i"),
+                       static_cast<int>(sourceMedia.sampleDescriptionCount()));
+  QVLog::fastAppendLog(QStringLiteral("Dest ImageDescription count: %i"),
+                       static_cast<int>(destMedia.sampleDescriptionCount()));
+  return DescriptionPair{sourceMedia.imageDescription(1), destMedia.imageDescription(1)};
+}
+
+/// In single precision, as it is compared and shown; 0 when absent.
+float gammaOf(const std::optional<ImageDescription>& description) {
+  const std::int32_t fixed = description ? description->gamma().value_or(0) : 0;
+  return static_cast<float>(fixed) * (1.0F / 65536.0F);
+}
+
+ColorInfo colorInfoOf(const std::optional<ImageDescription>& description) {
+  ColorInfo info;
+  zeroColorInfo(&info);
+  if (description) info = description->nclc().value_or(info);
+  return info;
+}
+
+std::optional<movie::Bytes> profileOf(const std::optional<ImageDescription>& description) {
+  return description ? description->iccProfile() : std::nullopt;
+}
+
+bool compareGammas(const DescriptionPair& descriptions, ReportConsole& console) {
+  const float source = gammaOf(descriptions.source);
+  const float dest = gammaOf(descriptions.dest);
+  console.outputText(source == 0.0F ? QStringLiteral("Source file has no gamma metadata set.")
+                                    : formatLog(QStringLiteral("Source gamma metadata: %0.2f"), double{source}));
+  console.outputText(dest == 0.0F ? QStringLiteral("Destination file has no gamma metadata set.")
+                                  : formatLog(QStringLiteral("Destination gamma metadata: %0.2f"), double{dest}));
+  const bool match = source == dest;
+  if (match) {
+    console.outputBoldText(QStringLiteral("Source and destination gamma metadata match."));
+  } else {
+    console.outputBoldErrorText(QStringLiteral("Source and destination gamma metadata do not match."));
+  }
+  return match;
+}
+
+bool compareColors(const DescriptionPair& descriptions, ReportConsole& console) {
+  const ColorInfo source = colorInfoOf(descriptions.source);
+  console.outputText(isColorInfoSet(source) ? QStringLiteral("Source color metadata is set.")
+                                            : QStringLiteral("Source file has no color metadata set."));
+  const ColorInfo dest = colorInfoOf(descriptions.dest);
+  console.outputText(isColorInfoSet(dest) ? QStringLiteral("Destination color metadata is set.")
+                                          : QStringLiteral("Destination file has no color metadata set."));
+  const bool match = colorInfoCompare(source, dest) == 0;
+  if (match) {
+    console.outputBoldText(QStringLiteral("Source and destination color metadata match."));
+  } else {
+    console.outputBoldErrorText(QStringLiteral("Source and destination color metadata do not match."));
+  }
+  return match;
+}
+
+bool compareProfiles(const DescriptionPair& descriptions, ReportConsole& console) {
+  const std::optional<movie::Bytes> source = profileOf(descriptions.source);
+  console.outputText(source ? QStringLiteral("Source color space metadata is set.")
+                            : QStringLiteral("Source file has no color space metadata set."));
+  const std::optional<movie::Bytes> dest = profileOf(descriptions.dest);
+  console.outputText(dest ? QStringLiteral("Destination color space metadata is set.")
+                          : QStringLiteral("Destination file has no color space metadata set."));
+  const bool match = source == dest;  // byte for byte; two absent ones match
+  if (match) {
+    console.outputBoldText(QStringLiteral("Source and destination color space metadata match."));
+  } else {
+    console.outputBoldErrorText(QStringLiteral("Source and destination color space metadata do not match."));
+  }
+  return match;
+}
+
+std::optional<MetadataFindings> compareMetadata(const movie::Movie& source, const movie::Movie& dest,
+                                                ReportConsole& console) {
+  const std::optional<DescriptionPair> descriptions = firstDescriptions(source, dest);
+  if (!descriptions) return std::nullopt;
+  MetadataFindings findings;
+  findings.gammaMatch = compareGammas(*descriptions, console);
+  findings.colorMatch = compareColors(*descriptions, console);
+  findings.colorSpaceMatch = compareProfiles(*descriptions, console);
+  return findings;
+}
+
+struct FramePair {
+  movie::Result<movie::RgbFrame> source, dest;
+};
+
+/// Each copy is used by one thread only. Where no thread can be had, one after the other.
+FramePair decodeFrames(movie::Movie& sourceCopy, movie::Movie& destCopy, const CheckRequest& request) {
+  std::future<movie::Result<movie::RgbFrame>> source = std::async(std::launch::async | std::launch::deferred, [&] {
+    return sourceCopy.frameImageAtTime(request.sourceTime, frameAttributes);
+  });
+  movie::Result<movie::RgbFrame> dest = destCopy.frameImageAtTime(request.destTime, frameAttributes);
+  return {source.get(), std::move(dest)};
+}
+
+RgbFrameBitmap bitmapOf(movie::Result<movie::RgbFrame> frame, std::optional<movie::MovieError>& error) {
+  if (frame) return RgbFrameBitmap(std::move(*frame));
+  error = std::move(frame.error());
+  return {};
+}
+
+/// A missing frame is an empty bitmap, which holds no pair of pixels: known without a scan, in which every pixel of the
+/// other side would find nothing opposite it and say so in the log.
+GammaEstimate estimateGamma(const FrameBitmap& source, const FrameBitmap& dest) {
+  const RgbFrameBitmap none;
+  return gammaShiftForSourceBitmap(dest.pixelsWide() < 1 ? none : source, dest);
+}
+
+void reportShift(double v, ReportConsole& console) {
+  const bool darker = v > 1.0;
+  // Within the margin the text goes along as a second argument, which neither format has a place for.
+  const bool withinMargin = darker ? v <= 1.1 : v >= 0.9;
+  const QString margin = withinMargin ? QStringLiteral(" (within margin of error)") : QStringLiteral("");
+  console.outputBoldErrorText(
+      formatLog(darker ? QStringLiteral("Gamma shift: %0.2f (darker)") : QStringLiteral("Gamma shift: %0.2f (lighter)"),
+                v, margin));
+}
+
+}  // namespace
+
+PixelShift pixelShiftOf(double commonDiff) {
+  if (commonDiff >= 0.2 && commonDiff < 0.95) return PixelShift::Lighter;
+  if (commonDiff > 1.05 && commonDiff <= 5.0) return PixelShift::Darker;
+  if (commonDiff >= 0.95 && commonDiff <= 1.05) return PixelShift::None;
+  return PixelShift::Unmatched;
+}
+
+void reportPixels(double v, bool metadataMismatch, ReportConsole& console) {
+  const PixelShift shift = pixelShiftOf(v);
+  if (shift == PixelShift::Darker || shift == PixelShift::Lighter) {
+    reportShift(v, console);
+    console.outputBoldText(
+        metadataMismatch
+            ? QStringLiteral("Recommendation:\nThe gamma shift is occurring within the pixels of the movie and within "
+                             "metadata. You are advised to go back to the application that created the destination "
+                             "file and check the input and output settings to remove the cause of the gamma shift. If "
+                             "necessary, return to Lumacheck and sync the gamma metadata.")
+            : QStringLiteral("Recommendation:\nThe gamma shift is occurring within the pixels of the movie, not within "
+                             "metadata. You are advised to go back to the application that created the destination "
+                             "file and check the input and output settings to remove the cause of the gamma shift."));
+    return;
+  }
+  console.outputBoldText(
+      QStringLiteral("No noticeable gamma shift detected on destination movie's pixels. This is either because the "
+                     "source and destination frames do not match closely enough or because the gamma shift is "
+                     "occurring in metadata."));
+  console.outputBoldText(metadataMismatch
+                             ? QStringLiteral("Recommendation:\nThe gamma shift is occurring in metadata so click the "
+                                              "Sync Metadata button to resolve this.")
+                             : QStringLiteral("No noticeable gamma shift was found."));
+}
+
+// checkOnThread
+CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console) {
+  console.clearTextView();
+  console.outputText(QStringLiteral("Checking files..."));
+  if (request.stopPlayback) request.stopPlayback();
+  const std::unique_ptr<movie::Movie> sourceCopy = request.source.copy();
+  const std::unique_ptr<movie::Movie> destCopy = request.dest.copy();
+
+  CheckOutcome outcome;
+  outcome.metadata = compareMetadata(*sourceCopy, *destCopy, console);
+  const bool metadataMismatch = outcome.metadata && outcome.metadata->mismatch();
+  matchMetadata(*sourceCopy, *destCopy);
+
+  FramePair frames = decodeFrames(*sourceCopy, *destCopy, request);
+  const RgbFrameBitmap source = bitmapOf(std::move(frames.source), outcome.sourceFrameError);
+  const RgbFrameBitmap dest = bitmapOf(std::move(frames.dest), outcome.destFrameError);
+  if (isBlackFrame(source)) {
+    outcome.tooDark = true;
+    return outcome;
+  }
+  outcome.pixels = estimateGamma(source, dest);
+  QVLog::fastAppendLog(QStringLiteral("Gamma: %f"), outcome.pixels->commonDiff);
+  reportPixels(outcome.pixels->commonDiff, metadataMismatch, console);
+  return outcome;
+}
+
+}  // namespace check

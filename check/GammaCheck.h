@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QString>
 #include <functional>
 #include <optional>
 
@@ -17,13 +18,20 @@ struct MetadataFindings {
 
 enum class PixelShift { None, Darker, Lighter, Unmatched };
 
-/// The verdict on a commonDiff: darker or lighter inside [0.2, 0.95) and (1.05, 5.0]; Unmatched for 0, below 0.2, above 5
-/// and NaN (the frames do not match: the report shows these as no shift); else None.
+/// The verdict on a commonDiff: darker or lighter inside [0.2, 0.95) and (1.05, 5.0]; Unmatched for 0, below 0.2, above
+/// 5 and NaN (the frames do not match: the report shows these as no shift); else None.
 PixelShift pixelShiftOf(double commonDiff);
+
+/// What to tell the user when the source frame is too dark; the report itself ends without a word then.
+inline const QString tooDarkMessageText = QStringLiteral("Source frame is too dark");
+inline const QString tooDarkInformativeText = QStringLiteral(
+    "The source frame does not have enough non-black pixels for a valid analysis. Please move the playhead to a more "
+    "representative frame.");
 
 struct CheckOutcome {
   std::optional<MetadataFindings> metadata;
-  std::optional<GammaEstimate> pixels;              ///< absent when the source was too dark
+  /// Absent when the source was too dark. A missing frame counts as an empty bitmap: no average, commonDiff 0.
+  std::optional<GammaEstimate> pixels;
   bool tooDark = false;
   std::optional<movie::MovieError> sourceFrameError, destFrameError;  ///< the frame could not be had
 };
@@ -35,9 +43,10 @@ struct CheckRequest {
   std::function<void()> stopPlayback;  ///< called once, after the first line; may be empty
 };
 
-/// The gamma check, steps in their settled order: compares the colour metadata, renders one 320 x 240 frame of each side
-/// under one fixed colour set, refuses a source frame that is too dark, and reports. Synchronous; both frames are decoded
-/// side by side on two threads. The outcome says what the report does not: which frame is missing and why.
+/// The gamma check, steps in their settled order: compares the colour metadata, renders one 320 x 240 frame of each
+/// side under one fixed colour set, refuses a source frame that is too dark, and reports. Synchronous; both frames are
+/// decoded side by side on two threads. The outcome says what the report does not: which frame is missing and why. An
+/// exception of the console or of the analysis passes on.
 CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console);
 
 /// The report's last paragraphs for a commonDiff v and the metadata verdict: the decision table.

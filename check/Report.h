@@ -5,7 +5,7 @@
 
 namespace check {
 
-/// The four styles of the results console.
+/// The four styles of the results console: an error is red, else black; bold is the weight.
 enum class ReportStyle { Normal, Bold, Error, BoldError };
 
 struct ReportParagraph {
@@ -14,6 +14,9 @@ struct ReportParagraph {
   friend bool operator==(const ReportParagraph&, const ReportParagraph&) = default;
 };
 
+/// What stands between two paragraphs of a report: one blank line.
+inline const QString reportSeparator = QStringLiteral("\n\n");
+
 /// Where a check writes its report: the window's console, the terminal. Called on the thread that runs the check.
 class ReportConsole {
  public:
@@ -21,16 +24,29 @@ class ReportConsole {
   virtual void clearTextView() = 0;
 
   // Each also writes the text to the application log, the text itself being the log's format.
-  void outputText(const QString& text);
-  void outputBoldText(const QString& text);
-  void outputErrorText(const QString& text);
-  void outputBoldErrorText(const QString& text);
+  void outputText(const QString& text);           ///< outputText:
+  void outputBoldText(const QString& text);       ///< outputBoldText:
+  void outputErrorText(const QString& text);      ///< outputErrorText:
+  void outputBoldErrorText(const QString& text);  ///< outputBoldErrorText:
 
  protected:
   virtual void append(const ReportParagraph& paragraph) = 0;
 
  private:
   void output(const ReportParagraph& paragraph);
+};
+
+/// A console that keeps its paragraphs.
+class RecordedReport final : public ReportConsole {
+ public:
+  void clearTextView() override { paragraphs_.clear(); }
+  const std::vector<ReportParagraph>& paragraphs() const { return paragraphs_; }
+
+ protected:
+  void append(const ReportParagraph& paragraph) override { paragraphs_.push_back(paragraph); }
+
+ private:
+  std::vector<ReportParagraph> paragraphs_;
 };
 
 }  // namespace check
