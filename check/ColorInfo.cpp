@@ -1,0 +1,30 @@
+#include "check/ColorInfo.h"
+
+#include <cstdint>
+
+#include "SharedFiles/QVLog.h"
+
+namespace check {
+
+ColorInfo* zeroColorInfo(ColorInfo* info) {
+  *info = ColorInfo{};
+  return info;
+}
+
+int colorInfoCompare(ColorInfo source, ColorInfo dest) {
+  QVLog::appendLog("source colorparamtype: %i", static_cast<std::int32_t>(source.colorParamType));
+  QVLog::appendLog("source matrix: %i", source.matrix);
+  QVLog::appendLog("source primaries: %i", source.primaries);
+  QVLog::appendLog("source transferfunction: %i", source.transferFunction);
+  QVLog::appendLog("dest colorparamtype: %i", static_cast<std::int32_t>(dest.colorParamType));
+  QVLog::appendLog("dest matrix: %i", dest.matrix);
+  QVLog::appendLog("dest primaries: %i", dest.primaries);
+  QVLog::appendLog("dest transferfunction: %i", dest.transferFunction);
+  return source == dest ? 0 : -1;
+}
+
+bool isColorInfoSet(const ColorInfo& info) {
+  return info != ColorInfo{};
+}
+
+}  // namespace check
