@@ -19,8 +19,8 @@ struct PictureRequest {
   int width = 0, height = 0;  ///< of the result; 0 x 0 keeps the cropped size
 };
 
-/// Samples of one track of one open movie file, decoded. Used by one thread at a time; different decoders of one file may
-/// run on different threads.
+/// Samples of one track of one open movie file, decoded. Used by one thread at a time; different decoders of one file
+/// may run on different threads.
 class MovieDecoder {
  public:
   virtual ~MovieDecoder() = default;
@@ -34,7 +34,8 @@ class MovieDecoder {
 class MovieDecoderBackend {
  public:
   virtual ~MovieDecoderBackend() = default;
-  virtual Result<std::unique_ptr<MovieDecoder>> makeDecoder(std::shared_ptr<const MovieFile> file, std::size_t track) = 0;
+  virtual Result<std::unique_ptr<MovieDecoder>> makeDecoder(std::shared_ptr<const MovieFile> file,
+                                                            std::size_t track) = 0;
 };
 
 }  // namespace movie

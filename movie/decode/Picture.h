@@ -11,9 +11,9 @@ enum class PictureModel { YCbCr, Rgb, Grey };
 enum class PictureRange { Unspecified, Video, Full };
 
 /// A decoded picture, cropped and resized, in its own colours: three planes of the same size (one for Grey), 16 bits a
-/// sample, the coded value moved up to the top bits: sample = code << (16 - depth), with the fraction that scaling gives
-/// below. So for video range at any depth black is 16 * 256 and white 235 * 256; for full range white is
-/// (2^depth - 1) << (16 - depth). Planes are Y, Cb, Cr or R, G, B. No alpha: samples are taken as stored.
+/// sample, the coded value moved up to the top bits: sample = code << (16 - depth), with the fraction that scaling
+/// gives below. So for video range at any depth black is 16 * 256 and white 235 * 256; for full range white is (2^depth
+/// - 1) << (16 - depth). Planes are Y, Cb, Cr or R, G, B. No alpha: samples are taken as stored.
 struct Picture {
   int width = 0, height = 0;
   int depth = 8;  ///< bits of the coded samples

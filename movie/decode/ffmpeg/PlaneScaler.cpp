@@ -1,0 +1,131 @@
+#include "movie/decode/ffmpeg/PlaneScaler.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+
+namespace movie {
+namespace {
+
+/// How one result sample is made of source samples. The weights are not normalised: a whole sample weighs exactly 1, so
+/// that sums of codes stay exact in single precision.
+struct Mix {
+  int first = 0;
+  std::vector<float> weights;
+  double total = 0;
+};
+
+/// Bounds that only rounding keeps off a sample's edge lie on it.
+double snapped(double bound) {
+  const double edge = std::round(bound);
+  return std::abs(bound - edge) < 1e-7 ? edge : bound;
+}
+
+Mix areaMix(double from, double to, int source) {
+  from = snapped(std::clamp(from, 0.0, static_cast<double>(source)));
+  to = snapped(std::clamp(to, 0.0, static_cast<double>(source)));
+  Mix mix;
+  mix.first = std::min(static_cast<int>(from), source - 1);
+  if (to <= from) {
+    mix.weights = {1.0F};
+    return mix;
+  }
+  for (int i = mix.first; i < to; ++i) {
+    mix.weights.push_back(static_cast<float>(std::min(to, i + 1.0) - std::max(from, static_cast<double>(i))));
+  }
+  return mix;
+}
+
+Mix linearMix(double centre, const AxisScale& axis) {
+  const double low = std::clamp(axis.begin, 0.0, axis.source - 1.0);
+  const double high = std::clamp(axis.begin + axis.length - 1.0, low, std::max(low, axis.source - 1.0));
+  centre = std::clamp(centre, low, high);
+  Mix mix;
+  mix.first = static_cast<int>(centre);
+  const double rest = centre - mix.first;
+  if (rest < 1e-6 || mix.first + 1 >= axis.source) {
+    mix.weights = {1.0F};
+  } else {
+    mix.weights = {static_cast<float>(1.0 - rest), static_cast<float>(rest)};
+  }
+  return mix;
+}
+
+std::vector<Mix> mixesOf(const AxisScale& axis) {
+  std::vector<Mix> mixes;
+  mixes.reserve(static_cast<std::size_t>(axis.result));
+  const double step = axis.length / axis.result;
+  for (int i = 0; i < axis.result; ++i) {
+    Mix mix = step > 1.0 ? areaMix(axis.begin + i * step, axis.begin + (i + 1) * step, axis.source)
+                         : linearMix(axis.begin + (i + 0.5) * step - 0.5, axis);
+    for (const float weight : mix.weights) mix.total += static_cast<double>(weight);
+    mixes.push_back(std::move(mix));
+  }
+  return mixes;
+}
+
+/// The last two rows read: an area's edge row belongs to two results, an interpolated pair to many.
+class RowCache {
+ public:
+  RowCache(const RowReader& readRow, int first, int count) : readRow_(readRow), first_(first), count_(count) {}
+
+  const std::uint16_t* row(int y) {
+    Slot& slot = slots_[static_cast<std::size_t>(y) & 1U];
+    if (slot.y != y) {
+      slot.scratch.resize(static_cast<std::size_t>(count_));
+      slot.row = readRow_(y, first_, count_, slot.scratch.data());
+      slot.y = y;
+    }
+    return slot.row;
+  }
+
+ private:
+  struct Slot {
+    int y = -1;
+    const std::uint16_t* row = nullptr;
+    std::vector<std::uint16_t> scratch;
+  };
+  const RowReader& readRow_;
+  int first_, count_;
+  std::array<Slot, 2> slots_;
+};
+
+void addRow(std::vector<float>& sum, const std::uint16_t* row, float weight) {
+  const std::size_t count = sum.size();
+  float* const out = sum.data();
+  for (std::size_t x = 0; x < count; ++x) out[x] += weight * static_cast<float>(row[x]);
+}
+
+}  // namespace
+
+std::vector<std::uint16_t> scalePlane(const RowReader& readRow, const AxisScale& horizontal, const AxisScale& vertical,
+                                      double factor) {
+  const std::vector<Mix> columns = mixesOf(horizontal);
+  const std::vector<Mix> lines = mixesOf(vertical);
+  const int first = columns.front().first;
+  const int end = columns.back().first + static_cast<int>(columns.back().weights.size());
+
+  RowCache rows(readRow, first, end - first);
+  std::vector<float> sum(static_cast<std::size_t>(end - first));
+  std::vector<std::uint16_t> result;
+  result.reserve(columns.size() * lines.size());
+  for (const Mix& line : lines) {
+    std::fill(sum.begin(), sum.end(), 0.0F);
+    for (std::size_t i = 0; i < line.weights.size(); ++i) {
+      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
+    }
+    for (const Mix& column : columns) {
+      const float* const at = sum.data() + (column.first - first);
+      double mean = 0;
+      for (std::size_t i = 0; i < column.weights.size(); ++i) {
+        mean += static_cast<double>(column.weights[i]) * static_cast<double>(at[i]);
+      }
+      mean = mean / (column.total * line.total) * factor;
+      result.push_back(static_cast<std::uint16_t>(std::clamp(std::floor(mean + 0.5), 0.0, 65535.0)));
+    }
+  }
+  return result;
+}
+
+}  // namespace movie
