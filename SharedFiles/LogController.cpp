@@ -108,7 +108,8 @@ void LogController::createNewLog(const QString& name, bool noPrinting) {
   if (appName().isEmpty()) setAppName(QStringLiteral("Unknown"));
   const LogFolder logs = folder();
   if (const std::optional<QString> failure = logs.startGeneration()) return print(*failure);
-  std::shared_ptr<LogSink> handle = LogFileSink::open(logs.currentFile(), LogFileSink::IfMissing::Fail);
+  std::shared_ptr<LogSink> handle =
+      LogFileSink::open(QFile::encodeName(logs.currentFile()), LogFileSink::IfMissing::Fail);
   if (!handle) return;
   setFileHandle(std::move(handle));
   writeHeader();
@@ -173,12 +174,12 @@ void LogController::appendLogAndDebugPrint(const QString& format, LogArguments a
 void LogController::appendTextToLog(const QString& text) {
   const QString entry = text.trimmed();
   if (entry.isEmpty()) return;
-  bytesInQueue_ += static_cast<quint32>(entry.size());
+  const auto characters = static_cast<quint32>(entry.size());
+  bytesInQueue_ += characters;
   const std::shared_ptr<SerialQueue> queue = writeQueue();
-  if (!queue) return;
   // An entry from the writer itself opens a new generation: it goes before those that wait.
-  if (queue->isCurrent()) return appendLogOnThread(entry);
-  queue->addOperation([this, entry] { appendLogOnThread(entry); });
+  if (queue && queue->isCurrent()) return appendLogOnThread(entry);
+  if (!queue || !queue->addOperation([this, entry] { appendLogOnThread(entry); })) bytesInQueue_ -= characters;
 }
 
 void LogController::appendLogOnThread(const QString& text) {
@@ -208,7 +209,7 @@ void LogController::writeEntry(const QString& text) {
 std::shared_ptr<LogSink> LogController::openFileHandle() {
   std::shared_ptr<LogSink> handle = fileHandle();
   if (handle) return handle;
-  handle = LogFileSink::open(folder().currentFile(), LogFileSink::IfMissing::Fail);
+  handle = LogFileSink::open(QFile::encodeName(folder().currentFile()), LogFileSink::IfMissing::Fail);
   setFileHandle(handle);
   return handle;
 }

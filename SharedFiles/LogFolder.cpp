@@ -19,7 +19,8 @@ QString LogFolder::generation(int number) const {
 
 QString LogFolder::currentFile() const {
   if (platform_.realUserId() != 0) return path_ + formatLog("/%@.1.log", name_);
-  return QVLocalPaths::libraryDirectory(false, platform_) + formatLog("/Logs/Quorvane/%@.1.log", name_);
+  const QString library = QVLocalPaths::libraryDirectory(false, platform_);
+  return library.isNull() ? library : library + formatLog("/Logs/Quorvane/%@.1.log", name_);
 }
 
 QStringList LogFolder::availableLogs() const {

@@ -60,6 +60,10 @@ class LogArgument {
       return textValue(value);
     } else if constexpr (std::is_convertible_v<T, QStringView>) {
       return textValue(QStringView(value).toString());
+    } else if constexpr (std::is_convertible_v<T, QString>) {
+      return textValue(QString(value));
+    } else if constexpr (std::is_convertible_v<T, std::string>) {
+      return textValue(std::string_view(static_cast<std::string>(value)));
     } else {
       return plainValueOf(value);
     }

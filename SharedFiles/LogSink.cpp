@@ -1,12 +1,21 @@
 #include "SharedFiles/LogSink.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include "SharedFiles/QVPlatformException.h"
 
-std::shared_ptr<LogSink> LogFileSink::open(const QString& path, IfMissing ifMissing) {
-  auto sink = std::make_shared<LogFileSink>(path);
-  QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered;
-  if (ifMissing == IfMissing::Fail) mode |= QIODevice::ExistingOnly;
-  return sink->file_.open(mode) ? sink : nullptr;
+std::shared_ptr<LogSink> LogFileSink::open(const QByteArray& path, IfMissing ifMissing) {
+  const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | (ifMissing == IfMissing::Create ? O_CREAT : 0);
+  const int descriptor = ::open(path.constData(), flags, 0666);
+  if (descriptor < 0) return nullptr;
+  auto sink = std::make_shared<LogFileSink>();
+  if (!sink->file_.open(descriptor, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
+                        QFileDevice::AutoCloseHandle)) {
+    ::close(descriptor);
+    return nullptr;
+  }
+  return sink;
 }
 
 void LogFileSink::write(const QByteArray& line) {

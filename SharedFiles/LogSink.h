@@ -2,7 +2,6 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <QString>
 #include <memory>
 
 /// Where entry lines go. Used by one thread at a time.
@@ -13,16 +12,14 @@ class LogSink {
   virtual void write(const QByteArray& line) = 0;
 };
 
-/// A log file, written to at its end. Closed when the object goes.
+/// A log file, written to at its end even where others write to it too. Closed when the object goes.
 class LogFileSink final : public LogSink {
  public:
   enum class IfMissing { Fail, Create };
 
-  /// Null when the file cannot be opened.
-  static std::shared_ptr<LogSink> open(const QString& path, IfMissing ifMissing);
+  /// The path in the file system's own bytes. Null when the file cannot be opened.
+  static std::shared_ptr<LogSink> open(const QByteArray& path, IfMissing ifMissing);
 
-  /// Use open().
-  explicit LogFileSink(const QString& path) : file_(path) {}
   void write(const QByteArray& line) override;
 
  private:

@@ -1,5 +1,6 @@
 #include "SharedFiles/QVLog.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -27,7 +28,7 @@ QString reasonOfCurrentException() {
 [[noreturn]] void handleUncaughtException() {
   static std::atomic_flag handled = ATOMIC_FLAG_INIT;
   if (!handled.test_and_set()) {
-    QVLog::appendLogAndPrint("%@", reasonOfCurrentException());
+    QVLog::appendLogAndPrint(reasonOfCurrentException());
     QVLog::finishWriting();
   }
   if (previousHandler) previousHandler();

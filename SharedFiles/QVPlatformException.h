@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <exception>
+#include <string>
 #include <utility>
 
 /// The platform's general exception: a name and a reason. Guards catch this class and nothing else; whatever else is
