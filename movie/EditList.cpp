@@ -49,14 +49,10 @@ std::vector<Segment> segmentsOf(const TrackInfo& track, std::int32_t movieTimeSc
   Int128 position = 0;
   for (const EditListEntry& edit : track.edits) {
     const std::int64_t start = saturated(position);
-    const bool isLast = &edit == &track.edits.back();
-    const bool lastsAsItsMedia = isLast && edit.segmentDuration == 0;
     position += edit.segmentDuration;
-    if (isEmptyEdit(edit) || (edit.segmentDuration == 0 && !lastsAsItsMedia)) continue;
-    segments.push_back({.start = start,
-                        .end = lastsAsItsMedia ? endless : saturated(position),
-                        .mediaTime = edit.mediaTime,
-                        .rate = edit.mediaRate});
+    if (isEmptyEdit(edit) || edit.segmentDuration == 0) continue;
+    segments.push_back(
+        {.start = start, .end = saturated(position), .mediaTime = edit.mediaTime, .rate = edit.mediaRate});
   }
   if (segments.empty()) return {Segment{.mediaTime = mediaStartTime(track)}};
   return segments;

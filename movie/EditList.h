@@ -14,7 +14,6 @@ namespace movie {
 /// - There is always a picture: a time before the beginning gives the first one, one past the end the last one, and
 /// during
 ///   an empty edit the next one shows already (after the last edit with media: its last one).
-/// - A last edit of duration 0 lasts as long as its media. Source: ISO/IEC 14496-12, 8.6.6 (movie fragments).
 /// - A time is known to its unit only: a frame that starts up to one unit of `time.scale` after it is the one on
 /// screen,
 ///   provided that the frame before it lasts at least two such units. So a frame's own start finds that frame although

@@ -18,20 +18,14 @@ std::int64_t signedDuration(std::uint64_t duration) {
   return static_cast<std::int64_t>(std::min(duration, longest));
 }
 
-/// The clean aperture as a crop of the picture, as far as it lies inside; empty when it is the whole picture or
-/// nothing.
+/// The clean aperture as a crop of the picture; empty without one.
 PictureCrop cropOf(const ImageDescription& description) {
   const auto aperture = description.cleanAperture();
   if (!aperture) return {};
-  const double width = description.width(), height = description.height();
-  const double left = (width - aperture->width) / 2 + aperture->horizontalOffset;
-  const double top = (height - aperture->height) / 2 + aperture->verticalOffset;
-  PictureCrop crop{.left = std::max(left, 0.0), .top = std::max(top, 0.0)};
-  crop.width = std::min(left + aperture->width, width) - crop.left;
-  crop.height = std::min(top + aperture->height, height) - crop.top;
-  const bool isWhole = crop.width >= width && crop.height >= height;
-  if (isWhole || !(crop.width >= 1) || !(crop.height >= 1)) return {};
-  return crop;
+  return {.left = (description.width() - aperture->width) / 2 + aperture->horizontalOffset,
+          .top = (description.height() - aperture->height) / 2 + aperture->verticalOffset,
+          .width = aperture->width,
+          .height = aperture->height};
 }
 
 /// What a timecode track's sample description says, without the start. Source: QTFF "Timecode sample description".
