@@ -1,10 +1,13 @@
 #include "tests/movie/decode/DecodedMovie.h"
 
 #include <fstream>
+#include <iomanip>
 #include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+
+#include <zlib.h>
 
 #include "movie/decode/DecoderModule.h"
 #include "tests/support/MovieFixture.h"
@@ -24,19 +27,21 @@ std::string contentsOf(const std::string& path) {
 }
 
 /// Lines of ffmpeg's framecrc format: stream, dts, pts, duration, size, checksum.
-std::vector<std::int64_t> timesIn(const std::string& listing, std::size_t& frameSize) {
-  std::vector<std::int64_t> times;
+std::vector<FullDecode::Frame> framesIn(const std::string& listing) {
+  std::vector<FullDecode::Frame> frames;
   std::istringstream lines(listing);
   for (std::string line; std::getline(lines, line);) {
     if (line.empty() || line[0] == '#') continue;
     std::istringstream fields(line);
-    std::int64_t stream = 0, dts = 0, pts = 0, duration = 0;
+    std::int64_t stream = 0, dts = 0, pts = 0, duration = 0, size = 0;
+    std::uint32_t checksum = 0;
     char comma = 0;
-    fields >> stream >> comma >> dts >> comma >> pts >> comma >> duration >> comma >> frameSize;
+    fields >> stream >> comma >> dts >> comma >> pts >> comma >> duration >> comma >> size >> comma >>
+        std::setbase(0) >> checksum;
     if (!fields) throw std::runtime_error("not a line of framecrc: " + line);
-    times.push_back(pts);
+    frames.push_back({pts, checksum});
   }
-  return times;
+  return frames;
 }
 
 }  // namespace
@@ -58,43 +63,38 @@ Picture DecodedMovie::pictureAt(std::int64_t mediaTime, int width, int height, c
   return valueOf(decoder_->picture({*sample, crop, width, height}));
 }
 
-const std::uint8_t* FullDecode::frameAt(std::int64_t mediaTime) const {
+std::uint32_t FullDecode::checksumAt(std::int64_t mediaTime) const {
   const Frame* shown = nullptr;
   const Frame* first = nullptr;
   for (const Frame& frame : frames) {
     if (first == nullptr || frame.time < first->time) first = &frame;
     if (frame.time <= mediaTime && (shown == nullptr || frame.time >= shown->time)) shown = &frame;
   }
-  if (shown == nullptr) shown = first;
-  return shown == nullptr ? nullptr : bytes.data() + shown->offset;
+  if (first == nullptr) throw std::runtime_error("a full decode gave no frame");
+  return shown == nullptr ? first->checksum : shown->checksum;
 }
 
-FullDecode fullDecode(const std::string& path, const std::string& pixelFormat) {
-  std::vector<std::string> arguments{"-ignore_editlist", "1",           "-copyts",        "-i", path, "-map", "0:v:0",
-                                     "-fps_mode",        "passthrough", "-enc_time_base", "-1"};
-  if (!pixelFormat.empty()) arguments.insert(arguments.end(), {"-pix_fmt", pixelFormat});
-  arguments.insert(arguments.end(), {"-c:v", "rawvideo"});
-  auto listing = arguments;
-  listing.insert(listing.end(), {"-f", "framecrc"});
-  auto raw = arguments;
-  raw.insert(raw.end(), {"-f", "rawvideo"});
-
-  FullDecode decode;
-  const auto times = timesIn(contentsOf(fixtureMovie("frames.txt", listing)), decode.frameSize);
-  const std::string bytes = contentsOf(fixtureMovie("frames.raw", raw));
-  if (bytes.size() != times.size() * decode.frameSize) throw std::runtime_error("frames of uneven sizes in " + path);
-  decode.bytes.assign(bytes.begin(), bytes.end());
-  for (std::size_t i = 0; i < times.size(); ++i) decode.frames.push_back({times[i], i * decode.frameSize});
-  return decode;
+FullDecode fullDecode(const std::string& path, const std::string& plane) {
+  return {framesIn(contentsOf(fixtureMovie(
+      "frames.txt", {"-ignore_editlist", "1", "-copyts", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough",
+                     "-enc_time_base", "-1", "-vf", "extractplanes=" + plane, "-c:v", "rawvideo", "-f", "framecrc"})))};
 }
 
-bool sameFirstPlane(const Picture& picture, const std::uint8_t* raw) {
-  const int shift = 16 - picture.depth;
-  for (std::size_t i = 0; i < picture.planes[0].size(); ++i) {
-    const unsigned code = picture.depth == 8 ? raw[i] : static_cast<unsigned>(raw[2 * i] | (raw[2 * i + 1] << 8));
-    if (picture.planes[0][i] != code << shift) return false;
+std::uint32_t firstPlaneChecksum(const Picture& picture) {
+  Bytes bytes;
+  for (const std::uint16_t sample : picture.planes[0]) {
+    const int code = sample >> (16 - picture.depth);
+    bytes.push_back(static_cast<std::uint8_t>(code));
+    if (picture.depth > 8) bytes.push_back(static_cast<std::uint8_t>(code >> 8));
   }
-  return true;
+  return static_cast<std::uint32_t>(adler32(0, bytes.data(), static_cast<uInt>(bytes.size())));
+}
+
+std::vector<std::uint8_t> rawFrames(const std::string& path, int count) {
+  const std::string bytes = contentsOf(
+      fixtureMovie("frames.raw", {"-ignore_editlist", "1", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough",
+                                  "-frames:v", std::to_string(count), "-c:v", "rawvideo", "-f", "rawvideo"}));
+  return {bytes.begin(), bytes.end()};
 }
 
 }  // namespace movie::test

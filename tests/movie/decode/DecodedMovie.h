@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -29,20 +28,23 @@ class DecodedMovie {
 /// seek.
 struct FullDecode {
   struct Frame {
-    std::int64_t time = 0;  ///< presentation, in the media's time scale
-    std::size_t offset = 0;
+    std::int64_t time = 0;       ///< presentation, in the media's time scale
+    std::uint32_t checksum = 0;  ///< as firstPlaneChecksum gives it
   };
-  std::size_t frameSize = 0;
-  std::vector<Frame> frames;        ///< as they come out
-  std::vector<std::uint8_t> bytes;  ///< raw frames in the decoder's own pixel format, or the one asked for
+  std::vector<Frame> frames;  ///< as they come out
 
-  /// The frame on screen at a media time: the last one presented at or before it, else the first.
-  const std::uint8_t* frameAt(std::int64_t mediaTime) const;
+  /// The checksum of the frame on screen at a media time: the last one presented at or before it, else the first.
+  std::uint32_t checksumAt(std::int64_t mediaTime) const;
 };
 
-FullDecode fullDecode(const std::string& path, const std::string& pixelFormat = {});
+/// `plane` is "y" for YCbCr and grey, "r" for RGB.
+FullDecode fullDecode(const std::string& path, const std::string& plane);
 
-/// Whether the first plane of a picture of full size is, code for code, what a raw planar frame begins with.
-bool sameFirstPlane(const Picture& picture, const std::uint8_t* raw);
+/// Adler-32, begun at 0, over the first plane of a picture of full size: its codes as bytes, or as little-endian 16-bit
+/// words when they are deeper than 8 bits.
+std::uint32_t firstPlaneChecksum(const Picture& picture);
+
+/// The first frames of a movie, decoded by the ffmpeg command: raw, packed, in the decoder's own pixel format.
+std::vector<std::uint8_t> rawFrames(const std::string& path, int count);
 
 }  // namespace movie::test
