@@ -1,0 +1,134 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "check/GammaCheck.h"
+#include "tests/check/CapturedLog.h"
+#include "tests/support/MovieFixture.h"
+
+// The check on movies whose frames decode.
+
+namespace check {
+namespace {
+
+using movie::Movie;
+using movie::test::fixtureMovie;
+using testing::ElementsAre;
+
+const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x303030:c1=0xc0c0c0:c2=0x707070:seed=4";
+
+std::string encoded(const std::string& name, const std::string& source, const std::string& filter,
+                    const std::string& gamma) {
+  return fixtureMovie(name, {"-f", "lavfi", "-i", source, "-frames:v", "5", "-vf", filter, "-c:v", "prores_ks",
+                             "-movflags", "+write_colr+write_gama", "-mov_gamma", gamma});
+}
+
+std::string plainMovie() {
+  return encoded("plain.mov", gradient, "format=yuv422p10", "2.2");
+}
+std::string retaggedMovie() {
+  return encoded("retagged.mov", gradient, "format=yuv422p10", "1.8");
+}
+std::string blackMovie() {
+  return encoded("black.mov", "color=black:size=320x240:rate=25", "format=yuv422p10", "2.2");
+}
+std::string darkerMovie() {
+  const std::string curve =
+      "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
+  return encoded("darker.mov", gradient, curve, "2.2");
+}
+std::string soundMovie() {
+  return fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=0.2", "-c:a", "pcm_s16le"});
+}
+
+struct Checked {
+  CheckOutcome outcome;
+  std::vector<std::string> bold;  ///< the bold paragraphs, red ones too
+  std::vector<ReportParagraph> paragraphs;
+};
+
+Checked checkOf(const std::string& source, const std::string& dest) {
+  const auto sourceMovie = Movie::movieWithFile(source), destMovie = Movie::movieWithFile(dest);
+  RecordedReport report;
+  Checked checked{runGammaCheck({**sourceMovie, **destMovie, {}, {}, {}}, report), {}, report.paragraphs()};
+  for (const ReportParagraph& paragraph : checked.paragraphs) {
+    if (paragraph.style != ReportStyle::Normal) checked.bold.push_back(paragraph.text.toStdString());
+  }
+  return checked;
+}
+
+const std::string gammaMatch = "Source and destination gamma metadata match.";
+const std::string gammaMismatch = "Source and destination gamma metadata do not match.";
+const std::string colorMatch = "Source and destination color metadata match.";
+const std::string profileMatch = "Source and destination color space metadata match.";
+const auto noPixelShift = testing::StartsWith("No noticeable gamma shift detected on destination movie's pixels.");
+
+TEST(CheckedFrames, OfOneMovieMatchInEverything) {
+  const Checked checked = checkOf(plainMovie(), plainMovie());
+  EXPECT_EQ(checked.outcome.pixels->commonDiff, 1.0);
+  EXPECT_FALSE(checked.outcome.sourceFrameError || checked.outcome.destFrameError);
+  EXPECT_THAT(checked.bold,
+              ElementsAre(gammaMatch, colorMatch, profileMatch, noPixelShift, "No noticeable gamma shift was found."));
+}
+
+TEST(CheckedFrames, WithAnotherGammaTagShiftInMetadataOnly) {
+  const Checked checked = checkOf(plainMovie(), retaggedMovie());
+  EXPECT_EQ(checked.outcome.pixels->commonDiff, 1.0);
+  EXPECT_THAT(checked.bold, ElementsAre(gammaMismatch, colorMatch, profileMatch, noPixelShift,
+                                        "Recommendation:\nThe gamma shift is occurring in metadata so click the Sync "
+                                        "Metadata button to resolve this."));
+}
+
+TEST(CheckedFrames, ThatAreDarkerShiftInPixels) {
+  const Checked checked = checkOf(plainMovie(), darkerMovie());
+  EXPECT_NEAR(checked.outcome.pixels->commonDiff, 1.25, 0.02);
+  EXPECT_THAT(checked.bold, ElementsAre(gammaMatch, colorMatch, profileMatch,
+                                        testing::MatchesRegex("Gamma shift: 1\\.2[3-7] \\(darker\\)"),
+                                        testing::StartsWith("Recommendation:\nThe gamma shift is occurring within the "
+                                                            "pixels of the movie, not within metadata.")));
+}
+
+TEST(CheckedFrames, ThatAreLighterShiftTheOtherWay) {
+  const Checked checked = checkOf(darkerMovie(), plainMovie());
+  EXPECT_NEAR(checked.outcome.pixels->commonDiff, 0.8, 0.02);
+  EXPECT_EQ(pixelShiftOf(checked.outcome.pixels->commonDiff), PixelShift::Lighter);
+}
+
+TEST(CheckedFrames, OfATooDarkSourceEndTheReportAfterTheMetadata) {
+  const test::CapturedLog log;
+  const Checked checked = checkOf(blackMovie(), plainMovie());
+  EXPECT_TRUE(checked.outcome.tooDark);
+  EXPECT_FALSE(checked.outcome.pixels);
+  EXPECT_EQ(checked.paragraphs.size(), 10U);
+  EXPECT_EQ(checked.bold.back(), profileMatch);
+  EXPECT_THAT(log.texts(), testing::Not(testing::Contains(testing::HasSubstr("Gamma: "))));
+}
+
+TEST(CheckedFrames, MayBeBlackInTheDestination) {
+  const Checked checked = checkOf(plainMovie(), blackMovie());
+  EXPECT_FALSE(checked.outcome.tooDark);
+  ASSERT_TRUE(checked.outcome.pixels);
+}
+
+TEST(CheckedFrames, AreNotScannedWhenOneIsMissing) {
+  for (const bool sourceMissing : {true, false}) {
+    const test::CapturedLog log;
+    const Checked checked = sourceMissing ? checkOf(soundMovie(), plainMovie()) : checkOf(plainMovie(), soundMovie());
+    EXPECT_EQ(checked.outcome.sourceFrameError.has_value(), sourceMissing);
+    EXPECT_EQ(checked.outcome.destFrameError.has_value(), !sourceMissing);
+    EXPECT_EQ(checked.outcome.pixels->commonDiff, 0.0);
+    EXPECT_THAT(checked.bold, ElementsAre(noPixelShift, "No noticeable gamma shift was found."));
+    EXPECT_THAT(log.texts(), testing::Not(testing::Contains(testing::StartsWith("Exception"))));
+  }
+}
+
+TEST(CheckedFrames, ComeFromTheTimesAskedFor) {
+  const std::string fading = encoded("fading.mov", gradient, "fade=in:0:4,format=yuv422p10", "2.2");
+  const auto movie = Movie::movieWithFile(fading);
+  RecordedReport report;
+  EXPECT_TRUE(runGammaCheck({**movie, **movie, {0, 25, 0}, {4, 25, 0}, {}}, report).tooDark);
+  EXPECT_EQ(runGammaCheck({**movie, **movie, {4, 25, 0}, {4, 25, 0}, {}}, report).pixels->commonDiff, 1.0);
+  EXPECT_GT(runGammaCheck({**movie, **movie, {4, 25, 0}, {2, 25, 0}, {}}, report).pixels->commonDiff, 1.05);
+}
+
+}  // namespace
+}  // namespace check
