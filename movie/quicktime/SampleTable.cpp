@@ -57,6 +57,7 @@ void SampleTable::normaliseSync() {
   std::vector<SampleRange> apart;
   for (const SampleRange& range : *sync_) {
     if (range.first >= count_) break;
+    if (range.count == 0) continue;
     const std::uint64_t end = range.first + std::min(range.count, count_ - range.first);
     if (!apart.empty() && range.first <= apart.back().first + apart.back().count) {
       apart.back().count = std::max(apart.back().first + apart.back().count, end) - apart.back().first;

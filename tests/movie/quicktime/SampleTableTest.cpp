@@ -161,6 +161,12 @@ TEST(SampleTable, FindsTheSyncSampleBefore) {
   for (const auto& [index, sync] : rows) EXPECT_EQ(table.syncSampleAtOrBefore(index), sync) << index;
 }
 
+TEST(SampleTable, PassesOverEmptyRangesOfSyncSamples) {
+  const SampleTable table({{20, 1, 0}}, std::vector<SampleRange>{{0, 0}, {4, 0}, {7, 2}});
+  EXPECT_EQ(table.syncSampleAtOrBefore(6), 0U);
+  EXPECT_EQ(table.syncSampleAtOrBefore(9), 8U);
+}
+
 TEST(SampleTable, StartsFromTheFirstSampleWhereNoneIsSync) {
   const SampleTable table({{20, 1, 0}}, std::vector<SampleRange>{});
   EXPECT_EQ(table.syncSampleAtOrBefore(15), 0U);
