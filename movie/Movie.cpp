@@ -82,7 +82,8 @@ Result<std::unique_ptr<Movie>> Movie::movieWithFile(const std::string& path) {
   std::unique_ptr<Movie> movie(new Movie);
   movie->file_ = std::move(*file);
   const auto& infos = movie->file_->tracks();
-  for (std::size_t i = 0; i < infos.size(); ++i) movie->tracks_.emplace_back(new Track(infos[i], i));
+  for (std::size_t i = 0; i < infos.size(); ++i)
+    movie->tracks_.push_back(std::unique_ptr<Track>(new Track(infos[i], i)));
   movie->gotoBeginning();
   return movie;
 }
@@ -96,7 +97,7 @@ Movie::~Movie() = default;
 std::unique_ptr<Movie> Movie::copy() const {
   std::unique_ptr<Movie> copied(new Movie);
   copied->file_ = file_;
-  for (const auto& track : tracks_) copied->tracks_.emplace_back(new Track(*track));
+  for (const auto& track : tracks_) copied->tracks_.push_back(std::make_unique<Track>(*track));
   copied->currentTime_ = currentTime_;
   return copied;
 }

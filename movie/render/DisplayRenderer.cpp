@@ -23,7 +23,7 @@ std::shared_ptr<const ToneTable> toneTable(double power) {
     auto table = std::make_shared<ToneTable>(65536);
     for (std::size_t i = 0; i < table->size(); ++i) {
       const double light = std::pow(static_cast<double>(i) / 65535.0, power);
-      (*table)[i] = static_cast<std::uint8_t>(255.0 * srgbEncoded(light) + 0.5);
+      (*table)[i] = static_cast<std::uint8_t>(std::lround(255.0 * srgbEncoded(light)));
     }
     return table;
   });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 #include "movie/decode/Picture.h"
@@ -33,9 +34,8 @@ std::vector<Sample> rgbSamplesOf(const Picture& picture, const ChromaWeights& we
   const SampleScale source = sampleScaleOf(picture);
   const double gain = (target.white - target.black) / source.span;
   const double chromaGain = (target.white - target.black) / source.chromaSpan;
-  const auto stored = [](double value) {
-    return static_cast<Sample>(std::clamp(value, 0.0, static_cast<double>(static_cast<Sample>(-1))) + 0.5);
-  };
+  constexpr double highest = std::numeric_limits<Sample>::max(), half = 0.5;
+  const auto stored = [&](double value) { return static_cast<Sample>(std::clamp(half + value, 0.0, highest)); };
   const auto scaled = [&](std::uint16_t sample) { return target.black + gain * (sample - source.black); };
 
   const std::size_t pixels = static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);

@@ -21,8 +21,8 @@ constexpr std::int32_t fixed(double gamma) {
 
 /// What full-range greys of 8 bits show as.
 std::vector<int> shownGreys(const ColorSet& colors, const std::vector<unsigned>& codes) {
-  std::vector<Codes> pixels;
-  for (const unsigned code : codes) pixels.push_back({code});
+  std::vector<Codes> pixels(codes.size());
+  for (std::size_t i = 0; i < codes.size(); ++i) pixels[i][0] = codes[i];
   const auto frame = renderDisplayFrame(pictureOf(PictureModel::Grey, PictureRange::Full, 8, pixels), colors);
   std::vector<int> shown;
   for (std::size_t i = 0; i < frame.samples.size(); i += 3) {

@@ -84,6 +84,7 @@ TEST(IccProfile, KeepsATransformForTheNextFrame) {
 
 TEST(IccProfile, CanBeUsedFromSeveralThreads) {
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([i] {
       for (int round = 0; round < 8; ++round) {

@@ -34,6 +34,10 @@ std::vector<int> marksOf(const RgbFrame& frame) {
   return marks;
 }
 
+int markAt(const RgbFrame& frame, int x, int y) {
+  return frame.samples.at(3 * static_cast<std::size_t>(y * frame.width + x));
+}
+
 TEST(Orientation, TurnsPicturesAsTheMatrixDoes) {
   const struct {
     const char* what;
@@ -72,8 +76,7 @@ TEST(Orientation, AgreesWithTheMatrixArithmeticPixelByPixel) {
         for (int y = 0; y < frame.height; ++y) {
           for (int x = 0; x < frame.width; ++x) {
             const double toX = a * (x + 0.5) + c * (y + 0.5) + tx, toY = b * (x + 0.5) + d * (y + 0.5) + ty;
-            const auto at = static_cast<std::size_t>(static_cast<int>(toY) * turned.width + static_cast<int>(toX));
-            EXPECT_EQ(turned.samples[3 * at], frame.samples[static_cast<std::size_t>(3 * (y * frame.width + x))]);
+            EXPECT_EQ(markAt(turned, static_cast<int>(toX), static_cast<int>(toY)), markAt(frame, x, y));
           }
         }
       }
