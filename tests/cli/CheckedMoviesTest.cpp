@@ -1,0 +1,188 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/RunProgram.h"
+#include "tests/support/MovieFixture.h"
+
+// The command from end to end, on movies whose frames decode.
+
+namespace cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using movie::test::fixtureMovie;
+using test::ProgramRun;
+using test::runLumacheck;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x303030:c1=0xc0c0c0:c2=0x707070:seed=4";
+
+std::string encoded(const std::string& name, const std::string& source, const std::string& filter,
+                    const std::string& gamma) {
+  return fixtureMovie(name, {"-f",
+                             "lavfi",
+                             "-i",
+                             source,
+                             "-frames:v",
+                             "25",
+                             "-vf",
+                             filter,
+                             "-c:v",
+                             "prores_ks",
+                             "-timecode",
+                             "01:00:00:00",
+                             "-movflags",
+                             "+write_colr+write_gama",
+                             "-mov_gamma",
+                             gamma,
+                             "-color_primaries",
+                             "bt709",
+                             "-color_trc",
+                             "bt709",
+                             "-colorspace",
+                             "bt709"});
+}
+
+std::string plainMovie() {
+  return encoded("plain.mov", gradient, "format=yuv422p10", "2.2");
+}
+std::string retaggedMovie() {
+  return encoded("retagged.mov", gradient, "format=yuv422p10", "1.8");
+}
+std::string fadingMovie() {
+  return encoded("fading.mov", gradient, "fade=in:0:20,format=yuv422p10", "2.2");
+}
+std::string unrelatedMovie() {
+  return encoded("unrelated.mov", "color=0xf8f8f8:size=320x240:rate=25", "format=yuv422p10", "2.2");
+}
+std::string darkerMovie() {
+  const std::string curve =
+      "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
+  return encoded("darker.mov", gradient, curve, "2.2");
+}
+std::string soundMovie() {
+  return fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=1", "-c:a", "pcm_s16le"});
+}
+
+Json checkJson(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {"check", "--json"});
+  const ProgramRun run = runLumacheck(arguments);
+  Json json = Json::parse(run.out);
+  EXPECT_EQ(json["exitStatus"], run.status);
+  return json;
+}
+
+int statusOf(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "check");
+  return runLumacheck(arguments).status;
+}
+
+TEST(CheckedMovies, SetTheExitStatus) {
+  EXPECT_EQ(statusOf({plainMovie(), plainMovie()}), 0);
+  EXPECT_EQ(statusOf({plainMovie(), darkerMovie()}), 1);
+  EXPECT_EQ(statusOf({plainMovie(), retaggedMovie()}), 1);
+  EXPECT_EQ(statusOf({plainMovie(), unrelatedMovie()}), 2);
+  EXPECT_EQ(statusOf({plainMovie(), soundMovie()}), 2);
+  EXPECT_EQ(statusOf({fadingMovie(), plainMovie()}), 3);
+}
+
+TEST(CheckedMovies, MayAllExitWithZeroButFailures) {
+  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), darkerMovie()}), 0);
+  EXPECT_EQ(statusOf({"--exit-zero", fadingMovie(), plainMovie()}), 0);
+  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), unrelatedMovie()}), 2);
+  EXPECT_EQ(checkJson({"--exit-zero", plainMovie(), darkerMovie()})["exitStatus"], 0);
+}
+
+TEST(CheckedMovies, PrintTheReportAloneOnStdout) {
+  const ProgramRun run = runLumacheck({"check", plainMovie(), plainMovie()});
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.out,
+            "Checking files...\n\n"
+            "Source gamma metadata: 2.20\n\n"
+            "Destination gamma metadata: 2.20\n\n"
+            "Source and destination gamma metadata match.\n\n"
+            "Source color metadata is set.\n\n"
+            "Destination color metadata is set.\n\n"
+            "Source and destination color metadata match.\n\n"
+            "Source file has no color space metadata set.\n\n"
+            "Destination file has no color space metadata set.\n\n"
+            "Source and destination color space metadata match.\n\n"
+            "No noticeable gamma shift detected on destination movie's pixels. This is either because the source and "
+            "destination frames do not match closely enough or because the gamma shift is occurring in metadata.\n\n"
+            "No noticeable gamma shift was found.\n");
+}
+
+TEST(CheckedMovies, SayTheSameInJsonAsInPrint) {
+  for (const auto& [source, dest] : {std::pair(plainMovie(), plainMovie()), std::pair(plainMovie(), darkerMovie()),
+                                     std::pair(darkerMovie(), retaggedMovie()), std::pair(fadingMovie(), plainMovie()),
+                                     std::pair(soundMovie(), plainMovie())}) {
+    std::string text;
+    for (const Json& paragraph : checkJson({source, dest})["report"]) {
+      text += (text.empty() ? "" : "\n\n") + paragraph["text"].get<std::string>();
+    }
+    EXPECT_EQ(runLumacheck({"check", source, dest}).out, text + "\n");
+  }
+}
+
+TEST(CheckedMovies, DescribeBothSides) {
+  const Json json = checkJson({plainMovie(), retaggedMovie(), "--source-at", "0.48", "--dest-at", "01:00:00:13"});
+  const std::string rest =
+      R"(,"size":[320,240],"codec":"apch","gamma":2.2,"gammaFixed":144179,"color":{"type":"nclc","primaries":1,)"
+      R"("transferFunction":1,"matrix":1},"profile":null,"imageDescriptions":1})";
+  EXPECT_EQ(json["source"].dump(),
+            R"({"path":")" + plainMovie() + R"(","time":{"value":6144,"scale":12800},"timecode":"01:00:00:12")" + rest);
+  EXPECT_EQ(json["dest"]["timecode"], "01:00:00:13");
+  EXPECT_EQ(json["dest"]["gamma"], 1.8);
+  EXPECT_EQ(json["metadata"].dump(),
+            R"({"compared":true,"gammaMatch":false,"colorMatch":true,"colorSpaceMatch":true,"mismatch":true})");
+  EXPECT_EQ(json["pixels"]["shift"], "none");
+  EXPECT_EQ(json["pixels"]["commonDiff"], 1.0);
+}
+
+TEST(CheckedMovies, StartAtTheirBeginning) {
+  const Json source = checkJson({plainMovie(), plainMovie()})["source"];
+  EXPECT_EQ(source["time"]["value"], 0);
+  EXPECT_EQ(source["timecode"], "01:00:00:00");
+}
+
+TEST(CheckedMovies, AreComparedAtTheTimesGiven) {
+  EXPECT_EQ(checkJson({fadingMovie(), fadingMovie()})["tooDark"], true);
+  EXPECT_EQ(checkJson({fadingMovie(), fadingMovie(), "--at", "0.9"})["pixels"]["shift"], "none");
+  EXPECT_EQ(checkJson({fadingMovie(), fadingMovie(), "--at", "01:00:00:22"})["pixels"]["shift"], "none");
+  EXPECT_EQ(checkJson({fadingMovie(), fadingMovie(), "--source-at", "0.9", "--dest-at", "0.5"})["pixels"]["shift"],
+            "darker");
+}
+
+TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
+  const ProgramRun dark = runLumacheck({"check", fadingMovie(), plainMovie()});
+  EXPECT_EQ(dark.err,
+            "Source frame is too dark\nThe source frame does not have enough non-black pixels for a valid analysis. "
+            "Please move the playhead to a more representative frame.\n");
+
+  const ProgramRun unmatched = runLumacheck({"check", plainMovie(), unrelatedMovie()});
+  EXPECT_THAT(unmatched.err, HasSubstr("do not match closely enough"));
+  EXPECT_THAT(unmatched.out, testing::EndsWith("No noticeable gamma shift was found.\n"));
+  EXPECT_EQ(checkJson({plainMovie(), unrelatedMovie()})["pixels"]["shift"], "unmatched");
+
+  const ProgramRun sound = runLumacheck({"check", plainMovie(), soundMovie()});
+  EXPECT_THAT(sound.err, HasSubstr("The destination frame cannot be had."));
+  EXPECT_THAT(sound.err, testing::Not(HasSubstr("source frame")));
+  const Json json = checkJson({plainMovie(), soundMovie()});
+  EXPECT_TRUE(json["pixels"].is_null());
+  EXPECT_EQ(json["metadata"]["compared"], false);
+  EXPECT_TRUE(json["dest"]["codec"].is_null());
+  EXPECT_TRUE(json["dest"]["timecode"].is_null());
+}
+
+TEST(CheckedMovies, OfTheWorldMatchThemselves) {
+  for (const std::string& movie : movie::test::realMovies({".mov", ".mp4", ".m4v", ".qt"})) {
+    const Json json = checkJson({movie, movie});
+    EXPECT_EQ(json["metadata"]["mismatch"], false) << movie;
+    if (json["tooDark"] == false) EXPECT_EQ(json["pixels"]["shift"], "none") << movie;
+  }
+}
+
+}  // namespace
+}  // namespace cli
