@@ -59,7 +59,7 @@ TEST(EditList, FindsEachFrameAtItsExactStart) {
 // unit of the movie's time scale before the frame's start, and at times a whole unit where the start is a whole number.
 TEST(EditList, FindsEachFrameAtTheTimeOfItsTimecode) {
   for (const Rate& rate : rates) {
-    for (const std::uint64_t frames : {240, 600, 599}) {
+    for (const std::uint64_t frames : {240U, 600U, 599U}) {
       const SampleTable samples = evenFrames(frames, rate.frameDuration);
       const double mediaDuration = static_cast<double>(frames) * static_cast<double>(rate.frameDuration);
       const double fps = rate.mediaScale * static_cast<double>(frames) / mediaDuration;
