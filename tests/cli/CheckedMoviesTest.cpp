@@ -118,8 +118,9 @@ TEST(CheckedMovies, SayTheSameInJsonAsInPrint) {
   for (const auto& [source, dest] : {std::pair(plainMovie(), plainMovie()), std::pair(plainMovie(), darkerMovie()),
                                      std::pair(darkerMovie(), retaggedMovie()), std::pair(fadingMovie(), plainMovie()),
                                      std::pair(soundMovie(), plainMovie())}) {
+    const Json json = checkJson({source, dest});
     std::string text;
-    for (const Json& paragraph : checkJson({source, dest})["report"]) {
+    for (const Json& paragraph : json["report"]) {
       text += (text.empty() ? "" : "\n\n") + paragraph["text"].get<std::string>();
     }
     EXPECT_EQ(runLumacheck({"check", source, dest}).out, text + "\n");
@@ -180,7 +181,9 @@ TEST(CheckedMovies, OfTheWorldMatchThemselves) {
   for (const std::string& movie : movie::test::realMovies({".mov", ".mp4", ".m4v", ".qt"})) {
     const Json json = checkJson({movie, movie});
     EXPECT_EQ(json["metadata"]["mismatch"], false) << movie;
-    if (json["tooDark"] == false) EXPECT_EQ(json["pixels"]["shift"], "none") << movie;
+    if (json["tooDark"] == false) {
+      EXPECT_EQ(json["pixels"]["shift"], "none") << movie;
+    }
   }
 }
 
