@@ -2,6 +2,7 @@
 
 #include <QSysInfo>
 #include <array>
+#include <cstdlib>
 #include <iostream>
 #include <utility>
 
@@ -24,11 +25,15 @@ LogSystemSummary systemSummary() {
           known ? static_cast<quint64>(pages) * static_cast<quint64>(pageSize) : 0};
 }
 
-/// Year-month-day, 24-hour time and the zone's offset from UTC.
-QString descriptionOf(const QDateTime& date) {
-  const int minutes = date.offsetFromUtc() / 60;
-  return date.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) +
-         formatLog(" %@%02d%02d", minutes < 0 ? "-" : "+", std::abs(minutes) / 60, std::abs(minutes) % 60);
+/// Year-month-day, 24-hour time and the zone's offset from UTC. Put together here: what Qt formats dates with is gone
+/// when the last entries are written, while the process exits.
+QString descriptionOf(const QDateTime& moment) {
+  const QDate date = moment.date();
+  const QTime time = moment.time();
+  const int minutes = moment.offsetFromUtc() / 60;
+  return formatLog("%04d-%02d-%02d %02d:%02d:%02d %@%02d%02d", date.year(), date.month(), date.day(), time.hour(),
+                   time.minute(), time.second(), minutes < 0 ? "-" : "+", std::abs(minutes) / 60,
+                   std::abs(minutes) % 60);
 }
 
 }  // namespace

@@ -92,11 +92,11 @@ QString LinuxPathPlatform::userFolder(SearchPathDirectory directory) const {
     case SearchPathDirectory::NSCachesDirectory:
       return xdgFolder("XDG_CACHE_HOME", home, ".cache");
     case SearchPathDirectory::NSDocumentDirectory:
-      return QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     case SearchPathDirectory::NSDesktopDirectory:
-      return QStandardPaths::writableLocation(QStandardPaths::DesktopLocation);
+      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
     case SearchPathDirectory::NSMoviesDirectory:
-      return QStandardPaths::writableLocation(QStandardPaths::MoviesLocation);
+      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
     case SearchPathDirectory::NSDocumentationDirectory:
       return QString();
   }

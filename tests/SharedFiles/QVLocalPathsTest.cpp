@@ -1,0 +1,426 @@
+#include <QFile>
+#include <QSet>
+#include <QTemporaryDir>
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include "SharedFiles/QVLocalPaths.h"
+#include "tests/SharedFiles/EnvironmentGuard.h"
+#include "tests/SharedFiles/QtPrinters.h"
+
+namespace {
+
+using Kind = SearchPathDirectory;
+using Domain = SearchPathDomain;
+
+/// A platform that answers what the test says.
+class FakePlatform : public PathPlatform {
+ public:
+  QStringList searchPaths(SearchPathDirectory directory, SearchPathDomain domain) const override {
+    const auto found = paths.find({directory, domain});
+    return found == paths.end() ? QStringList() : found->second;
+  }
+  QString homeDirectory() const override { return "/home/ann"; }
+  QString userName() const override { return "ann"; }
+  QString temporaryDirectory() const override { return "/tmp/ann"; }
+  uid_t realUserId() const override { return userId; }
+  std::size_t configurationString(int name, char* buffer, std::size_t size) const override {
+    askedName = name;
+    askedSize = size;
+    std::memcpy(buffer, cache.data(), std::min(size, cache.size()));
+    return cacheLength;
+  }
+  QString globallyUniqueString() const override { return "UNIQUE-1"; }
+  std::time_t time() const override { return now; }
+  std::clock_t clock() const override { return ticks; }
+  void srand(unsigned int seed) const override { seeds.push_back(seed); }
+  int rand() const override { return drawn++; }
+
+  std::map<std::pair<Kind, Domain>, QStringList> paths;
+  uid_t userId = 1000;
+  std::string cache;
+  std::size_t cacheLength = 0;
+  std::time_t now = 0;
+  std::clock_t ticks = 0;
+  mutable int askedName = 0;
+  mutable std::size_t askedSize = 0;
+  mutable std::vector<unsigned int> seeds;
+  mutable int drawn = 0;
+};
+
+FakePlatform fullPlatform() {
+  FakePlatform platform;
+  platform.paths = {{{Kind::NSApplicationDirectory, Domain::User}, {"/home/ann/Applications"}},
+                    {{Kind::NSApplicationDirectory, Domain::Local}, {"/Applications"}},
+                    {{Kind::NSAdminApplicationDirectory, Domain::User}, {"/home/ann/Applications/Utilities"}},
+                    {{Kind::NSAdminApplicationDirectory, Domain::Local}, {"/Applications/Utilities"}},
+                    {{Kind::NSDocumentDirectory, Domain::User}, {"/home/ann/Documents"}},
+                    {{Kind::NSLibraryDirectory, Domain::User}, {"/home/ann/Library", "/second"}},
+                    {{Kind::NSLibraryDirectory, Domain::Local}, {"/Library"}},
+                    {{Kind::NSLibraryDirectory, Domain::System}, {"/System/Library"}},
+                    {{Kind::NSCachesDirectory, Domain::User}, {"/home/ann/Library/Caches"}},
+                    {{Kind::NSCachesDirectory, Domain::Local}, {"/Library/Caches"}},
+                    {{Kind::NSApplicationSupportDirectory, Domain::User}, {"/home/ann/Library/Application Support"}},
+                    {{Kind::NSApplicationSupportDirectory, Domain::Local}, {"/Library/Application Support"}},
+                    {{Kind::NSMoviesDirectory, Domain::User}, {"/home/ann/Movies"}},
+                    {{Kind::NSDesktopDirectory, Domain::User}, {"/home/ann/Desktop"}},
+                    {{Kind::NSDocumentationDirectory, Domain::Local}, {"/Library/Documentation"}}};
+  return platform;
+}
+
+TEST(QVLocalPaths, NamesEveryFolder) {
+  const FakePlatform platform = fullPlatform();
+  const struct {
+    const char* expected;
+    QString path;
+  } rows[] = {
+      {"/home/ann/Applications", QVLocalPaths::applicationDirectory(true, platform)},
+      {"/Applications", QVLocalPaths::applicationDirectory(false, platform)},
+      {"/home/ann/Applications/Utilities", QVLocalPaths::adminApplicationDirectory(true, platform)},
+      {"/Applications/Utilities", QVLocalPaths::adminApplicationDirectory(false, platform)},
+      {"/home/ann/Documents", QVLocalPaths::documentDirectory(true, platform)},
+      {"/home/ann/Library", QVLocalPaths::libraryDirectory(true, platform)},
+      {"/Library", QVLocalPaths::libraryDirectory(false, platform)},
+      {"/home/ann/Library/Preferences", QVLocalPaths::prefsDirectory(true, platform)},
+      {"/Library/Preferences", QVLocalPaths::prefsDirectory(false, platform)},
+      {"/home/ann/Library/Caches", QVLocalPaths::cacheDirectory(true, platform)},
+      {"/Library/Caches", QVLocalPaths::cacheDirectory(false, platform)},
+      {"/home/ann/Library/Application Support", QVLocalPaths::appSupportDirectory(true, platform)},
+      {"/Library/Application Support", QVLocalPaths::appSupportDirectory(false, platform)},
+      {"/home/ann/Library/Logs", QVLocalPaths::logDirectory(true, platform)},
+      {"/Library/Logs", QVLocalPaths::logDirectory(false, platform)},
+      {"/home/ann/Movies", QVLocalPaths::movieDirectory(platform)},
+      {"/home/ann/Desktop", QVLocalPaths::desktopDirectory(platform)},
+      {"/home/ann", QVLocalPaths::userDirectory(platform)},
+      {"ann", QVLocalPaths::username(platform)},
+      {"/System/Library", QVLocalPaths::systemLibraryDirectory(platform)},
+      {"/Library/Documentation", QVLocalPaths::localDocumentationDirectory(platform)},
+      {"/home/ann/.Trash", QVLocalPaths::trashDirectory(platform)},
+      {"/tmp/ann", QVLocalPaths::tempDirectory(platform)},
+      {"UNIQUE-1", QVLocalPaths::uuid(platform)},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.path, row.expected);
+}
+
+TEST(QVLocalPaths, GivesNilWhereThereIsNoFolder) {
+  const FakePlatform platform;
+  EXPECT_TRUE(QVLocalPaths::pathForDirectory(Kind::NSLibraryDirectory, Domain::User, platform).isNull());
+  EXPECT_TRUE(QVLocalPaths::documentDirectory(false, platform).isNull());
+  EXPECT_TRUE(QVLocalPaths::prefsDirectory(true, platform).isNull());
+  EXPECT_TRUE(QVLocalPaths::logDirectory(false, platform).isNull());
+  EXPECT_TRUE(QVLocalPaths::movieDirectory(platform).isNull());
+}
+
+TEST(QVLocalPaths, RewritesTheSuperusersFolders) {
+  const struct {
+    const char *found, *expected;
+  } rows[] = {
+      {"/var/root/Library", "/home/ann/Library"},
+      {"/var/root", "/home/ann"},
+      {"/var/rootless", "/home/annless"},
+      {"/private/var/root/Library", "/home/annt/Library"},
+      {"/private/var/root", "/home/annt"},
+      {"/var/root/private/var/root/x", "/home/annt/x"},
+      {"/var/root/var/root/x", "/home/ann/var/root/x"},
+      {"/private/var/roo", "/home/ann/private/var/roo"},
+      {"/elsewhere", "/home/ann/elsewhere"},
+      {"", "/home/ann"},
+  };
+  FakePlatform platform;
+  for (const auto& row : rows) {
+    platform.paths = {{{Kind::NSLibraryDirectory, Domain::User}, {row.found, "/second"}},
+                      {{Kind::NSLibraryDirectory, Domain::Local}, {row.found}},
+                      {{Kind::NSLibraryDirectory, Domain::System}, {row.found}}};
+    platform.userId = 0;
+    EXPECT_EQ(QVLocalPaths::libraryDirectory(true, platform), row.expected) << row.found;
+    EXPECT_EQ(QVLocalPaths::libraryDirectory(false, platform), row.found);
+    EXPECT_EQ(QVLocalPaths::systemLibraryDirectory(platform), row.found);
+    platform.userId = 1;
+    EXPECT_EQ(QVLocalPaths::libraryDirectory(true, platform), row.found);
+  }
+  platform.userId = 0;
+  EXPECT_TRUE(QVLocalPaths::documentDirectory(true, platform).isNull());
+}
+
+TEST(QVLocalPaths, TakesTheCacheFolderOfTheSystemsConfigurationStrings) {
+  FakePlatform platform;
+  platform.cache = std::string("/var/folders/x/C/\0", 18);
+  platform.cacheLength = 18;
+  EXPECT_EQ(QVLocalPaths::darwinCacheDirectory(platform), "/var/folders/x/C/");
+  EXPECT_EQ(platform.askedName, 65538);
+  EXPECT_EQ(platform.askedSize, 1024U);
+  platform.cacheLength = 1;
+  EXPECT_EQ(QVLocalPaths::darwinCacheDirectory(platform), "");
+  EXPECT_FALSE(QVLocalPaths::darwinCacheDirectory(platform).isNull());
+  platform.cacheLength = 0;
+  EXPECT_TRUE(QVLocalPaths::darwinCacheDirectory(platform).isNull());
+  platform.cache = std::string(4000, 'x');
+  platform.cacheLength = 4001;
+  EXPECT_EQ(QVLocalPaths::darwinCacheDirectory(platform), QString(1023, 'x'));
+}
+
+TEST(QVLocalPaths, DrawsARandomStringFromAFreshSeed) {
+  FakePlatform platform;
+  platform.now = 70000;
+  platform.ticks = 70001;
+  EXPECT_EQ(QVLocalPaths::randomString(40, platform), "abcdefghijklmnopqrstuvwxyz0123456789abcd");
+  EXPECT_EQ(platform.seeds, std::vector<unsigned int>{static_cast<unsigned int>(70000ULL * 70001ULL)});
+  EXPECT_EQ(QVLocalPaths::randomString(0, platform), "");
+  EXPECT_FALSE(QVLocalPaths::randomString(0, platform).isNull());
+  EXPECT_EQ(platform.seeds.size(), 3U);
+}
+
+TEST(QVLocalPaths, DrawsTheSameStringWithinOneTick) {
+  class OneTick : public LinuxPathPlatform {
+   public:
+    OneTick() : LinuxPathPlatform(1000, BundleInfo()) {}
+    std::time_t time() const override { return 1794749065; }
+    std::clock_t clock() const override { return 12345; }
+  };
+  const OneTick platform;
+  const QString first = QVLocalPaths::randomString(8, platform);
+  EXPECT_EQ(QVLocalPaths::randomString(8, platform), first);
+  EXPECT_EQ(first.size(), 8);
+}
+
+TEST(QVLocalPaths, MakesNamesForTemporaryFiles) {
+  FakePlatform platform;
+  EXPECT_EQ(QVLocalPaths::tempFile(platform), "/tmp/ann/UNIQUE-1abcdefgh");
+  const QString real = QVLocalPaths::tempFile();
+  EXPECT_TRUE(real.startsWith(QVLocalPaths::tempDirectory() + "/"));
+  EXPECT_NE(real, QVLocalPaths::tempFile());
+  EXPECT_EQ(real.count('/'), QVLocalPaths::tempDirectory().count('/') + 1);
+  for (const QChar character : real.right(8)) {
+    EXPECT_TRUE(QString("abcdefghijklmnopqrstuvwxyz0123456789").contains(character));
+  }
+}
+
+TEST(QVLocalPaths, GivesANewUniqueStringEachTime) {
+  QSet<QString> made;
+  for (int i = 0; i < 1000; ++i) made.insert(QVLocalPaths::uuid());
+  EXPECT_EQ(made.size(), 1000);
+}
+
+TEST(QVLocalPaths, EndsAPathWithOneSlashOrNone) {
+  const struct {
+    const char *path, *ensured, *stripped;
+  } rows[] = {{"", "", ""},      {"/", "/", "/"},         {"a", "a/", "a"},   {"a/", "a/", "a"},
+              {"//", "//", "/"}, {"/a//", "/a//", "/a/"}, {"/a", "/a/", "/a"}};
+  for (const auto& row : rows) {
+    EXPECT_EQ(QVLocalPaths::ensureTrailingSlash(row.path), row.ensured) << row.path;
+    EXPECT_EQ(QVLocalPaths::stripTrailingSlash(row.path), row.stripped) << row.path;
+  }
+  EXPECT_TRUE(QVLocalPaths::ensureTrailingSlash(QString()).isNull());
+  EXPECT_TRUE(QVLocalPaths::stripTrailingSlash(QString()).isNull());
+}
+
+TEST(QVLocalPaths, KnowsTheSystemsFolders) {
+  const FakePlatform platform = fullPlatform();
+  const struct {
+    const char* path;
+    bool loose, exact;
+  } rows[] = {
+      {"", false, false},
+      {"/", true, true},
+      {"/u", false, false},
+      {"//", false, false},
+      {"/usr", true, true},
+      {"/usr/", false, false},
+      {"/usrx/", true, true},
+      {"/usr/share", true, false},
+      {"/usr/share/", true, false},
+      {"/usr/x/", true, false},
+      {"/usr/local", true, false},
+      {"/usr/local/", true, false},
+      {"/usr/local/bin", false, false},
+      {"/usr/local/bin/", false, false},
+      {"/usr/locals", true, false},
+      {"/var", true, true},
+      {"/var/", false, false},
+      {"/var/tmp", true, false},
+      {"/private/var", false, false},
+      {"/private/var/tmp", true, false},
+      {"/bin", true, true},
+      {"/bin/sh", true, false},
+      {"/sbin", true, true},
+      {"/sbin/init", true, false},
+      {"/System", true, true},
+      {"/System/x", true, false},
+      {"/system", false, false},
+      {"/Users/Shared", true, true},
+      {"/Users/Shared/x", false, false},
+      {"/home/ann", true, true},
+      {"/home/ann/", false, false},
+      {"/home/annx/", true, true},
+      {"/home/ann/Documents", true, true},
+      {"/home/ann/Documents/film", false, false},
+      {"/home/ann/Desktop", true, true},
+      {"/home/ann/Movies", false, false},
+      {"/home/ann/Applications", true, true},
+      {"/home/ann/Applications/Utilities", true, true},
+      {"/Applications", true, true},
+      {"/Applications/Utilities", true, true},
+      {"/home/ann/Library", true, true},
+      {"/Library", true, true},
+      {"/home/ann/Library/Preferences", true, true},
+      {"/Library/Preferences", true, true},
+      {"/home/ann/Library/Caches", true, true},
+      {"/Library/Caches", true, true},
+      {"/home/ann/Library/Application Support", true, true},
+      {"/Library/Application Support", true, true},
+      {"/System/Library", true, true},
+      {"/Library/Documentation", true, true},
+      {"/home/ann/Library/Logs", false, false},
+      {"/home//ann", false, false},
+      {"/tmp/../usr", false, false},
+      {"usr/share", false, false},
+      {"/a/", false, false},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(QVLocalPaths::isPathSystemDirectory(row.path, platform), row.loose) << row.path;
+    EXPECT_EQ(QVLocalPaths::isPathSystemDirectory(row.path, false, platform), row.loose) << row.path;
+    EXPECT_EQ(QVLocalPaths::isPathSystemDirectory(row.path, true, platform), row.exact) << row.path;
+  }
+  EXPECT_FALSE(QVLocalPaths::isPathSystemDirectory(QString(), platform));
+}
+
+TEST(QVLocalPaths, KnowsABackupVolume) {
+  const struct {
+    const char* path;
+    bool backup;
+  } rows[] = {{"/Volumes/Backup/Backups.backupdb/mac/2010-01-01", true},
+              {"/Volumes/Backup/Backups.backupdb", true},
+              {"/Volumes/Backups.backupdb", true},
+              {"/Volumes/Backup/Backups.backupdb/", true},
+              {"/Backups.backupdb", false},
+              {"/Volumes/Backup/backups.backupdb/x", false},
+              {"/Volumes/Backup/Backups.backupdb2/x", false},
+              {"/Volumes/Backup/xBackups.backupdb/x", false},
+              {"/volumes/Backup/Backups.backupdb/x", false},
+              {"Volumes/Backup/Backups.backupdb/x", false},
+              {"", false}};
+  for (const auto& row : rows) EXPECT_EQ(QVLocalPaths::isPathOnTimeMachineVolume(row.path), row.backup) << row.path;
+}
+
+class LinuxPaths : public ::testing::Test {
+ protected:
+  LinuxPaths() {
+    for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME", "TMPDIR"}) {
+      environment_.clear(variable);
+    }
+    environment_.set("HOME", "/home/ann");
+  }
+  EnvironmentGuard environment_;
+  BundleInfo bundle_{{}, "/opt/lumacheck/bin/lumacheck"};
+  LinuxPathPlatform platform_{1000, bundle_};
+};
+
+TEST_F(LinuxPaths, FollowTheHomeFolder) {
+  EXPECT_EQ(QVLocalPaths::userDirectory(platform_), "/home/ann");
+  EXPECT_EQ(QVLocalPaths::libraryDirectory(true, platform_), "/home/ann/.local/share/quorvane");
+  EXPECT_EQ(QVLocalPaths::prefsDirectory(true, platform_), "/home/ann/.local/share/quorvane/Preferences");
+  EXPECT_EQ(QVLocalPaths::logDirectory(true, platform_), "/home/ann/.local/share/quorvane/Logs");
+  EXPECT_EQ(QVLocalPaths::appSupportDirectory(true, platform_), "/home/ann/.local/share/quorvane/Application Support");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(true, platform_), "/home/ann/.cache");
+  EXPECT_EQ(QVLocalPaths::applicationDirectory(true, platform_), "/home/ann/Applications");
+  EXPECT_EQ(QVLocalPaths::adminApplicationDirectory(true, platform_), "/home/ann/Applications/Utilities");
+  EXPECT_EQ(QVLocalPaths::trashDirectory(platform_), "/home/ann/.Trash");
+  EXPECT_EQ(QVLocalPaths::documentDirectory(true, platform_), "/home/ann/Documents");
+  EXPECT_EQ(QVLocalPaths::desktopDirectory(platform_), "/home/ann/Desktop");
+  EXPECT_EQ(QVLocalPaths::movieDirectory(platform_), "/home/ann/Videos");
+}
+
+TEST_F(LinuxPaths, FollowTheXdgVariables) {
+  environment_.set("XDG_DATA_HOME", "/data/");
+  environment_.set("XDG_CACHE_HOME", "/fast//cache");
+  EXPECT_EQ(QVLocalPaths::libraryDirectory(true, platform_), "/data/quorvane");
+  EXPECT_EQ(QVLocalPaths::appSupportDirectory(true, platform_), "/data/quorvane/Application Support");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(true, platform_), "/fast/cache");
+}
+
+TEST_F(LinuxPaths, IgnoreVariablesThatAreNoAbsolutePaths) {
+  environment_.set("XDG_DATA_HOME", "relative");
+  environment_.set("XDG_CACHE_HOME", "");
+  environment_.set("TMPDIR", "tmp");
+  EXPECT_EQ(QVLocalPaths::libraryDirectory(true, platform_), "/home/ann/.local/share/quorvane");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(true, platform_), "/home/ann/.cache");
+  EXPECT_EQ(QVLocalPaths::tempDirectory(platform_), "/tmp");
+  environment_.set("TMPDIR", "/scratch/");
+  EXPECT_EQ(QVLocalPaths::tempDirectory(platform_), "/scratch");
+}
+
+TEST_F(LinuxPaths, FollowTheUsersFolders) {
+  const QTemporaryDir config;
+  QFile file(config.path() + "/user-dirs.dirs");
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write("XDG_DOCUMENTS_DIR=\"$HOME/Dokumente\"\nXDG_DESKTOP_DIR=\"/desk\"\nXDG_VIDEOS_DIR=\"$HOME/Filme\"\n");
+  file.close();
+  environment_.set("XDG_CONFIG_HOME", QFile::encodeName(config.path()));
+  EXPECT_EQ(QVLocalPaths::documentDirectory(true, platform_), "/home/ann/Dokumente");
+  EXPECT_EQ(QVLocalPaths::desktopDirectory(platform_), "/desk");
+  EXPECT_EQ(QVLocalPaths::movieDirectory(platform_), "/home/ann/Filme");
+}
+
+TEST_F(LinuxPaths, NameTheMachinesFolders) {
+  EXPECT_EQ(QVLocalPaths::libraryDirectory(false, platform_), "/opt/lumacheck/share/quorvane");
+  EXPECT_EQ(QVLocalPaths::appSupportDirectory(false, platform_), "/opt/lumacheck/share/quorvane/Application Support");
+  EXPECT_EQ(QVLocalPaths::prefsDirectory(false, platform_), "/opt/lumacheck/share/quorvane/Preferences");
+  EXPECT_EQ(QVLocalPaths::logDirectory(false, platform_), "/opt/lumacheck/share/quorvane/Logs");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(false, platform_), "/var/cache");
+  EXPECT_EQ(QVLocalPaths::applicationDirectory(false, platform_), "/opt");
+  EXPECT_EQ(QVLocalPaths::adminApplicationDirectory(false, platform_), "/opt/Utilities");
+  EXPECT_EQ(QVLocalPaths::localDocumentationDirectory(platform_), "/usr/share/doc");
+  EXPECT_EQ(QVLocalPaths::systemLibraryDirectory(platform_), "/usr/lib");
+  EXPECT_TRUE(QVLocalPaths::documentDirectory(false, platform_).isNull());
+  EXPECT_TRUE(QVLocalPaths::darwinCacheDirectory(platform_).isNull());
+  EXPECT_TRUE(QVLocalPaths::pathForDirectory(Kind::NSDesktopDirectory, Domain::Local, platform_).isNull());
+  EXPECT_TRUE(QVLocalPaths::pathForDirectory(Kind::NSMoviesDirectory, Domain::Local, platform_).isNull());
+  EXPECT_TRUE(QVLocalPaths::pathForDirectory(Kind::NSDocumentationDirectory, Domain::User, platform_).isNull());
+  EXPECT_TRUE(QVLocalPaths::pathForDirectory(Kind::NSCachesDirectory, Domain::System, platform_).isNull());
+  const LinuxPathPlatform bare(1000, BundleInfo{});
+  EXPECT_TRUE(QVLocalPaths::libraryDirectory(false, bare).isNull());
+  EXPECT_TRUE(QVLocalPaths::appSupportDirectory(false, bare).isNull());
+}
+
+TEST_F(LinuxPaths, FindTheSuperusersFoldersBelowTheHomeFolder) {
+  const LinuxPathPlatform root(0, bundle_);
+  for (const char* home : {"/home/ann", "/root", "/", "/srv/root"}) {
+    environment_.set("HOME", home);
+    const QString prefix = QString(home) == "/" ? QString() : QString(home);
+    EXPECT_EQ(QVLocalPaths::libraryDirectory(true, root), prefix + "/.local/share/quorvane");
+    EXPECT_EQ(QVLocalPaths::cacheDirectory(true, root), prefix + "/.cache");
+    EXPECT_EQ(QVLocalPaths::documentDirectory(true, root), prefix + "/Documents");
+    EXPECT_EQ(QVLocalPaths::applicationDirectory(true, root), prefix + "/Applications");
+  }
+  environment_.set("HOME", "/home/ann");
+  EXPECT_EQ(root.searchPaths(Kind::NSCachesDirectory, Domain::User), QStringList("/var/root/.cache"));
+  environment_.set("XDG_CACHE_HOME", "/home/anna/cache");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(true, root), "/home/ann/home/anna/cache");
+  EXPECT_EQ(QVLocalPaths::cacheDirectory(false, root), "/var/cache");
+}
+
+TEST_F(LinuxPaths, TakeTheHomeFolderOfTheAccountWithoutHome) {
+  environment_.clear("HOME");
+  const LinuxPathPlatform root(0, bundle_);
+  EXPECT_EQ(QVLocalPaths::userDirectory(root), "/root");
+  EXPECT_EQ(QVLocalPaths::username(root), "root");
+  environment_.set("LOGNAME", "nobody-knows");
+  const LinuxPathPlatform nobody(4000000000U, bundle_);
+  EXPECT_EQ(QVLocalPaths::userDirectory(nobody), "/");
+  EXPECT_EQ(QVLocalPaths::username(nobody), "nobody-knows");
+}
+
+TEST(StandardPaths, BelongToTheRunningUser) {
+  EXPECT_EQ(PathPlatform::standard().realUserId(), getuid());
+  EXPECT_TRUE(QVLocalPaths::libraryDirectory(false).endsWith("/share/quorvane"));
+  EXPECT_TRUE(QVLocalPaths::isPathSystemDirectory("/usr", true));
+  EXPECT_TRUE(QVLocalPaths::isPathSystemDirectory("/usr/share"));
+}
+
+}  // namespace
