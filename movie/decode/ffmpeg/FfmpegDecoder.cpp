@@ -18,6 +18,10 @@ namespace {
 constexpr std::int64_t largestPicture = 16384LL * 16384LL;  // pixels
 constexpr int longestReorder = 16;                          // pictures, in every standard there is
 
+/// Two movies are decoded side by side, so each gets half of the processors. More than four gain little for one picture and
+/// each holds frames of its own.
+int threadsPerDecoder() { return static_cast<int>(std::clamp(std::thread::hardware_concurrency() / 2, 1U, 4U)); }
+
 std::string textOf(int error) {
   std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
   av_strerror(error, text.data(), text.size());
@@ -144,7 +148,8 @@ Result<void> FfmpegDecoder::prepare(int reorderDepth) {
     context_->max_pixels = pixelLimit_;
     // A decoder that learns late how far pictures are reordered drops those that come too late.
     if (codec_->id == AV_CODEC_ID_H264) context_->has_b_frames = reorderDepth;
-    context_->thread_count = 1;
+    context_->thread_count = threadsPerDecoder();
+    context_->thread_type = intraOnly_ ? FF_THREAD_SLICE : FF_THREAD_FRAME | FF_THREAD_SLICE;
     status = avcodec_open2(context_.get(), codec_, nullptr);
   }
   if (status < 0) {

@@ -90,10 +90,10 @@ std::uint32_t firstPlaneChecksum(const Picture& picture) {
   return static_cast<std::uint32_t>(adler32(0, bytes.data(), static_cast<uInt>(bytes.size())));
 }
 
-std::vector<std::uint8_t> rawFrames(const std::string& path, int count) {
-  const std::string bytes = contentsOf(
-      fixtureMovie("frames.raw", {"-ignore_editlist", "1", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough",
-                                  "-frames:v", std::to_string(count), "-c:v", "rawvideo", "-f", "rawvideo"}));
+std::vector<std::uint8_t> rawFrames(const std::string& path, int count, const std::string& pixelFormat) {
+  const std::string bytes = contentsOf(fixtureMovie(
+      "frames.raw", {"-ignore_editlist", "1", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough", "-frames:v",
+                     std::to_string(count), "-pix_fmt", pixelFormat, "-c:v", "rawvideo", "-f", "rawvideo"}));
   return {bytes.begin(), bytes.end()};
 }
 

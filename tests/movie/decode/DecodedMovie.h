@@ -44,7 +44,7 @@ FullDecode fullDecode(const std::string& path, const std::string& plane);
 /// words when they are deeper than 8 bits.
 std::uint32_t firstPlaneChecksum(const Picture& picture);
 
-/// The first frames of a movie, decoded by the ffmpeg command: raw, packed, in the decoder's own pixel format.
-std::vector<std::uint8_t> rawFrames(const std::string& path, int count);
+/// The first frames of a movie, decoded by the ffmpeg command: raw and packed, in that pixel format.
+std::vector<std::uint8_t> rawFrames(const std::string& path, int count, const std::string& pixelFormat);
 
 }  // namespace movie::test
