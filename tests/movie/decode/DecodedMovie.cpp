@@ -51,6 +51,10 @@ DecodedMovie::DecodedMovie(const std::string& path) : file_(valueOf(MovieFile::o
   decoder_ = valueOf(valueOf(decoderBackend())->makeDecoder(file_, track_));
 }
 
+std::string DecodedMovie::codec() const {
+  return fourCCText(ImageDescription(file_->tracks()[track_].sampleDescriptions.at(0)).codec());
+}
+
 Result<Picture> DecodedMovie::sampleAt(std::int64_t mediaTime, int width, int height) {
   const auto sample = table().presentedAt(mediaTime);
   if (!sample) throw std::runtime_error("the movie has no samples");

@@ -15,6 +15,7 @@ class DecodedMovie {
   explicit DecodedMovie(const std::string& path);
 
   const SampleTable& table() const { return file_->sampleTable(track_); }
+  std::string codec() const;  ///< of the first image description
   Result<Picture> sampleAt(std::int64_t mediaTime, int width = 0, int height = 0);
   Picture pictureAt(std::int64_t mediaTime, int width = 0, int height = 0, const PictureCrop& crop = {});
 
