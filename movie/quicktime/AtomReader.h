@@ -39,7 +39,7 @@ struct AtomHeader {
 AtomHeader readAtomHeader(ByteView bytes, std::uint64_t offset, std::uint64_t left);
 
 /// No parent is taken to have more children than this.
-inline constexpr std::size_t maximumAtomCount = 1'000'000;
+inline constexpr std::size_t maximumAtomCount = 100'000;
 
 struct AtomList {
   std::vector<Atom> atoms;

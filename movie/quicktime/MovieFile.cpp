@@ -74,7 +74,9 @@ Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
   };
   if (movie.size > MovieFile::maximumMovieAtomSize) return failure("the movie atom is too large");
   FileAtoms children(file, movie.bodyOffset(), movie.end());
-  while (const auto child = children.next()) {
+  for (std::size_t count = 0; count <= maximumAtomCount; ++count) {
+    const auto child = children.next();
+    if (!child) break;
     for (const FourCC topLevel : {fourCC("mdat"), fourCC("moof"), fourCC("ftyp"), fourCC("moov")}) {
       if (child->type == topLevel) return failure("the movie atom reaches over other atoms of the file");
     }

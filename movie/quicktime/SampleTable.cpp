@@ -89,7 +89,8 @@ std::int64_t SampleTable::latestUpTo(std::size_t place) const {
 
 std::optional<PresentedSample> SampleTable::presentedAt(std::int64_t mediaTime) const {
   if (runs_.empty()) return std::nullopt;
-  const std::int64_t time = std::max(mediaTime, runs_[ordered(0)].firstPresented());
+  // Every presentation lies below 2 * maximumTime; differences of such times do not overflow.
+  const std::int64_t time = std::clamp(mediaTime, runs_[ordered(0)].firstPresented(), 2 * maximumTime);
 
   // The first place whose run begins after the time; its first sample is a candidate for the next one on screen.
   std::size_t low = 0;
@@ -115,7 +116,7 @@ std::optional<PresentedSample> SampleTable::presentedAt(std::int64_t mediaTime) 
     const bool later = !best || sample.presentationTime > best->presentationTime ||
                        (sample.presentationTime == best->presentationTime && sample.index > best->index);
     if (later) best = sample;
-    if (step < last) next = std::min(next.value_or(maximumTime * 2), sample.presentationTime + run.duration);
+    if (step < last) next = std::min(next.value_or(2 * maximumTime), sample.presentationTime + run.duration);
     if (place > 0 && latestUpTo(place - 1) < best->presentationTime) break;
   }
   if (next) best->duration = *next - best->presentationTime;

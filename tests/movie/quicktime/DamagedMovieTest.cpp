@@ -1,4 +1,4 @@
-#include <chrono>
+#include <ctime>
 #include <random>
 #include <set>
 
@@ -51,10 +51,10 @@ void useAll(const MovieFile& movie) {
 
 /// Opens what may be damaged, uses it, and returns what went wrong.
 std::optional<MovieError> tryOut(const std::string& path) {
-  const auto begin = std::chrono::steady_clock::now();
+  const std::clock_t begin = std::clock();
   const auto movie = MovieFile::open(path);
   if (movie) useAll(**movie);
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+  EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC) << "of the processor's time";
   if (movie) return std::nullopt;
   EXPECT_FALSE(movie.error().reason.empty());
   return movie.error();

@@ -10,7 +10,6 @@ using test::AtomBuilder;
 using test::clapExtension;
 using test::gamaExtension;
 using test::ImageEntry;
-using test::joined;
 using test::nclcExtension;
 using test::nclxExtension;
 using test::profileExtension;

@@ -1,3 +1,4 @@
+#include <array>
 #include <atomic>
 #include <thread>
 
@@ -31,8 +32,8 @@ TEST(MovieFileThreads, ReadOneFileAtTheSameTime) {
       if (table.presentedAt(1)->index == 2 && bytes && (*bytes)[0] == 10) ++right;
     }
   };
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) threads.emplace_back(readAll);
+  std::array<std::thread, 8> threads;
+  for (std::thread& thread : threads) thread = std::thread(readAll);
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(right, 8 * 20);
 }

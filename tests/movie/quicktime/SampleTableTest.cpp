@@ -73,6 +73,12 @@ TEST(SampleTable, FindsTheSampleOnScreen) {
   EXPECT_EQ(table.presentedAt(99)->duration, 5);
 }
 
+TEST(SampleTable, TakesAnyTimeBesideNegativePresentations) {
+  const SampleTable table({{3, 10, -100}});
+  EXPECT_EQ(table.presentedAt(INT64_MAX)->index, 2U);
+  EXPECT_EQ(table.presentedAt(INT64_MIN)->index, 0U);
+}
+
 TEST(SampleTable, FollowsReorderedSamples) {
   // I P B B P B B, shown as I B B P B B P.
   const SampleTable table({{1, 1, 1}, {1, 1, 3}, {2, 1, 0}, {1, 1, 3}, {2, 1, 0}});
@@ -139,6 +145,7 @@ TEST(SampleTable, LeavesOutWhatNoTimeCanExpress) {
 
 TEST(SampleTable, IsQuickOnALongReorderedMovie) {
   std::vector<TimeRun> runs;
+  runs.reserve(500'000);
   for (int i = 0; i < 500'000; ++i) runs.push_back({1, 1, i % 3 == 0 ? 2 : (i % 3 == 1 ? 3 : -1)});
   const SampleTable table(runs);
   const auto begin = std::chrono::steady_clock::now();
