@@ -72,6 +72,12 @@ class LogTable {
 
 constinit LogTable logTable;
 
+/// By its bits, in one comparison.
+bool isPositiveAndFinite(double number) {
+  constexpr auto highest = std::bit_cast<std::uint64_t>(std::numeric_limits<double>::max());
+  return std::bit_cast<std::uint64_t>(number) - 1 < highest;
+}
+
 /// The running sum of the exponents and the multiset of their values rounded to hundredths.
 class ExponentTally {
  public:
@@ -81,7 +87,7 @@ class ExponentTally {
     if (rare_.size() < rareCount_ + exponents.size()) rare_.resize(rareCount_ + exponents.size());
     Rare* rare = rare_.data() + rareCount_;
     for (const double exponent : exponents) {
-      if (!(exponent > 0.0) || !(exponent <= std::numeric_limits<double>::max())) continue;
+      if (!isPositiveAndFinite(exponent)) continue;
       ++kept;
       sum += exponent;
       if (sum == 1.0) continue;
@@ -188,20 +194,22 @@ GammaEstimate gammaShiftOfPlainFrames(const movie::RgbFrame& source, const movie
   ExponentTally tally;
   const auto sourceRow = 3 * static_cast<std::size_t>(source.width);
   const auto destRow = 3 * static_cast<std::size_t>(dest.width);
-  std::vector<double> column(static_cast<std::size_t>(source.height));
+  const auto height = static_cast<std::size_t>(source.height);
+  std::vector<std::uint64_t> weights(height);
+  std::vector<double> exponents(height);
   for (std::size_t x = 0; x < sourceRow; x += 3) {
-    const std::uint8_t* sourcePixel = source.samples.data() + x;
-    const std::uint8_t* destPixel = dest.samples.data() + x;
-    std::size_t weighed = 0;
-    for (int y = 0; y < source.height; ++y, sourcePixel += sourceRow, destPixel += destRow) {
-      const std::uint64_t weights = pairedWeights(sourcePixel, destPixel);
-      const auto sourceWeight = static_cast<std::uint32_t>(weights),
-                 destWeight = static_cast<std::uint32_t>(weights >> 32);
+    std::size_t sourcePixel = x, destPixel = x, weighed = 0;
+    for (std::size_t y = 0; y < height; ++y, sourcePixel += sourceRow, destPixel += destRow) {
+      const std::uint64_t both = pairedWeights(source.samples.data() + sourcePixel, dest.samples.data() + destPixel);
+      weights[weighed] = both;
       // Both at video black or above and not both clipped: the lower one lies from 16 to 254.
-      if (std::min(sourceWeight, destWeight) - 16 * weightUnits > (254 - 16) * weightUnits) continue;
-      column[weighed++] = logTable.at(destWeight) / logTable.at(sourceWeight);
+      const std::uint32_t lower = std::min(static_cast<std::uint32_t>(both), static_cast<std::uint32_t>(both >> 32));
+      weighed += lower - 16 * weightUnits <= (254 - 16) * weightUnits ? 1 : 0;
     }
-    tally.add(std::span(column).first(weighed));
+    for (std::size_t i = 0; i < weighed; ++i)
+      exponents[i] = logTable.at(static_cast<std::uint32_t>(weights[i] >> 32)) /
+                     logTable.at(static_cast<std::uint32_t>(weights[i]));
+    tally.add(std::span(exponents).first(weighed));
   }
   return tally.estimate();
 }
