@@ -99,8 +99,7 @@ std::string sceneFile(SceneKind kind, SceneRange range, int width, int height) {
   out << "YUV4MPEG2 W" << width << " H" << height
       << " F25:1 Ip A1:1 C444p16 XYSCSS=444P16 XCOLORRANGE=" << (range == SceneRange::Full ? "FULL" : "LIMITED")
       << "\n";
-  const std::string planes = picture(kind, range, width, height);
-  for (int i = 0; i < 3; ++i) out << "FRAME\n" << planes;
+  out << "FRAME\n" << picture(kind, range, width, height);
   out.close();
   std::filesystem::rename(part, path);
   return path.string();

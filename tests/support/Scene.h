@@ -11,7 +11,7 @@ enum class SceneKind {
 };
 enum class SceneRange { Video, Full };
 
-/// The path of a YUV4MPEG2 file of three equal 4:4:4 pictures of 16 bits, the master that test movies are encoded from.
+/// The path of a YUV4MPEG2 file of one 4:4:4 picture of 16 bits, the master that test movies are encoded from.
 /// Made once and kept in LUMACHECK_FIXTURE_DIR, the same bytes on every machine. `width` and `height` in pixels.
 std::string sceneFile(SceneKind kind, SceneRange range, int width, int height);
 

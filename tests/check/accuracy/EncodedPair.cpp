@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "SharedFiles/QVLog.h"
 #include "check/GammaCheck.h"
 #include "tests/support/MovieFixture.h"
 
@@ -26,22 +27,36 @@ void addEncoding(std::vector<std::string>& arguments, const Encoding& encoding) 
   }
 }
 
-/// Bits of a sample, from the format's name: yuv422p10le has 10, rgb48be 16, the rest 8.
-int depthOf(const std::string& pixelFormat) {
-  for (const char* depth : {"10", "12", "16"}) {
-    if (pixelFormat.find(std::string("p") + depth) != std::string::npos) return std::atoi(depth);
-  }
-  return pixelFormat.find("48") != std::string::npos ? 16 : 8;
+/// The planar twin of a packed format: ffmpeg's look-up filters work on planes.
+std::string planarFormat(const std::string& pixelFormat) {
+  if (pixelFormat == "uyvy422") return "yuv422p";
+  if (pixelFormat == "rgb48be") return "gbrp16le";
+  return pixelFormat;
 }
 
-/// The filter that raises to an exponent, in the samples' own numbers: v' = black + span * ((v - black) / span) ^ g.
+/// Keeps ffmpeg from converting between ranges: what the file says is what its samples are.
+std::string formatFilter(const Encoding& encoding) {
+  const bool full = encoding.range == SceneRange::Full && !encoding.rgb;
+  return std::string(full ? "scale=in_range=full:out_range=full," : "") + "format=" + encoding.pixelFormat;
+}
+
+/// Bits of a sample, from the format's name: yuv422p10le has 10, rgb48be 16, the rest 8.
+int depthOf(const std::string& pixelFormat) {
+  for (const char* depth : {"10", "12"}) {
+    if (pixelFormat.find(std::string("p") + depth) != std::string::npos) return std::atoi(depth);
+  }
+  return planarFormat(pixelFormat) == "gbrp16le" ? 16 : 8;
+}
+
+/// The filter that raises to an exponent, in the samples' own numbers, rounded: v' = black + span * ((v - black) /
+/// span) ^ g.
 std::string raiseFilter(const Encoding& encoding, double exponent) {
   const bool full = encoding.rgb || encoding.range == SceneRange::Full;
   const int shift = depthOf(encoding.pixelFormat) - 8;
   const int black = full ? 0 : 16 << shift;
   const int span = full ? (256 << shift) - 1 : 219 << shift;
   char curve[160];
-  std::snprintf(curve, sizeof curve, "'%d+%d*pow(clip((val-%d)/%d\\,0\\,1.1)\\,%.4f)'", black, span, black, span,
+  std::snprintf(curve, sizeof curve, "'%d.5+%d*pow(clip((val-%d)/%d\\,0\\,1.1)\\,%.4f)'", black, span, black, span,
                 exponent);
   if (encoding.rgb) return std::string("lutrgb=r=") + curve + ":g=" + curve + ":b=" + curve;
   return std::string("lutyuv=y=") + curve;
@@ -49,11 +64,14 @@ std::string raiseFilter(const Encoding& encoding, double exponent) {
 
 }  // namespace
 
+void PrintTo(const Encoding& encoding, std::ostream* out) {
+  *out << encoding.name;
+}
+
 std::string encodedMaster(const Encoding& encoding, movie::test::SceneKind scene) {
   const SceneRange sceneRange = encoding.rgb ? SceneRange::Video : encoding.range;
-  std::vector<std::string> arguments = {"-i",
-                                        movie::test::sceneFile(scene, sceneRange, encoding.width, encoding.height),
-                                        "-pix_fmt", encoding.pixelFormat};
+  std::vector<std::string> arguments = {
+      "-i", movie::test::sceneFile(scene, sceneRange, encoding.width, encoding.height), "-vf", formatFilter(encoding)};
   addEncoding(arguments, encoding);
   return movie::test::fixtureMovie(encoding.name + "-master" + encoding.extension, arguments);
 }
@@ -61,8 +79,10 @@ std::string encodedMaster(const Encoding& encoding, movie::test::SceneKind scene
 std::string encodedExport(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
                           std::optional<double> exponent) {
   std::vector<std::string> arguments = {"-i", encodedMaster(from, scene)};
-  if (exponent) arguments.insert(arguments.end(), {"-vf", raiseFilter(from, *exponent)});
-  arguments.insert(arguments.end(), {"-pix_fmt", to.pixelFormat});
+  std::string filters = formatFilter(from);
+  if (exponent) filters += ",format=" + planarFormat(from.pixelFormat) + "," + raiseFilter(from, *exponent);
+  filters += "," + formatFilter(to);
+  arguments.insert(arguments.end(), {"-vf", filters});
   addEncoding(arguments, to);
   return movie::test::fixtureMovie(from.name + "-to-" + to.name + to.extension, arguments);
 }
@@ -71,6 +91,7 @@ double measuredExponent(const std::string& source, const std::string& dest) {
   auto sourceMovie = movie::Movie::movieWithFile(source), destMovie = movie::Movie::movieWithFile(dest);
   if (!sourceMovie) throw std::runtime_error(sourceMovie.error().message());
   if (!destMovie) throw std::runtime_error(destMovie.error().message());
+  QVLog::sharedController().setLoggingDisabled(true);
   SilentConsole console;
   const CheckOutcome outcome = runGammaCheck({**sourceMovie, **destMovie, {}, {}, {}}, console);
   if (outcome.sourceFrameError) throw std::runtime_error(outcome.sourceFrameError->message());

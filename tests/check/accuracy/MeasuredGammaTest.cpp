@@ -34,7 +34,7 @@ Encoding fullRange(Encoding encoding) {
 std::vector<Encoding> encodings() {
   const Encoding prores{"ProRes422", ".mov", "yuv422p10le", {"-c:v", "prores_ks", "-profile:v", "3"}};
   const Encoding h264{"H264", ".mp4", "yuv420p", {"-c:v", "libx264", "-preset", "veryfast", "-crf", "16"}};
-  const Encoding h264Ten{"H264Ten", ".mov", "yuv422p10le", {"-c:v", "libx264", "-preset", "veryfast", "-crf", "16"}};
+  const Encoding h264Ten{"H264Ten", ".mov", "yuv420p10le", {"-c:v", "libx264", "-preset", "veryfast", "-crf", "16"}};
   const Encoding hevc{"HEVC",
                       ".mp4",
                       "yuv420p",
@@ -79,8 +79,8 @@ std::vector<Encoding> encodings() {
       sized(mpeg4, "SD", 720, 576),
       mjpeg,
       sized(mjpeg, "SD", 640, 480),
-      {"JPEG2000", ".mov", "yuv422p", {"-c:v", "jpeg2000", "-q:v", "2"}},
-      {"JPEG2000Ten", ".mov", "yuv422p10le", {"-c:v", "jpeg2000", "-q:v", "2"}},
+      {"JPEG2000", ".mov", "yuv422p", {"-c:v", "jpeg2000", "-q:v", "2"}, SceneRange::Video, 640, 360},
+      {"JPEG2000Ten", ".mov", "yuv422p10le", {"-c:v", "jpeg2000", "-pred", "1"}, SceneRange::Video, 640, 360},
       rgb("JPEG2000RGB", "rgb24", {"-c:v", "jpeg2000", "-q:v", "2"}),
       png,
       sized(png, "SD", 640, 480),
@@ -110,6 +110,9 @@ struct Case {
   Encoding encoding;
   SceneKind scene;
 };
+void PrintTo(const Case& test, std::ostream* out) {
+  *out << test.encoding.name;
+}
 
 std::vector<Case> cases() {
   std::vector<Case> all;
