@@ -16,7 +16,7 @@ import sys
 import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-SCENE = "testsrc2=size={size}:rate=24,noise=alls=6:seed=3,eq=saturation=0.6"
+SCENE = "testsrc2=size={size}:rate=24,noise=alls=6:all_seed=3,eq=saturation=0.6"
 TAGS = ["-color_primaries", "bt709", "-color_trc", "bt709", "-colorspace", "bt709"]
 
 
