@@ -42,6 +42,12 @@ QString xdgFolder(const char* variable, const QString& home, const char* rest) {
   return path.isNull() ? below(home, rest) : path;
 }
 
+/// One of the desktop's user folders. Qt takes the root folder for the home folder where HOME is not set.
+QString desktopUsersFolder(QStandardPaths::StandardLocation location, const QString& home) {
+  const QString path = QStandardPaths::writableLocation(location);
+  return QDir::cleanPath(absolutePathFromEnvironment("HOME").isNull() ? home + u'/' + path : path);
+}
+
 /// What the superuser's look-up gives for a folder below the home folder.
 QString asSeenByRoot(const QString& path, const QString& home) {
   const bool inside = path == home || path.startsWith(home.endsWith(u'/') ? home : home + u'/');
@@ -92,11 +98,11 @@ QString LinuxPathPlatform::userFolder(SearchPathDirectory directory) const {
     case SearchPathDirectory::NSCachesDirectory:
       return xdgFolder("XDG_CACHE_HOME", home, ".cache");
     case SearchPathDirectory::NSDocumentDirectory:
-      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+      return desktopUsersFolder(QStandardPaths::DocumentsLocation, home);
     case SearchPathDirectory::NSDesktopDirectory:
-      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::DesktopLocation));
+      return desktopUsersFolder(QStandardPaths::DesktopLocation, home);
     case SearchPathDirectory::NSMoviesDirectory:
-      return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::MoviesLocation));
+      return desktopUsersFolder(QStandardPaths::MoviesLocation, home);
     case SearchPathDirectory::NSDocumentationDirectory:
       return QString();
   }
@@ -132,7 +138,7 @@ QString LinuxPathPlatform::localFolder(SearchPathDirectory directory) const {
 }
 
 QString LinuxPathPlatform::homeDirectory() const {
-  const QString home = absolutePathFromEnvironment("HOME");
+  QString home = absolutePathFromEnvironment("HOME");
   if (!home.isNull()) return home;
   const QString account = accountOf(realUserId_).home;
   return account.startsWith(u'/') ? QDir::cleanPath(account) : QStringLiteral("/");

@@ -3,7 +3,7 @@
 #include "SharedFiles/LogFormat.h"
 
 QString QVException::logException(const QVPlatformException& exception, const char* method, LogController& log) {
-  const QString text = formatLog("Exception in %s. %@ - %@.", method, exception.name(), exception.reason());
+  QString text = formatLog("Exception in %s. %@ - %@.", method, exception.name(), exception.reason());
   log.appendLogAndPrint(text);
   return text;
 }
