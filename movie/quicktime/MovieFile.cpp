@@ -87,6 +87,19 @@ Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
   return bytes;
 }
 
+/// Where the movie atom stands in `bytes`, which are replaced by the inflated ones when they hold a compressed movie.
+Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& movie, BytesOrigin& origin) {
+  const auto compressed = firstAtom(readChildren(bytes, movie), fourCC("cmov"));
+  if (!compressed) return movie;
+  auto inflated = inflateMovie(bytes, *compressed);
+  if (!inflated) return tl::make_unexpected(origin.error("moov/cmov", compressed->offset, inflated.error().reason));
+  bytes = std::move(*inflated);
+  origin.inflated = true;
+  const auto inner = firstAtom(readAtoms(bytes), fourCC("moov"));
+  if (!inner) return tl::make_unexpected(origin.error("moov/cmov", 0, "no movie atom comes out of it"));
+  return *inner;
+}
+
 std::uint64_t rescaled(std::uint64_t value, std::int32_t from, std::int32_t to) {
   const auto source = static_cast<std::uint64_t>(from);
   const auto target = static_cast<std::uint64_t>(to);
@@ -143,22 +156,12 @@ Result<void> MovieFile::load() {
   lazy_->movieAtom = std::move(*bytes);
 
   BytesOrigin origin{path(), top->movie.offset};
-  Atom atom = top->movie;
-  atom.offset = 0;
-  const AtomList parts = readChildren(lazy_->movieAtom, atom);
-  if (const auto compressed = firstAtom(parts, fourCC("cmov"))) {
-    auto inflated = inflateMovie(lazy_->movieAtom, *compressed);
-    if (!inflated) {
-      return tl::make_unexpected(origin.error("moov/cmov", compressed->offset, inflated.error().reason));
-    }
-    lazy_->movieAtom = std::move(*inflated);
-    origin.inflated = true;
-    const auto inner = firstAtom(readAtoms(lazy_->movieAtom), fourCC("moov"));
-    if (!inner) return tl::make_unexpected(origin.error("moov/cmov", 0, "no movie atom comes out of it"));
-    atom = *inner;
-  }
+  Atom outer = top->movie;
+  outer.offset = 0;
+  const auto atom = inflateIfCompressed(lazy_->movieAtom, outer, origin);
+  if (!atom) return tl::make_unexpected(atom.error());
 
-  auto movie = parseMovieAtom(lazy_->movieAtom, atom, origin);
+  auto movie = parseMovieAtom(lazy_->movieAtom, *atom, origin);
   if (!movie) return tl::make_unexpected(movie.error());
   timeScale_ = movie->timeScale;
   duration_ = movie->duration;

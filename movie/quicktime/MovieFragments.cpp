@@ -31,6 +31,16 @@ bool isSync(std::uint32_t sampleFlags) {
   return (sampleFlags & (nonSync | dependsOnOthers)) == 0;
 }
 
+/// The tfdt among a traf's children.
+std::optional<std::int64_t> decodeStartOf(ByteView bytes, const AtomList& parts) {
+  const auto time = firstAtom(parts, fourCC("tfdt"));
+  if (!time || time->bodySize() < 8) return std::nullopt;
+  const ByteView body = bodyOf(bytes, *time);
+  if (body[0] != 1) return read32(body, 4);
+  if (body.size() < 12) return std::nullopt;
+  return static_cast<std::int64_t>(std::min<std::uint64_t>(read64(body, 4), SampleTable::maximumTime));
+}
+
 /// Reads 32-bit fields one after the other; past the end they are 0.
 class Fields {
  public:
@@ -156,15 +166,7 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
   defaults.size = fields.nextIf((flags & hasDefaultSize) != 0, movieDefaults.size);
   defaults.flags = fields.nextIf((flags & hasDefaultFlags) != 0, movieDefaults.flags);
 
-  if (const auto time = firstAtom(*parts, fourCC("tfdt"))) {
-    const ByteView start = bodyOf(bytes, *time);
-    if (!start.empty() && start[0] == 1 && start.size() >= 12) {
-      defaults.decodeStart =
-          static_cast<std::int64_t>(std::min<std::uint64_t>(read64(start, 4), SampleTable::maximumTime));
-    } else if (start.size() >= 8) {
-      defaults.decodeStart = read32(start, 4);
-    }
-  }
+  defaults.decodeStart = decodeStartOf(bytes, *parts);
   place.next = defaults.base;
   TrackFragments& track = tracks_[index->second];
   for (const Atom& part : parts->atoms) {

@@ -15,8 +15,8 @@ inline constexpr FourCC timecodeMedia = fourCC("tmcd");
 
 /// One entry of an edit list. Source: QTFF "Edit list atoms"; ISO/IEC 14496-12, 8.6.6.
 struct EditListEntry {
-  /// In the movie's time scale. A last entry of 0, by which a fragmented movie means the rest of the media, is given
-  /// that rest's duration.
+  /// In the movie's time scale. A last entry of 0 means the rest of the media, as fragmented movies write it, and is
+  /// given that rest's duration.
   std::uint64_t segmentDuration = 0;
   std::int64_t mediaTime = 0;        ///< in the media's time scale, at most 2^62; -1 is an empty edit
   std::int32_t mediaRate = 0x10000;  ///< 16.16; 0 is a dwell
