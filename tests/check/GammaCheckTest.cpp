@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 
 #include "check/GammaCheck.h"
+#include "tests/check/BuiltMovie.h"
 #include "tests/check/CapturedLog.h"
-#include "tests/support/AtomBuilder.h"
 
 namespace check {
 namespace {
@@ -12,14 +12,13 @@ using movie::Bytes;
 using movie::Movie;
 using movie::test::gamaExtension;
 using movie::test::ImageEntry;
-using movie::test::MovieSpec;
 using movie::test::nclcExtension;
 using movie::test::nclxExtension;
 using movie::test::profileExtension;
 using movie::test::TemporaryFile;
-using movie::test::TrackSpec;
+using test::movieFile;
+using test::opened;
 using testing::ElementsAre;
-using testing::ElementsAreArray;
 using Report = std::vector<ReportParagraph>;
 
 const Report opening{{QStringLiteral("Checking files..."), ReportStyle::Normal}};
@@ -41,21 +40,6 @@ Bytes entryOf(const std::vector<Bytes>& extensions) {
   entry.codec = "none";
   entry.extensions = extensions;
   return entry.build();
-}
-
-Bytes fileOf(const std::vector<Bytes>& entries, const char* mediaType = "vide") {
-  TrackSpec track;
-  track.mediaType = mediaType;
-  track.entries = entries;
-  MovieSpec movie;
-  movie.tracks = {track};
-  return movie::test::joined({movie::test::typedMediaData("qt  ", 30), movie.build()});
-}
-
-std::unique_ptr<Movie> opened(const TemporaryFile& file) {
-  auto movie = Movie::movieWithFile(file.path());
-  if (!movie) throw std::runtime_error(movie.error().message());
-  return std::move(*movie);
 }
 
 struct Checked {
@@ -154,8 +138,8 @@ TEST(GammaCheck, ReportsEveryCombinationOfMetadataWordForWord) {
   for (const PropertyCase& gamma : gammaCases()) {
     for (const PropertyCase& color : colorCases()) {
       for (const PropertyCase& profile : profileCases()) {
-        const Checked checked = checkOf(fileOf({entryOf(together(gamma.source, color.source, profile.source))}),
-                                        fileOf({entryOf(together(gamma.dest, color.dest, profile.dest))}));
+        const Checked checked = checkOf(movieFile({entryOf(together(gamma.source, color.source, profile.source))}),
+                                        movieFile({entryOf(together(gamma.dest, color.dest, profile.dest))}));
         const bool mismatch = !gamma.match || !color.match || !profile.match;
         ASSERT_EQ(checked.report, opening + gamma.lines + color.lines + profile.lines + noPixelShift(mismatch));
         ASSERT_TRUE(checked.outcome.metadata);
@@ -170,16 +154,16 @@ TEST(GammaCheck, ReportsEveryCombinationOfMetadataWordForWord) {
 
 TEST(GammaCheck, LooksAtTheFirstDescriptionAndTheFirstOfEachAtomOnly) {
   const Bytes first = entryOf({gamaExtension(0x23333), nclcExtension(1, 1, 1)});
-  const Bytes source = fileOf({first, entryOf({gamaExtension(0x10000)})});
-  const Bytes dest = fileOf(
+  const Bytes source = movieFile({first, entryOf({gamaExtension(0x10000)})});
+  const Bytes dest = movieFile(
       {entryOf({gamaExtension(0x23333), gamaExtension(0x10000), nclcExtension(1, 1, 1), nclxExtension(9, 16, 9, 0)})});
   const Checked checked = checkOf(source, dest);
   EXPECT_FALSE(checked.outcome.metadata->mismatch());
 }
 
 TEST(GammaCheck, SkipsTheMetadataWithoutAWordWhenEitherMovieHasNoVideoTrack) {
-  const Bytes video = fileOf({entryOf({gamaExtension(0x23333)})});
-  const Bytes sound = fileOf({}, "soun");
+  const Bytes video = movieFile({entryOf({gamaExtension(0x23333)})});
+  const Bytes sound = movieFile({}, "soun");
   for (const auto& [source, dest] : {std::pair(video, sound), std::pair(sound, video), std::pair(sound, sound)}) {
     const test::CapturedLog log;
     const Checked checked = checkOf(source, dest);
@@ -190,7 +174,7 @@ TEST(GammaCheck, SkipsTheMetadataWithoutAWordWhenEitherMovieHasNoVideoTrack) {
 }
 
 TEST(GammaCheck, TreatsAMissingFrameAsAnEmptyBitmapAndSaysWhichItWas) {
-  const Bytes file = fileOf({entryOf({})});
+  const Bytes file = movieFile({entryOf({})});
   const Checked checked = checkOf(file, file);
   EXPECT_TRUE(checked.outcome.sourceFrameError);
   EXPECT_TRUE(checked.outcome.destFrameError);
@@ -202,7 +186,7 @@ TEST(GammaCheck, TreatsAMissingFrameAsAnEmptyBitmapAndSaysWhichItWas) {
 TEST(GammaCheck, LogsItsStepsInOrder) {
   const Report verdict = noPixelShift(true);
   const test::CapturedLog log;
-  checkOf(fileOf({entryOf({}), entryOf({})}), fileOf({entryOf({nclcExtension(1, 2, 3)})}));
+  checkOf(movieFile({entryOf({}), entryOf({})}), movieFile({entryOf({nclcExtension(1, 2, 3)})}));
   const std::string nclc = std::to_string(movie::fourCC("nclc"));
   EXPECT_THAT(
       log.texts(),
@@ -219,7 +203,7 @@ TEST(GammaCheck, LogsItsStepsInOrder) {
 }
 
 TEST(GammaCheck, ClearsTheConsoleAndStopsPlaybackAfterTheFirstLine) {
-  const TemporaryFile file(fileOf({entryOf({})}));
+  const TemporaryFile file(movieFile({entryOf({})}));
   const auto movie = opened(file);
   RecordedReport report;
   report.outputText(QStringLiteral("of an earlier check"));
@@ -230,7 +214,7 @@ TEST(GammaCheck, ClearsTheConsoleAndStopsPlaybackAfterTheFirstLine) {
 
 TEST(GammaCheck, LeavesTheMastersAsTheyAre) {
   const Bytes entry = entryOf({gamaExtension(0x23333)});
-  const TemporaryFile file(fileOf({entry}));
+  const TemporaryFile file(movieFile({entry}));
   const auto source = opened(file), dest = opened(file);
   RecordedReport report;
   runGammaCheck({*source, *dest, {}, {}, {}}, report);

@@ -3,8 +3,8 @@
 
 #include "check/MetadataSync.h"
 #include "movie/render/IccProfile.h"
+#include "tests/check/BuiltMovie.h"
 #include "tests/check/CapturedLog.h"
-#include "tests/support/AtomBuilder.h"
 
 namespace check {
 namespace {
@@ -12,28 +12,13 @@ namespace {
 using movie::Bytes;
 using movie::Movie;
 using movie::test::ImageEntry;
-using movie::test::MovieSpec;
 using movie::test::TemporaryFile;
-using movie::test::TrackSpec;
+using test::movieFile;
+using test::opened;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
 constexpr movie::NclcParameters fixedColors{movie::fourCC("nclc"), 1, 1, 1};
-
-Bytes fileOf(const char* brand, const std::vector<Bytes>& entries, const char* mediaType = "vide") {
-  TrackSpec track;
-  track.mediaType = mediaType;
-  track.entries = entries;
-  MovieSpec movie;
-  movie.tracks = {track};
-  return movie::test::joined({movie::test::typedMediaData(brand, 30), movie.build()});
-}
-
-std::unique_ptr<Movie> opened(const TemporaryFile& file) {
-  auto movie = Movie::movieWithFile(file.path());
-  if (!movie) throw std::runtime_error(movie.error().message());
-  return std::move(*movie);
-}
 
 movie::ImageDescription descriptionOf(const Movie& movie, std::size_t index = 1) {
   return *movie.tracksOfMediaType(movie::videoMedia).front()->media().imageDescription(index);
@@ -49,8 +34,8 @@ void expectFixedColors(const Movie& movie) {
 TEST(MatchMetadata, GivesBothMoviesTheFixedColors) {
   ImageEntry tagged;
   tagged.extensions = {movie::test::gamaExtension(0x23333), movie::test::nclcExtension(9, 16, 9)};
-  const TemporaryFile sourceFile(fileOf("qt  ", {tagged.build()}));
-  const TemporaryFile destFile(fileOf("qt  ", {ImageEntry().build()}));
+  const TemporaryFile sourceFile(movieFile({tagged.build()}));
+  const TemporaryFile destFile(movieFile({ImageEntry().build()}));
   const auto source = opened(sourceFile), dest = opened(destFile);
   const test::CapturedLog log;
   matchMetadata(*source, *dest);
@@ -60,8 +45,8 @@ TEST(MatchMetadata, GivesBothMoviesTheFixedColors) {
 }
 
 TEST(MatchMetadata, AddsTheKindOfColorAtomThatTheFileTypeAsksFor) {
-  const TemporaryFile sourceFile(fileOf("qt  ", {ImageEntry().build()}));
-  const TemporaryFile destFile(fileOf("isom", {ImageEntry().build()}));
+  const TemporaryFile sourceFile(movieFile({ImageEntry().build()}));
+  const TemporaryFile destFile(movieFile({ImageEntry().build()}, "vide", "isom"));
   const auto source = opened(sourceFile), dest = opened(destFile);
   matchMetadata(*source, *dest);
   EXPECT_FALSE(descriptionOf(*source).nclxFullRange());
@@ -70,7 +55,7 @@ TEST(MatchMetadata, AddsTheKindOfColorAtomThatTheFileTypeAsksFor) {
 
 TEST(MatchMetadata, TouchesOnlyTheFirstDescriptionAndNotTheFile) {
   const std::vector<Bytes> entries{ImageEntry().build(), ImageEntry().build()};
-  const TemporaryFile file(fileOf("qt  ", entries));
+  const TemporaryFile file(movieFile(entries));
   const auto source = opened(file), dest = opened(file);
   matchMetadata(*source, *dest);
   EXPECT_EQ(descriptionOf(*source, 2).bytes(), entries[1]);
@@ -78,8 +63,8 @@ TEST(MatchMetadata, TouchesOnlyTheFirstDescriptionAndNotTheFile) {
 }
 
 TEST(MatchMetadata, DoesNothingWhenEitherMovieHasNoVideoTrack) {
-  const TemporaryFile videoFile(fileOf("qt  ", {ImageEntry().build()}));
-  const TemporaryFile soundFile(fileOf("qt  ", {}, "soun"));
+  const TemporaryFile videoFile(movieFile({ImageEntry().build()}));
+  const TemporaryFile soundFile(movieFile({}, "soun"));
   const test::CapturedLog log;
   for (const bool videoFirst : {true, false}) {
     const auto video = opened(videoFile), sound = opened(soundFile);
@@ -91,8 +76,8 @@ TEST(MatchMetadata, DoesNothingWhenEitherMovieHasNoVideoTrack) {
 
 TEST(MatchMetadata, LogsEachFailedWriteAndGoesOn) {
   // Too short for an image description: every edit is refused.
-  const TemporaryFile shortFile(fileOf("qt  ", {movie::test::AtomBuilder("apch").zeros(20).build()}));
-  const TemporaryFile goodFile(fileOf("qt  ", {ImageEntry().build()}));
+  const TemporaryFile shortFile(movieFile({movie::test::AtomBuilder("apch").zeros(20).build()}));
+  const TemporaryFile goodFile(movieFile({ImageEntry().build()}));
   const auto good = opened(goodFile), broken = opened(shortFile);
   {
     const test::CapturedLog log;
@@ -110,7 +95,7 @@ TEST(MatchMetadata, LogsEachFailedWriteAndGoesOn) {
 }
 
 TEST(MatchMetadata, LogsFailuresForAMovieWithoutAnyDescription) {
-  const TemporaryFile emptyFile(fileOf("qt  ", {}));
+  const TemporaryFile emptyFile(movieFile({}));
   const auto source = opened(emptyFile), dest = opened(emptyFile);
   const test::CapturedLog log;
   matchMetadata(*source, *dest);

@@ -5,6 +5,7 @@
 
 #include "check/GammaCheck.h"
 #include "check/Report.h"
+#include "tests/check/CapturedLog.h"
 
 namespace check {
 namespace {
@@ -97,6 +98,16 @@ TEST(ReportConsole, ShowsAPerCentSignAsItIs) {
   RecordedReport report;
   report.outputText(QStringLiteral("50% of %@ done"));
   EXPECT_EQ(report.paragraphs().front().text, QStringLiteral("50% of %@ done"));
+}
+
+TEST(ReportConsole, WritesEveryTextToTheLog) {
+  const test::CapturedLog log;
+  RecordedReport report;
+  report.outputText(QStringLiteral("  50% done  "));
+  report.outputBoldText(QStringLiteral("two\nlines"));
+  report.outputErrorText(QStringLiteral("100%%"));
+  report.outputBoldErrorText(QStringLiteral("last"));
+  EXPECT_THAT(log.texts(), testing::ElementsAre("50% done", "two\nlines", "100%", "last"));
 }
 
 TEST(ReportConsole, HoldsNothingAfterClearing) {
