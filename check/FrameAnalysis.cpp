@@ -91,6 +91,7 @@ class ExponentTally {
       ++kept;
       sum += exponent;
       if (sum == 1.0) continue;
+      // NOLINTNEXTLINE(bugprone-incorrect-roundings): floor(x + 0.5) of a positive x is what the estimate is defined by
       const auto hundredths = static_cast<std::int64_t>(exponent * 100.0 + 0.5);
       if (hundredths < binCount) {
         Bin& bin = bins_[static_cast<std::size_t>(hundredths)];

@@ -13,8 +13,8 @@ struct GammaEstimate {
 bool isBlackFrame(const FrameBitmap& bitmap);
 
 /// gammaShiftForSourceBitmap:destBitmap: the exponent r, d = s^r, that maps the source's video-range luma s onto the
-/// destination's d. Above 1 the destination is darker. Of values equally frequent the one met first wins, column by column.
-/// A pixel whose reading throws QVPlatformException is logged and skipped; any other exception passes on.
+/// destination's d. Above 1 the destination is darker. Of values equally frequent the one met first wins, column by
+/// column. A pixel whose reading throws QVPlatformException is logged and skipped; any other exception passes on.
 GammaEstimate gammaShiftForSourceBitmap(const FrameBitmap& source, const FrameBitmap& dest);
 
 }  // namespace check

@@ -7,8 +7,8 @@
 
 namespace check {
 
-/// The frame bitmap that the analysis reads: unsigned 8-bit samples by column and row. An out-of-range coordinate or a bad
-/// bitmap may throw QVPlatformException.
+/// The frame bitmap that the analysis reads: unsigned 8-bit samples by column and row. An out-of-range coordinate or a
+/// bad bitmap may throw QVPlatformException.
 class FrameBitmap {
  public:
   using Samples = std::array<unsigned int, 4>;  ///< R, G, B, and room for alpha, each 0 to 255

@@ -202,11 +202,11 @@ TEST(QVQuickTime, FormatsTimes) {
       {0, 600, 25, "00:00:00:00"},
       {600 * 3723 + 240, 600, 25, "01:02:03:10"},
       {600 * (day + 7200), 600, 30, "26:00:00:00"},
-      {600 * (4 * day + 4 * 3600), 600, 30, "100:00:00:00"},
+      {600 * (4 * day + 4 * std::int64_t{3600}), 600, 30, "100:00:00:00"},
       {599, 600, 30, "00:00:00:30"},  // nothing is carried
       {600 * 59 + 599, 600, 1000, "00:00:59:998"},
       {-600 * (day + 7200) - 300, 600, 30, "26:00:00:15"},
-      {-600 * 65, 600, 30, "00:01:05:00"},
+      {std::int64_t{-600} * 65, 600, 30, "00:01:05:00"},
       {5, 600, 0.0, "00:00:00:00"},
       {5, -600, 25, "00:00:00:00"},
   };
@@ -309,7 +309,8 @@ TEST(QVQuickTime, CountsTimecodeFromZeroWithoutATimecodeTrack) {
   EXPECT_EQ(text(QVQuickTime::timecodeAtTime({.value = 600 * 61 + 24, .scale = 600}, movie.get())), "00:01:01:01");
   const auto ntsc = movieOf({videoTrack({30, 1001, 30000})}, 600);
   ASSERT_TRUE(ntsc);
-  EXPECT_EQ(text(QVQuickTime::timecodeAtTime({.value = 1800 * 1001, .scale = 30000}, ntsc.get())), "00:01:00:00");
+  EXPECT_EQ(text(QVQuickTime::timecodeAtTime({.value = std::int64_t{1800} * 1001, .scale = 30000}, ntsc.get())),
+            "00:01:00:00");
 }
 
 TEST(QVQuickTime, FindsTheTimeOfATimecode) {

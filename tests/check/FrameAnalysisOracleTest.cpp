@@ -80,9 +80,9 @@ class RandomPairs {
     for (int y = 0; y < changed.height; ++y) {
       for (int x = 0; x < changed.width; ++x) {
         const bool inside = x < frame.width && y < frame.height;
-        for (int i = 0; i < 3; ++i)
-          changed.samples.push_back(inside ? frame.samples[static_cast<std::size_t>((y * frame.width + x) * 3 + i)]
-                                           : 77);
+        const auto pixel =
+            static_cast<std::size_t>(y) * static_cast<std::size_t>(frame.width) + static_cast<std::size_t>(x);
+        for (std::size_t i = 0; i < 3; ++i) changed.samples.push_back(inside ? frame.samples[pixel * 3 + i] : 77);
       }
     }
     return changed;

@@ -249,9 +249,10 @@ TEST(FrameAnalysis, CountsInSinglePrecision) {
 TEST(FrameAnalysis, ReadsALargerDestinationAtTheSourcesCoordinates) {
   const RgbFrame source = naturalFrame(13, 9, 3);
   const RgbFrame same = raisedFrame(source, 1.25, 4);
-  RgbFrame larger{20, 12, std::vector<std::uint8_t>(20 * 12 * 3, 200)};
-  for (int y = 0; y < 9; ++y)
-    std::copy_n(same.samples.begin() + y * 13 * 3, 13 * 3, larger.samples.begin() + y * 20 * 3);
+  constexpr std::ptrdiff_t row = std::ptrdiff_t{13} * 3, largerRow = std::ptrdiff_t{20} * 3, rows = 9;
+  RgbFrame larger{20, 12, std::vector<std::uint8_t>(std::size_t{20} * 12 * 3, 200)};
+  for (std::ptrdiff_t y = 0; y < rows; ++y)
+    std::copy_n(same.samples.begin() + y * row, row, larger.samples.begin() + y * largerRow);
   EXPECT_EQ(estimateOf(source, larger).average, estimateOf(source, same).average);
 }
 
@@ -261,8 +262,8 @@ TEST(FrameAnalysis, LogsAndSkipsAPixelThatThrows) {
   damaged.throwAt(1, 2, QVPlatformException(QStringLiteral("100% broken %@")));
   damaged.throwAt(2, 0, QVPlatformException(QStringLiteral("broken too")));
   RgbFrame sourceWithout = source;  // a dark pixel is skipped in its own way
-  for (const int pixel : {2 * 4 + 1, 2})
-    for (int i = 0; i < 3; ++i) sourceWithout.samples[static_cast<std::size_t>(pixel * 3 + i)] = 0;
+  for (const std::size_t pixel : {2U * 4U + 1U, 2U})
+    for (std::size_t i = 0; i < 3; ++i) sourceWithout.samples[pixel * 3 + i] = 0;
 
   CapturedLog log;
   const GammaEstimate estimate = check::gammaShiftForSourceBitmap(damaged, AskedBitmap(dest));
