@@ -59,8 +59,8 @@ class MovieFile {
   /// track that does not exist.
   const SampleTable& sampleTable(std::size_t track) const;
 
-  /// The raw bytes of one sample (0-based) of a self-contained track, at most `limit` of them. For small ones: a
-  /// timecode.
+  /// The raw bytes of one sample (0-based) of a self-contained track, at most `limit` of them. It costs one
+  /// read and a walk over the runs of chunks. Safe from several threads.
   Result<Bytes> readSample(std::size_t track, std::uint64_t sample, std::size_t limit) const;
 
  private:
