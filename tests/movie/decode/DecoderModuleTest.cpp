@@ -14,6 +14,7 @@ namespace {
 TEST(DecoderModule, IsTheSameForEveryThread) {
   std::vector<Result<MovieDecoderBackend*>> backends(4, tl::make_unexpected(MovieError{}));
   std::vector<std::thread> threads;
+  threads.reserve(backends.size());
   for (auto& backend : backends) threads.emplace_back([&backend] { backend = decoderBackend(); });
   for (std::thread& thread : threads) thread.join();
   for (const auto& backend : backends) {

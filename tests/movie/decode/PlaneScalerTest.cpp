@@ -24,7 +24,7 @@ struct Plane {
       EXPECT_GE(y, 0);
       EXPECT_LE(x + count, width);
       EXPECT_LT(y, height);
-      return samples.data() + y * width + x;
+      return samples.data() + static_cast<std::ptrdiff_t>(y) * width + x;
     };
   }
 };

@@ -42,8 +42,8 @@ double RawLayout::code(const std::uint8_t* frame, int width, int height, std::si
         static_cast<std::size_t>(planeSteps[before]) *
         static_cast<std::size_t>(halved(width, planeShift(before, false)) * halved(height, planeShift(before, true)));
   }
-  const int rowBytes = planeSteps[plane] * halved(width, planeShift(plane, false));
-  const std::uint8_t* const at = frame + y * rowBytes + x * component.step + component.offset;
+  const std::ptrdiff_t rowBytes = std::ptrdiff_t{planeSteps[plane]} * halved(width, planeShift(plane, false));
+  const std::uint8_t* const at = frame + y * rowBytes + std::ptrdiff_t{x} * component.step + component.offset;
   unsigned value = at[0];
   if (component.word || component.shift + component.bits > 8) {
     value = component.bigEndian ? static_cast<unsigned>(at[0] << 8 | at[1]) : static_cast<unsigned>(at[1] << 8 | at[0]);
