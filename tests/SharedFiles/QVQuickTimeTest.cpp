@@ -22,18 +22,18 @@ constexpr int lowest = std::numeric_limits<int>::min();
 constexpr int highest = std::numeric_limits<int>::max();
 constexpr std::int64_t longest = std::numeric_limits<std::int64_t>::max();
 
-struct VideoSpec {
+struct VideoFrames {
   std::uint32_t frames = 30, frameDuration = 1001, timeScale = 30000;
 };
 
-TrackSpec videoTrack(const VideoSpec& spec) {
+TrackSpec videoTrack(const VideoFrames& video) {
   TrackSpec track;
-  track.timeScale = spec.timeScale;
-  track.mediaDuration = std::uint64_t{spec.frames} * spec.frameDuration;
-  track.durations = {{spec.frames, spec.frameDuration}};
+  track.timeScale = video.timeScale;
+  track.mediaDuration = std::uint64_t{video.frames} * video.frameDuration;
+  track.durations = {{video.frames, video.frameDuration}};
   track.commonSize = 1;
-  track.sampleCount = spec.frames;
-  track.chunks = {{1, std::max(spec.frames, 1U), 1}};
+  track.sampleCount = video.frames;
+  track.chunks = {{1, std::max(video.frames, 1U), 1}};
   return track;
 }
 
@@ -61,12 +61,13 @@ TrackSpec soundTrack(const Bytes& entry) {
 /// Opens a movie whose media data begins with a timecode sample.
 std::unique_ptr<Movie> movieOf(std::vector<TrackSpec> tracks, std::uint64_t duration, std::uint32_t timeScale = 600,
                                std::uint32_t firstFrameNumber = 107892) {
-  movie::test::MovieSpec spec;
-  spec.timeScale = timeScale;
-  spec.duration = duration;
-  spec.tracks = std::move(tracks);
+  movie::test::MovieSpec layout;
+  layout.timeScale = timeScale;
+  layout.duration = duration;
+  layout.tracks = std::move(tracks);
   const Bytes mediaData = AtomBuilder("mdat").u32(firstFrameNumber).zeros(200).build();
-  const movie::test::TemporaryFile file(movie::test::joined({movie::test::fileType("qt  "), mediaData, spec.build()}));
+  const movie::test::TemporaryFile file(
+      movie::test::joined({movie::test::fileType("qt  "), mediaData, layout.build()}));
   auto opened = Movie::movieWithFile(file.path());
   return opened ? std::move(*opened) : nullptr;
 }
@@ -219,7 +220,7 @@ TEST(QVQuickTime, FormatsTimes) {
 
 TEST(QVQuickTime, ReadsAMoviesTimingFromItsVideoAndTimecodeTracks) {
   struct Row {
-    VideoSpec video;
+    VideoFrames video;
     bool hasTimecode, dropFrame;
     TimingInfo timing;
   };
@@ -272,7 +273,7 @@ TEST(QVQuickTime, NarrowsATracksRateToSinglePrecision) {
 
 TEST(QVQuickTime, FindsTheLastFrame) {
   struct Row {
-    VideoSpec video;
+    VideoFrames video;
     std::uint64_t duration;
     MovieTime last;
   };
