@@ -18,9 +18,11 @@ namespace {
 constexpr std::int64_t largestPicture = 16384LL * 16384LL;  // pixels
 constexpr int longestReorder = 16;                          // pictures, in every standard there is
 
-/// Two movies are decoded side by side, so each gets half of the processors. More than four gain little for one picture and
-/// each holds frames of its own.
-int threadsPerDecoder() { return static_cast<int>(std::clamp(std::thread::hardware_concurrency() / 2, 1U, 4U)); }
+/// Two movies are decoded side by side, so each gets half of the processors. More than four gain little for one picture
+/// and each holds frames of its own.
+int threadsPerDecoder() {
+  return static_cast<int>(std::clamp(std::thread::hardware_concurrency() / 2, 1U, 4U));
+}
 
 std::string textOf(int error) {
   std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
@@ -160,21 +162,22 @@ Result<void> FfmpegDecoder::prepare(int reorderDepth) {
   return {};
 }
 
+/// The last sample at or before `from` that the tables call a fit start for the target. A picture shown before the sync
+/// sample that it follows may need what lies before that one.
+std::uint64_t FfmpegDecoder::startAtOrBefore(std::uint64_t from, const PresentedSample& target) const {
+  if (intraOnly_) return from;
+  std::uint64_t start = table_.syncSampleAtOrBefore(from);
+  while (start > 0 && target.presentationTime < table_.presentationTimeOf(start)) {
+    start = table_.syncSampleAtOrBefore(start - 1);
+  }
+  return start;
+}
+
 /// Where to start decoding from, the most promising first, sample 0 last.
 std::vector<std::uint64_t> FfmpegDecoder::startsFor(const PresentedSample& target) const {
-  std::vector<std::uint64_t> starts;
-  std::uint64_t start = target.index;
-  if (!intraOnly_) {
-    start = table_.syncSampleAtOrBefore(start);
-    // A picture shown before the sync sample that it follows may need what lies before that one.
-    while (start > 0 && target.presentationTime < table_.presentationTimeOf(start)) {
-      start = table_.syncSampleAtOrBefore(start - 1);
-    }
-  }
-  starts.push_back(start);
+  std::vector<std::uint64_t> starts{startAtOrBefore(target.index, target)};
   for (std::uint64_t back = 1; starts.back() > 0; back *= 2) {
-    const std::uint64_t before = starts.back() - std::min(back, starts.back());
-    starts.push_back(intraOnly_ ? before : table_.syncSampleAtOrBefore(before));
+    starts.push_back(startAtOrBefore(starts.back() - std::min(back, starts.back()), target));
   }
   return starts;
 }

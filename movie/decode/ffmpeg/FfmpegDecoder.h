@@ -26,6 +26,7 @@ class FfmpegDecoder final : public MovieDecoder {
   FfmpegDecoder(std::shared_ptr<const MovieFile> file, std::size_t track, CodecHeader header, const AVCodec* codec);
 
   Result<void> prepare(int reorderDepth);
+  std::uint64_t startAtOrBefore(std::uint64_t from, const PresentedSample& target) const;
   std::vector<std::uint64_t> startsFor(const PresentedSample& target) const;
   int reorderDepthAt(const PresentedSample& target) const;
   Result<LibavPointer<AVFrame>> frameOf(const PresentedSample& target);

@@ -86,6 +86,8 @@ std::vector<Codec> codecs() {
        {"-c:v", "libx265", "-x265-params", "log-level=none", "-pix_fmt", "yuv420p10le"},
        10},
       {"HEVCGrey", ".mov", "hev1", small, {"-c:v", "libx265", "-x265-params", "log-level=none", "-pix_fmt", "gray"}},
+      {"VP9", ".mp4", "vp09", small, {"-c:v", "libvpx-vp9", "-pix_fmt", "yuv420p"}},
+      {"AV1", ".mp4", "av01", small, {"-c:v", "libaom-av1", "-cpu-used", "8", "-pix_fmt", "yuv420p"}},
       {"MPEG4", ".mp4", "mp4v", small, {"-c:v", "mpeg4", "-q:v", "3"}},
       {"PhotoJPEG", ".mov", "jpeg", small, {"-c:v", "mjpeg", "-q:v", "2", "-pix_fmt", "yuvj422p"}},
       {"JPEG2000", ".mov", "mjp2", small, {"-c:v", "jpeg2000", "-pix_fmt", "yuv422p"}},

@@ -52,8 +52,7 @@ class DamagedMovies : public testing::Test {
 
   /// Every n-th sample of the first video track decoded; the first failure's sentence, or none.
   std::string failureOf(const Bytes& bytes, int samples = 3) const {
-    std::ofstream(path_, std::ios::binary | std::ios::trunc)
-        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    write(bytes);
     const auto file = MovieFile::open(path_);
     if (!file) return file.error().message();
     std::size_t track = 0;
@@ -71,6 +70,18 @@ class DamagedMovies : public testing::Test {
     return {};
   }
 
+  /// A sample of the first track, by its index; all of them are shown in the order in which they are stored.
+  Picture pictureOf(const Bytes& bytes, int sample) const {
+    write(bytes);
+    const auto file = MovieFile::open(path_);
+    if (!file) throw std::runtime_error(file.error().message());
+    const SampleTable& table = (*file)->sampleTable(0);
+    const auto shown = table.presentedAt(table.presentationTimeOf(static_cast<std::uint64_t>(sample)));
+    auto picture = (*(*decoderBackend())->makeDecoder(*file, 0))->picture({*shown, {}, 32, 24});
+    if (!picture) throw std::runtime_error(picture.error().message());
+    return std::move(*picture);
+  }
+
   /// Where a four-character code stands, the first from a place on.
   static std::size_t placeOf(const Bytes& bytes, const std::string& code, std::size_t from = 0) {
     const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(from);
@@ -80,6 +91,11 @@ class DamagedMovies : public testing::Test {
   }
 
  private:
+  void write(const Bytes& bytes) const {
+    std::ofstream(path_, std::ios::binary | std::ios::trunc)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  }
+
   std::string path_ =
       testing::TempDir() + "damaged-" + testing::UnitTest::GetInstance()->current_test_info()->name() + ".mov";
 };
@@ -146,6 +162,17 @@ TEST_F(DamagedMovies, GarbageInASampleCannotBeDecoded) {
     std::fill(bytes.begin() + static_cast<std::ptrdiff_t>(placeOf(bytes, "mdat")) + 4, bytes.end(), std::uint8_t{0x5A});
     EXPECT_THAT(failureOf(bytes), HasSubstr("the frame cannot be decoded"));
   }
+}
+
+TEST_F(DamagedMovies, AnEmptySampleShowsThePictureBefore) {
+  Bytes bytes = proRes();
+  const std::size_t sizes = placeOf(bytes, "stsz");
+  const std::uint32_t count = read32(bytes, sizes + 12);
+  const auto last = static_cast<int>(count) - 1;
+  const Picture before = pictureOf(bytes, last - 1);
+  EXPECT_NE(pictureOf(bytes, last).planes, before.planes);
+  write32(bytes, sizes + 12 + std::size_t{4} * count, 0);
+  EXPECT_EQ(pictureOf(bytes, last).planes, before.planes);
 }
 
 TEST_F(DamagedMovies, ASampleLargerThanItsPictureIsRefused) {
