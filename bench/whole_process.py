@@ -16,7 +16,7 @@ import sys
 import time
 
 TOP = pathlib.Path(__file__).resolve().parent.parent
-SCENE = "testsrc2=size={size}:rate=24,noise=alls=6:all_seed=3,eq=saturation=0.6"
+SCENE = "testsrc2=size={size}:rate=24,noise=alls=5:allf=t:all_seed=3,eq=saturation=0.6"
 TAGS = ["-color_primaries", "bt709", "-color_trc", "bt709", "-colorspace", "bt709"]
 
 
@@ -51,7 +51,7 @@ class Movies:
     def h264(self, which):
         scene = SCENE.format(size="1920x1080")
         return self.make(f"h264-{which}.mov", "-f", "lavfi", "-i", scene, "-t", "10", "-vf", "format=yuv420p", "-c:v",
-                         "libx264", "-preset", "veryfast", "-crf", "20", "-g", "120", "-bf", "2", *TAGS)
+                         "libx264", "-preset", "veryfast", "-crf", "22", "-g", "120", "-bf", "3", *TAGS)
 
     def repeated(self, movie, times):
         return self.make(f"{movie.stem}-x{times}.mov", "-stream_loop", times - 1, "-i", movie, "-c", "copy")

@@ -53,10 +53,10 @@ const movie::Track* videoTrack(const movie::Movie& movie) {
   return tracks.empty() ? nullptr : tracks.front();
 }
 
-/// A multiple of the video media's scale, so that frames start on whole units; at most 0.1 ms a unit, so that rounding
+/// A multiple of the video media's scale, so that frames start on whole units; at most 1 us a unit, so that rounding
 /// does not reach into the next frame.
 std::int32_t scaleFor(const movie::Movie& movie) {
-  constexpr std::int32_t coarsest = 10'000;
+  constexpr std::int32_t coarsest = 1'000'000;
   const movie::Track* video = videoTrack(movie);
   const std::int32_t scale = std::max(video != nullptr ? video->media().timeScale() : movie.timeScale(), 1);
   return scale < coarsest ? scale * ((coarsest + scale - 1) / scale) : scale;
