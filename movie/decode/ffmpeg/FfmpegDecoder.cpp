@@ -51,9 +51,10 @@ bool isImageCodec(AVCodecID codec) {
   }
 }
 
-/// These give no frame out of a start that they cannot decode from; others give a spoiled one without a word.
+/// This one gives no frame after a start that it cannot decode from, and starts without a key frame where the stream
+/// says that it can; others give a spoiled frame without a word.
 bool knowsItsOwnStart(AVCodecID codec) {
-  return codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC;
+  return codec == AV_CODEC_ID_H264;
 }
 
 /// Whether a frame that is not referred to can be left out without a trace. In HEVC a picture of a lower temporal layer
