@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/movie/decode/DecodedMovie.h"
 #include "tests/support/MovieFixture.h"
@@ -136,7 +137,7 @@ TEST(HdvTags, DecodeAsMpeg2) {
   ASSERT_NE(at, std::string::npos);
   for (const char digit : {'1', '2', '3', '4', '5', '6', '7', '8', '9'}) {
     bytes.replace(at, 4, std::string("hdv") + digit);
-    const std::string copy = testing::TempDir() + "hdv" + digit + ".mov";
+    const std::string copy = testing::TempDir() + "hdv" + digit + "-" + std::to_string(getpid()) + ".mov";
     std::ofstream(copy, std::ios::binary) << bytes;
     DecodedMovie movie(copy);
     EXPECT_EQ(movie.codec(), std::string("hdv") + digit);

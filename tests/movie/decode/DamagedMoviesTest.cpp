@@ -10,6 +10,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include "movie/decode/DecoderModule.h"
 #include "movie/quicktime/ByteOrder.h"
@@ -96,8 +97,7 @@ class DamagedMovies : public testing::Test {
         .write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
   }
 
-  std::string path_ =
-      testing::TempDir() + "damaged-" + testing::UnitTest::GetInstance()->current_test_info()->name() + ".mov";
+  std::string path_ = testing::TempDir() + "damaged-" + std::to_string(getpid()) + ".mov";
 };
 
 TEST_F(DamagedMovies, WholeOnesAreFine) {
