@@ -43,10 +43,7 @@ function(lumacheck_test name)
   include(GoogleTest)
   add_executable(${name} ${ARG_FILES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_compile_definitions(${name} PRIVATE
-    LUMACHECK_FIXTURE_DIR="${LUMACHECK_FIXTURES}"
-    LUMACHECK_REAL_MOVIES="${LUMACHECK_REAL_MOVIES}")
-  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} GTest::gmock GTest::gtest GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} test_support GTest::gmock GTest::gtest GTest::gtest_main)
   if(TARGET movie_ffmpeg)
     add_dependencies(${name} movie_ffmpeg)
   endif()

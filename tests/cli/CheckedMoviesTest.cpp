@@ -133,7 +133,7 @@ TEST(CheckedMovies, DescribeBothSides) {
       R"(,"size":[320,240],"codec":"apch","gamma":2.2,"gammaFixed":144179,"color":{"type":"nclc","primaries":1,)"
       R"("transferFunction":1,"matrix":1},"profile":null,"imageDescriptions":1})";
   EXPECT_EQ(json["source"].dump(),
-            R"({"path":")" + plainMovie() + R"(","time":{"value":6144,"scale":12800},"timecode":"01:00:00:12")" + rest);
+            R"({"path":")" + plainMovie() + R"(","time":{"value":485376,"scale":1011200},"timecode":"01:00:00:12")" + rest);
   EXPECT_EQ(json["dest"]["timecode"], "01:00:00:13");
   EXPECT_EQ(json["dest"]["gamma"], 1.8);
   EXPECT_EQ(json["metadata"].dump(),

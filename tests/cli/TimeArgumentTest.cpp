@@ -98,7 +98,7 @@ TEST(TimeInMovie, HitsEveryFrameByItsStartWithSixDecimals) {
 
 TEST(TimeInMovie, KeepsExactSecondsExact) {
   const OpenedMovie opened(specOf(24000, 1001, 480));
-  EXPECT_EQ(timeInMovie(*parseTimeArgument("12.5"), *opened.movie), (MovieTime{300000, 24000, 0}));
+  EXPECT_EQ(timeInMovie(*parseTimeArgument("12.5"), *opened.movie), (MovieTime{12600000, 1008000, 0}));
   EXPECT_EQ(frameAt(opened, "12.5"), 299U);
   EXPECT_EQ(frameAt(opened, "12.5125"), 300U);
 }
