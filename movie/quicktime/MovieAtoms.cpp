@@ -88,6 +88,7 @@ class Parser {
   Status mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const;
   Status sampleDescriptions(const Atom& atom, const std::string& path, TrackInfo& info) const;
   Status dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const;
+  bool isExternal(const Atom& reference) const;
   Status extends(const Atom& atom, MovieAtoms& movie) const;
 
   ByteView bytes_;
@@ -177,6 +178,7 @@ Parser::Status Parser::mediaInformation(const Atom& atom, const std::string& pat
     if (const auto list = firstAtom(*tableAtoms, fourCC("stsd"))) {
       if (auto status = sampleDescriptions(*list, path + "/stbl/stsd", track.info); !status) return status;
     }
+    track.tables.descriptionCount = track.info.sampleDescriptions.size();
   }
   const auto data = firstAtom(*parts, fourCC("dinf"));
   return data ? dataReferences(*data, path + "/dinf", track.info) : Status{};
@@ -204,16 +206,20 @@ Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path,
   const auto parts = children(atom, path);
   if (!parts) return tl::make_unexpected(parts.error());
   const auto list = firstAtom(*parts, fourCC("dref"));
-  const bool described = !info.sampleDescriptions.empty() && info.sampleDescriptions.front().size() >= 16;
-  if (!list || list->bodySize() < head || !described) return {};
-  const std::size_t index = read16(info.sampleDescriptions.front(), 14);  // 1-based
+  if (!list || list->bodySize() < head) return {};
   const AtomList references = readAtoms(bytes_, list->bodyOffset() + head, list->end());
-  if (index == 0 || index > references.atoms.size()) return {};
-  const Atom& reference = references.atoms[index - 1];
+  for (const Bytes& description : info.sampleDescriptions) {
+    const std::size_t index = description.size() >= 16 ? read16(description, 14) : 0;  // 1-based
+    const bool named = index != 0 && index <= references.atoms.size();
+    info.external.push_back(named && isExternal(references.atoms[index - 1]));
+  }
+  return {};
+}
+
+bool Parser::isExternal(const Atom& reference) const {
   constexpr std::uint32_t selfContained = 1;
   // A reference with nothing behind version and flags names no other file, whatever its flag says.
-  info.external = reference.bodySize() > 4 && (read32(body(reference), 0) & selfContained) == 0;
-  return {};
+  return reference.bodySize() > 4 && (read32(body(reference), 0) & selfContained) == 0;
 }
 
 Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
@@ -223,7 +229,8 @@ Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
   for (const Atom& part : parts->atoms) {
     if (part.type != fourCC("trex") || part.bodySize() < 24) continue;
     const ByteView fields = body(part);
-    movie.fragmentDefaults.push_back({read32(fields, 4), read32(fields, 12), read32(fields, 16), read32(fields, 20)});
+    movie.fragmentDefaults.push_back(
+        {read32(fields, 4), read32(fields, 12), read32(fields, 16), read32(fields, 20), read32(fields, 8)});
   }
   return {};
 }

@@ -33,6 +33,7 @@ struct FragmentDefaults {
   std::uint32_t duration = 0;
   std::uint32_t size = 0;
   std::uint32_t flags = 0;
+  std::uint32_t description = 1;  ///< counted from 1
 };
 
 struct TrackAtoms {

@@ -132,6 +132,17 @@ struct MovieFile::Lazy {
     if (sample < before) return atoms[track].locationOf(sample);
     return track < fragments.size() ? fragments[track].locationOf(sample - before) : std::nullopt;
   }
+
+  DescriptionRun descriptionRunOf(std::size_t track, std::uint64_t sample) const {
+    const std::uint64_t before = atoms[track].sampleCount();
+    if (sample < before) return atoms[track].descriptionRunOf(sample).value_or(DescriptionRun{});
+    if (track >= fragments.size()) return {};
+    DescriptionRun run = fragments[track].descriptionRunOf(sample - before);
+    run.first += before;
+    if (run.first > before || before == 0) return run;
+    const DescriptionRun earlier = descriptionRunOf(track, before - 1);
+    return earlier.description == run.description ? earlier : run;
+  }
 };
 
 MovieFile::MovieFile(Private, ReadableFile file) : file_(std::move(file)) {}
@@ -224,17 +235,27 @@ const SampleTable& MovieFile::sampleTable(std::size_t track) const {
   return lazy.table;
 }
 
-Result<Bytes> MovieFile::readSample(std::size_t track, std::uint64_t sample, std::size_t limit) const {
+DescriptionRun MovieFile::descriptionRunOf(std::size_t track, std::uint64_t sample) const {
+  return track < tracks_.size() ? lazy_->descriptionRunOf(track, sample) : DescriptionRun{};
+}
+
+Result<SampleLocation> MovieFile::locateSample(std::size_t track, std::uint64_t sample) const {
   const auto failure = [&](std::string reason) {
     return tl::make_unexpected(MovieError{path(), {}, 0, std::move(reason)});
   };
   if (track >= tracks_.size()) return failure("there is no such track");
-  if (tracks_[track].external) return failure("the track's media is in another file");
   const auto place = lazy_->locate(track, sample);
   if (!place) return failure("the sample tables do not lead to the sample");
+  if (tracks_[track].isExternal(place->description)) return failure("the track's media is in another file");
   if (place->offset > size() || place->size > size() - place->offset) {
     return failure("the sample lies past the end of the file");
   }
+  return *place;
+}
+
+Result<Bytes> MovieFile::readSample(std::size_t track, std::uint64_t sample, std::size_t limit) const {
+  const auto place = locateSample(track, sample);
+  if (!place) return tl::make_unexpected(place.error());
   return file_.read(place->offset, static_cast<std::size_t>(std::min<std::uint64_t>(place->size, limit)));
 }
 

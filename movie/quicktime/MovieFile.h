@@ -10,6 +10,7 @@
 #include "movie/quicktime/MovieTime.h"
 #include "movie/quicktime/ReadableFile.h"
 #include "movie/quicktime/SampleTable.h"
+#include "movie/quicktime/SampleTableAtoms.h"
 #include "movie/quicktime/TrackInfo.h"
 
 namespace movie {
@@ -59,9 +60,21 @@ class MovieFile {
   /// track that does not exist.
   const SampleTable& sampleTable(std::size_t track) const;
 
-  /// The raw bytes of one sample (0-based) of a self-contained track, at most `limit` of them. It costs one
-  /// read and a walk over the runs of chunks. Safe from several threads.
+  /// Which sample description a sample (0-based) has, and since which sample the track has had it without a break. A
+  /// sample that the tables do not lead to counts as one of the first description. It costs a walk over the runs of
+  /// chunks.
+  DescriptionRun descriptionRunOf(std::size_t track, std::uint64_t sample) const;
+
+  /// Where a sample (0-based) lies, wholly inside this file. It costs a walk over the runs of chunks. Error: the tables
+  /// do not lead to it, they lead past the end, or its description's data is in another file.
+  Result<SampleLocation> locateSample(std::size_t track, std::uint64_t sample) const;
+
+  /// The raw bytes of one sample, at most `limit` of them; a look-up and one read. Safe from several threads.
   Result<Bytes> readSample(std::size_t track, std::uint64_t sample, std::size_t limit) const;
+  /// The bytes from a place of the file on, into memory that is there; how many there were.
+  Result<std::size_t> read(std::uint64_t offset, std::span<std::uint8_t> bytes) const {
+    return file_.read(offset, bytes);
+  }
 
  private:
   Result<void> load();

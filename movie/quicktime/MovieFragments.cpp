@@ -87,12 +87,17 @@ void appendData(std::vector<FragmentData>& data, const FragmentData& piece) {
     data.push_back(piece);
 }
 
+void appendDescription(std::vector<DescriptionRun>& runs, const DescriptionRun& run) {
+  if (runs.empty() || runs.back().description != run.description) runs.push_back(run);
+}
+
 }  // namespace
 
 struct FragmentCollector::RunDefaults {
   std::uint32_t duration = 0;
   std::uint32_t size = 0;
   std::uint32_t flags = 0;
+  std::size_t description = 0;                ///< 0-based
   std::uint64_t base = 0;                     ///< what data offsets count from
   std::optional<std::int64_t> decodeStart{};  ///< of the next run
 };
@@ -109,12 +114,22 @@ std::optional<SampleLocation> TrackFragments::locationOf(std::uint64_t sample) c
                        [](std::uint64_t value, const FragmentData& piece) { return value < piece.firstSample; });
   if (after == data.begin() || sample >= sampleCount) return std::nullopt;
   const FragmentData& piece = *(after - 1);
-  return SampleLocation{piece.offset + (sample - piece.firstSample) * piece.size, piece.size};
+  return SampleLocation{piece.offset + (sample - piece.firstSample) * piece.size, piece.size,
+                        descriptionRunOf(sample).description};
+}
+
+DescriptionRun TrackFragments::descriptionRunOf(std::uint64_t sample) const {
+  const auto after = std::upper_bound(descriptions.begin(), descriptions.end(), sample,
+                                      [](std::uint64_t value, const DescriptionRun& run) { return value < run.first; });
+  return after == descriptions.begin() ? DescriptionRun{} : *(after - 1);
 }
 
 FragmentCollector::FragmentCollector(const MovieAtoms& movie, std::string file)
     : file_(std::move(file)), tracks_(movie.tracks.size()) {
-  for (std::size_t i = 0; i < movie.tracks.size(); ++i) indexOfId_.emplace(movie.tracks[i].info.id, i);
+  for (std::size_t i = 0; i < movie.tracks.size(); ++i) {
+    indexOfId_.emplace(movie.tracks[i].info.id, i);
+    descriptionCounts_.push_back(movie.tracks[i].info.sampleDescriptions.size());
+  }
   for (const FragmentDefaults& defaults : movie.fragmentDefaults) defaultsOfId_.emplace(defaults.trackId, defaults);
 }
 
@@ -161,7 +176,8 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
     const std::uint64_t high = fields.next();
     defaults.base = (high << 32) | fields.next();
   }
-  if ((flags & hasDescription) != 0) fields.next();
+  const std::uint32_t description = fields.nextIf((flags & hasDescription) != 0, movieDefaults.description);
+  defaults.description = descriptionIndex(description, descriptionCounts_[index->second]);
   defaults.duration = fields.nextIf((flags & hasDefaultDuration) != 0, movieDefaults.duration);
   defaults.size = fields.nextIf((flags & hasDefaultSize) != 0, movieDefaults.size);
   defaults.flags = fields.nextIf((flags & hasDefaultFlags) != 0, movieDefaults.flags);
@@ -202,6 +218,7 @@ void FragmentCollector::addRun(ByteView body, const RunDefaults& defaults, Place
     appendTime(track.runs, {count, duration, composition, decodeStart});
     if (isSync(sampleFlags)) appendSync(track.sync, {track.sampleCount, count});
     appendData(track.data, {track.sampleCount, count, place.next, size});
+    appendDescription(track.descriptions, {track.sampleCount, defaults.description});
     place.next += count * size;
     track.sampleCount += count;
     left -= count;

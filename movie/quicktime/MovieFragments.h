@@ -27,8 +27,11 @@ struct TrackFragments {
   std::vector<TimeRun> runs;
   std::vector<SampleRange> sync;  ///< 0-based within the fragments
   std::vector<FragmentData> data;
+  std::vector<DescriptionRun> descriptions;  ///< in order; the first one from sample 0 on
 
   std::optional<SampleLocation> locationOf(std::uint64_t sample) const;
+  /// The run around a sample that there is.
+  DescriptionRun descriptionRunOf(std::uint64_t sample) const;
 };
 
 /// Collects what moof atoms say, one after the other.
@@ -52,6 +55,7 @@ class FragmentCollector {
 
   std::string file_;
   std::unordered_map<std::uint32_t, std::size_t> indexOfId_;
+  std::vector<std::size_t> descriptionCounts_;  ///< per track
   std::unordered_map<std::uint32_t, FragmentDefaults> defaultsOfId_;
   std::vector<TrackFragments> tracks_;
   std::uint64_t total_ = 0;

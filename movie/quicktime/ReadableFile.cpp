@@ -72,6 +72,13 @@ ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
 Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const {
   if (offset >= size_) return Bytes{};
   Bytes bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - offset)));
+  const auto done = read(offset, std::span(bytes));
+  if (!done) return tl::make_unexpected(done.error());
+  bytes.resize(*done);
+  return bytes;
+}
+
+Result<std::size_t> ReadableFile::read(std::uint64_t offset, std::span<std::uint8_t> bytes) const {
   std::size_t done = 0;
   while (done < bytes.size()) {
     const ssize_t got =
@@ -81,8 +88,7 @@ Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const 
     if (got == 0) break;
     done += static_cast<std::size_t>(got);
   }
-  bytes.resize(done);
-  return bytes;
+  return done;
 }
 
 }  // namespace movie

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 #include "movie/quicktime/ByteOrder.h"
@@ -29,6 +30,8 @@ class ReadableFile {
   /// As many of `count` bytes from `offset` on as the file has; fewer at its end. Allocates no more than size() asks
   /// for.
   Result<Bytes> read(std::uint64_t offset, std::size_t count) const;
+  /// Into memory that is there; how many bytes it was.
+  Result<std::size_t> read(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
 
  private:
   std::string path_;

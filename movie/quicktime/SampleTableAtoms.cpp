@@ -168,10 +168,17 @@ std::optional<std::uint64_t> SampleTableAtoms::chunkOffsetOf(std::uint64_t chunk
   return (static_cast<std::uint64_t>(rows.at(row)) << 32) | rows.at(row, 1);
 }
 
-std::optional<SampleLocation> SampleTableAtoms::locationOf(std::uint64_t sample) const {
-  const auto size = sizeOf(sample);
-  if (!size) return std::nullopt;
+/// The row of stsc that a sample falls under.
+struct SampleTableAtoms::ChunkRun {
+  std::uint64_t firstChunk = 0;  ///< 0-based
+  std::uint64_t perChunk = 0;
+  std::uint64_t firstSample = 0;
+  DescriptionRun description;
+};
+
+std::optional<SampleTableAtoms::ChunkRun> SampleTableAtoms::chunkRunOf(std::uint64_t sample) const {
   const Rows rows(sampleToChunk, 12);
+  DescriptionRun description;
   const std::uint64_t chunks = chunkCount();
   std::uint64_t before = 0;  // samples in the rows that lie behind
   for (std::size_t i = 0; i < rows.count(); ++i) {
@@ -179,23 +186,34 @@ std::optional<SampleLocation> SampleTableAtoms::locationOf(std::uint64_t sample)
     const std::uint64_t next = i + 1 < rows.count() ? rows.at(i + 1) : chunks + 1;
     const std::uint64_t perChunk = rows.at(i, 1);
     if (first == 0 || next <= first || perChunk == 0) continue;
-    if ((sample - before) / perChunk >= next - first) {
-      before += (next - first) * perChunk;
-      continue;
-    }
-    const auto base = chunkOffsetOf(first - 1 + (sample - before) / perChunk);
-    if (!base) return std::nullopt;
-    SampleLocation location{*base, *size};
-    const std::uint64_t earlier = (sample - before) % perChunk;
-    if (!compactSizes && read32(*sampleSize, 4) != 0) {
-      location.offset += earlier * *size;
-    } else {
-      for (std::uint64_t other = sample - earlier; other < sample; ++other)
-        location.offset += sizeOf(other).value_or(0);
-    }
-    return location;
+    const std::size_t here = descriptionIndex(rows.at(i, 2), descriptionCount);
+    if (here != description.description) description = {before, here};
+    if ((sample - before) / perChunk < next - first) return ChunkRun{first - 1, perChunk, before, description};
+    before += (next - first) * perChunk;
   }
   return std::nullopt;
+}
+
+std::optional<DescriptionRun> SampleTableAtoms::descriptionRunOf(std::uint64_t sample) const {
+  const auto run = chunkRunOf(sample);
+  return run ? std::optional(run->description) : std::nullopt;
+}
+
+std::optional<SampleLocation> SampleTableAtoms::locationOf(std::uint64_t sample) const {
+  const auto size = sizeOf(sample);
+  const auto run = size ? chunkRunOf(sample) : std::nullopt;
+  if (!run) return std::nullopt;
+  const std::uint64_t into = sample - run->firstSample;
+  const auto base = chunkOffsetOf(run->firstChunk + into / run->perChunk);
+  if (!base) return std::nullopt;
+  SampleLocation location{*base, *size, run->description.description};
+  const std::uint64_t earlier = into % run->perChunk;
+  if (!compactSizes && read32(*sampleSize, 4) != 0) {
+    location.offset += earlier * *size;
+  } else {
+    for (std::uint64_t other = sample - earlier; other < sample; ++other) location.offset += sizeOf(other).value_or(0);
+  }
+  return location;
 }
 
 }  // namespace movie

@@ -11,9 +11,24 @@ namespace movie {
 
 /// Where one sample lies.
 struct SampleLocation {
-  std::uint64_t offset = 0;  ///< from the start of the file that its data reference names
-  std::uint64_t size = 0;    ///< bytes
+  std::uint64_t offset = 0;     ///< from the start of the file that its data reference names
+  std::uint64_t size = 0;       ///< bytes
+  std::size_t description = 0;  ///< 0-based, among the track's sample descriptions
 };
+
+/// Samples that follow each other under one sample description.
+struct DescriptionRun {
+  std::uint64_t first = 0;      ///< the first of them, 0-based
+  std::size_t description = 0;  ///< 0-based, among the track's sample descriptions
+
+  friend bool operator==(const DescriptionRun&, const DescriptionRun&) = default;
+};
+
+/// The 0-based place of a sample description that a file gives by a number from 1 on. A number that leads to none of
+/// `count` descriptions counts as 1.
+inline std::size_t descriptionIndex(std::uint32_t number, std::size_t count) {
+  return number == 0 || number > count ? 0 : number - 1;
+}
 
 /// The tables of one stbl atom as they lie in the movie atom's bytes, which must outlive this. Nothing is copied or
 /// expanded before it is asked for; counts are held to the bytes that are there.
@@ -28,6 +43,7 @@ struct SampleTableAtoms {
   std::optional<ByteView> chunkOffset;        ///< stco, or co64
   bool compactSizes = false;                  ///< sampleSize is a stz2
   bool wideOffsets = false;                   ///< chunkOffset is a co64
+  std::size_t descriptionCount = 0;           ///< how many sample descriptions the track has
 
   /// The first atom of each kind among the children of a stbl.
   static SampleTableAtoms among(ByteView bytes, const AtomList& children);
@@ -46,10 +62,16 @@ struct SampleTableAtoms {
   /// None when the tables do not lead to the sample.
   std::optional<SampleLocation> locationOf(std::uint64_t sample) const;
 
+  /// The run around the sample. None when stsc does not lead to it.
+  std::optional<DescriptionRun> descriptionRunOf(std::uint64_t sample) const;
+
  private:
   std::optional<std::uint64_t> sizeOf(std::uint64_t sample) const;
   std::optional<std::uint64_t> chunkOffsetOf(std::uint64_t chunk) const;
   std::uint64_t chunkCount() const;
+
+  struct ChunkRun;
+  std::optional<ChunkRun> chunkRunOf(std::uint64_t sample) const;
 };
 
 }  // namespace movie

@@ -39,9 +39,10 @@ struct TrackInfo {
   std::vector<EditListEntry> edits;       ///< empty: the media from its beginning
   std::vector<Bytes> sampleDescriptions;  ///< whole stsd entries, size and type included
   std::uint64_t sampleCount = 0;          ///< those in fragments included
-  /// Where each chunk's external file would be is never followed: true when the first sample description's data
-  /// reference points to another file.
-  bool external = false;
+  /// Per sample description: its data reference points to another file. Such references are never followed.
+  std::vector<bool> external;
+
+  bool isExternal(std::size_t description) const { return description < external.size() && external[description]; }
 };
 
 }  // namespace movie

@@ -95,7 +95,7 @@ Result<std::unique_ptr<MovieDecoder>> FfmpegDecoder::make(std::shared_ptr<const 
   if (track >= file->tracks().size()) return failure("there is no such track");
   const TrackInfo& info = file->tracks()[track];
   if (info.mediaType != videoMedia) return failure("the track holds no pictures");
-  if (info.external) return failure("the samples lie in another file, and such references are not followed");
+  if (info.isExternal(0)) return failure("the samples lie in another file, and such references are not followed");
   auto header = readCodecHeader(*file, info);
   if (!header) return tl::make_unexpected(header.error());
 

@@ -60,7 +60,7 @@ TEST(MovieFile, ReadsAnOrdinaryMovie) {
   EXPECT_EQ(track.height, 1080U << 16);
   EXPECT_EQ(track.matrix, TrackInfo().matrix);
   EXPECT_EQ(track.sampleCount, 3U);
-  EXPECT_FALSE(track.external);
+  EXPECT_FALSE(track.isExternal(0));
   ASSERT_EQ(track.sampleDescriptions.size(), 1U);
   EXPECT_EQ(track.sampleDescriptions[0], ImageEntry().build());
   EXPECT_EQ(movie->sampleTable(0).sampleCount(), 3U);
@@ -193,7 +193,7 @@ TEST(MovieFile, KnowsMediaInAnotherFile) {
     entry.dataReference = rows[i].index;
     track.entries = {entry.build()};
     const auto movie = withTrack(track);
-    EXPECT_EQ(movie->tracks()[0].external, rows[i].external) << i;
+    EXPECT_EQ(movie->tracks()[0].isExternal(0), rows[i].external) << i;
     EXPECT_EQ(movie->readSample(0, 0, 4).has_value(), !rows[i].external) << i;
   }
 }

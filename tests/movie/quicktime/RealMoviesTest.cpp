@@ -37,7 +37,7 @@ void expectAsDescribed(const MovieFile& movie, const RealMovie& expected) {
   ASSERT_EQ(movie.tracks().size(), 1U);
   const TrackInfo& track = movie.tracks()[0];
   EXPECT_EQ(track.mediaType, videoMedia);
-  EXPECT_FALSE(track.external);
+  EXPECT_FALSE(track.isExternal(0));
   EXPECT_EQ(track.sampleCount, expected.samples);
   const SampleTable& table = movie.sampleTable(0);
   EXPECT_EQ(table.sampleCount(), expected.samples);
