@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr qsizetype kShortEntry = 100;
+constexpr qsizetype shortEntry = 100;
 
 LogSystemSummary systemSummary() {
   const long processors = sysconf(_SC_NPROCESSORS_ONLN);
@@ -155,8 +155,8 @@ void LogController::appendLog(const QString& format, LogArguments arguments) {
   if (format.isNull() || loggingDisabled()) return;
   const QString text = formatLogArguments(escapeTextForLogging(format), arguments);
   appendTextToLog(text);
-  const bool isShort = !text.isEmpty() && text.size() < kShortEntry;
-  if (isShort && bytesInQueue() < kShortEntry && !environment_.isMainThread()) finishWriting();
+  const bool isShort = !text.isEmpty() && text.size() < shortEntry;
+  if (isShort && bytesInQueue() < shortEntry && !environment_.isMainThread()) finishWriting();
 }
 
 void LogController::fastAppendLog(const QString& format, LogArguments arguments) {
@@ -208,7 +208,7 @@ void LogController::writeEntry(const QString& text) {
   const QByteArray line = formatLog("%@ - %@\n", descriptionOf(environment_.now()), text).toUtf8();
   target->write(line);
   bytesWritten_ += static_cast<quint32>(line.size());
-  if (!elsewhere && bytesWritten() >= kSizeLimit) endGenerationOnThread();
+  if (!elsewhere && bytesWritten() >= sizeLimit) endGenerationOnThread();
 }
 
 std::shared_ptr<LogSink> LogController::openFileHandle() {
@@ -243,17 +243,17 @@ QStringList LogController::availableLogs() const {
 
 QString LogController::escapeTextForLogging(const QString& text) {
   if (!text.contains(u'%')) return text;
-  constexpr std::array<std::array<const char*, 2>, 9> kReplacements = {{{"% ", "%% "},
-                                                                        {"%.", "%%."},
-                                                                        {"%!", "%%!"},
-                                                                        {"%,", "%%,"},
-                                                                        {"%-", "%%-"},
-                                                                        {"%;", "%%;"},
-                                                                        {"%:", "%%:"},
-                                                                        {"%+", "%%+"},
-                                                                        {"%%%", "%%"}}};
+  constexpr std::array<std::array<const char*, 2>, 9> replacements = {{{"% ", "%% "},
+                                                                       {"%.", "%%."},
+                                                                       {"%!", "%%!"},
+                                                                       {"%,", "%%,"},
+                                                                       {"%-", "%%-"},
+                                                                       {"%;", "%%;"},
+                                                                       {"%:", "%%:"},
+                                                                       {"%+", "%%+"},
+                                                                       {"%%%", "%%"}}};
   QString escaped = text;
-  for (const auto& [find, replacement] : kReplacements) {
+  for (const auto& [find, replacement] : replacements) {
     escaped.replace(QLatin1String(find), QLatin1String(replacement));
   }
   return escaped;
@@ -262,7 +262,7 @@ QString LogController::escapeTextForLogging(const QString& text) {
 void LogController::willTerminate() {
   const std::shared_ptr<SerialQueue> queue = writeQueue();
   if (queue) {
-    if (queue->operationCount() < kLongBacklog) finishWriting();
+    if (queue->operationCount() < longBacklog) finishWriting();
     queue->shutDown();
   }
   setAppName(QString());

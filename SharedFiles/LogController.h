@@ -46,9 +46,9 @@ struct LogEnvironment {
 class LogController {
  public:
   /// Bytes after which the current generation ends.
-  static constexpr quint32 kSizeLimit = 500000;
+  static constexpr quint32 sizeLimit = 500000;
   /// With this many entries left to write, the end of the program drops them.
-  static constexpr std::size_t kLongBacklog = 11;
+  static constexpr std::size_t longBacklog = 11;
 
   explicit LogController(LogEnvironment environment);
   ~LogController();  ///< as willTerminate()

@@ -25,7 +25,7 @@ QString LogFolder::currentFile() const {
 
 QStringList LogFolder::availableLogs() const {
   QStringList logs;
-  for (int number = 1; number <= kGenerations; ++number) {
+  for (int number = 1; number <= generations; ++number) {
     const QString log = formatLog("%@/%@.%li.log", path_, name_, number);
     if (QFile::exists(log)) logs << log;
   }
@@ -48,7 +48,7 @@ std::optional<QString> LogFolder::startGeneration() const {
 std::optional<QString> LogFolder::rotate() const {
   const QString oldest = path_ + formatLog("/%@.5.log", name_);
   if (QFile::exists(oldest)) QFile::remove(oldest);
-  for (int number = kGenerations - 1; number >= 1; --number) {
+  for (int number = generations - 1; number >= 1; --number) {
     const QString from = generation(number);
     const QString to = generation(number + 1);
     if (QFile::exists(from) && !QFile::rename(from, to)) {

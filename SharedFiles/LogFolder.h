@@ -10,7 +10,7 @@
 /// lies in the machine-wide Library, while the folder that is made and rotated stays the user's.
 class LogFolder {
  public:
-  static constexpr int kGenerations = 5;
+  static constexpr int generations = 5;
 
   LogFolder(const PathPlatform& platform, QString name);
 

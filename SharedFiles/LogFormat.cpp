@@ -9,8 +9,8 @@
 
 namespace {
 
-constexpr int kLargestField = 1000;
-constexpr int kDefaultPrecision = 6;
+constexpr int largestField = 1000;
+constexpr int defaultPrecision = 6;
 
 QString missingMark() {
   return QStringLiteral("<missing>");
@@ -101,7 +101,7 @@ class DirectiveReader {
     }
     std::optional<int> number;
     for (; peek() >= u'0' && peek() <= u'9'; ++position_) {
-      number = std::min(number.value_or(0) * 10 + (peek() - u'0'), kLargestField);
+      number = std::min(number.value_or(0) * 10 + (peek() - u'0'), largestField);
     }
     return number;
   }
@@ -110,10 +110,10 @@ class DirectiveReader {
     const LogArgument* argument = arguments_.next();
     if (!argument) return std::nullopt;
     if (const auto* number = std::get_if<LogArgument::Signed>(&argument->value())) {
-      return static_cast<int>(std::clamp<qint64>(number->value, -kLargestField, kLargestField));
+      return static_cast<int>(std::clamp<qint64>(number->value, -largestField, largestField));
     }
     if (const auto* number = std::get_if<quint64>(&argument->value())) {
-      return static_cast<int>(std::min<quint64>(*number, kLargestField));
+      return static_cast<int>(std::min<quint64>(*number, largestField));
     }
     return std::nullopt;
   }
@@ -212,7 +212,7 @@ QString renderUnsigned(const Directive& directive, const LogArgument& argument) 
 }
 
 QString floatingDigits(double magnitude, std::chars_format format, int precision) {
-  std::array<char, std::numeric_limits<double>::max_exponent10 + kLargestField + 16> buffer{};
+  std::array<char, std::numeric_limits<double>::max_exponent10 + largestField + 16> buffer{};
   const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude, format, precision);
   if (error != std::errc()) return mismatchMark();
   return QString::fromLatin1(buffer.data(), end - buffer.data());
@@ -227,7 +227,7 @@ QString renderFloatingPoint(const Directive& directive, const LogArgument& argum
                       : lower == u'e' ? std::chars_format::scientific
                                       : std::chars_format::general;
   const bool isNumber = !std::isnan(*number);
-  QString digits = isNumber ? floatingDigits(std::abs(*number), format, directive.precision.value_or(kDefaultPrecision))
+  QString digits = isNumber ? floatingDigits(std::abs(*number), format, directive.precision.value_or(defaultPrecision))
                             : QStringLiteral("nan");
   if (conversion.isUpper()) digits = digits.toUpper();
   return paddedNumber(directive, signText(directive, isNumber && std::signbit(*number)), digits,

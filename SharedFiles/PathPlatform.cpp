@@ -25,8 +25,8 @@ struct Account {
 
 /// The user's row of the password database; nil members where there is none.
 Account accountOf(uid_t userId) {
-  constexpr std::size_t kEnough = 16384;
-  std::vector<char> buffer(kEnough);
+  constexpr std::size_t enoughForOneEntry = 16384;
+  std::vector<char> buffer(enoughForOneEntry);
   passwd entry{};
   passwd* found = nullptr;
   if (getpwuid_r(userId, &entry, buffer.data(), buffer.size(), &found) != 0 || !found) return {};

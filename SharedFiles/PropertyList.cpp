@@ -16,8 +16,8 @@
 
 namespace {
 
-constexpr int kDeepestNesting = 64;
-constexpr qint64 kSecondsFrom1970To2001 = 978307200;
+constexpr int deepestNesting = 64;
+constexpr qint64 secondsFrom1970To2001 = 978307200;
 
 struct NodeDeleter {
   void operator()(void* node) const { plist_free(node); }
@@ -52,7 +52,7 @@ bool isShallowXml(const QByteArray& xml) {
   int depth = 0;
   while (!reader.atEnd()) {
     const QXmlStreamReader::TokenType token = reader.readNext();
-    if (token == QXmlStreamReader::StartElement && ++depth > kDeepestNesting + 2) return false;
+    if (token == QXmlStreamReader::StartElement && ++depth > deepestNesting + 2) return false;
     if (token == QXmlStreamReader::EndElement) --depth;
   }
   return !reader.hasError();
@@ -82,7 +82,7 @@ QVariant dateOf(plist_t node) {
   std::int32_t seconds = 0;
   std::int32_t microseconds = 0;
   plist_get_date_val(node, &seconds, &microseconds);
-  return QDateTime::fromSecsSinceEpoch(kSecondsFrom1970To2001 + seconds, Qt::UTC);
+  return QDateTime::fromSecsSinceEpoch(secondsFrom1970To2001 + seconds, Qt::UTC);
 }
 
 std::optional<QVariant> arrayOf(plist_t node) {
@@ -157,7 +157,7 @@ std::optional<QVariant> valueOf(plist_t node) {
 Node nodeOf(const QVariant& value, int depth);
 
 Node dateNode(const QDateTime& date) {
-  const qint64 seconds = date.toSecsSinceEpoch() - kSecondsFrom1970To2001;
+  const qint64 seconds = date.toSecsSinceEpoch() - secondsFrom1970To2001;
   using Limits = std::numeric_limits<std::int32_t>;
   if (!date.isValid() || seconds < Limits::min() || seconds > Limits::max()) return nullptr;
   return Node(plist_new_date(static_cast<std::int32_t>(seconds), 0));
@@ -196,7 +196,7 @@ Node unsignedNode(qulonglong value) {
 }
 
 Node nodeOf(const QVariant& value, int depth) {
-  if (depth > kDeepestNesting) return nullptr;
+  if (depth > deepestNesting) return nullptr;
   switch (value.typeId()) {
     case QMetaType::Bool:
       return Node(plist_new_bool(value.toBool() ? 1 : 0));
@@ -230,7 +230,7 @@ Node nodeOf(const QVariant& value, int depth) {
 }  // namespace
 
 std::optional<QVariant> PropertyList::fromXml(const QByteArray& xml) {
-  if (xml.size() > kLargestFile || !isShallowXml(xml)) return std::nullopt;
+  if (xml.size() > largestFile || !isShallowXml(xml)) return std::nullopt;
   const PlainLocale plain;
   plist_t root = nullptr;
   plist_from_xml(xml.constData(), static_cast<std::uint32_t>(xml.size()), &root);
@@ -253,7 +253,7 @@ std::optional<QByteArray> PropertyList::toXml(const QVariant& value) {
 std::optional<QVariant> PropertyList::read(const QString& path) {
   QFile file(path);
   if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return std::nullopt;
-  const QByteArray xml = file.read(kLargestFile + 1);
+  const QByteArray xml = file.read(largestFile + 1);
   if (file.error() != QFileDevice::NoError) return std::nullopt;
   return fromXml(xml);
 }

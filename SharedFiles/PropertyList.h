@@ -14,7 +14,7 @@ class PropertyList final {
   PropertyList() = delete;
 
   /// Larger files are not read.
-  static constexpr qint64 kLargestFile = 32 << 20;
+  static constexpr qint64 largestFile = 32 << 20;
 
   /// The value, or nothing when the bytes are no well-formed property list of the types above.
   static std::optional<QVariant> fromXml(const QByteArray& xml);

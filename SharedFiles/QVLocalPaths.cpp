@@ -19,13 +19,13 @@ SearchPathDomain domainOf(bool user) {
 
 QStringList protectedFolders(const PathPlatform& platform) {
   using FolderOf = QString (*)(bool, const PathPlatform&);
-  constexpr std::array<FolderOf, 7> kBothDomains = {
+  constexpr std::array<FolderOf, 7> bothDomains = {
       QVLocalPaths::applicationDirectory, QVLocalPaths::adminApplicationDirectory,
       QVLocalPaths::documentDirectory,    QVLocalPaths::libraryDirectory,
       QVLocalPaths::prefsDirectory,       QVLocalPaths::cacheDirectory,
       QVLocalPaths::appSupportDirectory};
   QStringList folders;
-  for (const FolderOf folderOf : kBothDomains) folders << folderOf(true, platform) << folderOf(false, platform);
+  for (const FolderOf folderOf : bothDomains) folders << folderOf(true, platform) << folderOf(false, platform);
   folders << QVLocalPaths::desktopDirectory(platform) << QVLocalPaths::userDirectory(platform)
           << QVLocalPaths::systemLibraryDirectory(platform) << QVLocalPaths::localDocumentationDirectory(platform);
   folders << QStringLiteral("/Users/Shared") << QStringLiteral("/usr") << QStringLiteral("/var")
@@ -35,8 +35,8 @@ QStringList protectedFolders(const PathPlatform& platform) {
 
 bool isInsideSystemFolder(const QString& path) {
   if (path.startsWith(QLatin1String("/usr/")) && !path.startsWith(QLatin1String("/usr/local/"))) return true;
-  constexpr std::array<const char*, 5> kPrefixes = {"/var/", "/bin/", "/sbin/", "/private/var/", "/System/"};
-  return std::any_of(kPrefixes.begin(), kPrefixes.end(),
+  constexpr std::array<const char*, 5> prefixes = {"/var/", "/bin/", "/sbin/", "/private/var/", "/System/"};
+  return std::any_of(prefixes.begin(), prefixes.end(),
                      [&path](const char* prefix) { return path.startsWith(QLatin1String(prefix)); });
 }
 
@@ -136,10 +136,10 @@ QString QVLocalPaths::uuid(const Platform& platform) {
 }
 
 QString QVLocalPaths::randomString(unsigned int length, const Platform& platform) {
-  constexpr QLatin1String kAlphabet("abcdefghijklmnopqrstuvwxyz0123456789");
+  constexpr QLatin1String alphabet("abcdefghijklmnopqrstuvwxyz0123456789");
   platform.srand(static_cast<quint32>(platform.clock()) * static_cast<quint32>(platform.time()));
   QString result = QStringLiteral("");
-  for (unsigned int i = 0; i < length; ++i) result += kAlphabet.at(platform.rand() % 36);
+  for (unsigned int i = 0; i < length; ++i) result += alphabet.at(platform.rand() % 36);
   return result;
 }
 

@@ -37,13 +37,13 @@ class TestPaths : public LinuxPathPlatform {
 /// A log in a temporary folder with a clock, a thread and an output that the test holds.
 class LogFixture : public ::testing::Test {
  protected:
-  static constexpr const char* kDate = "2026-11-15 13:24:25 +0000";
-  static constexpr uid_t kUser = 1000;
-  static constexpr uid_t kSuperuser = 0;
+  static constexpr const char* date = "2026-11-15 13:24:25 +0000";
+  static constexpr uid_t ordinaryUser = 1000;
+  static constexpr uid_t superuser = 0;
 
   void SetUp() override {
     ASSERT_TRUE(root_.isValid());
-    start(kUser);
+    start(ordinaryUser);
   }
 
   BundleInfo bundle() const { return BundleInfo({{"CFBundleVersion", "1.2.3"}}, "/opt/maker/bin/demo.bin"); }
@@ -88,9 +88,9 @@ class LogFixture : public ::testing::Test {
     ASSERT_TRUE(PropertyList::write(QVariantMap{{"disable-logging", value}}, folder + "/com.quorvane.global.plist"));
   }
 
-  static QByteArray line(const QByteArray& text) { return QByteArray(kDate) + " - " + text + "\n"; }
+  static QByteArray line(const QByteArray& text) { return QByteArray(date) + " - " + text + "\n"; }
   static QByteArray header() {
-    return line("Log started: " + QByteArray(kDate)) + line("Version: 1.2.3") + line("Path: /opt/maker/bin/demo.bin") +
+    return line("Log started: " + QByteArray(date)) + line("Version: 1.2.3") + line("Path: /opt/maker/bin/demo.bin") +
            line("System: macOS 14.2, 8 CPU(s), 16.00 GB RAM") + line("Running in 32-bit mode");
   }
   /// What the current file holds after its header, once all is written.

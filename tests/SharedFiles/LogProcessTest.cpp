@@ -35,8 +35,8 @@ class LogProcess : public ::testing::Test {
 
   /// Called first in each process: the superuser's log would lie outside the home folder.
   static void becomeOrdinary() {
-    constexpr uid_t kNobody = 65534;
-    if (getuid() == 0 && setuid(kNobody) != 0) std::_Exit(1);
+    constexpr uid_t nobody = 65534;
+    if (getuid() == 0 && setuid(nobody) != 0) std::_Exit(1);
   }
 
   QTemporaryDir home_;

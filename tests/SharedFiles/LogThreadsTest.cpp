@@ -11,7 +11,7 @@ namespace {
 
 class LogThreads : public LogFixture {
  protected:
-  static constexpr int kThreads = 4;
+  static constexpr int threadCount = 4;
 
   void SetUp() override {
     LogFixture::SetUp();
@@ -19,7 +19,7 @@ class LogThreads : public LogFixture {
   }
   static void onThreads(const std::function<void(int)>& work) {
     std::vector<std::thread> threads;
-    for (int number = 0; number < kThreads; ++number) threads.emplace_back(work, number);
+    for (int number = 0; number < threadCount; ++number) threads.emplace_back(work, number);
     for (std::thread& thread : threads) thread.join();
   }
   /// The lines of every generation, oldest first.
@@ -32,7 +32,7 @@ class LogThreads : public LogFixture {
   }
   /// Expects each thread's entries "<thread> <number>" once and in order.
   void expectAllInOrder(int each) const {
-    std::array<int, kThreads> next{};
+    std::array<int, threadCount> next{};
     const QRegularExpression entry(" - thread (\\d) entry (\\d+)");
     for (const QByteArray& line : allLines()) {
       const QRegularExpressionMatch match = entry.match(QString::fromUtf8(line));
@@ -46,10 +46,10 @@ class LogThreads : public LogFixture {
 };
 
 TEST_F(LogThreads, EntriesOfEachThreadKeepTheirOrder) {
-  constexpr int kEach = 200;
+  constexpr int perThread = 200;
   log_->createNewLog();
   onThreads([this](int thread) {
-    for (int i = 0; i < kEach; ++i) {
+    for (int i = 0; i < perThread; ++i) {
       if (i % 3 == 0) {
         log_->appendLog("thread %d entry %d", {thread, i});
       } else {
@@ -58,19 +58,19 @@ TEST_F(LogThreads, EntriesOfEachThreadKeepTheirOrder) {
     }
   });
   log_->finishWriting();
-  expectAllInOrder(kEach);
+  expectAllInOrder(perThread);
   EXPECT_EQ(log_->bytesInQueue(), 0U);
 }
 
 TEST_F(LogThreads, NothingIsLostWhenGenerationsChangeMeanwhile) {
-  constexpr int kEach = 60;
+  constexpr int perThread = 60;
   const QString filling(8000, 'x');
   log_->createNewLog();
   onThreads([this, &filling](int thread) {
-    for (int i = 0; i < kEach; ++i) log_->appendLog("thread %d entry %d %@", {thread, i, filling});
+    for (int i = 0; i < perThread; ++i) log_->appendLog("thread %d entry %d %@", {thread, i, filling});
   });
   log_->finishWriting();
-  expectAllInOrder(kEach);
+  expectAllInOrder(perThread);
   EXPECT_TRUE(QFile::exists(file(4)));
   EXPECT_TRUE(contents(file(1)).startsWith(header() + line("Log truncated at 500KB")));
   for (int generation = 1; generation <= 4; ++generation) {
@@ -130,7 +130,7 @@ TEST_F(LogThreads, EchoesWholeLines) {
   for (std::string text; std::getline(printed, text); ++lines) {
     EXPECT_TRUE(QRegularExpression("^thread \\d entry \\d+$").match(QString::fromStdString(text)).hasMatch()) << text;
   }
-  EXPECT_EQ(lines, kThreads * 50);
+  EXPECT_EQ(lines, threadCount * 50);
 }
 
 }  // namespace

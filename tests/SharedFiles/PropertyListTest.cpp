@@ -216,7 +216,7 @@ TEST_F(PropertyListFile, GivesNothingWhenItCannotBeRead) {
 TEST_F(PropertyListFile, IsBoundInSize) {
   put(document("<string>x</string>"));
   ASSERT_TRUE(PropertyList::read(path()));
-  ASSERT_TRUE(QFile::resize(path(), PropertyList::kLargestFile + 1));
+  ASSERT_TRUE(QFile::resize(path(), PropertyList::largestFile + 1));
   EXPECT_FALSE(PropertyList::read(path()));
 }
 

@@ -23,15 +23,15 @@ TEST_F(QVLogEntries, StartsAGenerationWithTheHeader) {
 }
 
 TEST_F(QVLogEntries, LeavesOutOfTheHeaderWhatTheBundleDoesNotHave) {
-  start(kUser, BundleInfo({}, "/bin/demo"));
+  start(ordinaryUser, BundleInfo({}, "/bin/demo"));
   log_->createNewLog();
   log_->finishWriting();
-  EXPECT_EQ(contents(file(1)), line("Log started: " + QByteArray(kDate)) + line("Path: /bin/demo") +
+  EXPECT_EQ(contents(file(1)), line("Log started: " + QByteArray(date)) + line("Path: /bin/demo") +
                                    line("System: macOS 14.2, 8 CPU(s), 16.00 GB RAM") + line("Running in 32-bit mode"));
-  start(kUser, BundleInfo());
+  start(ordinaryUser, BundleInfo());
   log_->createNewLog("bare");
   log_->finishWriting();
-  EXPECT_EQ(contents(file(1, "bare")), line("Log started: " + QByteArray(kDate)) +
+  EXPECT_EQ(contents(file(1, "bare")), line("Log started: " + QByteArray(date)) +
                                            line("System: macOS 14.2, 8 CPU(s), 16.00 GB RAM") +
                                            line("Running in 32-bit mode"));
 }
@@ -245,7 +245,7 @@ TEST_F(QVLogEntries, GoToAnotherSinkWithTheSameFormat) {
   put(path, "before\n");
   log_->setSink(LogFileSink::open(path, LogFileSink::IfMissing::Create));
   log_->appendLog("one %d", {1});
-  log_->setBytesWritten(LogController::kSizeLimit);
+  log_->setBytesWritten(LogController::sizeLimit);
   log_->appendLog("two");
   log_->finishWriting();
   EXPECT_EQ(contents(path), "before\n" + line("one 1") + line("two"));

@@ -111,14 +111,14 @@ TEST(SerialQueue, NeverStartsAThreadUnused) {
 }
 
 TEST(SerialQueue, KeepsTheOrderOfEachOfManyThreads) {
-  constexpr int kThreads = 4;
-  constexpr int kEach = 500;
+  constexpr int threadCount = 4;
+  constexpr int perThread = 500;
   SerialQueue queue;
-  std::vector<std::vector<int>> seen(kThreads);
+  std::vector<std::vector<int>> seen(threadCount);
   std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
+  for (int thread = 0; thread < threadCount; ++thread) {
     threads.emplace_back([&, thread] {
-      for (int i = 0; i < kEach; ++i) {
+      for (int i = 0; i < perThread; ++i) {
         queue.addOperation([&, thread, i] { seen[static_cast<std::size_t>(thread)].push_back(i); });
         if (i % 100 == 0) queue.waitUntilAllOperationsAreFinished();
       }
@@ -127,7 +127,7 @@ TEST(SerialQueue, KeepsTheOrderOfEachOfManyThreads) {
   for (std::thread& thread : threads) thread.join();
   queue.waitUntilAllOperationsAreFinished();
   for (const std::vector<int>& numbers : seen) {
-    ASSERT_EQ(numbers.size(), static_cast<std::size_t>(kEach));
+    ASSERT_EQ(numbers.size(), static_cast<std::size_t>(perThread));
     EXPECT_TRUE(std::is_sorted(numbers.begin(), numbers.end()));
   }
 }
