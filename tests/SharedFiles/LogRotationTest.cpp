@@ -106,7 +106,7 @@ TEST_F(LogRotation, NamesTheFilesAfterTheNameSet) {
 }
 
 TEST_F(LogRotation, TakesTheGivenNameWithoutAnExecutable) {
-  start(kUser, BundleInfo());
+  start(ordinaryUser, BundleInfo());
   EXPECT_TRUE(log_->appName().isEmpty());
   log_->createNewLog("given");
   EXPECT_EQ(log_->appName(), "given");
@@ -114,7 +114,7 @@ TEST_F(LogRotation, TakesTheGivenNameWithoutAnExecutable) {
 }
 
 TEST_F(LogRotation, IsUnknownWithoutAnyName) {
-  start(kUser, BundleInfo());
+  start(ordinaryUser, BundleInfo());
   log_->createNewLog();
   EXPECT_EQ(filesIn(userFolder()), QStringList("Unknown.1.log"));
   EXPECT_EQ(log_->appName(), "Unknown");
@@ -191,6 +191,7 @@ struct Setting {
   const char* what;
   QVariant value;
   bool disables;
+  friend void PrintTo(const Setting& row, std::ostream* out) { *out << row.what; }
 };
 
 class LogSettings : public LogRotation, public ::testing::WithParamInterface<Setting> {};
@@ -243,7 +244,7 @@ class SuperuserLog : public LogRotation {
  protected:
   void SetUp() override {
     LogFixture::SetUp();
-    start(kSuperuser);
+    start(superuser);
   }
   QString current() const { return machineFolder() + "/demo.1.log"; }
 };

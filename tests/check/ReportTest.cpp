@@ -35,6 +35,7 @@ struct ShiftRow {
   double v;
   const char* line;
   PixelShift shift;
+  friend void PrintTo(const ShiftRow& row, std::ostream* out) { *out << row.v; }
 };
 
 class ShiftedReport : public testing::TestWithParam<ShiftRow> {};
@@ -61,6 +62,7 @@ INSTANTIATE_TEST_SUITE_P(Values, ShiftedReport,
 struct UnshiftedRow {
   double v;
   PixelShift shift;
+  friend void PrintTo(const UnshiftedRow& row, std::ostream* out) { *out << row.v; }
 };
 
 class UnshiftedReport : public testing::TestWithParam<UnshiftedRow> {};

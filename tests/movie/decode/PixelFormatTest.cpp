@@ -16,6 +16,7 @@ struct Format {
   std::string name;                  ///< libav's, of the decoder's own output
   std::vector<std::string> encoder;  ///< one that loses nothing
   RawLayout layout;
+  friend void PrintTo(const Format& format, std::ostream* out) { *out << format.name << " of " << format.encoder[1]; }
 };
 
 std::string testName(const testing::TestParamInfo<Format>& format) {
@@ -216,6 +217,7 @@ struct Converted {
   std::vector<std::string> encoder;
   std::string judge;
   RawLayout layout;
+  friend void PrintTo(const Converted& row, std::ostream* out) { *out << row.name; }
 };
 
 class ConvertedFormat : public testing::TestWithParam<Converted> {};

@@ -52,6 +52,7 @@ struct DefectRow {
   Bytes second;
   AtomDefect defect;
   bool malformed;
+  friend void PrintTo(const DefectRow& row, std::ostream* out) { *out << row.name; }
 };
 
 Bytes sized(std::uint32_t size, std::string_view type, std::size_t body, std::uint64_t wideSize = 0) {

@@ -73,6 +73,7 @@ struct ColorTableRow {
   unsigned depth, tableId;
   Bytes table;
   bool skipped;
+  friend void PrintTo(const ColorTableRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class ColorTables : public testing::TestWithParam<ColorTableRow> {};
@@ -329,6 +330,7 @@ struct ApertureRow {
   const char* name;
   std::array<std::int32_t, 8> fields;
   bool valid;
+  friend void PrintTo(const ApertureRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class CleanApertures : public testing::TestWithParam<ApertureRow> {};

@@ -47,6 +47,7 @@ Bytes openEnded(const Bytes& atom) {
 struct LayoutRow {
   const char* name;
   Bytes file;
+  friend void PrintTo(const LayoutRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class Layouts : public testing::TestWithParam<LayoutRow> {};
@@ -107,6 +108,7 @@ struct RefusalRow {
   const char* reason;
   const char* atom;
   std::uint64_t offset;
+  friend void PrintTo(const RefusalRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class Refusals : public testing::TestWithParam<RefusalRow> {};

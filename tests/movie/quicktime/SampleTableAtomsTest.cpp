@@ -62,6 +62,7 @@ struct CountRow {
   const char* name;
   std::vector<Bytes> atoms;
   std::uint64_t count;
+  friend void PrintTo(const CountRow& row, std::ostream* out) { *out << row.name; }
 };
 
 class SampleCounts : public testing::TestWithParam<CountRow> {};
