@@ -5,6 +5,7 @@ usage: check_layers.py [ROOT]
 
 Prints one line a breach (file:line: what) and exits 1 when there is any:
   - an include that points up, or into a folder that no layer may include (tests, bench, fuzz)
+  - a movie in the units of SharedFiles that know none
   - libav outside movie/decode/ffmpeg, and in any header
   - Qt in movie/
   - Qt Widgets or Network outside app/ and the desktop units of SharedFiles
@@ -17,11 +18,12 @@ import sys
 # From the ground up: a folder may include itself and what stands before it.
 LAYERS = ["movie/quicktime", "movie/decode", "movie/render", "movie", "SharedFiles", "check", "cli", "app"]
 SIDES = {("cli", "app"), ("app", "cli")}
+MEDIA_UNITS = {"QVQuickTime"}
 DESKTOP_UNITS = {"QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
 
 # Library headers -> the files that may include them.
 ONLY_IN = [
-    (re.compile(r"^lib(av|sw)\w+/"), re.compile(r"^movie/decode/ffmpeg/\w+\.(cpp|h)$"), "libav"),
+    (re.compile(r"^lib(av|sw)\w+/"), re.compile(r"^movie/decode/ffmpeg/\w+\.cpp$"), "libav"),
     (re.compile(r"^lcms2"), re.compile(r"^movie/render/\w+\.cpp$"), "lcms2"),
     (re.compile(r"^plist/"), re.compile(r"^SharedFiles/PropertyList\.cpp$"), "libplist"),
     (re.compile(r"^zlib\.h$"), re.compile(r"^movie/quicktime/\w+\.cpp$"), "zlib"),
@@ -48,6 +50,8 @@ def project_include_breach(path, target):
         return None if theirs else f'includes "{target}": not written from the root'
     if LAYERS.index(theirs) > LAYERS.index(mine) or (mine, theirs) in SIDES:
         return f"includes {target}: {mine} may not look up to {theirs}"
+    if mine == "SharedFiles" and theirs.startswith("movie") and pathlib.PurePath(path).stem not in MEDIA_UNITS:
+        return f"includes {target}: of SharedFiles, only the media units know movies"
     return None
 
 

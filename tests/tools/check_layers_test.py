@@ -36,11 +36,15 @@ class Layers(unittest.TestCase):
         self.refuses("cli/main.cpp", '"app/Window.h"')
         self.refuses("check/GammaCheck.cpp", '"tests/support/AtomBuilder.h"')
 
+    def test_refuses_movies_in_units_that_know_none(self):
+        self.refuses("SharedFiles/QVTimecode.h", '"movie/Movie.h"')
+
     def test_refuses_an_include_not_written_from_the_root(self):
         self.refuses("movie/Movie.cpp", '"Movie.h"')
 
     def test_refuses_libraries_outside_their_wrappers(self):
         self.refuses("movie/Movie.cpp", "<libavcodec/avcodec.h>")
+        self.refuses("movie/decode/ffmpeg/FfmpegDecoder.h", "<libavcodec/avcodec.h>")
         self.refuses("movie/render/IccProfile.h", "<lcms2.h>")
         self.refuses("SharedFiles/QVLog.cpp", "<plist/plist.h>")
         self.refuses("movie/Movie.h", "<QString>")
@@ -49,6 +53,7 @@ class Layers(unittest.TestCase):
 
     def test_accepts_what_points_down(self):
         self.accepts("cli/main.cpp", '"check/GammaCheck.h"')
+        self.accepts("SharedFiles/QVQuickTime.h", '"movie/Movie.h"')
         self.accepts("check/Report.h", "<QString>")
         self.accepts("movie/decode/ffmpeg/FfmpegBackend.cpp", "<libavcodec/avcodec.h>")
         self.accepts("movie/render/IccProfile.cpp", "<lcms2.h>")
