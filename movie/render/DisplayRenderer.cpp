@@ -1,6 +1,9 @@
 #include "movie/render/DisplayRenderer.h"
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
+#include <vector>
 
 #include "movie/render/IccProfile.h"
 #include "movie/render/PictureRgb.h"

@@ -42,6 +42,7 @@ TransformHandle makeTransform(cmsContext context, ByteView bytes, cmsUInt32Numbe
   const ProfileHandle profile = openProfile(context, bytes);
   if (!profile || cmsGetColorSpace(profile.get()) != cmsSigRgbData) return nullptr;
   const ProfileHandle srgb(cmsCreate_sRGBProfileTHR(context));
+  if (!srgb) return nullptr;
   return TransformHandle(cmsCreateTransformTHR(context, profile.get(), TYPE_RGB_16, srgb.get(), TYPE_RGB_8,
                                                INTENT_RELATIVE_COLORIMETRIC, flags | cmsFLAGS_NOCACHE));
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "movie/decode/Picture.h"
 #include "movie/quicktime/ImageDescription.h"
 #include "movie/render/RgbFrame.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "movie/quicktime/MovieFile.h"
+#include "movie/quicktime/TrackInfo.h"
 #include "movie/render/RgbFrame.h"
 
 namespace movie {
@@ -16,6 +16,7 @@ struct Orientation {
 /// counts as upright. Source: QTFF "Matrices".
 Orientation orientationOf(const TransformMatrix& matrix);
 
+/// The frame as it is to be shown; a transposed one changes width and height.
 RgbFrame oriented(RgbFrame frame, const Orientation& orientation);
 
 }  // namespace movie
