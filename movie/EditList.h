@@ -12,12 +12,11 @@ namespace movie {
 ///
 /// - The edit list leads from the movie's time line to the media's; a rate of 0 or below holds its first picture.
 /// - There is always a picture: a time before the beginning gives the first one, one past the end the last one, and
-/// during
-///   an empty edit the next one shows already (after the last edit with media: its last one).
+///   during an empty edit the next one shows already (after the last edit with media: its last one).
 /// - A time is known to its unit only: a frame that starts up to one unit of `time.scale` after it is the one on
-/// screen,
-///   provided that the frame before it lasts at least two such units. So a frame's own start finds that frame although
-///   it was cut to whole units: frame 1 of 23.976 frames a second starts at 25.025/600 s, which is written 25/600.
+///   screen, provided that the frame before it lasts at least two such units. So a frame's own start finds that frame
+///   although it was cut to whole units: frame 1 of 23.976 frames a second starts at 25.025/600 s, which is written
+///   25/600.
 ///
 /// Exact for all values: no floating point, no overflow.
 std::optional<PresentedSample> sampleOnScreen(const TrackInfo& track, std::int32_t movieTimeScale,
