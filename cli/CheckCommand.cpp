@@ -9,6 +9,7 @@
 #include "check/GammaCheck.h"
 #include "cli/CheckJson.h"
 #include "cli/MovieFacts.h"
+#include "movie/decode/DecoderModule.h"
 
 namespace cli {
 namespace {
@@ -105,6 +106,7 @@ CommandResult checkSides(const Side& source, const Side& dest, const CheckOption
 }  // namespace
 
 CommandResult runCheckCommand(const CheckOptions& options, TextStyling styling) {
+  movie::preloadDecoder();
   auto opening = std::async(std::launch::async | std::launch::deferred,
                             [&] { return openSide(options.source, options.sourceTime); });
   const tl::expected<Side, SideFailure> dest = openSide(options.dest, options.destTime);

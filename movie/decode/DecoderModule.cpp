@@ -1,60 +1,38 @@
 #include "movie/decode/DecoderModule.h"
 
-#include <array>
-#include <cstdlib>
-#include <string>
+#include <future>
 
-#include <dlfcn.h>
-#include <unistd.h>
+#include "movie/decode/LoadedModule.h"
 
 namespace movie {
 namespace {
 
-constexpr const char* moduleName = "movie-ffmpeg.so";
-constexpr const char* entryName = "lumacheckDecoderBackend";
+using Loaded = Result<MovieDecoderBackend*>;
 
-tl::unexpected<MovieError> failure(const std::string& path, const std::string& reason) {
-  return tl::make_unexpected(MovieError{path, {}, 0, reason});
+Loaded loadBackend() {
+  const auto entry = moduleEntry("movie-ffmpeg.so", "lumacheckDecoderBackend");
+  if (!entry) return tl::make_unexpected(entry.error());
+  MovieDecoderBackend* const backend = reinterpret_cast<DecoderModuleEntry>(*entry)(decoderInterfaceVersion);
+  if (backend != nullptr) return backend;
+  return tl::make_unexpected(
+      MovieError{"movie-ffmpeg.so", {}, 0, "the decoder module belongs to another version of this program"});
 }
 
-/// Of the running program; empty when the system does not tell.
-std::string executableFolder() {
-  std::array<char, 4096> path{};
-  const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
-  if (length <= 0) return {};
-  const std::string whole(path.data(), static_cast<std::size_t>(length));
-  return whole.substr(0, whole.rfind('/'));
-}
-
-std::string modulePath() {
-  // Read once, before any decoder runs.
-  const char* const folder = std::getenv("LUMACHECK_MODULES");
-  if (folder != nullptr && *folder != '\0') return std::string(folder) + '/' + moduleName;
-  return executableFolder() + "/../" LUMACHECK_MODULE_DIR "/" + moduleName;
-}
-
-Result<MovieDecoderBackend*> loadModule() {
-  const std::string path = modulePath();
-  // Lazily bound: of libav's thousands of symbols a run touches few.
-  void* const module = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
-  if (module == nullptr) {
-    const char* const said = ::dlerror();
-    return failure(path,
-                   std::string("the decoder module cannot be loaded: ") + (said != nullptr ? said : "no reason given"));
-  }
-  void* const symbol = ::dlsym(module, entryName);
-  if (symbol == nullptr) return failure(path, "the decoder module has no entry of that name");
-  const auto entry = reinterpret_cast<DecoderModuleEntry>(symbol);
-  MovieDecoderBackend* const backend = entry(decoderInterfaceVersion);
-  if (backend == nullptr) return failure(path, "the decoder module belongs to another version of this program");
+/// The one load of this process. The end of the process waits for it.
+const std::shared_future<Loaded>& loading() {
+  static const std::shared_future<Loaded> backend =
+      std::async(std::launch::async | std::launch::deferred, loadBackend).share();
   return backend;
 }
 
 }  // namespace
 
-Result<MovieDecoderBackend*> decoderBackend() {
-  static const Result<MovieDecoderBackend*> backend = loadModule();
-  return backend;
+void preloadDecoder() {
+  loading();
+}
+
+Loaded decoderBackend() {
+  return loading().get();
 }
 
 }  // namespace movie

@@ -1,109 +1,28 @@
 #include "movie/decode/ffmpeg/CodecHeader.h"
 
-#include <algorithm>
-#include <cstdio>
-#include <cstring>
-
-#include "movie/decode/ffmpeg/OneSampleMovie.h"
+#include "movie/decode/ffmpeg/DemuxerModule.h"
+#include "movie/decode/ffmpeg/EverydayDescription.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 }
 
 namespace movie {
-namespace {
 
-/// Serves bytes in memory to a demuxer.
-class MemoryInput {
- public:
-  explicit MemoryInput(ByteView bytes) : bytes_(bytes) {
-    constexpr int bufferSize = 4096;
-    auto* const buffer = static_cast<unsigned char*>(av_malloc(bufferSize));
-    if (buffer != nullptr) context_ = avio_alloc_context(buffer, bufferSize, 0, this, &read, nullptr, &seek);
-    if (context_ == nullptr) av_free(buffer);
-  }
-  ~MemoryInput() {
-    if (context_ != nullptr) av_freep(&context_->buffer);
-    avio_context_free(&context_);
-  }
-  MemoryInput(const MemoryInput&) = delete;
-  MemoryInput& operator=(const MemoryInput&) = delete;
-
-  AVIOContext* context() const { return context_; }
-
- private:
-  static int read(void* self, std::uint8_t* out, int size) {
-    auto& input = *static_cast<MemoryInput*>(self);
-    const std::size_t count = std::min(static_cast<std::size_t>(size), input.bytes_.size() - input.at_);
-    if (count == 0) return AVERROR_EOF;
-    std::memcpy(out, input.bytes_.data() + input.at_, count);
-    input.at_ += count;
-    return static_cast<int>(count);
-  }
-
-  static std::int64_t seek(void* self, std::int64_t offset, int whence) {
-    auto& input = *static_cast<MemoryInput*>(self);
-    const auto size = static_cast<std::int64_t>(input.bytes_.size());
-    if ((whence & AVSEEK_SIZE) != 0) return size;
-    whence &= ~AVSEEK_FORCE;
-    if (whence == SEEK_CUR) offset += static_cast<std::int64_t>(input.at_);
-    if (whence == SEEK_END) offset += size;
-    if (offset < 0 || offset > size) return AVERROR(EINVAL);
-    input.at_ = static_cast<std::size_t>(offset);
-    return offset;
-  }
-
-  ByteView bytes_;
-  std::size_t at_ = 0;
-  AVIOContext* context_ = nullptr;
-};
-
-LibavPointer<AVFormatContext> openMovie(const MemoryInput& input) {
-  AVFormatContext* context = avformat_alloc_context();
-  if (context == nullptr || input.context() == nullptr) {
-    avformat_free_context(context);
-    return nullptr;
-  }
-  context->pb = input.context();
-  // On failure libav frees the context itself.
-  if (avformat_open_input(&context, "", av_find_input_format("mov"), nullptr) < 0) return nullptr;
-  return LibavPointer<AVFormatContext>(context);
-}
-
-/// The demuxer hands a colour table out with the first packet only.
-std::vector<std::uint8_t> readPalette(AVFormatContext& context) {
-  const LibavPointer<AVPacket> packet(av_packet_alloc());
-  if (packet == nullptr || av_read_frame(&context, packet.get()) < 0) return {};
-  std::size_t size = 0;
-  const std::uint8_t* const palette = av_packet_get_side_data(packet.get(), AV_PKT_DATA_PALETTE, &size);
-  return palette == nullptr ? std::vector<std::uint8_t>() : std::vector<std::uint8_t>(palette, palette + size);
-}
-
-}  // namespace
-
-Result<CodecHeader> readCodecHeader(const MovieFile& file, const TrackInfo& track) {
-  const auto failure = [&file](const char* reason) {
-    return tl::make_unexpected(MovieError{file.path(), {}, 0, reason});
-  };
-  if (track.sampleDescriptions.empty()) return failure("the video track has no image description");
-  ImageDescription description(track.sampleDescriptions.front());
+tl::expected<CodecHeader, std::string> readCodecHeader(FourCC majorBrand, const ImageDescription& description) {
   CodecHeader header;
   header.fullRange = description.nclxFullRange();
-  while (description.removeExtension(fourCC("colr")) == noErr) continue;
+  header.parameters = everydayParameters(description);
+  if (header.parameters != nullptr) return header;
 
-  const Bytes movie = oneSampleMovie(file.majorBrand(), description.bytes());
-  const MemoryInput input(movie);
-  const LibavPointer<AVFormatContext> context = openMovie(input);
-  if (context == nullptr || context->nb_streams == 0) return failure("the image description cannot be understood");
-
-  header.parameters.reset(avcodec_parameters_alloc());
-  if (header.parameters == nullptr ||
-      avcodec_parameters_copy(header.parameters.get(), context->streams[0]->codecpar) < 0) {
-    return failure("there is not enough memory for a decoder");
-  }
-  constexpr unsigned deepestColorTable = 8;
-  if ((description.depth() & 31U) <= deepestColorTable) header.palette = readPalette(*context);
+  const auto read = demuxedDescriptionReader();
+  if (!read) return tl::make_unexpected(read.error());
+  ImageDescription colorless = description;
+  while (colorless.removeExtension(fourCC("colr")) == noErr) continue;
+  auto demuxed = (*read)(majorBrand, colorless);
+  if (!demuxed) return tl::make_unexpected(demuxed.error());
+  header.parameters = std::move(demuxed->parameters);
+  header.palette = std::move(demuxed->palette);
   return header;
 }
 

@@ -1,12 +1,13 @@
 #pragma once
 
-#include <array>
-#include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include <tl/expected.hpp>
+
 #include "movie/decode/ffmpeg/LibavHandles.h"
-#include "movie/quicktime/MovieFile.h"
+#include "movie/quicktime/ImageDescription.h"
 
 namespace movie {
 
@@ -17,8 +18,10 @@ struct CodecHeader {
   std::optional<bool> fullRange;      ///< the container's word, for streams that say nothing themselves
 };
 
-/// Reads the first sample description of a track the way libav's own demuxer does, but for the colour record: the
-/// values that the decoder reports are then the bitstream's own. Error: libav makes nothing of it.
-Result<CodecHeader> readCodecHeader(const MovieFile& file, const TrackInfo& track);
+/// Reads a sample description the way libav's own demuxer does, but for the colour record: the values that the decoder
+/// reports are then the bitstream's own. An everyday description is read here, any other by the demuxer itself, which
+/// costs the loading of its module. `majorBrand` is the file's, 0 without ftyp. Error: a clause; libav makes nothing of
+/// the description, or the module is not there.
+tl::expected<CodecHeader, std::string> readCodecHeader(FourCC majorBrand, const ImageDescription& description);
 
 }  // namespace movie

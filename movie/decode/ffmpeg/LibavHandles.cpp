@@ -2,7 +2,6 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
-#include <libavformat/avformat.h>
 }
 
 namespace movie {
@@ -12,9 +11,6 @@ void LibavDeleter::operator()(AVCodecContext* context) const {
 }
 void LibavDeleter::operator()(AVCodecParameters* parameters) const {
   avcodec_parameters_free(&parameters);
-}
-void LibavDeleter::operator()(AVFormatContext* context) const {
-  avformat_close_input(&context);
 }
 void LibavDeleter::operator()(AVFrame* frame) const {
   av_frame_free(&frame);

@@ -4,7 +4,6 @@
 
 struct AVCodecContext;
 struct AVCodecParameters;
-struct AVFormatContext;
 struct AVFrame;
 struct AVPacket;
 
@@ -14,7 +13,6 @@ namespace movie {
 struct LibavDeleter {
   void operator()(AVCodecContext* context) const;
   void operator()(AVCodecParameters* parameters) const;
-  void operator()(AVFormatContext* context) const;
   void operator()(AVFrame* frame) const;
   void operator()(AVPacket* packet) const;
 };

@@ -1,0 +1,47 @@
+#include "movie/decode/LoadedModule.h"
+
+#include <array>
+#include <cstdlib>
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+namespace movie {
+namespace {
+
+tl::unexpected<MovieError> failure(const std::string& path, const std::string& reason) {
+  return tl::make_unexpected(MovieError{path, {}, 0, reason});
+}
+
+/// Of the running program; empty when the system does not tell.
+std::string executableFolder() {
+  std::array<char, 4096> path{};
+  const ssize_t length = ::readlink("/proc/self/exe", path.data(), path.size());
+  if (length <= 0) return {};
+  const std::string whole(path.data(), static_cast<std::size_t>(length));
+  return whole.substr(0, whole.rfind('/'));
+}
+
+std::string modulePath(const std::string& name) {
+  const char* const folder = std::getenv("LUMACHECK_MODULES");
+  if (folder != nullptr && *folder != '\0') return std::string(folder) + '/' + name;
+  return executableFolder() + "/../" LUMACHECK_MODULE_DIR "/" + name;
+}
+
+}  // namespace
+
+Result<void*> moduleEntry(const std::string& moduleName, const char* entry) {
+  const std::string path = modulePath(moduleName);
+  // Lazily bound: of libav's thousands of symbols a run touches few.
+  void* const module = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
+  if (module == nullptr) {
+    const char* const said = ::dlerror();
+    return failure(path,
+                   std::string("the decoder module cannot be loaded: ") + (said != nullptr ? said : "no reason given"));
+  }
+  void* const symbol = ::dlsym(module, entry);
+  if (symbol == nullptr) return failure(path, "the decoder module has no entry of that name");
+  return symbol;
+}
+
+}  // namespace movie

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <tl/expected.hpp>
+
+#include "movie/decode/ffmpeg/LibavHandles.h"
+#include "movie/quicktime/ImageDescription.h"
+
+namespace movie {
+
+/// What libav's demuxer makes of a sample description.
+struct DemuxedDescription {
+  LibavPointer<AVCodecParameters> parameters;
+  std::vector<std::uint8_t> palette;  ///< as libav's packet side data has it; empty without a colour table
+};
+
+/// Error: a clause.
+using DemuxedDescriptionResult = tl::expected<DemuxedDescription, std::string>;
+
+/// Has libav's own demuxer read a description. `majorBrand` is that of the file it is from, 0 without ftyp.
+DemuxedDescriptionResult demuxDescription(FourCC majorBrand, const ImageDescription& description);
+
+}  // namespace movie
