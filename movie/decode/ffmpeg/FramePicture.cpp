@@ -1,6 +1,7 @@
 #include "movie/decode/ffmpeg/FramePicture.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
@@ -72,7 +73,8 @@ class Component {
     if (!palette_.empty()) return paletteRow(y, x, count, scratch);
     if (has(format_, AV_PIX_FMT_FLAG_BITSTREAM)) return bitRow(y, x, count, scratch);
     if (layout_.shift + layout_.depth > 8) {
-      return bigEndian ? wordRow<0, 1>(y, x, count, scratch) : wordRow<1, 0>(y, x, count, scratch);
+      return bigEndian ? wordRow<std::endian::big>(y, x, count, scratch)
+                       : wordRow<std::endian::little>(y, x, count, scratch);
     }
     return bigEndian ? genericRow(y, x, count, scratch) : byteRow(y, x, count, scratch);
   }
@@ -97,13 +99,17 @@ class Component {
     return out;
   }
 
-  template <int High, int Low>
+  template <std::endian Order>
   const std::uint16_t* wordRow(int y, int x, int count, std::uint16_t* out) const {
     const std::uint8_t* in = at(y, x);
     const unsigned codes = mask();
     const int shift = layout_.shift;
     const auto word = [codes, shift](const std::uint8_t* from) {
-      return static_cast<std::uint16_t>((((static_cast<unsigned>(from[High]) << 8) | from[Low]) >> shift) & codes);
+      std::uint16_t value = 0;
+      std::memcpy(&value, from, sizeof value);
+      unsigned bits = value;
+      if constexpr (Order != std::endian::native) bits = ((bits << 8) | (bits >> 8)) & 0xFFFFU;
+      return static_cast<std::uint16_t>((bits >> shift) & codes);
     };
     if (layout_.step == 2) {
       for (int i = 0; i < count; ++i) out[i] = word(in + 2 * static_cast<std::ptrdiff_t>(i));

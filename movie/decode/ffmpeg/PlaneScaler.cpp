@@ -94,7 +94,11 @@ class RowCache {
 void addRow(std::vector<float>& sum, const std::uint16_t* row, float weight) {
   const std::size_t count = sum.size();
   float* const out = sum.data();
-  for (std::size_t x = 0; x < count; ++x) out[x] += weight * static_cast<float>(row[x]);
+  if (weight == 1.0F) {
+    for (std::size_t x = 0; x < count; ++x) out[x] += static_cast<float>(row[x]);
+  } else {
+    for (std::size_t x = 0; x < count; ++x) out[x] += weight * static_cast<float>(row[x]);
+  }
 }
 
 }  // namespace

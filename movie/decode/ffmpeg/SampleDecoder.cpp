@@ -119,6 +119,7 @@ tl::expected<void, std::string> SampleDecoder::restart(int reorderDepth) {
     if (needsReorderDepth()) context_->has_b_frames = reorderDepth;
     context_->thread_count = threadsPerDecoder();
     context_->thread_type = intraOnly_ ? FF_THREAD_SLICE : FF_THREAD_FRAME | FF_THREAD_SLICE;
+    memory_.serve(*context_);
     status = avcodec_open2(context_.get(), codec_, nullptr);
   }
   if (status < 0) {

@@ -8,6 +8,7 @@
 #include <tl/expected.hpp>
 
 #include "movie/decode/ffmpeg/CodecHeader.h"
+#include "movie/decode/ffmpeg/FrameMemory.h"
 #include "movie/decode/ffmpeg/FramePicture.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
 
@@ -56,6 +57,7 @@ class SampleDecoder {
   std::size_t sampleLimit_ = 0;
   std::int64_t pixelLimit_ = 0;  ///< no stream of that description holds larger pictures
   int openDepth_ = -1;           ///< the reorder depth the decoder was opened for; -1 while it is closed
+  FrameMemory memory_;
   LibavPointer<AVCodecContext> context_;
   LibavPointer<AVPacket> packet_;
 };
