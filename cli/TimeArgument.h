@@ -23,13 +23,12 @@ struct TimeArgument {
 };
 
 /// Seconds are a finite decimal number; a text with a colon or semicolon in it is a timecode, of digits and the
-/// separators ":", ";", "." and ",". Error: what is
-/// wrong with the text.
+/// separators ":", ";", "." and ",". Error: what is wrong with the text.
 tl::expected<TimeArgument, std::string> parseTimeArgument(const std::string& text);
 
-/// The time in that movie. Seconds are rounded to units of at most 0.1 ms, in which the frames of the first video track
-/// start on whole units. Error: a sentence that says why the time is none of the
-/// movie's, which reaches from 0 up to, not including, its duration.
+/// The time in that movie. Seconds are rounded to units of at most 1 us, in which the frames of the first video track
+/// start on whole units. Error: a sentence that says why the time is none of the movie's, which reaches from 0 up to,
+/// not including, its duration.
 tl::expected<movie::MovieTime, std::string> timeInMovie(const TimeArgument& argument, const movie::Movie& movie);
 
 }  // namespace cli

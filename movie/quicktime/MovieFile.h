@@ -43,9 +43,8 @@ class MovieFile {
   MovieFile& operator=(const MovieFile&) = delete;
 
   const std::string& path() const { return file_.path(); }
-  int descriptor() const {
-    return file_.descriptor();
-  }  ///< open for reading as long as this lives; read with pread only
+  /// Open for reading as long as this lives; read with pread only.
+  int descriptor() const { return file_.descriptor(); }
   std::uint64_t size() const { return file_.size(); }
   FourCC majorBrand() const { return majorBrand_; }  ///< 0 without a ftyp before the movie atom
   bool isQuickTime() const { return majorBrand_ == 0 || majorBrand_ == fourCC("qt  "); }
