@@ -12,6 +12,7 @@ namespace movie::test {
 namespace {
 
 TEST(DecoderModule, IsTheSameForEveryThread) {
+  preloadDecoder();
   std::vector<Result<MovieDecoderBackend*>> backends(4, tl::make_unexpected(MovieError{}));
   std::vector<std::thread> threads;
   threads.reserve(backends.size());
