@@ -25,8 +25,8 @@ std::size_t roundedUp(std::size_t size, std::size_t unit) {
   return (size + unit - 1) / unit * unit;
 }
 
-void unmap(void* size, std::uint8_t* data) {
-  ::munmap(data, reinterpret_cast<std::uintptr_t>(size));
+void unmap(void* end, std::uint8_t* data) {
+  ::munmap(data, static_cast<std::size_t>(static_cast<std::uint8_t*>(end) - data));
 }
 
 /// A piece that begins and ends at large pages.
@@ -42,7 +42,7 @@ AVBufferRef* mapped(void* /*unused*/, std::size_t wanted) {
   std::uint8_t* const data = begin + before;
   // Where there are no large pages, small ones do.
   ::madvise(data, size, MADV_HUGEPAGE);
-  AVBufferRef* const buffer = av_buffer_create(data, wanted, &unmap, reinterpret_cast<void*>(size), 0);
+  AVBufferRef* const buffer = av_buffer_create(data, wanted, &unmap, data + size, 0);
   if (buffer == nullptr) ::munmap(data, size);
   return buffer;
 }
