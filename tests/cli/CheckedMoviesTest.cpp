@@ -132,8 +132,8 @@ TEST(CheckedMovies, DescribeBothSides) {
   const std::string rest =
       R"(,"size":[320,240],"codec":"apch","gamma":2.2,"gammaFixed":144179,"color":{"type":"nclc","primaries":1,)"
       R"("transferFunction":1,"matrix":1},"profile":null,"imageDescriptions":1})";
-  EXPECT_EQ(json["source"].dump(),
-            R"({"path":")" + plainMovie() + R"(","time":{"value":485376,"scale":1011200},"timecode":"01:00:00:12")" + rest);
+  EXPECT_EQ(json["source"].dump(), R"({"path":")" + plainMovie() +
+                                       R"(","time":{"value":485376,"scale":1011200},"timecode":"01:00:00:12")" + rest);
   EXPECT_EQ(json["dest"]["timecode"], "01:00:00:13");
   EXPECT_EQ(json["dest"]["gamma"], 1.8);
   EXPECT_EQ(json["metadata"].dump(),
@@ -168,7 +168,7 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
   EXPECT_EQ(checkJson({plainMovie(), unrelatedMovie()})["pixels"]["shift"], "unmatched");
 
   const ProgramRun sound = runLumacheck({"check", plainMovie(), soundMovie()});
-  EXPECT_THAT(sound.err, HasSubstr("The destination frame cannot be had."));
+  EXPECT_THAT(sound.err, HasSubstr("The destination frame cannot be had. Cannot read \"" + soundMovie() + "\": "));
   EXPECT_THAT(sound.err, testing::Not(HasSubstr("source frame")));
   const Json json = checkJson({plainMovie(), soundMovie()});
   EXPECT_TRUE(json["pixels"].is_null());
