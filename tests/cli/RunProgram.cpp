@@ -12,8 +12,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-extern char** environ;
-
 namespace cli::test {
 namespace {
 
@@ -60,12 +58,13 @@ std::vector<std::string> environmentWith(const std::map<std::string, std::string
     const std::string text = *variable;
     if (changes.count(text.substr(0, text.find('='))) == 0) variables.push_back(text);
   }
-  for (const auto& [name, value] : changes) variables.push_back(name + "=" + value);
+  for (const auto& [name, value] : changes) variables.push_back(std::string(name).append("=").append(value));
   return variables;
 }
 
 std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (std::string& text : texts) pointers.push_back(text.data());
   pointers.push_back(nullptr);
   return pointers;
