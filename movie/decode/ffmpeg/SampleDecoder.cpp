@@ -42,6 +42,12 @@ bool isImageCodec(AVCodecID codec) {
   }
 }
 
+/// The samples are encrypted: ISO/IEC 14496-12, 8.12, and the scheme before it. The headers in them are often left
+/// readable, so that a decoder would make pictures of noise without a word.
+bool isEncrypted(FourCC codec) {
+  return codec == fourCC("encv") || codec == fourCC("drmi");
+}
+
 }  // namespace
 
 std::string libavText(int error) {
@@ -52,6 +58,7 @@ std::string libavText(int error) {
 
 tl::expected<std::unique_ptr<SampleDecoder>, std::string> SampleDecoder::make(FourCC majorBrand,
                                                                               const ImageDescription& description) {
+  if (isEncrypted(description.codec())) return tl::make_unexpected(std::string("the samples are encrypted"));
   auto header = readCodecHeader(majorBrand, description);
   if (!header) return tl::make_unexpected(header.error());
   const AVCodec* const codec = avcodec_find_decoder(header->parameters->codec_id);

@@ -19,7 +19,7 @@ namespace movie {
 /// libav's decoder for the samples of one sample description. Errors are clauses.
 class SampleDecoder {
  public:
-  /// Error: the description cannot be understood, or nothing decodes its codec.
+  /// Error: the description cannot be understood, nothing decodes its codec, or the samples are encrypted.
   static tl::expected<std::unique_ptr<SampleDecoder>, std::string> make(FourCC majorBrand,
                                                                         const ImageDescription& description);
 

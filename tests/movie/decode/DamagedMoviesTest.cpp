@@ -112,6 +112,14 @@ TEST_F(DamagedMovies, AnUnknownCodecIsNamed) {
   EXPECT_THAT(failureOf(bytes), HasSubstr("there is no decoder for the codec 'zyxw'"));
 }
 
+TEST_F(DamagedMovies, EncryptedSamplesAreNotShownAsNoise) {
+  const Bytes encrypted = contentsOf(fixtureMovie(
+      "encrypted.mp4", {"-f", "lavfi", "-i", "testsrc2=size=128x96:rate=25:duration=0.2", "-c:v", "libx264", "-pix_fmt",
+                        "yuv420p", "-encryption_scheme", "cenc-aes-ctr", "-encryption_key",
+                        "76a6c65c5ea762046bd749a2e632ccbb", "-encryption_kid", "a7e61c373e219033c21091fa607bf3b8"}));
+  EXPECT_THAT(failureOf(encrypted), HasSubstr("the samples are encrypted"));
+}
+
 TEST_F(DamagedMovies, SamplesInAnotherFileAreNotFollowed) {
   Bytes bytes = proRes();
   const std::string name = "file:///elsewhere.mov";
