@@ -80,6 +80,15 @@ Placed placeSeconds(double seconds, const TimeArgument& argument, const movie::M
   return movie::MovieTime{static_cast<std::int64_t>(value), scale, 0};
 }
 
+/// The time of a full timecode. Hours wrap at 24: one from before the movie's start belongs to the day after it.
+movie::MovieTime timeOf(const QString& timecode, const movie::Movie& movie) {
+  const movie::MovieTime time = QVQuickTime::qtTimeFromTimecode(timecode, &movie);
+  if (time.value >= 0) return time;
+  constexpr qsizetype hourDigits = 2;
+  const int hours = timecode.left(hourDigits).toInt();
+  return QVQuickTime::qtTimeFromTimecode(QString::number(hours + 24) + timecode.mid(hourDigits), &movie);
+}
+
 Placed placeTimecode(const TimeArgument::Timecode& timecode, const TimeArgument& argument, const movie::Movie& movie) {
   if (QVQuickTime::fpsForMovie(&movie) <= 0) {
     return tl::make_unexpected("The timecode " + quoted(argument.text) + " means nothing in " + quoted(movie.path()) +
@@ -91,7 +100,7 @@ Placed placeTimecode(const TimeArgument::Timecode& timecode, const TimeArgument&
   const QString full =
       QVTimecode::timecodeFromUserString(QString::fromStdString(timecode.typed), dropFrame, startTimecode);
   if (!isFullTimecode(full.toStdString())) return tl::make_unexpected(quoted(argument.text) + " is no timecode.");
-  const movie::MovieTime time = QVQuickTime::qtTimeFromTimecode(full, &movie);
+  const movie::MovieTime time = timeOf(full, movie);
   if (time.value < 0 || movie::secondsOf(time) >= movie::secondsOf(movie.duration())) {
     return outside(argument, movie, " from " + startTimecode.toStdString());
   }

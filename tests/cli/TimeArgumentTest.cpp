@@ -124,36 +124,61 @@ TEST(TimeInMovie, CompletesATimecodeAsTyped) {
   }
 }
 
-/// The same movie whose first frame carries 01:00:00:00.
-TEST(TimeInMovie, CountsATimecodeFromTheMoviesOwnStart) {
-  MovieSpec spec = specOf(25, 1, 100);
-  TrackSpec timecode;
-  timecode.id = 2;
-  timecode.mediaType = "tmcd";
-  timecode.entries = {movie::test::timecodeEntry(0, 25, 1, 25)};
-  timecode.durations = {{1, 100}};
-  timecode.mediaDuration = 100;
-  timecode.sizes = {4};
-  timecode.chunks = {{1, 1, 1}};
-  timecode.duration = spec.duration;
-  spec.tracks.push_back(timecode);
+/// A movie of 100 frames, 25 a second, whose timecode track starts at that frame number.
+struct TimedMovie {
+  explicit TimedMovie(std::uint32_t firstFrameNumber) : file(bytesOf(firstFrameNumber)) {
+    movie = std::move(*Movie::movieWithFile(file.path()));
+  }
 
-  // The counter of the first frame, 90000, where the builder's media data begins.
-  Bytes media = movie::test::typedMediaData("qt  ", 30);
-  movie::write32(media, 28, 90000);
-  const TemporaryFile file(movie::test::joined({media, spec.build()}));
-  const auto opened = Movie::movieWithFile(file.path());
-  ASSERT_TRUE(opened);
-  ASSERT_EQ(QVQuickTime::timecodeAtTime({0, 25, 0}, opened->get()), QStringLiteral("01:00:00:00"));
+  static Bytes bytesOf(std::uint32_t firstFrameNumber) {
+    MovieSpec spec = specOf(25, 1, 100);
+    TrackSpec timecode;
+    timecode.id = 2;
+    timecode.mediaType = "tmcd";
+    timecode.entries = {movie::test::timecodeEntry(0, 25, 1, 25)};
+    timecode.durations = {{1, 100}};
+    timecode.mediaDuration = 100;
+    timecode.sizes = {4};
+    timecode.chunks = {{1, 1, 1}};
+    timecode.duration = spec.duration;
+    spec.tracks.push_back(timecode);
+    Bytes media = movie::test::typedMediaData("qt  ", 30);
+    movie::write32(media, 28, firstFrameNumber);  // where the builder's media data begins
+    return movie::test::joined({media, spec.build()});
+  }
+
+  TemporaryFile file;
+  std::unique_ptr<Movie> movie;
+};
+
+TEST(TimeInMovie, CountsATimecodeFromTheMoviesOwnStart) {
+  const TimedMovie opened(90000);
+  ASSERT_EQ(QVQuickTime::timecodeAtTime({0, 25, 0}, opened.movie.get()), QStringLiteral("01:00:00:00"));
 
   for (const char* text : {"01:00:02:00", "2:00", "1:00:02:00"}) {
-    const auto time = timeInMovie(*parseTimeArgument(text), **opened);
+    const auto time = timeInMovie(*parseTimeArgument(text), *opened.movie);
     ASSERT_TRUE(time) << text;
     EXPECT_EQ(movie::secondsOf(*time), 2.0) << text;
   }
-  const auto before = timeInMovie(*parseTimeArgument("00:00:02:00"), **opened);
+  const auto before = timeInMovie(*parseTimeArgument("00:00:02:00"), *opened.movie);
   ASSERT_FALSE(before);
   EXPECT_THAT(before.error(), HasSubstr("from 01:00:00:00"));
+}
+
+TEST(TimeInMovie, FindsATimecodeAfterMidnight) {
+  const TimedMovie opened(24 * 90000 - 50);
+  ASSERT_EQ(QVQuickTime::timecodeAtTime({0, 25, 0}, opened.movie.get()), QStringLiteral("23:59:58:00"));
+  ASSERT_EQ(QVQuickTime::timecodeAtTime({3, 1, 0}, opened.movie.get()), QStringLiteral("00:00:01:00"));
+
+  for (const auto& [text, seconds] : {std::pair("23:59:58:00", 0.0), std::pair("23:59:59:24", 1.96),
+                                      std::pair("00:00:00:00", 2.0), std::pair("00:00:01:24", 3.96)}) {
+    const auto time = timeInMovie(*parseTimeArgument(text), *opened.movie);
+    ASSERT_TRUE(time) << time.error();
+    EXPECT_EQ(movie::secondsOf(*time), seconds) << text;
+  }
+  for (const char* text : {"23:59:57:24", "00:00:02:00"}) {
+    EXPECT_FALSE(timeInMovie(*parseTimeArgument(text), *opened.movie)) << text;
+  }
 }
 
 TEST(TimeInMovie, RefusesATimecodeWhereNothingCountsFrames) {
