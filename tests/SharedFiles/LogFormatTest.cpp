@@ -1,3 +1,4 @@
+#include <bit>
 #include <cmath>
 #include <limits>
 
@@ -100,7 +101,7 @@ TEST(LogFormat, ShowsFloatingPointNumbersAsPrintfDoes) {
 }
 
 TEST(LogFormat, ShowsPointersInHexadecimal) {
-  const int* pointer = reinterpret_cast<const int*>(quintptr{0xBEEF});
+  const auto pointer = std::bit_cast<const int*>(quintptr{0xBEEF});
   expectRows({
       {"pointer", formatLog("%p %@", pointer, pointer), "0xbeef 0xbeef"},
       {"null", formatLog("%p %p", nullptr, static_cast<const int*>(nullptr)), "0x0 0x0"},

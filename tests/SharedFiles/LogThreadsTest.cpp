@@ -19,6 +19,7 @@ class LogThreads : public LogFixture {
   }
   static void onThreads(const std::function<void(int)>& work) {
     std::vector<std::thread> threads;
+    threads.reserve(threadCount);
     for (int number = 0; number < threadCount; ++number) threads.emplace_back(work, number);
     for (std::thread& thread : threads) thread.join();
   }

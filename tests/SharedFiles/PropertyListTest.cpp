@@ -113,25 +113,26 @@ TEST(PropertyList, ReadsNoMoreNestingThanItWrites) {
 }
 
 TEST(PropertyList, RefusesMalformedBytes) {
-  const QByteArray refused[] = {
-      "",
-      "x",
-      QByteArray(100, '\0'),
-      "<plist>",
-      "<plist version=\"1.0\"></plist>",
-      "<plist/>",
-      "<dict></dict><dict></dict>",
-      document("<dict><string>a</string></dict>"),
-      document("<dict><key>a</key><string>b</dict>"),
-      document("<unknown/>"),
-      document("<dict><key>a</key><unknown/></dict>"),
-      document("<string>\x01</string>"),
-      document("<string>\xff</string>"),
-      document("<string>&nothing;</string>"),
-      "bplist00\xd0\x08\x00\x00\x00\x00\x00\x00\x01\x01",
-      "<?xml version=\"1.0\"?><!DOCTYPE p [<!ENTITY a \"aaaaaaaaaa\"><!ENTITY b "
-      "\"&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;\"><!ENTITY c \"&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;\"><!ENTITY d "
-      "\"&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;\">]><plist><string>&d;&d;&d;&d;&d;</string></plist>"};
+  const QByteArray manyEntities(
+      R"(<?xml version="1.0"?><!DOCTYPE p [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;">)"
+      R"(<!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;"><!ENTITY d "&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;">]>)"
+      R"(<plist><string>&d;&d;&d;&d;&d;</string></plist>)");
+  const QByteArray refused[] = {"",
+                                "x",
+                                QByteArray(100, '\0'),
+                                "<plist>",
+                                "<plist version=\"1.0\"></plist>",
+                                "<plist/>",
+                                "<dict></dict><dict></dict>",
+                                document("<dict><string>a</string></dict>"),
+                                document("<dict><key>a</key><string>b</dict>"),
+                                document("<unknown/>"),
+                                document("<dict><key>a</key><unknown/></dict>"),
+                                document("<string>\x01</string>"),
+                                document("<string>\xff</string>"),
+                                document("<string>&nothing;</string>"),
+                                "bplist00\xd0\x08\x00\x00\x00\x00\x00\x00\x01\x01",
+                                manyEntities};
   for (const QByteArray& xml : refused) EXPECT_FALSE(PropertyList::fromXml(xml)) << xml.left(80).toStdString();
 }
 

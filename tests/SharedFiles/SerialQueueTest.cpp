@@ -116,6 +116,7 @@ TEST(SerialQueue, KeepsTheOrderOfEachOfManyThreads) {
   SerialQueue queue;
   std::vector<std::vector<int>> seen(threadCount);
   std::vector<std::thread> threads;
+  threads.reserve(threadCount);
   for (int thread = 0; thread < threadCount; ++thread) {
     threads.emplace_back([&, thread] {
       for (int i = 0; i < perThread; ++i) {

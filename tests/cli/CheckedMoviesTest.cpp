@@ -14,7 +14,6 @@ using Json = nlohmann::ordered_json;
 using movie::test::fixtureMovie;
 using test::ProgramRun;
 using test::runLumacheck;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x303030:c1=0xc0c0c0:c2=0x707070:seed=4";
