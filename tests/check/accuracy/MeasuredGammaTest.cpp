@@ -52,6 +52,7 @@ std::vector<Encoding> encodings() {
   auto rgb = [&](const char* name, const char* format, std::vector<std::string> codec) {
     return Encoding{name, ".mov", format, std::move(codec), SceneRange::Video, 1280, 720, true};
   };
+  Encoding hevcRgb{"HEVCRGB", ".mov", "gbrp", hevc.codec, SceneRange::Video, 640, 360, true};
   Encoding mjpeg{"MJPEG", ".mov", "yuvj422p", {"-c:v", "mjpeg", "-q:v", "2"}, SceneRange::Full};
 
   return {
@@ -59,6 +60,7 @@ std::vector<Encoding> encodings() {
       sized(prores, "SD", 720, 576),
       sized(prores, "FullHD", 1920, 1080),
       sized(prores, "Small", 320, 240),
+      sized(prores, "Tall", 200, 1600),
       {"ProRes4444", ".mov", "yuv444p10le", {"-c:v", "prores_ks", "-profile:v", "4"}},
       {"DNxHD", ".mov", "yuv422p", {"-c:v", "dnxhd", "-b:v", "120M"}, SceneRange::Video, 1920, 1080},
       {"DNxHRSQ", ".mov", "yuv422p", {"-c:v", "dnxhd", "-profile:v", "dnxhr_hq"}},
@@ -67,6 +69,14 @@ std::vector<Encoding> encodings() {
       h264,
       fullRange(h264),
       sized(h264, "SD", 720, 480),
+      {"H264OddSize", ".mp4", "yuv444p", h264.codec, SceneRange::Video, 853, 479},
+      {"H264Interlaced",
+       ".mov",
+       "yuv420p",
+       {"-c:v", "libx264", "-preset", "veryfast", "-crf", "16", "-flags", "+ildct+ilme"},
+       SceneRange::Video,
+       720,
+       576},
       sized(fullRange(h264), "SD", 640, 480),
       h264Ten,
       fullRange(h264Ten),
@@ -75,6 +85,8 @@ std::vector<Encoding> encodings() {
       sized(hevc, "SD", 720, 480),
       hevcTen,
       fullRange(hevcTen),
+      {"HEVCTwelve", ".mov", "yuv422p12le", hevc.codec, SceneRange::Video, 640, 360},
+      hevcRgb,
       mpeg4,
       sized(mpeg4, "SD", 720, 576),
       mjpeg,
@@ -84,6 +96,7 @@ std::vector<Encoding> encodings() {
       rgb("JPEG2000RGB", "rgb24", {"-c:v", "jpeg2000", "-q:v", "2"}),
       png,
       sized(png, "SD", 640, 480),
+      sized(png, "OddSize", 853, 479),
       rgb("PNG48", "rgb48be", {"-c:v", "png"}),
       rgb("Animation", "rgb24", {"-c:v", "qtrle"}),
       rgb("AnimationAlpha", "argb", {"-c:v", "qtrle"}),
