@@ -7,8 +7,10 @@
 
 std::shared_ptr<LogSink> LogFileSink::open(const QByteArray& path, IfMissing ifMissing) {
   const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | (ifMissing == IfMissing::Create ? O_CREAT : 0);
-  const int descriptor = ::open(path.constData(), flags, 0666);
+  // A pipe that nobody reads fails instead of being waited for.
+  const int descriptor = ::open(path.constData(), flags | O_NONBLOCK, 0666);
   if (descriptor < 0) return nullptr;
+  ::fcntl(descriptor, F_SETFL, flags);
   auto sink = std::make_shared<LogFileSink>();
   if (!sink->file_.open(descriptor, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Unbuffered,
                         QFileDevice::AutoCloseHandle)) {

@@ -17,7 +17,7 @@ class LogFileSink final : public LogSink {
  public:
   enum class IfMissing { Fail, Create };
 
-  /// The path in the file system's own bytes. Null when the file cannot be opened.
+  /// The path in the file system's own bytes. Null when the file cannot be opened, which a pipe cannot.
   static std::shared_ptr<LogSink> open(const QByteArray& path, IfMissing ifMissing);
 
   void write(const QByteArray& line) override;

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "SharedFiles/QVLog.h"
 #include "SharedFiles/QVPlatformException.h"
@@ -279,6 +280,13 @@ TEST(LogFileSink, OpensAFileByItsOwnBytes) {
   EXPECT_EQ(::unlink(path.constData()), 0);
   EXPECT_EQ(LogFileSink::open(QFile::encodeName(folder.path()) + "/none/x.log", LogFileSink::IfMissing::Create),
             nullptr);
+}
+
+TEST(LogFileSink, DoesNotWaitForAReaderOfAPipe) {
+  const QTemporaryDir folder;
+  const QByteArray path = QFile::encodeName(folder.path()) + "/pipe";
+  ASSERT_EQ(::mkfifo(path.constData(), 0600), 0);
+  EXPECT_EQ(LogFileSink::open(path, LogFileSink::IfMissing::Create), nullptr);
 }
 
 static_assert(!std::is_default_constructible_v<QVLog>, "the process has one log");
