@@ -1,5 +1,6 @@
 #include "SharedFiles/LogController.h"
 
+#include <QFile>
 #include <QSysInfo>
 #include <array>
 #include <cstdlib>

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QByteArray>
-#include <QFile>
 #include <memory>
 
 /// Where entry lines go. Used by one thread at a time.
@@ -12,7 +11,8 @@ class LogSink {
   virtual void write(const QByteArray& line) = 0;
 };
 
-/// A log file, written to at its end even where others write to it too. Closed when the object goes.
+/// A log file, written to at its end even where others write to it too. Closed when the object goes, on whichever
+/// thread that is: a bare descriptor, since a QFile belongs to the thread that made it.
 class LogFileSink final : public LogSink {
  public:
   enum class IfMissing { Fail, Create };
@@ -20,8 +20,13 @@ class LogFileSink final : public LogSink {
   /// The path in the file system's own bytes. Null when the file cannot be opened, which a pipe cannot.
   static std::shared_ptr<LogSink> open(const QByteArray& path, IfMissing ifMissing);
 
+  explicit LogFileSink(int descriptor) : descriptor_(descriptor) {}
+  LogFileSink(const LogFileSink&) = delete;
+  LogFileSink& operator=(const LogFileSink&) = delete;
+  ~LogFileSink() override;
+
   void write(const QByteArray& line) override;
 
  private:
-  QFile file_;
+  const int descriptor_;
 };

@@ -3,6 +3,13 @@
 #include <system_error>
 #include <utility>
 
+namespace {
+
+/// The queue whose operations the calling thread runs. Not a thread's number: those are given out again.
+thread_local const SerialQueue* queueOfThread = nullptr;
+
+}  // namespace
+
 SerialQueue::~SerialQueue() {
   shutDown();
 }
@@ -10,13 +17,13 @@ SerialQueue::~SerialQueue() {
 bool SerialQueue::addOperation(Operation operation) {
   const std::lock_guard guard(mutex_);
   if (closed_) return false;
-  if (threadId_ == std::thread::id()) {
+  if (!started_) {
     try {
       thread_ = std::thread([this] { run(); });
     } catch (const std::system_error&) {
       return false;
     }
-    threadId_ = thread_.get_id();
+    started_ = true;
   }
   waiting_.push_back(std::move(operation));
   added_.notify_one();
@@ -42,8 +49,7 @@ void SerialQueue::cancelAllOperations() {
 }
 
 bool SerialQueue::isCurrent() const {
-  const std::lock_guard guard(mutex_);
-  return threadId_ == std::this_thread::get_id();
+  return queueOfThread == this;
 }
 
 void SerialQueue::shutDown() {
@@ -52,20 +58,14 @@ void SerialQueue::shutDown() {
   {
     const std::lock_guard guard(mutex_);
     closed_ = true;
-    ended.swap(thread_);
     added_.notify_all();
+    if (!isCurrent()) ended.swap(thread_);
   }
-  if (!ended.joinable()) return;
-  if (ended.get_id() == std::this_thread::get_id()) {
-    ended.detach();
-  } else {
-    ended.join();
-    const std::lock_guard guard(mutex_);
-    threadId_ = {};
-  }
+  if (ended.joinable()) ended.join();
 }
 
 void SerialQueue::run() {
+  queueOfThread = this;
   std::unique_lock lock(mutex_);
   for (;;) {
     added_.wait(lock, [this] { return closed_ || !waiting_.empty(); });

@@ -35,7 +35,8 @@ class SerialQueue {
   /// Whether the caller is one of this queue's operations.
   bool isCurrent() const;
 
-  /// Drops what has not begun, waits for what runs and takes no more. Inside an operation it does not wait.
+  /// Drops what has not begun, waits for what runs and takes no more. Inside an operation it does not wait: the next
+  /// call from outside does.
   void shutDown();
 
  private:
@@ -44,7 +45,6 @@ class SerialQueue {
   mutable std::mutex mutex_;
   std::condition_variable added_, drained_;
   std::deque<Operation> waiting_;
-  bool running_ = false, closed_ = false;
+  bool running_ = false, closed_ = false, started_ = false;
   std::thread thread_;
-  std::thread::id threadId_;
 };

@@ -103,6 +103,25 @@ TEST(SerialQueue, MayBeShutDownInsideAnOperation) {
   EXPECT_FALSE(queue->addOperation([] {}));
 }
 
+TEST(SerialQueue, IsNotCurrentOnAThreadThatGotTheNumberOfItsOwn) {
+  SerialQueue queue;
+  std::promise<std::thread::id> number;
+  queue.addOperation([&] {
+    queue.shutDown();
+    number.set_value(std::this_thread::get_id());
+  });
+  const std::thread::id ended = number.get_future().get();
+  queue.waitUntilAllOperationsAreFinished();
+  queue.shutDown();
+  bool reused = false;
+  for (int i = 0; i < 200 && !reused; ++i) {
+    std::thread([&] {
+      reused = std::this_thread::get_id() == ended;
+      EXPECT_FALSE(queue.isCurrent());
+    }).join();
+  }
+}
+
 TEST(SerialQueue, NeverStartsAThreadUnused) {
   SerialQueue queue;
   queue.waitUntilAllOperationsAreFinished();
