@@ -1,0 +1,1 @@
+#include "SharedFiles/QVAlert.h"

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+
+#include "movie/Movie.h"
+
+namespace player {
+
+/// A picture as a view shows it.
+struct ShownFrame {
+  movie::RgbFrame image;  ///< in sRGB, under the colours of the movie's image description; empty when it failed
+  movie::MovieTime time;  ///< when it comes on screen
+  std::uint64_t sample = 0;
+  std::string error;  ///< why there is no image
+};
+
+/// How playing went since the rate was last changed from 0.
+struct PlayingStatistics {
+  std::uint64_t due = 0;     ///< frames whose time came
+  std::uint64_t shown = 0;   ///< of these, handed out
+  std::uint64_t inTime = 0;  ///< of those, no later than one frame after they were due
+};
+
+/// Plays one movie without sound: a playhead with a clock, and a thread that decodes and renders what the playhead
+/// needs, ahead of it in the direction of play. Every member is called on one thread, the owner's; none waits for a
+/// picture.
+class MoviePlayer {
+ public:
+  using Clock = std::chrono::steady_clock;
+  struct Environment {
+    std::function<void()> frameArrived;  ///< called on the player's thread; short, and must not call back
+    std::function<Clock::time_point()> now = Clock::now;
+  };
+
+  explicit MoviePlayer(Environment environment);
+  ~MoviePlayer();  ///< waits for the picture in work
+  MoviePlayer(const MoviePlayer&) = delete;
+  MoviePlayer& operator=(const MoviePlayer&) = delete;
+
+  /// Takes a copy of a movie of its own, stopped at its current time; null for none. Throws std::system_error when the
+  /// system gives no thread.
+  void setMovie(std::unique_ptr<movie::Movie> movie);
+  /// Of the pictures, in device pixels, as shown (turned). The ones held already stay until new ones are there.
+  void setPictureSize(int width, int height);
+
+  /// Moves the playhead. While still, the frame on screen at that time is decoded; of several moves in a row those that
+  /// are overtaken are dropped, the last is always shown. While playing, play goes on from there.
+  void setTime(const movie::MovieTime& time);
+  /// The playhead now. While playing it moves by itself, in units of a microsecond, and stops at the beginning or the
+  /// end of the movie, where the rate becomes 0. Stopping leaves it at the start of the frame that is on screen.
+  movie::MovieTime time();
+  /// 1 plays, 0 stops, -1 plays backwards; other rates up to +-8 work too. A movie without a duration does not play.
+  void setRate(double rate);
+  double rate();
+
+  /// The frame to show now: the one on screen at the playhead, or while that is not ready the best one so far (the
+  /// latest before it in the direction of play). Null until a movie's first. Marks it as shown.
+  std::shared_ptr<const ShownFrame> frame();
+  /// When the next change is due by the clock; far away while still.
+  Clock::time_point nextChange();
+
+  PlayingStatistics statistics() const;
+
+ private:
+  class Implementation;
+  std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace player
