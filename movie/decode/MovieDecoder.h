@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "movie/decode/Picture.h"
+#include "movie/decode/SoundStream.h"
 #include "movie/quicktime/MovieFile.h"
 
 namespace movie {
@@ -30,12 +31,20 @@ class MovieDecoder {
   virtual Result<Picture> picture(const PictureRequest& request) = 0;
 };
 
+class PictureStream;
+
 /// A decoder backend: makes decoders. `track` indexes file->tracks().
 class MovieDecoderBackend {
  public:
   virtual ~MovieDecoderBackend() = default;
   virtual Result<std::unique_ptr<MovieDecoder>> makeDecoder(std::shared_ptr<const MovieFile> file,
                                                             std::size_t track) = 0;
+  /// The sound of a sound track. Error: its first sample description cannot be understood or nothing decodes it, or the
+  /// track has no samples.
+  virtual Result<std::unique_ptr<SoundStream>> makeSoundStream(std::shared_ptr<const MovieFile> file,
+                                                               std::size_t track) = 0;
+  virtual Result<std::unique_ptr<PictureStream>> makePictureStream(std::shared_ptr<const MovieFile> file,
+                                                                   std::size_t track) = 0;
 };
 
 }  // namespace movie

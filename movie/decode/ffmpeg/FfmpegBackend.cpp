@@ -1,5 +1,7 @@
 #include "movie/decode/DecoderModule.h"
 #include "movie/decode/ffmpeg/FfmpegDecoder.h"
+#include "movie/decode/ffmpeg/FfmpegPictureStream.h"
+#include "movie/decode/ffmpeg/SoundTrackStream.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -12,6 +14,14 @@ class FfmpegBackend final : public MovieDecoderBackend {
  public:
   Result<std::unique_ptr<MovieDecoder>> makeDecoder(std::shared_ptr<const MovieFile> file, std::size_t track) override {
     return FfmpegDecoder::make(std::move(file), track);
+  }
+  Result<std::unique_ptr<SoundStream>> makeSoundStream(std::shared_ptr<const MovieFile> file,
+                                                       std::size_t track) override {
+    return SoundTrackStream::make(std::move(file), track);
+  }
+  Result<std::unique_ptr<PictureStream>> makePictureStream(std::shared_ptr<const MovieFile> file,
+                                                           std::size_t track) override {
+    return FfmpegPictureStream::make(std::move(file), track);
   }
 };
 

@@ -2,11 +2,11 @@
 
 #include <cstdint>
 #include <memory>
-#include <vector>
+#include <utility>
 
 #include "movie/decode/MovieDecoder.h"
+#include "movie/decode/ffmpeg/DecodingTrack.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
-#include "movie/decode/ffmpeg/SampleDecoder.h"
 
 namespace movie {
 
@@ -22,25 +22,15 @@ class FfmpegDecoder final : public MovieDecoder {
  private:
   struct Attempt;
 
-  FfmpegDecoder(std::shared_ptr<const MovieFile> file, std::size_t track);
+  explicit FfmpegDecoder(std::unique_ptr<DecodingTrack> track) : track_(std::move(track)) {}
 
-  Result<void> useDescriptionOf(std::uint64_t sample);
-  std::uint64_t startAtOrBefore(std::uint64_t from, const PresentedSample& target) const;
-  std::vector<std::uint64_t> startsFor(const PresentedSample& target) const;
-  int reorderDepthAt(const PresentedSample& target) const;
+  SampleDecoder& decoder() const { return track_->decoder(); }
   Result<LibavPointer<AVFrame>> frameOf(const PresentedSample& target);
   Result<Attempt> decodeFrom(std::uint64_t first, const PresentedSample& target);
-  Result<std::size_t> readPacket(std::uint64_t sample);
   int receiveFrames(Attempt& attempt);
   void take(Attempt& attempt, LibavPointer<AVFrame> frame) const;
-  tl::unexpected<MovieError> failure(const std::string& reason) const;
 
-  std::shared_ptr<const MovieFile> file_;
-  std::size_t track_;
-  const SampleTable& table_;
-  std::unique_ptr<SampleDecoder> decoder_;  ///< of the description that was needed last
-  std::size_t description_ = 0;             ///< its place among the track's; only with a decoder
-  std::uint64_t firstSample_ = 0;           ///< of the run of that description around the sample asked for
+  std::unique_ptr<DecodingTrack> track_;
 };
 
 }  // namespace movie

@@ -107,6 +107,11 @@ bool SampleDecoder::unreferencedAreNotNeeded() const {
   }
 }
 
+int SampleDecoder::delay() const {
+  const int threads = context_->active_thread_type == FF_THREAD_FRAME ? context_->thread_count - 1 : 0;
+  return std::max(context_->has_b_frames, 0) + threads + (codec_->capabilities & AV_CODEC_CAP_DELAY ? 1 : 0);
+}
+
 FrameOrigin SampleDecoder::frameOrigin() const {
   return {isImageCodec(codec_->id), header_.fullRange};
 }

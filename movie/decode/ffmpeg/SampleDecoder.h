@@ -31,6 +31,8 @@ class SampleDecoder {
   bool needsReorderDepth() const;
   /// Whether a frame that is not referred to can be left out without a trace.
   bool unreferencedAreNotNeeded() const;
+  /// How many samples more it may take before the frame of one comes out; only after restart().
+  int delay() const;
   FrameOrigin frameOrigin() const;
   std::size_t sampleLimit() const { return sampleLimit_; }  ///< bytes; no sample of such pictures is larger
 

@@ -51,6 +51,10 @@ DecodedMovie::DecodedMovie(const std::string& path) : file_(valueOf(MovieFile::o
   decoder_ = valueOf(valueOf(decoderBackend())->makeDecoder(file_, track_));
 }
 
+std::unique_ptr<PictureStream> DecodedMovie::stream() const {
+  return valueOf(valueOf(decoderBackend())->makePictureStream(file_, track_));
+}
+
 std::string DecodedMovie::codec() const {
   return fourCCText(ImageDescription(file_->tracks()[track_].sampleDescriptions.at(0)).codec());
 }

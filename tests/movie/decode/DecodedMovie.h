@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "movie/decode/MovieDecoder.h"
+#include "movie/decode/PictureStream.h"
 
 namespace movie::test {
 
@@ -14,6 +15,9 @@ class DecodedMovie {
  public:
   explicit DecodedMovie(const std::string& path);
 
+  /// A stream of the same track, which does not need this object any more.
+  std::unique_ptr<PictureStream> stream() const;
+  MovieDecoder& decoder() const { return *decoder_; }
   const SampleTable& table() const { return file_->sampleTable(track_); }
   std::string codec() const;  ///< of the first image description
   Result<Picture> sampleAt(std::int64_t mediaTime, int width = 0, int height = 0);
