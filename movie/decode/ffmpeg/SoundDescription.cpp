@@ -1,0 +1,118 @@
+#include "movie/decode/ffmpeg/SoundDescription.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <optional>
+
+#include "movie/quicktime/AtomReader.h"
+
+namespace movie {
+namespace {
+
+constexpr std::size_t plainHeader = 36, packetHeader = 52, wideHeader = 72;
+
+/// The body of the first extension of that type, be it beside wave or inside.
+std::optional<ByteView> extension(ByteView atoms, FourCC type) {
+  const AtomList list = readAtoms(atoms);
+  if (const auto found = firstAtom(list, type)) return bodyOf(atoms, *found);
+  const auto wave = firstAtom(list, fourCC("wave"));
+  if (!wave) return std::nullopt;
+  const ByteView inside = bodyOf(atoms, *wave);
+  const auto found = firstAtom(readAtoms(inside), type);
+  return found ? std::optional(bodyOf(inside, *found)) : std::nullopt;
+}
+
+/// The body of the descriptor that `bytes` starts with, empty where it is of another kind. A descriptor that is cut
+/// reaches as far as there are bytes.
+ByteView descriptor(ByteView bytes, std::uint8_t tag) {
+  if (bytes.empty() || bytes[0] != tag) return {};
+  std::size_t size = 0;
+  std::size_t at = 1;
+  bool more = true;
+  for (; more && at < bytes.size() && at <= 4; ++at) {
+    size = (size << 7) | (bytes[at] & 0x7FU);
+    more = (bytes[at] & 0x80U) != 0;
+  }
+  const ByteView rest = bytes.subspan(at);
+  return more ? ByteView() : rest.first(std::min(size, rest.size()));
+}
+
+ByteView without(ByteView bytes, std::size_t count) {
+  return bytes.subspan(std::min(count, bytes.size()));
+}
+
+void readElementaryStream(ByteView esds, SoundDescription& description) {
+  const ByteView stream = descriptor(without(esds, 4), 3);
+  if (stream.size() < 3) return;
+  const unsigned flags = stream[2];
+  std::size_t optional = 3;
+  if ((flags & 0x80U) != 0) optional += 2;
+  if ((flags & 0x40U) != 0 && optional < stream.size()) optional += 1U + stream[optional];
+  if ((flags & 0x20U) != 0) optional += 2;
+  const ByteView config = descriptor(without(stream, optional), 4);
+  if (config.empty()) return;
+  description.objectType = config[0];
+  const ByteView setup = descriptor(without(config, 13), 5);
+  description.setup.assign(setup.begin(), setup.end());
+}
+
+/// The decoder wants the atom as it stands in a file, header included.
+void keepAtom(FourCC type, ByteView body, Bytes& setup) {
+  setup.assign(8, 0);
+  write32(setup, 0, static_cast<std::uint32_t>(body.size() + 8));
+  write32(setup, 4, type);
+  setup.insert(setup.end(), body.begin(), body.end());
+}
+
+void readExtensions(ByteView atoms, SoundDescription& description) {
+  if (const auto order = extension(atoms, fourCC("enda")); order && order->size() >= 2) {
+    description.bigEndian = read16(*order, 0) == 0;
+  }
+  if (const auto esds = extension(atoms, fourCC("esds"))) readElementaryStream(*esds, description);
+  if (description.codec != fourCC("alac")) return;
+  if (const auto alac = extension(atoms, fourCC("alac"))) keepAtom(fourCC("alac"), *alac, description.setup);
+}
+
+int wholeRate(double rate) {
+  return rate >= 1 && rate <= SoundDescription::highestRate ? static_cast<int>(std::lround(rate)) : 0;
+}
+
+double float64(ByteView bytes, std::size_t at) {
+  const std::uint64_t bits = read64(bytes, at);
+  double value = 0;
+  std::memcpy(&value, &bits, sizeof value);
+  return value;
+}
+
+}  // namespace
+
+tl::expected<SoundDescription, std::string> readSoundDescription(ByteView entry) {
+  const auto tooShort = [] { return tl::make_unexpected(std::string("the sound description is too short")); };
+  if (entry.size() < plainHeader) return tooShort();
+  SoundDescription description;
+  description.codec = read32(entry, 4);
+  const unsigned version = read16(entry, 16);
+  std::uint64_t channels = read16(entry, 24);
+  std::uint64_t bits = read16(entry, 26);
+  description.rate = wholeRate(read32(entry, 32) / 65536.0);
+  std::size_t header = plainHeader;
+  if (version == 1) header = packetHeader;
+  if (version == 2) {
+    if (entry.size() < wideHeader) return tooShort();
+    header = std::max<std::size_t>(read32(entry, 36), wideHeader);
+    description.rate = wholeRate(float64(entry, 40));
+    channels = read32(entry, 48);
+    bits = read32(entry, 56);
+    description.flags = read32(entry, 60);
+  }
+  if (channels == 0 || channels > SoundDescription::mostChannels) {
+    return tl::make_unexpected("a sound of " + std::to_string(channels) + " channels cannot be played");
+  }
+  description.channels = static_cast<int>(channels);
+  description.bits = static_cast<int>(std::min<std::uint64_t>(bits, 64));
+  readExtensions(without(entry, header), description);
+  return description;
+}
+
+}  // namespace movie

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <tl/expected.hpp>
+
+#include "movie/quicktime/ByteOrder.h"
+#include "movie/quicktime/FourCC.h"
+
+namespace movie {
+
+/// What a sound track's sample description says. Source: QTFF "Sound sample descriptions" (versions 0, 1 and 2);
+/// ISO/IEC 14496-12, 12.2.3; ISO/IEC 14496-1, 7.2.6 for esds.
+struct SoundDescription {
+  static constexpr int mostChannels = 64;
+  static constexpr double highestRate = 768000;  ///< frames a second
+
+  FourCC codec = 0;
+  int channels = 0;             ///< 1 to mostChannels; what a compressed stream says itself goes before
+  int bits = 0;                 ///< of one sample of one channel; 16 for most compressed sound
+  int rate = 0;                 ///< frames a second, 0 where it does not fit into its field
+  std::uint32_t flags = 0;      ///< of 'lpcm' in version 2
+  bool bigEndian = true;        ///< false where an enda atom says so
+  std::uint8_t objectType = 0;  ///< of esds: which codec an 'mp4a' is; 0 without
+  Bytes setup;                  ///< what the decoder is set up with: of esds its own part, of alac the whole atom
+
+  static constexpr std::uint32_t isFloat = 1, isBigEndian = 2, isSigned = 4, isApart = 32;
+};
+
+/// Reads a whole stsd entry. Error: a clause; it is too short, or its channels or rate are beyond those limits.
+tl::expected<SoundDescription, std::string> readSoundDescription(ByteView entry);
+
+}  // namespace movie
