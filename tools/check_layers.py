@@ -19,7 +19,7 @@ import sys
 LAYERS = ["movie/quicktime", "movie/decode", "movie/render", "movie", "SharedFiles", "check", "cli", "app"]
 SIDES = {("cli", "app"), ("app", "cli")}
 MEDIA_UNITS = {"QVQuickTime"}
-DESKTOP_UNITS = {"QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
+DESKTOP_UNITS = {"AlertPanel", "QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
 
 # Library headers -> the files that may include them.
 ONLY_IN = [
