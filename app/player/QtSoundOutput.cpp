@@ -1,8 +1,8 @@
 #include "app/player/QtSoundOutput.h"
 
 #include <algorithm>
-#include <array>
 #include <atomic>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 #include <thread>
@@ -14,6 +14,7 @@
 #include <QtMultimedia/QAudioSink>
 #include <QtMultimedia/QMediaDevices>
 
+#include "app/player/SoundClock.h"
 #include "app/player/SoundResampler.h"
 
 namespace player {
@@ -109,7 +110,7 @@ class PulledSound final : public QIODevice {
 class QtSoundOutput::Opened {
  public:
   Opened(const QAudioDevice& device, const QAudioFormat& format, int rate, Pull pull, double volume)
-      : format_(format), rate_(rate), source_(format, rate, std::move(pull)), sink_(device, format) {
+      : format_(format), rate_(rate), clock_(rate), source_(format, rate, std::move(pull)), sink_(device, format) {
     constexpr qint64 bufferedMicroseconds = 200'000;  // the event loop may be busy for so long
     source_.open(QIODevice::ReadOnly | QIODevice::Unbuffered);
     sink_.setBufferSize(format.bytesForDuration(bufferedMicroseconds));
@@ -127,17 +128,16 @@ class QtSoundOutput::Opened {
   std::int64_t played() {
     const std::int64_t waiting = (sink_.bufferSize() - sink_.bytesFree()) / format_.bytesPerFrame();
     const std::int64_t heard = source_.frames() - std::clamp<std::int64_t>(waiting, 0, source_.frames());
-    latest_ = std::max(latest_, heard * rate_ / format_.sampleRate());
-    return latest_;
+    return clock_.heard(std::chrono::steady_clock::now(), heard * rate_ / format_.sampleRate());
   }
   void setVolume(double volume) { sink_.setVolume(volume); }
 
  private:
   QAudioFormat format_;
   std::int64_t rate_;
+  SoundClock clock_;
   PulledSound source_;
   QAudioSink sink_;
-  std::int64_t latest_ = 0;
 };
 
 QtSoundOutput::QtSoundOutput() = default;
