@@ -1,5 +1,6 @@
 #include "SharedFiles/AlertPanel.h"
 
+#include <QAbstractTextDocumentLayout>
 #include <QAccessible>
 #include <QApplication>
 #include <QCheckBox>
@@ -33,7 +34,7 @@ QString translated(const char* text) {
 /// A read-only text that breaks anywhere if need be, as tall as it needs and scrolling where that is too much.
 class TextBlock final : public QTextEdit {
  public:
-  TextBlock(const QString& text, const QFont& font, int width, int tallest) {
+  TextBlock(const QString& text, const QFont& font, int width, int tallest) : tallest_(tallest) {
     setFont(font);
     setFrameShape(QFrame::NoFrame);
     viewport()->setAutoFillBackground(false);
@@ -43,14 +44,23 @@ class TextBlock final : public QTextEdit {
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     document()->setDocumentMargin(0);
+    setFixedWidth(width);
     setPlainText(text);
     document()->setTextWidth(width);
-    const int needed = static_cast<int>(std::ceil(document()->size().height()));
-    setVerticalScrollBarPolicy(needed > tallest ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
-    // Only what scrolls is worth a stop on the way through the controls.
-    setFocusPolicy(needed > tallest ? Qt::StrongFocus : Qt::ClickFocus);
-    setFixedSize(width, std::min(needed, tallest));
+    fit();
+    connect(document()->documentLayout(), &QAbstractTextDocumentLayout::documentSizeChanged, this, [this] { fit(); });
   }
+
+ private:
+  void fit() {
+    const int needed = static_cast<int>(std::ceil(document()->size().height()));
+    setVerticalScrollBarPolicy(needed > tallest_ ? Qt::ScrollBarAsNeeded : Qt::ScrollBarAlwaysOff);
+    // Only what scrolls is worth a stop on the way through the controls.
+    setFocusPolicy(needed > tallest_ ? Qt::StrongFocus : Qt::ClickFocus);
+    setFixedHeight(std::min(needed, tallest_));
+  }
+
+  const int tallest_;
 };
 
 QPixmap applicationIcon(const QWidget& widget) {
