@@ -5,11 +5,11 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <QtCore/QIODevice>
+#include <QtCore/QString>
 #include <QtMultimedia/QAudioDevice>
 #include <QtMultimedia/QAudioSink>
 #include <QtMultimedia/QMediaDevices>
@@ -20,25 +20,34 @@
 namespace player {
 namespace {
 
-/// Keeps what Qt says on this thread to itself as long as this lives; what other threads say goes where it went.
+thread_local bool quiet = false;  ///< nothing that Qt says on this thread is passed on
+std::atomic<QtMessageHandler> handlerBefore;
+
+/// What Qt says of a sound server that goes away, on a thread of its own.
+bool isAboutSoundServer(const QString& text) {
+  return text.contains(QLatin1String("Stream error: ")) || text.startsWith(QLatin1String("PulseAudio"));
+}
+
+void passOn(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+  if (quiet || isAboutSoundServer(text)) return;
+  if (const QtMessageHandler handler = handlerBefore.load(); handler != nullptr) handler(type, context, text);
+}
+
+/// Keeps Qt's remarks about sound off the terminal from now on; what else it says goes where it went.
+void filterMessages() {
+  static const bool once = [] {
+    handlerBefore.store(qInstallMessageHandler(&passOn));
+    return true;
+  }();
+  static_cast<void>(once);
+}
+
 class QuietQt {
  public:
-  QuietQt() {
-    thread.store(std::this_thread::get_id());
-    before.store(qInstallMessageHandler(&passOn));
-  }
-  ~QuietQt() { qInstallMessageHandler(before.load()); }
+  QuietQt() { quiet = true; }
+  ~QuietQt() { quiet = false; }
   QuietQt(const QuietQt&) = delete;
   QuietQt& operator=(const QuietQt&) = delete;
-
- private:
-  static void passOn(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    if (std::this_thread::get_id() == thread.load()) return;
-    if (const QtMessageHandler handler = before.load(); handler != nullptr) handler(type, context, text);
-  }
-
-  static inline std::atomic<std::thread::id> thread;
-  static inline std::atomic<QtMessageHandler> before;
 };
 
 std::optional<QAudioFormat> supportedFormat(const QAudioDevice& device, int rate) {
@@ -140,11 +149,13 @@ class QtSoundOutput::Opened {
   QAudioSink sink_;
 };
 
-QtSoundOutput::QtSoundOutput() = default;
+QtSoundOutput::QtSoundOutput() {
+  filterMessages();
+}
 QtSoundOutput::~QtSoundOutput() = default;
 
 bool QtSoundOutput::open(int rate, Pull pull) {
-  const QuietQt quiet;
+  const QuietQt quietly;
   opened_.reset();
   const QAudioDevice device = QMediaDevices::defaultAudioOutput();
   if (device.isNull()) return false;
@@ -156,7 +167,7 @@ bool QtSoundOutput::open(int rate, Pull pull) {
 }
 
 void QtSoundOutput::stop() {
-  const QuietQt quiet;
+  const QuietQt quietly;
   opened_.reset();
 }
 
