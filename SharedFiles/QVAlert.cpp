@@ -246,7 +246,11 @@ void QVAlert::wait() const {
 }
 
 void QVAlert::alertSheetWithDictionary(const Request& dictionary) {
-  const auto text = [&dictionary](const char* key) { return dictionary.value(QLatin1String(key)); };
+  // Copies of their own: what the panel keeps shares no memory with the thread that asked.
+  const auto text = [&dictionary](const char* key) {
+    const QString shared = dictionary.value(QLatin1String(key));
+    return shared.isNull() ? QString() : QString(shared.constData(), shared.size());
+  };
   if (parentWindow_ && hasAttachedSheet(*parentWindow_)) setParentWindow(nullptr);
   if (parentWindow_) makeKeyAndOrderFront(*parentWindow_);
 
