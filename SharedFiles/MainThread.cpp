@@ -15,7 +15,7 @@
 /// What waits for the main thread.
 class MainThread::Queue {
  public:
-  Queue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  Queue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
     if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
   }
   ~Queue() { ::close(descriptor_); }
@@ -28,14 +28,14 @@ class MainThread::Queue {
     const std::lock_guard guard(mutex_);
     waiting_.push_back(std::move(work));
     const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(descriptor_, &one, sizeof one);  // fails when awake anyway
+    [[maybe_unused]] const ssize_t written = ::write(descriptor_, &one, sizeof one);
   }
 
-  /// Work may add work, and may run the event loop itself.
-  void run() {
-    std::uint64_t count = 0;
-    [[maybe_unused]] const ssize_t got = ::read(descriptor_, &count, sizeof count);
-    while (const Work work = next()) work();
+  /// One piece of work a wake-up: while it runs the event loop itself, the descriptor wakes that for the next.
+  void runNext() {
+    std::uint64_t one = 0;
+    [[maybe_unused]] const ssize_t got = ::read(descriptor_, &one, sizeof one);
+    if (const Work work = next()) work();
   }
 
  private:
@@ -67,7 +67,7 @@ std::shared_ptr<MainThread::Queue>& MainThread::processQueue() {
 MainThread::MainThread()
     : queue_(std::make_shared<Queue>()),
       awake_(std::make_unique<QSocketNotifier>(queue_->descriptor(), QSocketNotifier::Read)) {
-  QObject::connect(awake_.get(), &QSocketNotifier::activated, [queue = queue_] { queue->run(); });
+  QObject::connect(awake_.get(), &QSocketNotifier::activated, [queue = queue_] { queue->runNext(); });
   const std::lock_guard guard(processMutex);
   processQueue() = queue_;
 }

@@ -60,14 +60,13 @@ TEST_F(MainThreadCalls, RunAtOnceOnTheMainThreadItself) {
 }
 
 TEST_F(MainThreadCalls, WorkMayRunTheEventLoopAndWhatWaitsBehindItRunsThere) {
-  std::atomic<bool> inner = false, ended = false;
-  std::thread caller([&] {
-    MainThread::perform([&] { runUntil([&] { return inner.load(); }); });
-    MainThread::performAndWait([&] { inner = true; });
+  bool inner = false, ended = false;
+  MainThread::perform([&] {
+    runUntil([&] { return inner; });
     ended = true;
   });
-  runUntil([&] { return ended.load(); });
-  caller.join();
+  MainThread::perform([&] { inner = true; });
+  runUntil([&] { return ended; });
 }
 
 TEST_F(MainThreadCalls, AreDroppedWhenTheMainThreadTakesNoMore) {
