@@ -14,7 +14,8 @@ std::int64_t SoundClock::heard(Time now, std::int64_t counted) {
     lowest_ = unknown;
     windowBegin_ = now;
   }
-  const double time = std::chrono::duration<double>(now - begin_).count() * rate_;
+  const std::chrono::duration<double> since = now - begin_;
+  const double time = since.count() * rate_;
   lowest_ = std::min(lowest_, static_cast<double>(counted) - time);
   latest_ = std::max(latest_, static_cast<std::int64_t>(time + std::min(lowest_, lowestBefore_)));
   return latest_;

@@ -10,10 +10,10 @@ SoundResampler::SoundResampler(int from, int to, Pull pull)
 
 std::int64_t SoundResampler::restart(std::int64_t frame) {
   buffer_.clear();
-  const std::int64_t whole = frame / to_;
-  const std::int64_t rest = frame % to_ * from_;
+  const std::int64_t seconds = frame / to_ - (frame % to_ < 0 ? 1 : 0);
+  const std::int64_t rest = (frame - seconds * to_) * from_;
   phase_ = rest % to_;
-  return whole * from_ + rest / to_;
+  return seconds * from_ + rest / to_;
 }
 
 void SoundResampler::read(std::span<float> stereo) {

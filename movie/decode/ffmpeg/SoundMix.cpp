@@ -33,8 +33,8 @@ std::vector<ChannelShare> plainShares(int channels) {
     default:
       break;
   }
-  std::vector<ChannelShare> shares;
-  for (int i = 0; i < channels; ++i) shares.push_back(i % 2 == 0 ? onLeft : onRight);
+  std::vector<ChannelShare> shares(static_cast<std::size_t>(channels), onLeft);
+  for (std::size_t i = 1; i < shares.size(); i += 2) shares[i] = onRight;
   return shares;
 }
 

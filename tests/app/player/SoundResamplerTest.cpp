@@ -26,7 +26,7 @@ const Rates everyRates[] = {{44100, 48000}, {48000, 44100}, {48000, 48000}, {800
 
 TEST(SoundResampler, StaysOnALineWhateverTheLengths) {
   for (const Rates& rates : everyRates) {
-    for (const std::int64_t start : {std::int64_t{0}, std::int64_t{12345}}) {
+    for (const std::int64_t start : {0, 12345, -1, -12345, -48000}) {
       Ramp ramp;
       SoundResampler resampler(rates.from, rates.to, [&](std::span<float> stereo) { ramp.fill(stereo); });
       ramp.at = resampler.restart(start);
@@ -36,8 +36,9 @@ TEST(SoundResampler, StaysOnALineWhateverTheLengths) {
         resampler.read(out);
         for (std::size_t i = 0; i < count; ++i, ++at) {
           const double expected = static_cast<double>(at) * rates.from / rates.to;
-          ASSERT_NEAR(out[2 * i], expected, 1e-5 * expected + 1e-4) << rates.from << " " << rates.to << " " << at;
-          ASSERT_NEAR(out[2 * i + 1], -2 * expected, 2e-5 * expected + 1e-4);
+          ASSERT_NEAR(out[2 * i], expected, 1e-5 * std::abs(expected) + 1e-4)
+              << rates.from << " " << rates.to << " " << at;
+          ASSERT_NEAR(out[2 * i + 1], -2 * expected, 2e-5 * std::abs(expected) + 1e-4);
         }
       }
     }
