@@ -10,7 +10,8 @@ std::int64_t SoundClock::heard(Time now, std::int64_t counted) {
   begun_ = true;
   using namespace std::chrono_literals;
   if (now - windowBegin_ >= 500ms) {
-    lowestBefore_ = now - windowBegin_ < 1000ms ? lowest_ : unknown;
+    lowestBefore_ = lowest_;
+    if (now - windowBegin_ >= 1000ms) lowestBefore_ = unknown;
     lowest_ = unknown;
     windowBegin_ = now;
   }

@@ -10,7 +10,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr int rate = 48000;
+constexpr std::int64_t rate = 48000;
 const SoundClock::Time begin = SoundClock::Time() + 1000s;
 
 SoundClock::Time after(double seconds) {
@@ -25,7 +25,7 @@ std::int64_t counted(double seconds, double block) {
 TEST(SoundClock, SeesThroughBlocks) {
   for (const double block : {0.005, 0.02, 0.08, 0.1}) {
     for (const double step : {0.003, 0.0167, 0.04}) {
-      SoundClock clock(rate);
+      SoundClock clock(static_cast<int>(rate));
       for (double t = 0; t < 20; t += step) {
         const double heard = static_cast<double>(clock.heard(after(t), counted(t, block))) / rate;
         if (t < 1) continue;
@@ -37,7 +37,7 @@ TEST(SoundClock, SeesThroughBlocks) {
 }
 
 TEST(SoundClock, NeverFallsOrGoesBeyondTheCount) {
-  SoundClock clock(rate);
+  SoundClock clock(static_cast<int>(rate));
   std::int64_t before = 0;
   for (double t = 0; t < 5; t += 0.011) {
     const double played = t < 2 ? t : std::max(2.0, t - 0.7);  // it stalls for 0.7 s
@@ -50,7 +50,7 @@ TEST(SoundClock, NeverFallsOrGoesBeyondTheCount) {
 }
 
 TEST(SoundClock, FollowsAStallAndCatchesUp) {
-  SoundClock clock(rate);
+  SoundClock clock(static_cast<int>(rate));
   double t = 0;
   for (; t < 2; t += 0.01) clock.heard(after(t), static_cast<std::int64_t>((t + 0.001) * rate));
   for (; t < 3; t += 0.01) EXPECT_LE(clock.heard(after(t), 2 * rate), 2 * rate);
@@ -61,7 +61,7 @@ TEST(SoundClock, FollowsAStallAndCatchesUp) {
 }
 
 TEST(SoundClock, IsStillBeforeAnythingIsHeardAndAfterALongSilence) {
-  SoundClock clock(rate);
+  SoundClock clock(static_cast<int>(rate));
   EXPECT_EQ(clock.heard(after(0), 0), 0);
   EXPECT_EQ(clock.heard(after(1), 0), 0);
   EXPECT_EQ(clock.heard(after(2), 960), 960);

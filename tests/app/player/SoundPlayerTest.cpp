@@ -16,7 +16,7 @@ using namespace test;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-constexpr int rate = 48000;
+constexpr std::int64_t rate = 48000;
 
 movie::MovieTime at(double seconds) {
   return {.value = std::llround(seconds * 600), .scale = 600};
@@ -137,7 +137,7 @@ TEST_F(SoundPlayerTest, TellsHowFarItIsFromAMovieTime) {
 TEST_F(SoundPlayerTest, StaysInStepAfterTheDecoderWasLate) {
   load(soundMovie());
   player.start(at(0));
-  std::vector<float> frames(2 * 20000);
+  std::vector<float> frames(std::size_t{2} * 20000);
   device.pull(frames);  // far more than is ever held
   pullUntilHeard(20000);
 }
@@ -235,7 +235,7 @@ TEST_F(SoundPlayerTest, TellsWhatCannotBeRead) {
   player.start(at(0));
   pullUntilHeard(0);
   player.start(at(1.5));
-  for (int i = 0; i < 1000 && player.problem().empty(); ++i) pull(rate * 3 / 2 + 480 * i, 480);
+  for (int i = 0; i < 1000 && player.problem().empty(); ++i) pull(rate * 3 / 2 + std::int64_t{480} * i, 480);
   EXPECT_THAT(player.problem(), HasSubstr("past the end of the file"));
 }
 
@@ -246,7 +246,7 @@ TEST_F(SoundPlayerTest, StandsADeviceOnAnotherThread) {
     player.start(at(0.05 * round));
     std::atomic<bool> ending = false;
     std::thread puller([pull = device.pull, &ending] {
-      std::vector<float> frames(2 * 480);
+      std::vector<float> frames(std::size_t{2} * 480);
       while (!ending) {
         pull(frames);
         std::this_thread::sleep_for(200us);

@@ -49,7 +49,7 @@ TEST(SoundResampler, PullsNoMoreThanItNeeds) {
   for (const Rates& rates : everyRates) {
     Ramp ramp;
     SoundResampler resampler(rates.from, rates.to, [&](std::span<float> stereo) { ramp.fill(stereo); });
-    std::vector<float> out(2 * 1000);
+    std::vector<float> out(std::size_t{2} * 1000);
     for (int i = 1; i <= 50; ++i) {
       resampler.read(out);
       const double used = 1000.0 * i * rates.from / rates.to;

@@ -131,7 +131,7 @@ TEST(SoundTables, CountPacketsByTheirFrames) {
   const auto expected = readFrames(*streamOf(modern), 0, 20000);
   EXPECT_EQ(readFrames(*stream, 0, 20000), expected);
   const auto later = readFrames(*stream, 5001, 3000);
-  for (std::size_t i = 0; i < later.size(); ++i) ASSERT_NEAR(later[i], expected[2 * 5001 + i], 0.005) << i;
+  for (std::size_t i = 0; i < later.size(); ++i) ASSERT_NEAR(later[i], expected[std::size_t{2} * 5001 + i], 0.005) << i;
 }
 
 struct Downmix {
@@ -186,12 +186,12 @@ TEST(SoundTables, LeaveSilenceWhereTheFileEnds) {
   const TemporaryFile file(movieFile(content, track));
   const auto stream = streamOf(file.path());
   expectNumbered(*stream, 0, 100);
-  std::vector<float> frames(2 * 150, 5.0F);
+  std::vector<float> frames(std::size_t{2} * 150, 5.0F);
   const auto read = stream->read(50, frames);
   ASSERT_FALSE(read.has_value());
   EXPECT_THAT(read.error().message(), HasSubstr("past the end of the file"));
   EXPECT_EQ(frames[2], 51 / 32768.0F);
-  EXPECT_THAT(std::vector<float>(frames.begin() + 2 * 50, frames.end()), Each(0.0F));
+  EXPECT_THAT(std::vector<float>(frames.begin() + std::ptrdiff_t{2} * 50, frames.end()), Each(0.0F));
 }
 
 struct Refused {
@@ -241,8 +241,8 @@ TEST(SoundTables, EndWithSamplesThatLastNoTime) {
   const TemporaryFile file(movieFile(Bytes(100), track));
   const auto stream = streamOf(file.path());
   const auto begin = std::chrono::steady_clock::now();
-  std::vector<float> frames(2 * 4096);
-  for (int i = 0; i < 10; ++i) static_cast<void>(stream->read(4096 * i, frames));
+  std::vector<float> frames(std::size_t{2} * 4096);
+  for (int i = 0; i < 10; ++i) static_cast<void>(stream->read(std::int64_t{4096} * i, frames));
   EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
 }
 
