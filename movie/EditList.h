@@ -22,6 +22,25 @@ namespace movie {
 std::optional<PresentedSample> sampleOnScreen(const TrackInfo& track, std::int32_t movieTimeScale,
                                               const SampleTable& samples, const MovieTime& time);
 
+/// A frame's stay on screen. Start and end are movie times that sampleOnScreen() finds this frame and the one after it
+/// at: in the movie's own time scale where that can tell the frames apart, else in a finer one. Ends meet starts: the
+/// end of one span is the start of the next.
+struct FrameSpan {
+  PresentedSample sample;
+  MovieTime start, end;
+  /// The same exactly, in the first microsecond that is not before.
+  std::int64_t startMicros = 0, endMicros = 0;
+  bool last = false;  ///< nothing comes after it; it stays on screen past its end
+};
+
+/// The span around a movie time: of the sample that sampleOnScreen() gives. A frame that is cut by an edit ends with
+/// it; one that is shown twice has two spans; a dwell is one.
+std::optional<FrameSpan> spanOnScreen(const TrackInfo& track, std::int32_t movieTimeScale, const SampleTable& samples,
+                                      const MovieTime& time);
+/// The span before the one around a movie time; none when that one is the first.
+std::optional<FrameSpan> spanBefore(const TrackInfo& track, std::int32_t movieTimeScale, const SampleTable& samples,
+                                    const MovieTime& time);
+
 /// The media time at which a track's presentation starts: of its first edit that has media, else 0.
 std::int64_t mediaStartTime(const TrackInfo& track);
 

@@ -1,10 +1,10 @@
 #include "movie/Movie.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 #include <utility>
 
-#include "movie/EditList.h"
 #include "movie/decode/DecoderModule.h"
 #include "movie/render/DisplayRenderer.h"
 #include "movie/render/MeasurementRenderer.h"
@@ -26,6 +26,12 @@ PictureCrop cropOf(const ImageDescription& description) {
           .top = (description.height() - aperture->height) / 2 + aperture->verticalOffset,
           .width = aperture->width,
           .height = aperture->height};
+}
+
+PictureRequest requestFor(const PresentedSample& sample, const ImageDescription& description,
+                          const Orientation& orientation, int width, int height) {
+  if (orientation.transposed) std::swap(width, height);
+  return {.sample = sample, .crop = cropOf(description), .width = width, .height = height};
 }
 
 /// What a timecode track's sample description says, without the start. Source: QTFF "Timecode sample description".
@@ -172,10 +178,21 @@ Result<Picture> Movie::pictureAt(const Track& track, const PictureRequest& reque
   return (*source)->picture(request);
 }
 
+tl::unexpected<MovieError> Movie::failure(const char* reason) const {
+  return tl::unexpected(MovieError{.file = path(), .atom = {}, .offset = 0, .reason = reason});
+}
+
+Result<PictureStream*> Movie::stream(std::size_t track) {
+  if (stream_) return stream_.get();
+  const auto backend = decoderBackend();
+  if (!backend) return tl::unexpected(backend.error());
+  auto made = (*backend)->makePictureStream(file_, track);
+  if (!made) return tl::unexpected(std::move(made).error());
+  stream_ = std::move(*made);
+  return stream_.get();
+}
+
 Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
-  const auto failure = [&](const char* reason) {
-    return tl::unexpected(MovieError{.file = path(), .atom = {}, .offset = 0, .reason = reason});
-  };
   const Track* const track = firstTrack(videoMedia);
   if (!track) return failure("the movie has no video track");
   const auto description = track->media().imageDescription(1);
@@ -184,9 +201,7 @@ Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImage
   if (!sample) return failure("the video track has no samples");
 
   const Orientation orientation = orientationOf(track->info().matrix);
-  PictureRequest pictureRequest{
-      .sample = *sample, .crop = cropOf(*description), .width = request.width, .height = request.height};
-  if (orientation.transposed) std::swap(pictureRequest.width, pictureRequest.height);
+  const auto pictureRequest = requestFor(*sample, *description, orientation, request.width, request.height);
   const auto picture = pictureAt(*track, pictureRequest);
   if (!picture) return tl::unexpected(picture.error());
 
@@ -194,6 +209,54 @@ Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImage
   return oriented(request.style == FrameStyle::Measurement ? renderMeasurementFrame(*picture, colors.nclc)
                                                            : renderDisplayFrame(*picture, colors),
                   orientation);
+}
+
+std::optional<FrameSpan> Movie::frameSpanAt(const MovieTime& time) const {
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return std::nullopt;
+  return spanOnScreen(track->info(), timeScale(), file_->sampleTable(track->index_), time);
+}
+
+std::optional<FrameSpan> Movie::frameSpanBefore(const MovieTime& time) const {
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return std::nullopt;
+  return spanBefore(track->info(), timeScale(), file_->sampleTable(track->index_), time);
+}
+
+std::optional<FrameSpan> Movie::frameSpanAfter(const MovieTime& time) const {
+  const auto here = frameSpanAt(time);
+  return here && !here->last ? frameSpanAt(here->end) : std::nullopt;
+}
+
+MovieTime Movie::decodingStartOf(const FrameSpan& span) const {
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return span.start;
+  const SampleTable& samples = file_->sampleTable(track->index_);
+  const std::int64_t sync = samples.presentationTimeOf(samples.syncSampleAtOrBefore(span.sample.index));
+  const std::int64_t back = span.sample.presentationTime - sync;
+  if (back <= 0) return span.start;
+  const double units = std::ceil(static_cast<double>(back) * span.start.scale / track->info().mediaTimeScale);
+  const auto most = static_cast<double>(span.start.value);
+  return {.value = span.start.value - static_cast<std::int64_t>(std::min(units, most)), .scale = span.start.scale};
+}
+
+Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const PlayedFrameRequest& request) {
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return failure("the movie has no video track");
+  const auto description = track->media().imageDescription(1);
+  if (!description) return failure("the video track has no image description");
+  const auto source = stream(track->index_);
+  if (!source) return tl::unexpected(source.error());
+
+  const Orientation orientation = orientationOf(track->info().matrix);
+  StreamRequest asked{.picture = requestFor(span.sample, *description, orientation, request.width, request.height),
+                      .nextTime = {},
+                      .givenUp = request.givenUp};
+  if (request.next) asked.nextTime = request.next->sample.presentationTime;
+  const auto picture = (*source)->picture(asked);
+  if (!picture) return tl::unexpected(picture.error());
+  if (!*picture) return std::nullopt;
+  return oriented(renderDisplayFrame(**picture, colorSetOf(*description)), orientation);
 }
 
 }  // namespace movie

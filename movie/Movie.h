@@ -1,12 +1,15 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "movie/EditList.h"
 #include "movie/decode/MovieDecoder.h"
+#include "movie/decode/PictureStream.h"
 #include "movie/quicktime/ImageDescription.h"
 #include "movie/quicktime/MovieError.h"
 #include "movie/quicktime/MovieFile.h"
@@ -74,6 +77,14 @@ struct FrameImageRequest {
   FrameStyle style = FrameStyle::Measurement;
 };
 
+struct PlayedFrameRequest {
+  int width = 0, height = 0;  ///< as FrameImageRequest's
+  /// The frame that will be asked for next, where that is known.
+  std::optional<FrameSpan> next = std::nullopt;
+  /// Asked before every sample that is decoded; true ends the work. May be empty.
+  std::function<bool()> givenUp = nullptr;
+};
+
 /// An opened movie: shared, immutable file below; its own playhead and its own edits of sample descriptions above. Used
 /// by one thread at a time; copies are independent and may be used on other threads. An empty movie has no tracks.
 class Movie {
@@ -108,17 +119,31 @@ class Movie {
   /// description as this movie has it. Errors: no video track, no sample, or what the decoder says.
   Result<RgbFrame> frameImageAtTime(const MovieTime& time, const FrameImageRequest& request);
 
+  /// The stay on screen of the frame that frameImageAtTime() shows at a time, of the one before it and of the one after
+  /// it. None without a frame.
+  std::optional<FrameSpan> frameSpanAt(const MovieTime& time) const;
+  std::optional<FrameSpan> frameSpanBefore(const MovieTime& time) const;
+  std::optional<FrameSpan> frameSpanAfter(const MovieTime& time) const;
+  /// Of the frames that have to be decoded to show the one at a time, the first on screen: a time not after that one.
+  MovieTime decodingStartOf(const FrameSpan& span) const;
+
+  /// The frame of a span in Display style, quick for frames in a row: see PictureStream. None when it was given up.
+  Result<std::optional<RgbFrame>> playedFrame(const FrameSpan& span, const PlayedFrameRequest& request);
+
  private:
   Movie() = default;
   const Track* firstTrack(FourCC mediaType) const;
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
+  Result<PictureStream*> stream(std::size_t track);
+  tl::unexpected<MovieError> failure(const char* reason) const;
 
   std::shared_ptr<const MovieFile> file_;
   std::vector<std::unique_ptr<Track>> tracks_;
   MovieTime currentTime_;
   std::unique_ptr<MovieDecoder> decoder_;
   std::size_t decoderTrack_ = 0;
+  std::unique_ptr<PictureStream> stream_;  ///< of the first video track
 };
 
 }  // namespace movie

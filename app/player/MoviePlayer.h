@@ -5,17 +5,10 @@
 #include <functional>
 #include <memory>
 
+#include "app/player/ShownFrame.h"
 #include "movie/Movie.h"
 
 namespace player {
-
-/// A picture as a view shows it.
-struct ShownFrame {
-  movie::RgbFrame image;  ///< in sRGB, under the colours of the movie's image description; empty when it failed
-  movie::MovieTime time;  ///< when it comes on screen
-  std::uint64_t sample = 0;
-  std::string error;  ///< why there is no image
-};
 
 /// How playing went since the rate was last changed from 0.
 struct PlayingStatistics {
@@ -31,35 +24,41 @@ class MoviePlayer {
  public:
   using Clock = std::chrono::steady_clock;
   struct Environment {
-    std::function<void()> frameArrived;  ///< called on the player's thread; short, and must not call back
-    std::function<Clock::time_point()> now = Clock::now;
+    /// A frame came that is wanted at once: for a playhead that stands there, or after it was due. Called on the
+    /// player's thread; short, and must not call back. Frames that come ahead of time are not announced: see
+    /// nextChange().
+    std::function<void()> frameArrived = [] {};
+    std::function<Clock::time_point()> now = Clock::now;  ///< called on both threads
   };
 
   explicit MoviePlayer(Environment environment);
-  ~MoviePlayer();  ///< waits for the picture in work
+  ~MoviePlayer();  ///< waits for the sample in work
   MoviePlayer(const MoviePlayer&) = delete;
   MoviePlayer& operator=(const MoviePlayer&) = delete;
 
-  /// Takes a copy of a movie of its own, stopped at its current time; null for none. Throws std::system_error when the
-  /// system gives no thread.
+  /// Takes a copy of a movie of its own, stopped at its current time; null for none. No frame of the movie before is
+  /// given from then on. Throws std::system_error when the system gives no thread.
   void setMovie(std::unique_ptr<movie::Movie> movie);
-  /// Of the pictures, in device pixels, as shown (turned). The ones held already stay until new ones are there.
+  /// Of the pictures, in device pixels, as shown (turned): exactly this size, whatever the movie's shape; until it is
+  /// told, or 0 x 0, that of the movie's clean aperture. The ones held already stay until new ones are there.
   void setPictureSize(int width, int height);
 
   /// Moves the playhead. While still, the frame on screen at that time is decoded; of several moves in a row those that
   /// are overtaken are dropped, the last is always shown. While playing, play goes on from there.
   void setTime(const movie::MovieTime& time);
-  /// The playhead now. While playing it moves by itself, in units of a microsecond, and stops at the beginning or the
-  /// end of the movie, where the rate becomes 0. Stopping leaves it at the start of the frame that is on screen.
+  /// The playhead now. While playing it moves by itself, in units of a microsecond, and stops at the beginning (0) or
+  /// the end (the duration) of the movie, where the rate becomes 0. Stopping leaves it at the start of the frame that
+  /// is on screen.
   movie::MovieTime time();
   /// 1 plays, 0 stops, -1 plays backwards; other rates up to +-8 work too. A movie without a duration does not play.
   void setRate(double rate);
   double rate();
 
   /// The frame to show now: the one on screen at the playhead, or while that is not ready the best one so far (the
-  /// latest before it in the direction of play). Null until a movie's first. Marks it as shown.
+  /// latest before it in the direction of play; while still, the one that came last). Null until a movie's first, and
+  /// for a movie without pictures. Marks it as shown.
   std::shared_ptr<const ShownFrame> frame();
-  /// When the next change is due by the clock; far away while still.
+  /// When the next change is due by the clock, the end of playing included; Clock::time_point::max() while still.
   Clock::time_point nextChange();
 
   PlayingStatistics statistics() const;

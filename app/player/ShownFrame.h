@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "movie/quicktime/MovieTime.h"
+#include "movie/render/RgbFrame.h"
+
+namespace player {
+
+/// A picture as a view shows it.
+struct ShownFrame {
+  movie::RgbFrame image;  ///< in sRGB, under the colours of the movie's image description; empty when it failed
+  movie::MovieTime time;  ///< when it comes on screen
+  std::uint64_t sample = 0;
+  std::string error;  ///< why there is no image
+};
+
+}  // namespace player
