@@ -157,7 +157,8 @@ void MoviePlayer::Implementation::setRate(double rate) {
   if (!changed.isMoving()) return stop(wish_.clock.position(now()));
   if (!wish_.clock.isMoving()) {
     statistics_ = {};
-    counted_.reset();
+    counted_ = spanNow(0);
+    shown_ = counted_ ? std::optional(counted_->start) : std::nullopt;
     lastMove_ = wish_.step = 0;
   }
   wish_.clock = changed;
