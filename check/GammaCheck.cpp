@@ -115,11 +115,11 @@ struct FramePair {
 };
 
 /// Each copy is used by one thread only. Where no thread can be had, one after the other.
-FramePair decodeFrames(movie::Movie& sourceCopy, movie::Movie& destCopy, const CheckRequest& request) {
+FramePair decodeFrames(movie::Movie& sourceCopy, movie::Movie& destCopy, const Playheads& playheads) {
   std::future<movie::Result<movie::RgbFrame>> source = std::async(std::launch::async | std::launch::deferred, [&] {
-    return sourceCopy.frameImageAtTime(request.sourceTime, frameAttributes);
+    return sourceCopy.frameImageAtTime(playheads.source, frameAttributes);
   });
-  movie::Result<movie::RgbFrame> dest = destCopy.frameImageAtTime(request.destTime, frameAttributes);
+  movie::Result<movie::RgbFrame> dest = destCopy.frameImageAtTime(playheads.dest, frameAttributes);
   return {source.get(), std::move(dest)};
 }
 
@@ -184,7 +184,7 @@ void reportPixels(double v, bool metadataMismatch, ReportConsole& console) {
 CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console) {
   console.clearTextView();
   console.outputText(QStringLiteral("Checking files..."));
-  if (request.stopPlayback) request.stopPlayback();
+  const Playheads playheads = request.stopPlayback ? request.stopPlayback() : request.playheads;
   const std::unique_ptr<movie::Movie> sourceCopy = request.source.copy();
   const std::unique_ptr<movie::Movie> destCopy = request.dest.copy();
 
@@ -193,7 +193,7 @@ CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console) 
   const bool metadataMismatch = outcome.metadata && outcome.metadata->mismatch();
   matchMetadata(*sourceCopy, *destCopy);
 
-  FramePair frames = decodeFrames(*sourceCopy, *destCopy, request);
+  FramePair frames = decodeFrames(*sourceCopy, *destCopy, playheads);
   const RgbFrameBitmap source = bitmapOf(std::move(frames.source), outcome.sourceFrameError);
   const RgbFrameBitmap dest = bitmapOf(std::move(frames.dest), outcome.destFrameError);
   if (isBlackFrame(source)) {

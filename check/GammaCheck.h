@@ -36,11 +36,17 @@ struct CheckOutcome {
   std::optional<movie::MovieError> sourceFrameError, destFrameError;  ///< the frame could not be had
 };
 
+/// Where the two frames are taken.
+struct Playheads {
+  movie::MovieTime source, dest;
+};
+
 struct CheckRequest {
   const movie::Movie& source;  ///< the masters; the check works on copies of its own
   const movie::Movie& dest;
-  movie::MovieTime sourceTime, destTime;
-  std::function<void()> stopPlayback;  ///< called once, after the first line; may be empty
+  Playheads playheads;
+  /// Called once, after the first line: stops what plays and tells where the playheads came to stand. May be empty.
+  std::function<Playheads()> stopPlayback;
 };
 
 /// The gamma check, steps in their settled order: compares the colour metadata, renders one 320 x 240 frame of each

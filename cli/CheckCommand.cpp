@@ -89,7 +89,7 @@ std::string remarksOn(const check::CheckOutcome& outcome) {
 CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {
   check::RecordedReport report;
   const check::CheckOutcome outcome =
-      check::runGammaCheck({*source.movie, *dest.movie, source.time, dest.time, {}}, report);
+      check::runGammaCheck({*source.movie, *dest.movie, {source.time, dest.time}, {}}, report);
   CommandResult result;
   result.status = exitStatusOf(outcome, options.exitPolicy);
   result.err = remarksOn(outcome);

@@ -32,11 +32,14 @@ struct Interface {
   CLI::App* check = nullptr;
   CLI::App* info = nullptr;
   CLI::Option *source = nullptr, *dest = nullptr, *files = nullptr;
+  CLI::Option *windowSource = nullptr, *windowDest = nullptr;
   CLI::Option *at = nullptr, *sourceAt = nullptr, *destAt = nullptr;
 
   Interface() {
-    app.require_subcommand(1);
+    app.require_subcommand(0, 1);
     app.set_version_flag("--version", std::string("lumacheck " LUMACHECK_VERSION));
+    windowSource = app.add_option("SOURCE")->description("Open the window on this source movie")->type_name("");
+    windowDest = app.add_option("DEST")->description("and on this export of it")->type_name("");
     addCheck();
     addInfo();
   }
@@ -90,7 +93,16 @@ OutputForm formOf(const CLI::App& command) {
   return command.count("--json") > 0 ? OutputForm::Json : OutputForm::Text;
 }
 
+WindowOptions windowOptionsOf(const Interface& given) {
+  WindowOptions options;
+  for (const CLI::Option* option : {given.windowSource, given.windowDest}) {
+    for (const std::string& file : option->results()) options.files.push_back(unmarked(file));
+  }
+  return options;
+}
+
 CommandLine commandLineOf(const Interface& given) {
+  if (!given.check->parsed() && !given.info->parsed()) return {windowOptionsOf(given), std::nullopt};
   const bool isCheck = given.check->parsed();
   const CLI::App& command = isCheck ? *given.check : *given.info;
   CommandLine line;

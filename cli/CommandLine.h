@@ -10,11 +10,12 @@
 #include "cli/CheckCommand.h"
 #include "cli/CommandResult.h"
 #include "cli/InfoCommand.h"
+#include "cli/WindowCommand.h"
 
 namespace cli {
 
 struct CommandLine {
-  std::variant<CheckOptions, InfoOptions> command;
+  std::variant<CheckOptions, InfoOptions, WindowOptions> command;
   std::optional<std::string> logFile;  ///< none: no log
 };
 

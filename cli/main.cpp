@@ -17,6 +17,7 @@ cli::CommandResult run(const cli::CommandLine& line) {
   if (const auto* options = std::get_if<cli::CheckOptions>(&line.command)) {
     return cli::runCheckCommand(*options, cli::stylingOfStandardOutput());
   }
+  if (const auto* options = std::get_if<cli::WindowOptions>(&line.command)) return cli::runWindowCommand(*options);
   return cli::runInfoCommand(std::get<cli::InfoOptions>(line.command));
 }
 

@@ -49,7 +49,7 @@ struct Checked {
 Checked checkOf(const std::string& source, const std::string& dest) {
   const auto sourceMovie = Movie::movieWithFile(source), destMovie = Movie::movieWithFile(dest);
   RecordedReport report;
-  Checked checked{runGammaCheck({**sourceMovie, **destMovie, {}, {}, {}}, report), {}, report.paragraphs()};
+  Checked checked{runGammaCheck({**sourceMovie, **destMovie, {}, {}}, report), {}, report.paragraphs()};
   for (const ReportParagraph& paragraph : checked.paragraphs) {
     if (paragraph.style != ReportStyle::Normal) checked.bold.push_back(paragraph.text.toStdString());
   }
@@ -125,9 +125,11 @@ TEST(CheckedFrames, ComeFromTheTimesAskedFor) {
   const std::string fading = encoded("fading.mov", gradient, "fade=in:0:4,format=yuv422p10", "2.2");
   const auto movie = Movie::movieWithFile(fading);
   RecordedReport report;
-  EXPECT_TRUE(runGammaCheck({**movie, **movie, {0, 25, 0}, {4, 25, 0}, {}}, report).tooDark);
-  EXPECT_EQ(runGammaCheck({**movie, **movie, {4, 25, 0}, {4, 25, 0}, {}}, report).pixels->commonDiff, 1.0);
-  EXPECT_GT(runGammaCheck({**movie, **movie, {4, 25, 0}, {2, 25, 0}, {}}, report).pixels->commonDiff, 1.05);
+  EXPECT_TRUE(runGammaCheck({**movie, **movie, {{0, 25, 0}, {4, 25, 0}}, {}}, report).tooDark);
+  EXPECT_EQ(runGammaCheck({**movie, **movie, {{4, 25, 0}, {4, 25, 0}}, {}}, report).pixels->commonDiff, 1.0);
+  EXPECT_GT(runGammaCheck({**movie, **movie, {{4, 25, 0}, {2, 25, 0}}, {}}, report).pixels->commonDiff, 1.05);
+  const auto stop = [] { return Playheads{{4, 25, 0}, {2, 25, 0}}; };
+  EXPECT_GT(runGammaCheck({**movie, **movie, {}, stop}, report).pixels->commonDiff, 1.05);
 }
 
 }  // namespace

@@ -51,7 +51,7 @@ Checked checkOf(const Bytes& source, const Bytes& dest) {
   const TemporaryFile sourceFile(source), destFile(dest);
   const auto sourceMovie = opened(sourceFile), destMovie = opened(destFile);
   RecordedReport report;
-  CheckOutcome outcome = runGammaCheck({*sourceMovie, *destMovie, {}, {}, {}}, report);
+  CheckOutcome outcome = runGammaCheck({*sourceMovie, *destMovie, {}, {}}, report);
   return {std::move(outcome), report.paragraphs()};
 }
 
@@ -208,7 +208,11 @@ TEST(GammaCheck, ClearsTheConsoleAndStopsPlaybackAfterTheFirstLine) {
   RecordedReport report;
   report.outputText(QStringLiteral("of an earlier check"));
   std::vector<Report> atStop;
-  runGammaCheck({*movie, *movie, {}, {}, [&] { atStop.push_back(report.paragraphs()); }}, report);
+  const auto stop = [&] {
+    atStop.push_back(report.paragraphs());
+    return Playheads{};
+  };
+  runGammaCheck({*movie, *movie, {}, stop}, report);
   EXPECT_THAT(atStop, ElementsAre(opening));
 }
 
@@ -217,7 +221,7 @@ TEST(GammaCheck, LeavesTheMastersAsTheyAre) {
   const TemporaryFile file(movieFile({entry}));
   const auto source = opened(file), dest = opened(file);
   RecordedReport report;
-  runGammaCheck({*source, *dest, {}, {}, {}}, report);
+  runGammaCheck({*source, *dest, {}, {}}, report);
   for (const Movie* movie : {source.get(), dest.get()}) {
     EXPECT_EQ(*movie->tracksOfMediaType(movie::videoMedia).front()->media().sampleDescription(1), entry);
   }

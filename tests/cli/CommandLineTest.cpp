@@ -81,7 +81,7 @@ TEST_P(RefusedCommandLine, ExitsWithTwoAndTheUsageOnStderr) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Cases, RefusedCommandLine,
-                         testing::Values(std::vector<std::string>{}, std::vector<std::string>{"frobnicate"},
+                         testing::Values(std::vector<std::string>{"frobnicate", "a", "b"},
                                          std::vector<std::string>{"check"}, std::vector<std::string>{"check", "a"},
                                          std::vector<std::string>{"check", "a", "b", "c"},
                                          std::vector<std::string>{"info"},
@@ -98,6 +98,19 @@ INSTANTIATE_TEST_SUITE_P(Cases, RefusedCommandLine,
                                          std::vector<std::string>{"check", "a", "b", "--source-at", "aa:bb"},
                                          std::vector<std::string>{"info", "a", "--at", "1"},
                                          std::vector<std::string>{"check", "a", "b", "--json=maybe"}));
+
+TEST(CommandLine, OpensTheWindowOnAtMostTwoFiles) {
+  const auto filesOf = [](const std::vector<std::string>& arguments) {
+    const auto line = parseCommandLine(arguments);
+    EXPECT_TRUE(line);
+    return std::get<WindowOptions>(line->command).files;
+  };
+  using Files = std::vector<std::string>;
+  EXPECT_EQ(filesOf({}), Files{});
+  EXPECT_EQ(filesOf({"a.mov"}), Files{"a.mov"});
+  EXPECT_EQ(filesOf({"[a].mov", "./check"}), (Files{"[a].mov", "./check"}));
+  EXPECT_EQ(filesOf({"--", "check", "-x.mov"}), (Files{"check", "-x.mov"}));
+}
 
 TEST(CommandLine, PrintsHelpOnStdout) {
   for (const std::vector<std::string>& arguments :

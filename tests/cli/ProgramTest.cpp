@@ -250,10 +250,13 @@ TEST(Program, SaysHowItIsUsed) {
   const ProgramRun version = runLumacheck({"--version"});
   EXPECT_EQ(version.status, 0);
   EXPECT_THAT(version.out, StartsWith("lumacheck "));
-  const ProgramRun nothing = runLumacheck({});
-  EXPECT_EQ(nothing.status, 2);
-  EXPECT_EQ(nothing.out, "");
-  EXPECT_THAT(nothing.err, HasSubstr("Usage: lumacheck"));
+}
+
+TEST(Program, SaysThatThereIsNoFileToOpenTheWindowOn) {
+  const ProgramRun run = runLumacheck({"nowhere.mov"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err, "lumacheck: There is no command and no file called 'nowhere.mov'.\n");
 }
 
 }  // namespace

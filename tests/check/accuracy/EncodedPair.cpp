@@ -93,7 +93,7 @@ double measuredExponent(const std::string& source, const std::string& dest) {
   if (!destMovie) throw std::runtime_error(destMovie.error().message());
   QVLog::sharedController().setLoggingDisabled(true);
   SilentConsole console;
-  const CheckOutcome outcome = runGammaCheck({**sourceMovie, **destMovie, {}, {}, {}}, console);
+  const CheckOutcome outcome = runGammaCheck({**sourceMovie, **destMovie, {}, {}}, console);
   if (outcome.sourceFrameError) throw std::runtime_error(outcome.sourceFrameError->message());
   if (outcome.destFrameError) throw std::runtime_error(outcome.destFrameError->message());
   if (!outcome.pixels) throw std::runtime_error("the source frame is too dark");

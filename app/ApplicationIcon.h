@@ -1,0 +1,10 @@
+#pragma once
+
+#include <QIcon>
+
+/// The application's icon: a disc, half as the source and half a shade darker, over a frame. Drawn, so sharp at every
+/// size.
+QIcon applicationIcon();
+
+/// The same as one picture of that many pixels a side.
+QImage applicationIconImage(int side);

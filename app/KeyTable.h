@@ -1,0 +1,30 @@
+#pragma once
+
+#include <QKeySequence>
+#include <QList>
+#include <QString>
+#include <functional>
+
+class QWidget;
+
+/// One thing the window does on a key.
+struct KeyRow {
+  QString what;  ///< as the list of keys says it
+  QList<QKeySequence> keys;
+  std::function<void()> act;
+};
+
+/// Every key of the window: the one table that the window's shortcuts and the list under F1 are made from.
+class KeyTable {
+ public:
+  void add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act);
+  const QList<KeyRow>& rows() const { return rows_; }
+
+  /// Gives the window an action for each row.
+  void install(QWidget& window) const;
+  /// Shows the list over the window; not modal, closed by Escape or F1.
+  void show(QWidget& window) const;
+
+ private:
+  QList<KeyRow> rows_;
+};

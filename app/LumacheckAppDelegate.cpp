@@ -1,0 +1,145 @@
+#include "app/LumacheckAppDelegate.h"
+
+#include <QCheckBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <initializer_list>
+#include <utility>
+
+#include "SharedFiles/QVLog.h"
+#include "SharedFiles/UserDefaults.h"
+#include "app/MainInterface.h"
+
+LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults)
+    : interface_(interface),
+      defaults_(defaults),
+      source_{.type = QStringLiteral("source"),
+              .movieView = interface.source.movieView,
+              .timecodeText = interface.source.timecodeText,
+              .filenameText = interface.source.filenameText,
+              .defaultsKey = QStringLiteral("lastSourceFile")},
+      dest_{.type = QStringLiteral("dest"),
+            .movieView = interface.dest.movieView,
+            .timecodeText = interface.dest.timecodeText,
+            .filenameText = interface.dest.filenameText,
+            .defaultsKey = QStringLiteral("lastDestFile")},
+      linkBtn_(interface.linkBtn),
+      linkLabel_(interface.linkLabel),
+      resultsView_(interface.resultsView),
+      window_(&interface.window()),
+      console_(*interface.resultsView) {
+  QVLog::createNewLog();
+  connectControls();
+  addKeys();
+}
+
+LumacheckAppDelegate::~LumacheckAppDelegate() = default;
+
+void LumacheckAppDelegate::connectControls() {
+  const auto wire = [this](const SideInterface& controls, auto browseAction, auto modifyPath) {
+    connect(controls.browseBtn, &QPushButton::clicked, this, browseAction);
+    connect(controls.filenameText, &QLineEdit::returnPressed, this, modifyPath);
+    QLineEdit* const field = controls.timecodeText;
+    connect(field, &QLineEdit::returnPressed, this, [this, field] { changeTimecode(field); });
+    connect(field, &QLineEdit::editingFinished, this, &LumacheckAppDelegate::updateTimecode);
+  };
+  wire(interface_.source, &LumacheckAppDelegate::browseSource, &LumacheckAppDelegate::modifySourcePath);
+  wire(interface_.dest, &LumacheckAppDelegate::browseDest, &LumacheckAppDelegate::modifyDestPath);
+  connect(interface_.swapBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::swapMovies);
+  connect(interface_.checkBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::checkAction);
+}
+
+void LumacheckAppDelegate::addKeys() {
+  interface_.addMovieKeys(keys_);
+  keys_.add(tr("Check"), {QKeySequence(Qt::CTRL | Qt::Key_Return)}, [this] { checkAction(); });
+  keys_.add(tr("Open the source"), {QKeySequence(QKeySequence::Open)}, [this] { browseSource(); });
+  keys_.add(tr("Open the destination"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}, [this] { browseDest(); });
+  keys_.add(tr("Swap the movies"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}, [this] { swapMovies(); });
+  keys_.add(tr("Link the playheads or not"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
+  keys_.add(tr("Full screen"), {QKeySequence(Qt::Key_F11)},
+            [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
+  keys_.add(tr("This list"), {QKeySequence(QKeySequence::HelpContents)}, [this] { keys_.show(*window_); });
+  keys_.add(tr("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, [this] { window_->close(); });
+  keys_.install(*window_);
+}
+
+LumacheckAppDelegate::Side& LumacheckAppDelegate::side(const QString& type) {
+  return type == source_.type ? source_ : dest_;
+}
+
+// awakeFromNib
+void LumacheckAppDelegate::awakeFromNib() {
+  for (Side* each : {&source_, &dest_}) restoreLastFile(*each);
+}
+
+void LumacheckAppDelegate::restoreLastFile(Side& side) {
+  if (!side.filenameText->text().isEmpty()) return;
+  const QString last = defaults_.stringForKey(side.defaultsKey);
+  if (!last.isNull()) loadQTMovieWithPath(last, side.type);
+}
+
+// applicationDidFinishLaunching:
+void LumacheckAppDelegate::applicationDidFinishLaunching() {
+  for (Side* each : {&source_, &dest_}) {
+    connect(each->movieView, &QVMovieView::filesDropped, this, &LumacheckAppDelegate::filesDroppedOnMovieView);
+  }
+  for (MovieSlot* each : {&source_.master, &source_.display, &dest_.master, &dest_.display}) {
+    MovieSlot empty = PlayableMovie::movie();
+    empty->setIdling(false);
+    setSlot(*each, std::move(empty));
+  }
+  for (Side* each : {&source_, &dest_}) each->movieView->setMovie(each->display);
+  for (Side* each : {&source_, &dest_}) {
+    const QString path = each->filenameText->text();
+    if (!path.isEmpty()) loadQTMovieWithPath(path, each->type);
+  }
+  for (Side* each : {&source_, &dest_}) observeTime(each->movieView->movie());
+  updateLink();
+}
+
+// applicationWillTerminate:
+void LumacheckAppDelegate::applicationWillTerminate() {
+  QVLog::willTerminate();
+}
+
+LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::slot(const MovieSlot& which) const {
+  const std::lock_guard guard(slots_);
+  return which;
+}
+
+void LumacheckAppDelegate::setSlot(MovieSlot& which, MovieSlot movie) {
+  const std::lock_guard guard(slots_);
+  which.swap(movie);
+}
+
+LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::sourceQTMov() const {
+  return slot(source_.master);
+}
+
+void LumacheckAppDelegate::setSourceQTMov(MovieSlot movie) {
+  setSlot(source_.master, std::move(movie));
+}
+
+LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::destQTMov() const {
+  return slot(dest_.master);
+}
+
+void LumacheckAppDelegate::setDestQTMov(MovieSlot movie) {
+  setSlot(dest_.master, std::move(movie));
+}
+
+LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::sourceQTDisplayMov() const {
+  return slot(source_.display);
+}
+
+void LumacheckAppDelegate::setSourceQTDisplayMov(MovieSlot movie) {
+  setSlot(source_.display, std::move(movie));
+}
+
+LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::destQTDisplayMov() const {
+  return slot(dest_.display);
+}
+
+void LumacheckAppDelegate::setDestQTDisplayMov(MovieSlot movie) {
+  setSlot(dest_.display, std::move(movie));
+}

@@ -1,0 +1,124 @@
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <memory>
+#include <mutex>
+
+#include "app/KeyTable.h"
+#include "app/PlayableMovie.h"
+#include "app/ResultsView.h"
+
+class MainInterface;
+class QCheckBox;
+class QFileDialog;
+class QLabel;
+class QLineEdit;
+class QVMovieView;
+class QVQTWindow;
+class UserDefaults;
+
+/// The main window's controller: owns the four movie slots, carries out the actions of the controls and wires them to
+/// what does the work. Main thread only, but for the accessors of the slots.
+class LumacheckAppDelegate : public QObject {
+  Q_OBJECT
+
+ public:
+  using MovieSlot = std::shared_ptr<PlayableMovie>;
+
+  /// init: opens a new log. The interface and the defaults outlive the controller.
+  LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults);
+  ~LumacheckAppDelegate() override;
+
+  // Life of the application.
+
+  void awakeFromNib();                   ///< awakeFromNib
+  void applicationDidFinishLaunching();  ///< applicationDidFinishLaunching:
+  /// applicationShouldTerminateAfterLastWindowClosed:
+  static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
+  void applicationWillTerminate();  ///< applicationWillTerminate:
+
+  // Movie slots. A master and its display copy belong to one file; an empty slot is null.
+
+  MovieSlot sourceQTMov() const;
+  void setSourceQTMov(MovieSlot movie);
+  MovieSlot destQTMov() const;
+  void setDestQTMov(MovieSlot movie);
+  MovieSlot sourceQTDisplayMov() const;
+  void setSourceQTDisplayMov(MovieSlot movie);
+  MovieSlot destQTDisplayMov() const;
+  void setDestQTDisplayMov(MovieSlot movie);
+  QVQTWindow* window() const { return window_; }
+  void setWindow(QVQTWindow* window) { window_ = window; }
+
+  // Loading. `type` is "source"; any other text means the destination.
+
+  void loadQTMovieWithPath(const QString& path, const QString& type);  ///< loadQTMovieWithPath:type:
+  void browseSource();                                                 ///< browseSource:
+  void browseDest();                                                   ///< browseDest:
+  /// browseDidEnd:returnCode:contextInfo: 1 is OK; the context is the type.
+  void browseDidEnd(QFileDialog* panel, int returnCode, const QString& contextInfo);
+  void modifySourcePath();                                                    ///< modifySourcePath:
+  void modifyDestPath();                                                      ///< modifyDestPath:
+  void swapMovies();                                                          ///< swapMovies:
+  void applicationOpenFiles(const QStringList& files);                        ///< application:openFiles:
+  void filesDroppedOnMovieView(QVMovieView* view, const QStringList& files);  ///< filesDroppedOnMovieView:
+  /// What open and save panels let the user choose: extensions, and the HFS file type of movies.
+  static QStringList movieFileTypes();
+
+  // Playheads.
+
+  void updateLink();                                ///< updateLink
+  void movieTimeChanged(PlayableMovie* movie);      ///< movieTimeChanged: the movie whose time changed
+  void updateTimecode();                            ///< updateTimecode
+  void changeTimecode(QLineEdit* sender);           ///< changeTimecode: one of the two timecode fields
+  bool isTextFieldInFocus(QLineEdit* field) const;  ///< isTextFieldInFocus:
+  bool disableSync() const { return disableSync_; }
+
+  // The check and its report.
+
+  void checkAction();                                           ///< checkAction:
+  void checkOnThread();                                         ///< checkOnThread
+  void clearTextView();                                         ///< clearTextView
+  void outputText(const QString& text);                         ///< outputText:
+  void outputBoldText(const QString& text);                     ///< outputBoldText:
+  void outputErrorText(const QString& text);                    ///< outputErrorText:
+  void outputBoldErrorText(const QString& text);                ///< outputBoldErrorText:
+  void outputText(const QString& text, bool error, bool bold);  ///< outputText:error:bold:
+
+  const KeyTable& keys() const { return keys_; }
+
+ private:
+  /// One side's slots and controls.
+  struct Side {
+    QString type;
+    MovieSlot master = {}, display = {};
+    QVMovieView* movieView = nullptr;
+    QLineEdit *timecodeText = nullptr, *filenameText = nullptr;
+    QString defaultsKey;
+  };
+
+  Side& side(const QString& type);
+  MovieSlot slot(const MovieSlot& which) const;
+  void setSlot(MovieSlot& which, MovieSlot movie);
+  void connectControls();
+  void addKeys();
+  void browse(const QString& type);
+  void restoreLastFile(Side& side);
+  void showIn(Side& side, const MovieSlot& display);
+  void observeTime(const MovieSlot& movie);
+  void stopObservingTime(const MovieSlot& movie);
+  void showTimecode(const Side& side);
+
+  MainInterface& interface_;
+  UserDefaults& defaults_;
+  mutable std::mutex slots_;
+  Side source_, dest_;
+  bool disableSync_ = false;
+  QCheckBox* linkBtn_;
+  QLabel* linkLabel_;
+  ResultsView* resultsView_;
+  QVQTWindow* window_;
+  ViewConsole console_;
+  KeyTable keys_;
+};

@@ -1,0 +1,200 @@
+#include "app/MainInterface.h"
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QFontDatabase>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSlider>
+#include <QSplitter>
+#include <QVBoxLayout>
+#include <initializer_list>
+
+#include "app/PathField.h"
+#include "app/ResultsView.h"
+#include "app/TransportBar.h"
+
+namespace {
+
+constexpr int margin = 12, spacing = 8;
+constexpr QSize smallestWindow(960, 640), usualWindow(1200, 780);
+
+QVBoxLayout* columnIn(QWidget* parent) {
+  auto* const column = new QVBoxLayout(parent);
+  column->setContentsMargins(0, 0, 0, 0);
+  column->setSpacing(spacing);
+  return column;
+}
+
+QLineEdit* timecodeField(const QString& name) {
+  auto* const field = new QLineEdit;
+  field->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+  field->setAlignment(Qt::AlignCenter);
+  field->setFixedWidth(field->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00;00")) + 2 * spacing + margin);
+  field->setAccessibleName(QObject::tr("%1: timecode").arg(name));
+  field->setToolTip(QObject::tr("Type a timecode and press Return to go there"));
+  return field;
+}
+
+}  // namespace
+
+MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_unique<QVQTWindow>()) {
+  window_->setWindowTitle(QStringLiteral("Lumacheck"));
+  source = makeSide(QObject::tr("Source"), QObject::tr("Drop the source movie here"), makeView());
+  dest = makeSide(QObject::tr("Destination"), QObject::tr("Drop the destination movie here"), makeView());
+  activeView_ = source.movieView;
+  layOut();
+  orderFocus();
+  followFocus();
+  window_->setMinimumSize(smallestWindow);
+  window_->resize(usualWindow);
+  source.movieView->setFocus();
+}
+
+MainInterface::~MainInterface() = default;
+
+SideInterface MainInterface::makeSide(const QString& name, const QString& hint, QVMovieView* movieView) {
+  SideInterface side;
+  side.filenameText = new PathField;
+  side.filenameText->setAccessibleName(QObject::tr("%1: path").arg(name));
+  side.filenameText->setPlaceholderText(QObject::tr("Path of the %1 movie").arg(name.toLower()));
+  side.browseBtn = new QPushButton(QObject::tr("Browse…"));
+  side.browseBtn->setAccessibleName(QObject::tr("%1: browse").arg(name));
+  side.movieView = movieView;
+  side.movieView->setAccessibleName(QObject::tr("%1: movie").arg(name));
+  side.movieView->setHint(hint);
+  side.transport = new TransportBar(side.movieView, name);
+  side.timecodeText = timecodeField(name);
+  side.transport->addWidget(side.timecodeText);
+  return side;
+}
+
+QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name) {
+  auto* const panel = new QWidget;
+  auto* const column = columnIn(panel);
+  auto* const row = new QHBoxLayout;
+  row->setSpacing(spacing);
+  auto* const label = new QLabel(name);
+  label->setBuddy(side.filenameText);
+  row->addWidget(label);
+  row->addWidget(side.filenameText, 1);
+  row->addWidget(side.browseBtn);
+  column->addLayout(row);
+  column->addWidget(side.movieView, 1);
+  column->addWidget(side.transport);
+  return panel;
+}
+
+QWidget* MainInterface::linkColumn() {
+  linkLabel = new QLabel(QObject::tr("Link"));
+  linkLabel->setAlignment(Qt::AlignHCenter);
+  linkBtn = new QCheckBox;
+  linkBtn->setAccessibleName(QObject::tr("Link the playheads"));
+  linkBtn->setToolTip(QObject::tr("Movies of the same length move together"));
+  swapBtn = new QPushButton(QObject::tr("Swap"));
+  swapBtn->setAccessibleName(QObject::tr("Swap source and destination"));
+  swapBtn->setToolTip(QObject::tr("Source becomes destination, and the other way round"));
+  auto* const panel = new QWidget;
+  auto* const column = columnIn(panel);
+  column->addStretch();
+  column->addWidget(linkLabel);
+  column->addWidget(linkBtn, 0, Qt::AlignHCenter);
+  column->addSpacing(spacing);
+  column->addWidget(swapBtn);
+  column->addStretch();
+  return panel;
+}
+
+QWidget* MainInterface::bottomPanel() {
+  checkBtn = new QPushButton(QObject::tr("Check"));
+  window_->setDefaultButton(checkBtn);
+  resultsView = new ResultsView;
+  resultsView->setAccessibleName(QObject::tr("Results"));
+  auto* const panel = new QWidget;
+  auto* const column = columnIn(panel);
+  auto* const row = new QHBoxLayout;
+  row->addWidget(checkBtn);
+  row->addStretch();
+  column->addLayout(row);
+  column->addWidget(resultsView, 1);
+  return panel;
+}
+
+void MainInterface::layOut() {
+  auto* const movies = new QWidget;
+  auto* const row = new QHBoxLayout(movies);
+  row->setContentsMargins(0, 0, 0, 0);
+  row->setSpacing(margin);
+  row->addWidget(sidePanel(source, QObject::tr("Source")), 1);
+  row->addWidget(linkColumn());
+  row->addWidget(sidePanel(dest, QObject::tr("Destination")), 1);
+
+  auto* const splitter = new QSplitter(Qt::Vertical);
+  splitter->addWidget(movies);
+  splitter->addWidget(bottomPanel());
+  splitter->setChildrenCollapsible(false);
+  splitter->setStretchFactor(0, 3);
+  splitter->setStretchFactor(1, 2);
+  splitter->setHandleWidth(margin);
+
+  auto* const content = new QWidget;
+  auto* const column = new QVBoxLayout(content);
+  column->setContentsMargins(margin, margin, margin, margin);
+  column->addWidget(splitter);
+  window_->setCentralWidget(content);
+}
+
+/// What comes after the results is a movie, which is what the keys are for once a timecode was typed.
+void MainInterface::orderFocus() {
+  QWidget* before = nullptr;
+  const auto next = [&before](std::initializer_list<QWidget*> controls) {
+    for (QWidget* control : controls) {
+      if (before != nullptr) QWidget::setTabOrder(before, control);
+      before = control;
+    }
+  };
+  const auto side = [&next](const SideInterface& each) {
+    const TransportBar& bar = *each.transport;
+    next({each.movieView, bar.stepBackButton, bar.playButton, bar.stepForwardButton, bar.scrubber, bar.muteButton,
+          bar.volumeSlider, each.timecodeText, each.filenameText, each.browseBtn});
+  };
+  side(source);
+  next({linkBtn, swapBtn});
+  side(dest);
+  next({checkBtn, resultsView});
+}
+
+void MainInterface::followFocus() {
+  QObject::connect(qApp, &QApplication::focusChanged, window_.get(), [this](QWidget* /*old*/, QWidget* now) {
+    for (const SideInterface* side : {&source, &dest}) {
+      const bool inSide = now != nullptr && (now == side->movieView || side->transport->isAncestorOf(now) ||
+                                             now == side->filenameText || now == side->browseBtn);
+      if (inSide) activeView_ = side->movieView;
+    }
+  });
+}
+
+void MainInterface::addMovieKeys(KeyTable& keys) const {
+  const auto on = [this](void (*act)(QVMovieView&)) { return [this, act] { act(activeView()); }; };
+  const auto faster = [](QVMovieView& view, double sign) {
+    constexpr double fastest = 8;
+    const double rate = view.movie() ? view.movie()->rate() * sign : 0;
+    view.play(sign * (rate >= 1 ? qMin(2 * rate, fastest) : 1));
+  };
+  keys.add(QObject::tr("Play or pause"), {Qt::Key_Space}, on([](QVMovieView& view) { view.togglePlaying(); }));
+  keys.add(QObject::tr("Play backwards; again for faster"), {Qt::Key_J}, [this, faster] { faster(activeView(), -1); });
+  keys.add(QObject::tr("Stop"), {Qt::Key_K}, on([](QVMovieView& view) { view.play(0); }));
+  keys.add(QObject::tr("Play; again for faster"), {Qt::Key_L}, [this, faster] { faster(activeView(), 1); });
+  keys.add(QObject::tr("One frame back"), {Qt::Key_Left, Qt::Key_Comma},
+           on([](QVMovieView& view) { view.stepFrames(-1); }));
+  keys.add(QObject::tr("One frame forward"), {Qt::Key_Right, Qt::Key_Period},
+           on([](QVMovieView& view) { view.stepFrames(1); }));
+  keys.add(QObject::tr("One second back"), {QKeySequence(Qt::SHIFT | Qt::Key_Left)},
+           on([](QVMovieView& view) { view.stepSeconds(-1); }));
+  keys.add(QObject::tr("One second forward"), {QKeySequence(Qt::SHIFT | Qt::Key_Right)},
+           on([](QVMovieView& view) { view.stepSeconds(1); }));
+  keys.add(QObject::tr("To the beginning"), {Qt::Key_Home}, on([](QVMovieView& view) { view.gotoBeginning(); }));
+  keys.add(QObject::tr("To the last frame"), {Qt::Key_End}, on([](QVMovieView& view) { view.gotoEnd(); }));
+}

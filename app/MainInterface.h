@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "app/KeyTable.h"
+#include "app/Subclasses/QVMovieView.h"
+#include "app/Subclasses/QVQTWindow.h"
+
+class QCheckBox;
+class QLabel;
+class QLineEdit;
+class QPushButton;
+class ResultsView;
+class TransportBar;
+
+/// The controls of one movie.
+struct SideInterface {
+  QLineEdit* filenameText = nullptr;
+  QPushButton* browseBtn = nullptr;
+  QVMovieView* movieView = nullptr;
+  TransportBar* transport = nullptr;
+  QLineEdit* timecodeText = nullptr;
+};
+
+/// The main window with its controls, laid out but not wired to a controller. The window owns the controls.
+class MainInterface {
+ public:
+  using MakeView = std::function<QVMovieView*()>;
+
+  explicit MainInterface(const MakeView& makeView = [] { return new QVMovieView; });
+  ~MainInterface();
+  MainInterface(const MainInterface&) = delete;
+  MainInterface& operator=(const MainInterface&) = delete;
+
+  QVQTWindow& window() { return *window_; }
+
+  SideInterface source, dest;
+  QCheckBox* linkBtn = nullptr;
+  QLabel* linkLabel = nullptr;
+  QPushButton* swapBtn = nullptr;
+  QPushButton* checkBtn = nullptr;
+  ResultsView* resultsView = nullptr;
+
+  /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.
+  QVMovieView& activeView() const { return *activeView_; }
+  /// The keys that move a movie: part of the window's table.
+  void addMovieKeys(KeyTable& keys) const;
+
+ private:
+  static SideInterface makeSide(const QString& name, const QString& hint, QVMovieView* movieView);
+  static QWidget* sidePanel(const SideInterface& side, const QString& name);
+  QWidget* linkColumn();
+  QWidget* bottomPanel();
+  void layOut();
+  void orderFocus();
+  void followFocus();
+
+  std::unique_ptr<QVQTWindow> window_;
+  QVMovieView* activeView_ = nullptr;
+};

@@ -1,0 +1,22 @@
+#include "app/PathField.h"
+
+PathField::PathField(QWidget* parent) : QLineEdit(parent) {
+  connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
+    setToolTip(text);
+    if (!hasFocus()) showEnd();
+  });
+}
+
+void PathField::focusOutEvent(QFocusEvent* event) {
+  QLineEdit::focusOutEvent(event);
+  showEnd();
+}
+
+void PathField::resizeEvent(QResizeEvent* event) {
+  QLineEdit::resizeEvent(event);
+  if (!hasFocus()) showEnd();
+}
+
+void PathField::showEnd() {
+  end(false);
+}

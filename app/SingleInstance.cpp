@@ -1,0 +1,70 @@
+#include "app/SingleInstance.h"
+
+#include <QDataStream>
+#include <QLocalSocket>
+#include <QStandardPaths>
+
+#include <unistd.h>
+
+#include "SharedFiles/QVLog.h"
+
+namespace {
+
+constexpr int patience = 3000;  // ms that a running window has to answer
+constexpr QDataStream::Version wire = QDataStream::Qt_6_4;
+constexpr qint64 largestMessage = 1 << 20;
+constexpr char received = 'R';
+
+}  // namespace
+
+SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(parent), name_(name) {
+  server_.setSocketOptions(QLocalServer::UserAccessOption);
+  connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::serve);
+}
+
+QString SingleInstance::standardName() {
+  const QString folder = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+  const QString own = QStringLiteral("lumacheck-%1").arg(::getuid());
+  return folder.isEmpty() ? own : folder + u'/' + own;
+}
+
+bool SingleInstance::handOver(const QStringList& files) {
+  QLocalSocket socket;
+  socket.connectToServer(name_);
+  if (socket.waitForConnected(patience)) {
+    QDataStream stream(&socket);
+    stream.setVersion(wire);
+    stream << files;
+    socket.flush();
+    const bool answered =
+        (socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received);
+    if (answered) return true;
+    QVLog::appendLog("The window that runs already did not answer.");
+  }
+  listen();
+  return false;
+}
+
+void SingleInstance::listen() {
+  if (server_.listen(name_)) return;
+  QLocalServer::removeServer(name_);  // left by one that crashed
+  if (!server_.listen(name_)) QVLog::appendLog("Later starts cannot reach this window: %@", server_.errorString());
+}
+
+void SingleInstance::serve() {
+  while (QLocalSocket* const socket = server_.nextPendingConnection()) {
+    connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
+    connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
+      if (socket->bytesAvailable() > largestMessage) return socket->abort();
+      QStringList files;
+      QDataStream stream(socket);
+      stream.setVersion(wire);
+      stream.startTransaction();
+      stream >> files;
+      if (!stream.commitTransaction()) return;
+      socket->write(QByteArray(1, received));
+      socket->flush();
+      emit filesOpened(files);
+    });
+  }
+}

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QLocalServer>
+#include <QObject>
+#include <QStringList>
+
+/// One window for a user: a second start hands its files to the first, which opens them as files from outside. The
+/// meeting point is a socket of the user's own, which others cannot reach. Main thread only.
+class SingleInstance : public QObject {
+  Q_OBJECT
+
+ public:
+  /// `name` tells the meeting points of different users and programs apart.
+  explicit SingleInstance(const QString& name, QObject* parent = nullptr);
+
+  /// Hands the paths to the window that runs. False when there is none, or it does not answer: then this one listens
+  /// from now on.
+  bool handOver(const QStringList& files);
+
+  /// The name for this user.
+  static QString standardName();
+
+ signals:
+  /// A later start handed files over, perhaps none: it wanted the window.
+  void filesOpened(const QStringList& files);
+
+ private:
+  void listen();
+  void serve();
+
+  QString name_;
+  QLocalServer server_;
+};

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+
+#include "app/Glyphs.h"
+
+class QHBoxLayout;
+class QSlider;
+class QVMovieView;
+
+/// The controls under a movie view: frame steps, play and pause, the scrubber, the volume. It drives the view and shows
+/// what the view does.
+class TransportBar : public QWidget {
+  Q_OBJECT
+
+ public:
+  /// `side` is the movie's name in what screen readers say.
+  TransportBar(QVMovieView* view, const QString& side, QWidget* parent = nullptr);
+
+  void addWidget(QWidget* widget);  ///< at the far right
+
+  GlyphButton* const stepBackButton;
+  GlyphButton* const playButton;
+  GlyphButton* const stepForwardButton;
+  QSlider* const scrubber;
+  GlyphButton* const muteButton;
+  QSlider* const volumeSlider;
+
+ private:
+  void layOut();
+  void wire();
+  void holdScrubber();
+  void releaseScrubber();
+  void toggleMute();
+  void showPlayback();
+
+  QVMovieView* view_;
+  QHBoxLayout* row_ = nullptr;
+  double heldRate_ = 0;      ///< what the hand on the scrubber interrupted
+  double volumeBefore_ = 1;  ///< muting
+};

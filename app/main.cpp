@@ -1,0 +1,76 @@
+#include <QApplication>
+#include <QFileInfo>
+#include <cstdio>
+#include <cstdlib>
+
+#include "SharedFiles/MainThread.h"
+#include "SharedFiles/UserDefaults.h"
+#include "app/ApplicationIcon.h"
+#include "app/FileNames.h"
+#include "app/LumacheckAppDelegate.h"
+#include "app/MainInterface.h"
+#include "app/QuitSignals.h"
+#include "app/SingleInstance.h"
+#include "app/player/QtSoundOutput.h"
+
+namespace {
+
+/// Qt ends the process with an abort when there is no screen; a sentence is better.
+bool hasScreen() {
+  for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+    const char* const value = std::getenv(variable);
+    if (value != nullptr && *value != '\0') return true;
+  }
+  return false;
+}
+
+/// The files named on the command line, as full paths. Options are Qt's own and gone already.
+QStringList filesOf(int argc, char** argv) {
+  QStringList files;
+  for (int i = 1; i < argc; ++i) {
+    if (const auto name = textOfFileName(argv[i])) files << QFileInfo(*name).absoluteFilePath();
+  }
+  return files;
+}
+
+void bringToFront(QWidget& window) {
+  window.setWindowState(window.windowState() & ~Qt::WindowMinimized);
+  window.show();
+  window.raise();
+  window.activateWindow();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (!hasScreen()) {
+    std::fputs("Lumacheck: there is no screen to open a window on. The command `lumacheck check` needs none.\n",
+               stderr);
+    return 2;
+  }
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("Lumacheck"));
+  QApplication::setDesktopFileName(QStringLiteral("com.quorvane.Lumacheck"));
+  QApplication::setWindowIcon(applicationIcon());
+  const MainThread mainThread;
+  const QuitSignals quitSignals;
+
+  const QStringList files = filesOf(argc, argv);
+  SingleInstance instance(SingleInstance::standardName());
+  if (instance.handOver(files)) return 0;
+
+  MainInterface interface([] { return new QVMovieView(std::make_unique<player::QtSoundOutput>()); });
+  LumacheckAppDelegate controller(interface, UserDefaults::standard());
+  QApplication::setQuitOnLastWindowClosed(LumacheckAppDelegate::applicationShouldTerminateAfterLastWindowClosed());
+  QObject::connect(&application, &QApplication::aboutToQuit, &controller,
+                   &LumacheckAppDelegate::applicationWillTerminate);
+  QObject::connect(&instance, &SingleInstance::filesOpened, &controller, [&](const QStringList& opened) {
+    bringToFront(interface.window());
+    controller.applicationOpenFiles(opened);
+  });
+  controller.awakeFromNib();
+  interface.window().show();
+  controller.applicationDidFinishLaunching();
+  controller.applicationOpenFiles(files);
+  return QApplication::exec();
+}

@@ -1,0 +1,124 @@
+// The window at work, offscreen.
+//
+//   bench_window SOURCE DEST SECONDS
+//
+// Prints how long both first pictures take after a drop, the share of frames shown in time while both movies play side
+// by side, each by itself and then linked, and how long a check takes from the button.
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <cstdio>
+#include <functional>
+
+#include <unistd.h>
+
+#include "SharedFiles/BundleInfo.h"
+#include "SharedFiles/MainThread.h"
+#include "SharedFiles/QVLog.h"
+#include "SharedFiles/UserDefaults.h"
+#include "app/LumacheckAppDelegate.h"
+#include "app/MainInterface.h"
+
+namespace {
+
+bool runUntil(const std::function<bool()>& condition, int milliseconds) {
+  QElapsedTimer timer;
+  timer.start();
+  while (!condition() && timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+  return condition();
+}
+
+class WindowBench {
+ public:
+  WindowBench(QString source, QString dest, int seconds)
+      : source_(std::move(source)), dest_(std::move(dest)), milliseconds_(1000 * seconds) {}
+
+  void run() {
+    controller_.awakeFromNib();
+    interface_.window().show();
+    controller_.applicationDidFinishLaunching();
+    for (int i = 0; i < 20; ++i) QApplication::processEvents();
+    drop();
+    playBoth();
+    playLinked();
+    check();
+  }
+
+ private:
+  QVMovieView& sourceView() { return *interface_.source.movieView; }
+  QVMovieView& destView() { return *interface_.dest.movieView; }
+
+  void drop() {
+    QElapsedTimer timer;
+    timer.start();
+    emit sourceView().filesDropped(&sourceView(), {source_});
+    emit destView().filesDropped(&destView(), {dest_});
+    runUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }, 10000);
+    std::printf("drop to both first pictures            %6.0f ms   goal 300\n",
+                static_cast<double>(timer.nsecsElapsed()) / 1e6);
+  }
+
+  static void print(const char* what, const player::PlayingStatistics& played) {
+    const double share =
+        played.due > 0 ? 100.0 * static_cast<double>(played.inTime) / static_cast<double>(played.due) : 0;
+    std::printf("%s %5.1f %% of %llu frames shown within one frame of when they were due   goal 95\n", what, share,
+                static_cast<unsigned long long>(played.due));
+  }
+
+  void playBoth() {
+    interface_.linkBtn->setChecked(false);
+    for (QVMovieView* view : {&sourceView(), &destView()}) view->play(1);
+    runUntil([] { return false; }, milliseconds_);
+    print("side by side, source     ", sourceView().statistics());
+    print("side by side, destination", destView().statistics());
+    for (QVMovieView* view : {&sourceView(), &destView()}) view->play(0);
+  }
+
+  void playLinked() {
+    for (QVMovieView* view : {&sourceView(), &destView()}) view->gotoBeginning();
+    interface_.linkBtn->setChecked(true);
+    unsigned leader = 0, follower = 0;
+    QObject counted;
+    QObject::connect(&sourceView(), &QVMovieView::pictureDidChange, &counted, [&] { ++leader; });
+    QObject::connect(&destView(), &QVMovieView::pictureDidChange, &counted, [&] { ++follower; });
+    sourceView().play(1);
+    runUntil([] { return false; }, milliseconds_);
+    print("linked, leader           ", sourceView().statistics());
+    sourceView().play(0);
+    std::printf("linked, follower          %u pictures for the leader's %u\n", follower, leader);
+  }
+
+  void check() {
+    QElapsedTimer timer;
+    timer.start();
+    controller_.checkAction();
+    std::printf("check from the button                  %6.1f ms\n", static_cast<double>(timer.nsecsElapsed()) / 1e6);
+  }
+
+  QString source_, dest_;
+  int milliseconds_;
+  LinuxPathPlatform platform_{::getuid(), BundleInfo::mainBundle()};
+  UserDefaults defaults_{platform_, BundleInfo::mainBundle()};
+  MainInterface interface_;
+  LumacheckAppDelegate controller_{interface_, defaults_};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::fputs("usage: bench_window SOURCE DEST SECONDS\n", stderr);
+    return 2;
+  }
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QTemporaryDir home;
+  qputenv("HOME", home.path().toUtf8());
+  for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) qunsetenv(variable);
+  QVLog::sharedController().setLoggingDisabled(true);
+  QApplication application(argc, argv);
+  const MainThread mainThread;
+  WindowBench(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt()).run();
+  return 0;
+}

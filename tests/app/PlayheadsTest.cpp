@@ -1,0 +1,180 @@
+#include <QCheckBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTest>
+
+#include "app/TransportBar.h"
+#include "tests/app/WindowFixture.h"
+
+namespace {
+
+using movie::MovieTime;
+
+class Playheads : public WindowFixture {
+ protected:
+  Playheads() { launch(); }
+  MovieTime sourceTime() { return sourceView().movie()->currentTime(); }
+  MovieTime destTime() { return destView().movie()->currentTime(); }
+  bool linked() { return interface().linkBtn->isChecked(); }
+  QLineEdit& sourceTimecode() { return *interface().source.timecodeText; }
+  QLineEdit& destTimecode() { return *interface().dest.timecodeText; }
+  QColor labelColor() { return interface().linkLabel->palette().color(QPalette::WindowText); }
+  QColor systemColor(QPalette::ColorGroup group) {
+    return interface().window().palette().color(group, QPalette::WindowText);
+  }
+};
+
+TEST_F(Playheads, AreLinkedAtFirstLaunch) {
+  EXPECT_TRUE(linked());
+  EXPECT_TRUE(interface().linkBtn->isEnabled());
+  EXPECT_EQ(labelColor(), systemColor(QPalette::Active));
+}
+
+TEST_F(Playheads, OfTheSameDurationAreLinkedWhateverTheFrameRates) {
+  load(longMovie(), longNtscMovie());
+  ASSERT_TRUE(linked());
+  const std::int32_t scale = sourceTime().scale;
+  sourceView().movie()->setCurrentTime({10 * scale, scale, 0});
+  EXPECT_EQ(destTime(), (MovieTime{10 * scale, scale, 0}));
+}
+
+TEST_F(Playheads, OfDifferentDurationsAreNotLinkedAndTheLabelIsGrey) {
+  load(plainMovie(), longMovie());
+  EXPECT_FALSE(linked());
+  EXPECT_FALSE(interface().linkBtn->isEnabled());
+  EXPECT_EQ(labelColor(), systemColor(QPalette::Disabled));
+  sourceView().stepFrames(2);
+  EXPECT_EQ(destTime().value, 0);
+}
+
+TEST_F(Playheads, AreNotLinkedWhileOneSideIsEmpty) {
+  controller().loadQTMovieWithPath(plainMovie(), "dest");
+  EXPECT_FALSE(linked());
+  controller().loadQTMovieWithPath("/nowhere", "source");
+  controller().updateLink();
+  EXPECT_FALSE(linked());
+  controller().loadQTMovieWithPath("/nowhere", "dest");
+  controller().updateLink();
+  EXPECT_TRUE(linked());
+}
+
+TEST_F(Playheads, FollowEachOtherInBothDirectionsWithoutEcho) {
+  load(plainMovie(), retaggedMovie());
+  int sourceMoves = 0, destMoves = 0;
+  QObject::connect(sourceView().movie().get(), &PlayableMovie::timeDidChange, [&] { ++sourceMoves; });
+  QObject::connect(destView().movie().get(), &PlayableMovie::timeDidChange, [&] { ++destMoves; });
+  sourceView().stepFrames(5);
+  EXPECT_EQ(destTime(), sourceTime());
+  EXPECT_EQ(sourceMoves, 1);
+  EXPECT_EQ(destMoves, 1);
+  destView().stepFrames(-2);
+  EXPECT_EQ(sourceTime(), destTime());
+  EXPECT_EQ(sourceMoves, 2);
+  EXPECT_EQ(destMoves, 2);
+  EXPECT_FALSE(controller().disableSync());
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:03");
+  EXPECT_EQ(destTimecode().text(), "01:00:00:03");
+}
+
+TEST_F(Playheads, MoveAloneWithTheLinkOff) {
+  load(plainMovie(), retaggedMovie());
+  QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
+  ASSERT_FALSE(linked());
+  sourceView().stepFrames(5);
+  EXPECT_EQ(destTime().value, 0);
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:05");
+  EXPECT_EQ(destTimecode().text(), "01:00:00:00");
+  controller().loadQTMovieWithPath(darkerMovie(), "dest");
+  EXPECT_TRUE(linked());
+}
+
+TEST_F(Playheads, JumpToATypedTimecode) {
+  load(plainMovie(), retaggedMovie());
+  type(sourceTimecode(), "01:00:01:10");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:01:10");
+  EXPECT_EQ(destTimecode().text(), "01:00:01:10");
+  type(destTimecode(), "5");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:05");
+}
+
+TEST_F(Playheads, HandTheFocusOnAfterAJump) {
+  load(plainMovie(), retaggedMovie());
+  interface().source.timecodeText->setFocus();
+  type(sourceTimecode(), "01:00:01:00");
+  EXPECT_FALSE(controller().isTextFieldInFocus(&sourceTimecode()));
+  EXPECT_EQ(interface().window().focusWidget(), &sourceView());
+}
+
+TEST_F(Playheads, StayForAnEmptyEntry) {
+  load(plainMovie(), retaggedMovie());
+  sourceView().stepFrames(4);
+  const MovieTime before = sourceTime();
+  type(sourceTimecode(), "");
+  EXPECT_EQ(sourceTime(), before);
+  EXPECT_TRUE(controller().isTextFieldInFocus(&sourceTimecode()));
+}
+
+TEST_F(Playheads, DoNotOverwriteATimecodeThatIsBeingTyped) {
+  load(longMovie(), longNtscMovie());
+  sourceTimecode().setFocus();
+  sourceTimecode().selectAll();
+  QTest::keyClicks(&sourceTimecode(), "00:00:2");
+  const MovieTime before = sourceTime();
+  sourceView().play(1);
+  ASSERT_TRUE(waitUntil([&] {
+    return movie::compareTimes(sourceTime(), {before.value + 1, 1, 0}) != 0 && destTimecode().text() != "00:00:00:00";
+  }));
+  EXPECT_EQ(sourceTimecode().text(), "00:00:2");
+  EXPECT_NE(destTimecode().text(), "00:00:2");
+  sourceView().play(0);
+  QTest::keyClicks(&sourceTimecode(), "0:00");
+  QTest::keyClick(&sourceTimecode(), Qt::Key_Return);
+  EXPECT_EQ(sourceTimecode().text(), "00:00:20:00");
+}
+
+TEST_F(Playheads, ShowTheTimecodeAgainWhenEditingEndsWithoutReturn) {
+  load(plainMovie(), retaggedMovie());
+  sourceTimecode().setFocus();
+  QTest::keyClicks(&sourceTimecode(), "9");
+  sourceView().setFocus();
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:00");
+}
+
+TEST_F(Playheads, CompleteTypedTimecodesInDropFrame) {
+  controller().loadQTMovieWithPath(dropFrameMovie(), "source");
+  EXPECT_EQ(sourceTimecode().text(), "00:59:58;00");
+  type(sourceTimecode(), "01:00:00;10");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00;10");
+}
+
+TEST_F(Playheads, SurviveTimecodesThatMakeNoSense) {
+  load(plainMovie(), retaggedMovie());
+  for (const char* typed : {"x", "99:99:99:99", "-1", "::::", "01:00:00:00:00", "99999999999999"}) {
+    type(sourceTimecode(), QString::fromUtf8(typed));
+    EXPECT_TRUE(waitUntil([&] { return !sourceView().picture().isNull(); })) << typed;
+  }
+  type(sourceTimecode(), "01:00:00:00");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:00");
+}
+
+TEST_F(Playheads, FollowTheLeaderWhilePlaying) {
+  load(plainMovie(), groupedMovie());
+  ASSERT_TRUE(linked());
+  sourceView().play(1);
+  ASSERT_TRUE(waitUntil([&] { return movie::secondsOf(sourceTime()) > 0.5; }));
+  EXPECT_LT(std::abs(movie::secondsOf(sourceTime()) - movie::secondsOf(destTime())), 0.001);
+  ASSERT_TRUE(waitUntil([&] { return sourceView().movie()->rate() == 0; }));
+  EXPECT_EQ(sourceTimecode().text(), "01:00:01:24");
+  EXPECT_LT(std::abs(movie::secondsOf(sourceTime()) - movie::secondsOf(destTime())), 0.001);
+}
+
+TEST_F(Playheads, StandOnTheFrameThatIsShownWhenPlayStops) {
+  load(plainMovie(), retaggedMovie());
+  sourceView().play(1);
+  ASSERT_TRUE(waitUntil([&] { return movie::secondsOf(sourceTime()) > 0.3; }));
+  sourceView().play(0);
+  const auto span = sourceView().movie()->content().frameSpanAt(sourceTime());
+  EXPECT_EQ(movie::compareTimes(span->start, sourceTime()), 0);
+}
+
+}  // namespace

@@ -1,0 +1,126 @@
+#include <QApplication>
+#include <QCheckBox>
+#include <QDir>
+#include <QLineEdit>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSlider>
+#include <QTest>
+#include <QTimer>
+#include <QUrl>
+#include <random>
+
+#include "app/TransportBar.h"
+#include "tests/app/WindowFixture.h"
+
+namespace {
+
+/// A user with no plan. Sheets that come up are answered by and by.
+class RandomActions : public WindowFixture {
+ protected:
+  RandomActions() {
+    launch();
+    QObject::connect(&answers_, &QTimer::timeout, [] {
+      if (QWidget* const sheet = QApplication::activeModalWidget()) sheet->close();
+    });
+    answers_.start(50);
+  }
+
+  int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
+  QString anyFile() {
+    const QString files[] = {plainMovie(),   retaggedMovie(), darkerMovie(),    blackMovie(),
+                             longMovie(),    longNtscMovie(), dropFrameMovie(), soundMovie(),
+                             groupedMovie(), home_.path(),    "/nowhere",       ""};
+    return files[below(std::size(files))];
+  }
+  SideInterface& anySide() { return below(2) == 0 ? interface().source : interface().dest; }
+  QVMovieView& anyView() { return *anySide().movieView; }
+
+  void drop() {
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(anyFile()), QUrl::fromLocalFile(anyFile())});
+    anyView().performDragOperation(data);
+  }
+  void scrub() {
+    QSlider& scrubber = *anySide().transport->scrubber;
+    const auto place = [&] { return QPoint(below(scrubber.width()), scrubber.height() / 2); };
+    QTest::mousePress(&scrubber, Qt::LeftButton, Qt::NoModifier, place());
+    for (int i = below(20); i > 0; --i) QTest::mouseMove(&scrubber, place());
+    QTest::mouseRelease(&scrubber, Qt::LeftButton, Qt::NoModifier, place());
+  }
+  void pressKey() {
+    const Qt::Key keys[] = {Qt::Key_Space, Qt::Key_J,       Qt::Key_K,      Qt::Key_L,   Qt::Key_Left,
+                            Qt::Key_Right, Qt::Key_Comma,   Qt::Key_Home,   Qt::Key_End, Qt::Key_F1,
+                            Qt::Key_Tab,   Qt::Key_Backtab, Qt::Key_Return, Qt::Key_A,   Qt::Key_F11};
+    QWidget* const focused = interface().window().focusWidget();
+    if (focused != nullptr) QTest::keyClick(focused, keys[below(std::size(keys))]);
+  }
+  void typeTimecode() {
+    const char* const texts[] = {"5", "01:00:01:00", "", "junk", "1.", "00:00:20;02", "-3"};
+    type(*anySide().timecodeText, texts[below(std::size(texts))]);
+  }
+  void act() {
+    switch (below(13)) {
+      case 0:
+        return controller().applicationOpenFiles({anyFile(), anyFile()});
+      case 1:
+        return drop();
+      case 2:
+        return anyView().play(below(9) - 4);
+      case 3:
+        return anyView().togglePlaying();
+      case 4:
+        return scrub();
+      case 5:
+        return QTest::mouseClick(interface().swapBtn, Qt::LeftButton);
+      case 6:
+        return typeTimecode();
+      case 7:
+        return QTest::mouseClick(interface().checkBtn, Qt::LeftButton);
+      case 8:
+        return interface().linkBtn->click();
+      case 9:
+        return pressKey();
+      case 10:
+        return type(*anySide().filenameText, anyFile());
+      case 11:
+        return anyView().setVolume(below(11) / 10.0);
+      default:
+        return interface().window().resize(900 + below(500), 600 + below(300));
+    }
+  }
+  /// Once nothing is loaded.
+  struct Resources {
+    long threads = 0, descriptors = 0;
+  };
+  Resources resourcesAtRest() {
+    load("/nowhere", "/nowhere");
+    runFor(200);
+    const auto count = [](const char* folder) {
+      return QDir(folder).entryList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot).size();
+    };
+    return {count("/proc/self/task"), count("/proc/self/fd")};
+  }
+
+  std::mt19937 random_{20261121};
+  QTimer answers_;
+};
+
+TEST_F(RandomActions, LeaveTheWindowAnswering) {
+  for (int i = 0; i < 20; ++i) act();
+  const Resources before = resourcesAtRest();
+  for (int i = 0; i < 200; ++i) {
+    act();
+    runFor(below(30));
+  }
+  const Resources after = resourcesAtRest();
+  EXPECT_LE(after.threads, before.threads + 1);
+  EXPECT_LE(after.descriptors, before.descriptors + 1);
+
+  load(plainMovie(), retaggedMovie());
+  EXPECT_TRUE(waitUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }));
+  QTest::mouseClick(interface().checkBtn, Qt::LeftButton);
+  EXPECT_TRUE(interface().resultsView->toPlainText().contains("Source gamma metadata: 2.20"));
+}
+
+}  // namespace

@@ -1,0 +1,77 @@
+#include <QFileInfo>
+#include <QLocalSocket>
+#include <QTemporaryDir>
+#include <QTest>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "app/SingleInstance.h"
+#include "tests/check/CapturedLog.h"
+
+namespace {
+
+class SecondStart : public testing::Test {
+ protected:
+  SecondStart() {
+    EXPECT_FALSE(first_.handOver({}));
+    QObject::connect(&first_, &SingleInstance::filesOpened, [this](const QStringList& files) { opened_ << files; });
+  }
+  /// A second start in this process would wait for an answer that this thread has to give: speaks for it.
+  bool handOver(const QStringList& files) {
+    bool done = false;
+    std::thread second([&, files] {
+      SingleInstance other(name_);
+      done = other.handOver(files);
+    });
+    for (int i = 0; i < 500 && opened_.isEmpty(); ++i) QTest::qWait(2);
+    QTest::qWait(20);
+    second.join();
+    return done;
+  }
+  QTemporaryDir folder_;
+  QString name_ = folder_.filePath("meeting");
+  SingleInstance first_{name_};
+  QList<QStringList> opened_;
+};
+
+TEST_F(SecondStart, HandsItsFilesToTheWindowThatRuns) {
+  const QStringList files{"/a/source.mov", "/b/mit Umläuten, \n.mov"};
+  EXPECT_TRUE(handOver(files));
+  EXPECT_EQ(opened_, QList<QStringList>{files});
+}
+
+TEST_F(SecondStart, WantsTheWindowEvenWithoutFiles) {
+  EXPECT_TRUE(handOver({}));
+  EXPECT_EQ(opened_, QList<QStringList>{QStringList()});
+}
+
+TEST_F(SecondStart, CannotBeMadeByOtherUsers) {
+  EXPECT_EQ(
+      QFileInfo(name_).permissions() & (QFile::ReadGroup | QFile::WriteGroup | QFile::ReadOther | QFile::WriteOther),
+      QFile::Permissions());
+}
+
+TEST_F(SecondStart, IsNotFooledByNoise) {
+  QLocalSocket noise;
+  noise.connectToServer(name_);
+  ASSERT_TRUE(noise.waitForConnected(1000));
+  noise.write(QByteArray(2 << 20, '\xff'));
+  for (int i = 0; i < 100 && noise.state() == QLocalSocket::ConnectedState; ++i) QTest::qWait(10);
+  EXPECT_TRUE(opened_.isEmpty());
+  EXPECT_TRUE(handOver({"/a.mov"}));
+}
+
+TEST(FirstStart, TakesThePlaceOfOneThatCrashed) {
+  QTemporaryDir folder;
+  const QString name = folder.filePath("meeting");
+  QFile left(name);
+  ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+  SingleInstance first(name);
+  EXPECT_FALSE(first.handOver({"/a.mov"}));
+  QLocalSocket socket;
+  socket.connectToServer(name);
+  EXPECT_TRUE(socket.waitForConnected(1000));
+}
+
+}  // namespace
