@@ -24,7 +24,8 @@ class PictureStream {
  public:
   virtual ~PictureStream() = default;
 
-  /// The picture of exactly that sample, the same as MovieDecoder::picture() gives it; asked for again, in another
+  /// The picture of exactly that sample, the same as MovieDecoder::picture() gives it, but for a last bit where
+  /// it is scaled; asked for again, in another
   /// size, it is not decoded again. None when it was given up: the work done for it is kept for the next request.
   ///
   /// Only where the stream itself is damaged may the two differ: this one looks for a better start in a few places, not

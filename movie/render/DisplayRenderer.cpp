@@ -38,11 +38,14 @@ std::vector<std::uint8_t> shownUnderProfile(const std::vector<std::uint16_t>& rg
   return shown;
 }
 
-std::vector<std::uint8_t> shownUnderPower(const std::vector<std::uint16_t>& rgb, double power) {
-  const auto table = toneTable(power);
-  std::vector<std::uint8_t> shown(rgb.size());
-  std::transform(rgb.begin(), rgb.end(), shown.begin(), [&](std::uint16_t value) { return (*table)[value]; });
-  return shown;
+/// Values as they are, cut to 8 bits.
+const ToneTable& plainTable() {
+  static const ToneTable table = [] {
+    ToneTable made(65536);
+    for (std::size_t i = 0; i < made.size(); ++i) made[i] = static_cast<std::uint8_t>((i + 128) / 257);
+    return made;
+  }();
+  return table;
 }
 
 }  // namespace
@@ -50,20 +53,19 @@ std::vector<std::uint8_t> shownUnderPower(const std::vector<std::uint16_t>& rgb,
 RgbFrame renderDisplayFrame(const Picture& picture, const ColorSet& colors) {
   using Kind = TransferInForce::Kind;
   const ChromaWeights weights = matrixInForce(colors.nclc, picture);
-  const auto asTheyAre = [&] { return rgbSamplesOf<std::uint8_t>(picture, weights, {.black = 0, .white = 255}); };
-  const auto inFull = [&] { return rgbSamplesOf<std::uint16_t>(picture, weights, {.black = 0, .white = 65535}); };
+  const auto asTheyAre = [&] { return tabledRgbOf(picture, weights, plainTable()); };
 
   RgbFrame frame{.width = picture.width, .height = picture.height, .samples = {}};
   const TransferInForce transfer = transferInForce(colors);
   switch (transfer.kind) {
     case Kind::Profile: {
       const auto transform = ProfileTransform::forProfile(*colors.iccProfile);
-      frame.samples = transform ? shownUnderProfile(inFull(), *transform) : asTheyAre();
+      frame.samples = transform ? shownUnderProfile(fullRgbOf(picture, weights), *transform) : asTheyAre();
       break;
     }
     case Kind::Power:
     case Kind::Linear:
-      frame.samples = shownUnderPower(inFull(), transfer.power);
+      frame.samples = tabledRgbOf(picture, weights, *toneTable(transfer.power));
       break;
     case Kind::Srgb:
     case Kind::AsIs:

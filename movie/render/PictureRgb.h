@@ -62,4 +62,11 @@ std::vector<Sample> rgbSamplesOf(const Picture& picture, const ChromaWeights& we
   return rgb;
 }
 
+/// A picture as 8-bit RGB triples for a display: full-range RGB of 16 bits, values beyond it clipped, each looked up in
+/// a table of 65536 results. In single precision: within one of 65536 of rgbSamplesOf<std::uint16_t>().
+std::vector<std::uint8_t> tabledRgbOf(const Picture& picture, const ChromaWeights& weights,
+                                      const std::vector<std::uint8_t>& table);
+/// The same without the table.
+std::vector<std::uint16_t> fullRgbOf(const Picture& picture, const ChromaWeights& weights);
+
 }  // namespace movie

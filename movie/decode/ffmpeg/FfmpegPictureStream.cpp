@@ -36,7 +36,7 @@ Result<std::optional<Picture>> FfmpegPictureStream::picture(const StreamRequest&
     if (*outcome == Outcome::GivenUp) return std::nullopt;
     given_ = target.index;
   }
-  auto picture = pictureOfFrame(*current_.frame, decoder().frameOrigin(), request.picture);
+  auto picture = pictureOfFrame(*current_.frame, decoder().frameOrigin(), request.picture, Scaling::Quick);
   if (!picture) return track_->failure("the frame cannot be used: " + picture.error());
   return std::move(*picture);
 }

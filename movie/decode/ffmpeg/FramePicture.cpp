@@ -174,7 +174,7 @@ int resultSize(int asked, double cropped) {
 }
 
 std::vector<std::uint16_t> scaledComponent(const AVFrame& frame, const AVPixFmtDescriptor& format, int index,
-                                           const PictureCrop& part, const Picture& picture) {
+                                           const PictureCrop& part, const Picture& picture, Scaling scaling) {
   const Component component(frame, format, index);
   const bool subsampled = index > 0 && !has(format, AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL);
   const int across = subsampled ? format.log2_chroma_w : 0;
@@ -185,7 +185,8 @@ std::vector<std::uint16_t> scaledComponent(const AVFrame& frame, const AVPixFmtD
                            AV_CEIL_RSHIFT(frame.height, down), picture.height};
   const int codes = 1 << component.depth();
   const double factor = component.depth() == picture.depth ? 65536.0 / codes : 255.0 * 256.0 / (codes - 1);
-  return scalePlane(
+  const auto scale = scaling == Scaling::Quick ? scalePlaneQuickly : scalePlane;
+  return scale(
       [&component](int y, int x, int count, std::uint16_t* scratch) { return component.row(y, x, count, scratch); },
       horizontal, vertical, factor);
 }
@@ -224,7 +225,7 @@ int depthOf(const AVPixFmtDescriptor& format) {
 }  // namespace
 
 tl::expected<Picture, std::string> pictureOfFrame(const AVFrame& frame, const FrameOrigin& origin,
-                                                  const PictureRequest& request) {
+                                                  const PictureRequest& request, Scaling scaling) {
   const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
   if (format == nullptr || frame.data[0] == nullptr || frame.width <= 0 || frame.height <= 0) {
     return tl::make_unexpected("the decoder gave no picture");
@@ -246,7 +247,7 @@ tl::expected<Picture, std::string> pictureOfFrame(const AVFrame& frame, const Fr
 
   const bool colorless = format->nb_components < 3 && !has(*format, AV_PIX_FMT_FLAG_PAL);
   for (int i = 0; i < (colorless ? 1 : 3); ++i) {
-    picture.planes[static_cast<std::size_t>(i)] = scaledComponent(frame, *format, i, part, picture);
+    picture.planes[static_cast<std::size_t>(i)] = scaledComponent(frame, *format, i, part, picture, scaling);
   }
   if (colorless && picture.model == PictureModel::YCbCr) {
     constexpr std::uint16_t neutral = 0x8000;

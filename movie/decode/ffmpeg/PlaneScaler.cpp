@@ -101,7 +101,80 @@ void addRow(std::vector<float>& sum, const std::uint16_t* row, float weight) {
   }
 }
 
+/// Columns made of the same number of neighbours each, their weights side by side; some weigh 0.
+struct EvenColumns {
+  explicit EvenColumns(const std::vector<Mix>& columns) {
+    for (const Mix& column : columns) taps = std::max(taps, column.weights.size());
+    for (const Mix& column : columns) {
+      firsts.push_back(column.first - columns.front().first);
+      for (std::size_t i = 0; i < taps; ++i) {
+        const double weight = i < column.weights.size() ? static_cast<double>(column.weights[i]) : 0;
+        weights.push_back(static_cast<float>(weight / column.total));
+      }
+    }
+  }
+
+  std::size_t taps = 0;
+  std::vector<int> firsts;
+  std::vector<float> weights;
+};
+
+/// `taps` above 0 is the number of neighbours, known when this is compiled.
+template <std::size_t taps>
+void mixRow(const float* row, const EvenColumns& columns, float factor, std::uint16_t* out) {
+  const std::size_t neighbours = taps > 0 ? taps : columns.taps;
+  const float* weight = columns.weights.data();
+  for (const int first : columns.firsts) {
+    const float* const at = row + first;
+    float mean = 0;
+    for (std::size_t i = 0; i < neighbours; ++i) mean += weight[i] * at[i];
+    weight += neighbours;
+    *out++ = static_cast<std::uint16_t>(std::min(mean * factor + 0.5F, 65535.0F));
+  }
+}
+
+void mixRow(const float* row, const EvenColumns& columns, float factor, std::uint16_t* out) {
+  switch (columns.taps) {
+    case 1:
+      return mixRow<1>(row, columns, factor, out);
+    case 2:
+      return mixRow<2>(row, columns, factor, out);
+    case 3:
+      return mixRow<3>(row, columns, factor, out);
+    case 4:
+      return mixRow<4>(row, columns, factor, out);
+    default:
+      return mixRow<0>(row, columns, factor, out);
+  }
+}
+
 }  // namespace
+
+std::vector<std::uint16_t> scalePlaneQuickly(const RowReader& readRow, const AxisScale& horizontal,
+                                             const AxisScale& vertical, double factor) {
+  const std::vector<Mix> mixes = mixesOf(horizontal);
+  const EvenColumns columns(mixes);
+  const std::vector<Mix> lines = mixesOf(vertical);
+  const int first = mixes.front().first;
+  const int end = mixes.back().first + static_cast<int>(mixes.back().weights.size());
+
+  RowCache rows(readRow, first, end - first);
+  const auto width = static_cast<std::size_t>(end - first);
+  std::vector<float> sum(width);
+  std::vector<float> padded(width + columns.taps);
+  std::vector<std::uint16_t> result(columns.firsts.size() * lines.size());
+  std::uint16_t* out = result.data();
+  for (const Mix& line : lines) {
+    std::fill(sum.begin(), sum.end(), 0.0F);
+    for (std::size_t i = 0; i < line.weights.size(); ++i) {
+      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
+    }
+    std::copy(sum.begin(), sum.end(), padded.begin());
+    mixRow(padded.data(), columns, static_cast<float>(factor / line.total), out);
+    out += columns.firsts.size();
+  }
+  return result;
+}
 
 std::vector<std::uint16_t> scalePlane(const RowReader& readRow, const AxisScale& horizontal, const AxisScale& vertical,
                                       double factor) {
