@@ -25,6 +25,12 @@ movie::MovieTime timeAt(std::int64_t micros) {
   return {.value = micros, .scale = micro};
 }
 
+/// The first position backwards at which the frame before is on screen: a time one microsecond before a frame's start
+/// still counts as that frame's.
+std::int64_t endBackwards(const movie::FrameSpan& span) {
+  return span.startMicros - 2;
+}
+
 }  // namespace
 
 /// Everything here but the worker's own is of the owner's thread.
@@ -206,7 +212,7 @@ void MoviePlayer::Implementation::countShown(const ShownFrame& frame, Clock::tim
   // One frame after it was due is when the next one is due.
   const bool forward = wish_.clock.rate() > 0;
   const std::int64_t length = span->endMicros - span->startMicros;
-  const std::int64_t limit = forward ? span->endMicros : span->startMicros - 1;
+  const std::int64_t limit = forward ? span->endMicros : endBackwards(*span);
   if (now <= wish_.clock.whenAt(limit) && length > 0) ++statistics_.inTime;
 }
 
@@ -217,7 +223,7 @@ MoviePlayer::Clock::time_point MoviePlayer::Implementation::nextChange() {
   const std::int64_t end = forward ? wish_.clock.duration() : 0;
   const auto here = spanNow(wish_.clock.position(now()));
   if (!here || (forward && here->last)) return wish_.clock.whenAt(end);
-  const std::int64_t change = forward ? here->endMicros : here->startMicros - 1;
+  const std::int64_t change = forward ? here->endMicros : endBackwards(*here);
   return wish_.clock.whenAt(std::clamp<std::int64_t>(change, 0, wish_.clock.duration()));
 }
 

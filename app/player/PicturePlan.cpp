@@ -1,6 +1,7 @@
 #include "app/player/PicturePlan.h"
 
 #include <algorithm>
+#include <cmath>
 #include <vector>
 
 namespace player {
@@ -87,7 +88,7 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
   if (!span) return std::nullopt;
   if (last_ && span->endMicros <= position && !span->last) {
     // Its time is over: go on with the one that will be on screen when it is done.
-    fellBehind();
+    fellBehind(*here, wish.clock.rate());
     const auto lead = static_cast<std::int64_t>(static_cast<double>(cost_) * wish.clock.rate());
     span = movie.frameSpanAt(timeAt(std::min(position + lead, wish.clock.duration())));
     if (!span) return std::nullopt;
@@ -113,7 +114,7 @@ std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const Rendered
     upper = movie.frameSpanBefore(timeAt(*lowest_));
     for (int i = 1; i < stride_ && upper; ++i) upper = movie.frameSpanBefore(upper->start);
   } else if (lowest_ || inWork) {
-    fellBehind();
+    fellBehind(*here, wish.clock.rate());
   }
   if (!upper) return std::nullopt;
   fillChunk(wish, *upper, room);
@@ -147,9 +148,12 @@ std::optional<Target> PicturePlan::fromChunk(const Wish& wish, const RenderedFra
   return std::nullopt;
 }
 
-void PicturePlan::fellBehind() {
+/// So many frames are left out that the rest can be made in time; a short hitch changes nothing.
+void PicturePlan::fellBehind(const movie::FrameSpan& here, double rate) {
   calm_ = 0;
-  stride_ = std::min(stride_ + 1, largestStride);
+  const auto length = static_cast<double>(std::max<std::int64_t>(here.endMicros - here.startMicros, 1));
+  const double needed = std::ceil(static_cast<double>(cost_) * std::abs(rate) / length);
+  stride_ = std::max(stride_, static_cast<int>(std::min(needed, static_cast<double>(largestStride))));
 }
 
 /// After a while without haste, more frames are tried again.

@@ -45,7 +45,7 @@ class PicturePlan {
   std::optional<movie::FrameSpan> candidate(const movie::Movie& movie, const RenderedFrames& frames) const;
   void fillChunk(const Wish& wish, const movie::FrameSpan& upper, std::size_t room);
   std::optional<Target> fromChunk(const Wish& wish, const RenderedFrames& frames);
-  void fellBehind();
+  void fellBehind(const movie::FrameSpan& here, double rate);
   void keptAhead();
 
   std::uint64_t epoch_ = 0;

@@ -104,14 +104,14 @@ void PictureWorker::run() {
 }
 
 void PictureWorker::make(const Wish& wish, const Target& target) {
-  const auto began = RealClock::now();
+  const TimePoint began = now_();
   const movie::PlayedFrameRequest request{
       .width = wish.size.width, .height = wish.size.height, .next = target.next, .givenUp = [&] {
         return isGivenUp(wish, target);
       }};
   auto frame = madeFrame(*wish.movie, target, request);
   if (!frame) return;
-  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(RealClock::now() - began);
+  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(now_() - began);
   plan_.made(took.count());
   deliver(wish, target, std::move(frame));
 }
