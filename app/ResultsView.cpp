@@ -1,6 +1,7 @@
 #include "app/ResultsView.h"
 
 #include <QFontDatabase>
+#include <QScrollBar>
 #include <QTextCursor>
 
 #include "SharedFiles/MainThread.h"
@@ -45,7 +46,7 @@ void ResultsView::append(const check::ReportParagraph& paragraph) {
   const QString separator = document()->characterCount() > 1 ? check::reportSeparator : QString();
   end.insertText(separator + paragraph.text, formatOf(paragraph.style));
   setTextCursor(end);
-  ensureCursorVisible();
+  verticalScrollBar()->setValue(verticalScrollBar()->maximum());
   setReadOnly(true);
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }

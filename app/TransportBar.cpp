@@ -22,9 +22,11 @@ TransportBar::TransportBar(QVMovieView* view, const QString& side, QWidget* pare
       volumeSlider(new Scrubber(this)),
       view_(view) {
   scrubber->setAccessibleName(tr("%1: position").arg(side));
+  scrubber->setSingleStep(0);  // its arrows step frames, as everywhere in the window
   volumeSlider->setAccessibleName(tr("%1: volume").arg(side));
   volumeSlider->setToolTip(tr("Volume"));
   volumeSlider->setRange(0, volumeSteps);
+  volumeSlider->setSingleStep(volumeSteps / 20);
   layOut();
   wire();
   showPlayback();

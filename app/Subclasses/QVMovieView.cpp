@@ -100,7 +100,7 @@ void QVMovieView::followTime() {
 void QVMovieView::followRate() {
   player_->setRate(movie_->rate());
   playSound();
-  if (movie_->rate() == 0) movie_->playheadMoved(player_->time());
+  if (movie_->rate() == 0) movie_->playheadMoved(frameStart(movie_->content(), player_->time()));
   refresh();
   emit playbackDidChange();
 }

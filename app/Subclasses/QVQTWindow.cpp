@@ -49,7 +49,8 @@ bool moveCursor(QWidget* text, int key) {
 bool usesItself(const QWidget& widget, const QKeyEvent& event) {
   if (event.modifiers() != Qt::NoModifier) return false;
   if (qobject_cast<const QAbstractButton*>(&widget) != nullptr) return event.key() == Qt::Key_Space;
-  if (qobject_cast<const QAbstractSlider*>(&widget) == nullptr) return false;
+  const auto* const slider = qobject_cast<const QAbstractSlider*>(&widget);
+  if (slider == nullptr || slider->singleStep() == 0) return false;
   switch (event.key()) {
     case Qt::Key_Left:
     case Qt::Key_Right:

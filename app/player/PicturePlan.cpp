@@ -27,7 +27,16 @@ std::size_t framesHeld(const RenderedFrames& frames) {
 }  // namespace
 
 void PicturePlan::made(std::int64_t micros) {
-  cost_ = cost_ == 0 ? micros : (3 * cost_ + micros) / 4;
+  std::rotate(costs_.begin(), costs_.begin() + 1, costs_.end());
+  costs_.back() = micros;
+}
+
+/// What a frame costs, in microseconds: of the last three, the one in the middle. One that needed a new start does not
+/// count for those after it.
+std::int64_t PicturePlan::cost() const {
+  auto sorted = costs_;
+  std::sort(sorted.begin(), sorted.end());
+  return sorted[1];
 }
 
 std::optional<Target> PicturePlan::next(const Wish& wish, const RenderedFrames& frames, PlaybackClock::TimePoint now) {
@@ -86,11 +95,12 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
     span = candidate(movie, frames);
   }
   if (!span) return std::nullopt;
-  if (last_ && span->endMicros <= position && !span->last) {
-    // Its time is over: go on with the one that will be on screen when it is done.
+  const std::int64_t done = std::min(
+      position + static_cast<std::int64_t>(static_cast<double>(cost()) * wish.clock.rate()), wish.clock.duration());
+  if (last_ && span->endMicros <= done && !span->last) {
+    // It would be over when it is made: go on with the one that will be on screen then.
     fellBehind(*here, wish.clock.rate());
-    const auto lead = static_cast<std::int64_t>(static_cast<double>(cost_) * wish.clock.rate());
-    span = movie.frameSpanAt(timeAt(std::min(position + lead, wish.clock.duration())));
+    span = movie.frameSpanAt(timeAt(done));
     if (!span) return std::nullopt;
   }
   last_ = span;
@@ -152,7 +162,7 @@ std::optional<Target> PicturePlan::fromChunk(const Wish& wish, const RenderedFra
 void PicturePlan::fellBehind(const movie::FrameSpan& here, double rate) {
   calm_ = 0;
   const auto length = static_cast<double>(std::max<std::int64_t>(here.endMicros - here.startMicros, 1));
-  const double needed = std::ceil(static_cast<double>(cost_) * std::abs(rate) / length);
+  const double needed = std::ceil(static_cast<double>(cost()) * std::abs(rate) / length);
   stride_ = std::max(stride_, static_cast<int>(std::min(needed, static_cast<double>(largestStride))));
 }
 

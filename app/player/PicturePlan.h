@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -43,6 +44,7 @@ class PicturePlan {
   std::optional<Target> nextForward(const Wish& wish, const RenderedFrames& frames, std::int64_t position);
   std::optional<Target> nextBackward(const Wish& wish, const RenderedFrames& frames, std::int64_t position);
   std::optional<movie::FrameSpan> candidate(const movie::Movie& movie, const RenderedFrames& frames) const;
+  std::int64_t cost() const;
   void fillChunk(const Wish& wish, const movie::FrameSpan& upper, std::size_t room);
   std::optional<Target> fromChunk(const Wish& wish, const RenderedFrames& frames);
   void fellBehind(const movie::FrameSpan& here, double rate);
@@ -52,7 +54,7 @@ class PicturePlan {
   std::optional<movie::FrameSpan> last_;  ///< forwards: the one decided on last
   std::deque<movie::FrameSpan> chunk_;    ///< backwards: decided on, in order of time
   std::optional<std::int64_t> lowest_;    ///< backwards: all frames down to here were decided on
-  std::int64_t cost_ = 0;                 ///< of a frame, in microseconds, a running mean
+  std::array<std::int64_t, 3> costs_{};   ///< of the last frames
   int stride_ = 1;                        ///< every so many frames is made
   int calm_ = 0;                          ///< so many times in a row there was nothing to do
 };

@@ -95,25 +95,26 @@ void PictureWorker::run() {
         frames = frames_;
       }
       old.reset();
-      const auto target = plan_.next(wish, frames, now_());
+      const TimePoint began = now_();
+      const auto target = plan_.next(wish, frames, began);
       frames.clear();
       busy = target.has_value();
-      if (busy) make(wish, *target);
+      if (!busy || !make(wish, *target)) continue;
+      plan_.made(std::chrono::duration_cast<std::chrono::microseconds>(now_() - began).count());
     }
   }
 }
 
-void PictureWorker::make(const Wish& wish, const Target& target) {
-  const TimePoint began = now_();
+/// False when it was given up.
+bool PictureWorker::make(const Wish& wish, const Target& target) {
   const movie::PlayedFrameRequest request{
       .width = wish.size.width, .height = wish.size.height, .next = target.next, .givenUp = [&] {
         return isGivenUp(wish, target);
       }};
   auto frame = madeFrame(*wish.movie, target, request);
-  if (!frame) return;
-  const auto took = std::chrono::duration_cast<std::chrono::microseconds>(now_() - began);
-  plan_.made(took.count());
+  if (!frame) return false;
   deliver(wish, target, std::move(frame));
+  return true;
 }
 
 /// Asked while a frame is in work, between two samples.

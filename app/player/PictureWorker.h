@@ -34,7 +34,7 @@ class PictureWorker {
 
  private:
   void run();
-  void make(const Wish& wish, const Target& target);
+  bool make(const Wish& wish, const Target& target);
   bool isGivenUp(const Wish& wish, const Target& target);
   void deliver(const Wish& wish, const Target& target, std::shared_ptr<const ShownFrame> frame);
 

@@ -89,6 +89,12 @@ class RandomActions : public WindowFixture {
         return interface().window().resize(900 + below(500), 600 + below(300));
     }
   }
+  void actAtRandom(int times) {
+    for (; times > 0; --times) {
+      act();
+      runFor(below(30));
+    }
+  }
   /// Once nothing is loaded.
   struct Resources {
     long threads = 0, descriptors = 0;
@@ -107,15 +113,12 @@ class RandomActions : public WindowFixture {
 };
 
 TEST_F(RandomActions, LeaveTheWindowAnswering) {
-  for (int i = 0; i < 20; ++i) act();
+  actAtRandom(100);  // what the toolkit keeps for good, it has then
   const Resources before = resourcesAtRest();
-  for (int i = 0; i < 200; ++i) {
-    act();
-    runFor(below(30));
-  }
+  actAtRandom(200);
   const Resources after = resourcesAtRest();
-  EXPECT_LE(after.threads, before.threads + 1);
-  EXPECT_LE(after.descriptors, before.descriptors + 1);
+  EXPECT_LE(after.threads, before.threads);
+  EXPECT_LE(after.descriptors, before.descriptors);
 
   load(plainMovie(), retaggedMovie());
   EXPECT_TRUE(waitUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }));

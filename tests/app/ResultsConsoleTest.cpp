@@ -65,7 +65,7 @@ TEST_F(ResultsConsole, ShowsPerCentSignsAndLogsTheTextAsAFormat) {
   const check::test::CapturedLog log;
   controller().outputText("50%% of %@");
   EXPECT_EQ(text(), "50%% of %@");
-  EXPECT_THAT(log.texts(), testing::ElementsAre("50% of (null)"));
+  EXPECT_THAT(log.texts(), testing::ElementsAre("50% of %@"));
 }
 
 TEST_F(ResultsConsole, CannotBeTypedInto) {

@@ -31,8 +31,12 @@ TEST_F(Transport, ShowsAPictureAtTheSizeOfTheView) {
 }
 
 TEST_F(Transport, ShowsADifferenceInTags) {
+  load(gammaMovie("2.2"), gammaMovie("1.8"));
   ASSERT_TRUE(waitUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }));
   EXPECT_NE(sourceView().picture(), destView().picture());
+  load(gammaMovie("2.2"), gammaMovie("2.2"));
+  ASSERT_TRUE(waitUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }));
+  EXPECT_EQ(sourceView().picture(), destView().picture());
 }
 
 TEST_F(Transport, StepsAndPlaysByItsButtons) {

@@ -1,8 +1,8 @@
 #include <QDialog>
-#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 #include <QTextBlock>
+#include <QTextEdit>
 #include <QTimer>
 
 #include <gmock/gmock.h>
@@ -98,7 +98,7 @@ TEST_F(WindowCheck, SaysThatTheSourceFrameIsTooDark) {
     for (QWidget* widget : QApplication::topLevelWidgets()) {
       auto* const sheet = qobject_cast<QDialog*>(widget);
       if (sheet == nullptr || !sheet->isVisible()) continue;
-      for (const QLabel* label : sheet->findChildren<QLabel*>()) shown += label->text() + '|';
+      for (const QTextEdit* text : sheet->findChildren<QTextEdit*>()) shown += text->toPlainText() + '|';
       EXPECT_EQ(sheet->parentWidget(), &interface().window());
       QTest::keyClick(sheet, Qt::Key_Return);
     }

@@ -30,6 +30,8 @@ void WindowFixture::makeController(const MainInterface::MakeView& makeView) {
 void WindowFixture::launch() {
   controller_->awakeFromNib();
   interface_->window().show();
+  EXPECT_TRUE(QTest::qWaitForWindowExposed(&interface_->window()));
+  interface_->window().activateWindow();  // where no window manager does it
   EXPECT_TRUE(QTest::qWaitForWindowActive(&interface_->window()));
   controller_->applicationDidFinishLaunching();
 }
@@ -126,6 +128,11 @@ QString retaggedMovie() {
 }
 QString darkerMovie() {
   return picturesUnder("darker.mov", "format=yuv422p10,lutyuv=y='64+876*pow(clip((val-64)/876,0,1),1.5)'", "2.2");
+}
+QString gammaMovie(const char* gamma) {
+  return made(std::string("gamma-") + gamma + ".mov",
+              {"-f", "lavfi", "-i", "testsrc2=size=320x180:rate=25:duration=2", "-vf", "format=yuv422p10", "-c:v",
+               "prores_ks", "-movflags", "write_gama", "-mov_gamma", gamma});
 }
 QString blackMovie() {
   return picturesUnder("black.mov", "drawbox=color=black:t=fill,format=yuv422p10", "2.2");

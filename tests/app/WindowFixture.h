@@ -55,6 +55,7 @@ class WindowFixture : public testing::Test {
 QString plainMovie();      ///< 2 s, 25 frames a second, starts at 01:00:00:00, 320 x 180
 QString retaggedMovie();   ///< the same pictures under another gamma level
 QString darkerMovie();     ///< the same, darker
+QString gammaMovie(const char* gamma);  ///< the first with a gamma level as its only colour metadata
 QString blackMovie();      ///< the same length, black
 QString longMovie();       ///< 1001 frames of 25 frames a second
 QString longNtscMovie();   ///< the same duration, 29.97 frames a second
