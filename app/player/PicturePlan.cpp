@@ -95,10 +95,11 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
     span = candidate(movie, frames);
   }
   if (!span) return std::nullopt;
-  const std::int64_t done = std::min(
-      position + static_cast<std::int64_t>(static_cast<double>(cost()) * wish.clock.rate()), wish.clock.duration());
-  if (last_ && span->endMicros <= done && !span->last) {
-    // It would be over when it is made: go on with the one that will be on screen then.
+  const auto lead = static_cast<std::int64_t>(static_cast<double>(cost()) * wish.clock.rate());
+  const bool slow = lead > here->endMicros - here->startMicros;
+  if (last_ && span->endMicros <= position + (slow ? lead : 0) && !span->last) {
+    // It is over, or would be when it is made: go on with the one that will be on screen then.
+    const std::int64_t done = std::min(position + lead, wish.clock.duration());
     fellBehind(*here, wish.clock.rate());
     span = movie.frameSpanAt(timeAt(done));
     if (!span) return std::nullopt;
