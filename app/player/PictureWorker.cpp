@@ -95,12 +95,12 @@ void PictureWorker::run() {
         frames = frames_;
       }
       old.reset();
-      const TimePoint began = now_();
-      const auto target = plan_.next(wish, frames, began);
+      const auto began = RealClock::now();
+      const auto target = plan_.next(wish, frames, now_());
       frames.clear();
       busy = target.has_value();
       if (!busy || !make(wish, *target)) continue;
-      plan_.made(std::chrono::duration_cast<std::chrono::microseconds>(now_() - began).count());
+      plan_.made(std::chrono::duration_cast<std::chrono::microseconds>(RealClock::now() - began).count());
     }
   }
 }
