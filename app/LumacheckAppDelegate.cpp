@@ -55,7 +55,7 @@ void LumacheckAppDelegate::addKeys() {
   keys_.add(tr("Open the source"), {QKeySequence(QKeySequence::Open)}, [this] { browseSource(); });
   keys_.add(tr("Open the destination"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}, [this] { browseDest(); });
   keys_.add(tr("Swap the movies"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}, [this] { swapMovies(); });
-  keys_.add(tr("Link the playheads or not"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
+  keys_.add(tr("Link or unlink the playheads"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
   keys_.add(tr("Full screen"), {QKeySequence(Qt::Key_F11)},
             [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
   keys_.add(tr("This list"), {QKeySequence(QKeySequence::HelpContents)}, [this] { keys_.show(*window_); });

@@ -30,10 +30,7 @@ void LumacheckAppDelegate::updateLink() {
   const bool equal = movie::compareTimes(destDuration, sourceDuration) == 0;
   linkBtn_->setEnabled(equal);
   linkBtn_->setChecked(equal);
-  const auto group = equal ? QPalette::Active : QPalette::Disabled;
-  QPalette colors = linkLabel_->palette();
-  colors.setColor(QPalette::WindowText, window_->palette().color(group, QPalette::WindowText));
-  linkLabel_->setPalette(colors);
+  linkLabel_->setEnabled(equal);  // textColor or disabledControlTextColor, as the theme has them
 }
 
 void LumacheckAppDelegate::observeTime(const MovieSlot& movie) {

@@ -20,6 +20,7 @@ namespace {
 
 constexpr int margin = 12, spacing = 8;
 constexpr QSize smallestWindow(960, 640), usualWindow(1200, 780);
+const QList<int> usualHeights{370, 374};  // movies of 16:9 fill their views
 
 QVBoxLayout* columnIn(QWidget* parent) {
   auto* const column = new QVBoxLayout(parent);
@@ -78,6 +79,7 @@ QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name
   row->setSpacing(spacing);
   auto* const label = new QLabel(name);
   label->setBuddy(side.filenameText);
+  label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QObject::tr("Destination")));
   row->addWidget(label);
   row->addWidget(side.filenameText, 1);
   row->addWidget(side.browseBtn);
@@ -135,8 +137,7 @@ void MainInterface::layOut() {
   splitter->addWidget(movies);
   splitter->addWidget(bottomPanel());
   splitter->setChildrenCollapsible(false);
-  splitter->setStretchFactor(0, 3);
-  splitter->setStretchFactor(1, 2);
+  splitter->setSizes(usualHeights);
   splitter->setHandleWidth(margin);
 
   auto* const content = new QWidget;

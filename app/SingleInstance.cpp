@@ -1,6 +1,7 @@
 #include "app/SingleInstance.h"
 
-#include <QDataStream>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QLocalSocket>
 #include <QStandardPaths>
 
@@ -11,9 +12,19 @@
 namespace {
 
 constexpr int patience = 3000;  // ms that a running window has to answer
-constexpr QDataStream::Version wire = QDataStream::Qt_6_4;
 constexpr qint64 largestMessage = 1 << 20;
 constexpr char received = 'R';
+
+/// One line: a JSON array of the paths.
+QByteArray messageOf(const QStringList& files) {
+  return QJsonDocument(QJsonArray::fromStringList(files)).toJson(QJsonDocument::Compact) + '\n';
+}
+
+QStringList filesIn(const QByteArray& message) {
+  QStringList files;
+  for (const QJsonValue& file : QJsonDocument::fromJson(message).array()) files << file.toString();
+  return files;
+}
 
 }  // namespace
 
@@ -32,9 +43,7 @@ bool SingleInstance::handOver(const QStringList& files) {
   QLocalSocket socket;
   socket.connectToServer(name_);
   if (socket.waitForConnected(patience)) {
-    QDataStream stream(&socket);
-    stream.setVersion(wire);
-    stream << files;
+    socket.write(messageOf(files));
     socket.flush();
     const bool answered =
         (socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received);
@@ -56,12 +65,8 @@ void SingleInstance::serve() {
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
       if (socket->bytesAvailable() > largestMessage) return socket->abort();
-      QStringList files;
-      QDataStream stream(socket);
-      stream.setVersion(wire);
-      stream.startTransaction();
-      stream >> files;
-      if (!stream.commitTransaction()) return;
+      if (!socket->canReadLine()) return;
+      const QStringList files = filesIn(socket->readLine());
       socket->write(QByteArray(1, received));
       socket->flush();
       emit filesOpened(files);

@@ -28,6 +28,22 @@ struct QVMovieView::Doorbell {
   }
 };
 
+namespace {
+
+using SharedFrame = std::shared_ptr<const player::ShownFrame>;
+
+/// The frame's samples as an image, without a copy: every copy of the image keeps the frame.
+QImage imageOf(const SharedFrame& frame) {
+  const movie::RgbFrame& shown = frame->image;
+  if (shown.samples.empty()) return {};
+  auto kept = std::make_unique<SharedFrame>(frame);
+  const auto letGo = [](void* held) { std::unique_ptr<SharedFrame>(static_cast<SharedFrame*>(held)).reset(); };
+  return {shown.samples.data(),  shown.width, shown.height,  qsizetype{3} * shown.width,
+          QImage::Format_RGB888, letGo,       kept.release()};
+}
+
+}  // namespace
+
 QVMovieView::QVMovieView(std::unique_ptr<player::SoundOutput> output, QWidget* parent)
     : QWidget(parent), doorbell_(std::make_shared<Doorbell>()) {
   if (output) sound_ = std::make_unique<player::SoundPlayer>(std::move(output));
@@ -199,10 +215,7 @@ void QVMovieView::showFrame(const std::shared_ptr<const player::ShownFrame>& fra
   frame_ = frame;
   problem_ = frame->error.empty() ? QString()
                                   : tr("This frame cannot be shown: %1.").arg(QString::fromStdString(frame->error));
-  const movie::RgbFrame& image = frame->image;
-  picture_ = image.samples.empty()
-                 ? QImage()
-                 : QImage(image.samples.data(), image.width, image.height, qsizetype{3} * image.width, QImage::Format_RGB888);
+  picture_ = imageOf(frame);
   update();
   emit pictureDidChange();
 }

@@ -98,7 +98,7 @@ class QVMovieView : public QWidget {
   std::unique_ptr<player::MoviePlayer> player_;
   std::unique_ptr<player::SoundPlayer> sound_;  ///< null without an output
   std::shared_ptr<PlayableMovie> movie_;
-  std::shared_ptr<const player::ShownFrame> frame_;  ///< whose samples picture_ shows
+  std::shared_ptr<const player::ShownFrame> frame_;  ///< what picture_ shows
   QImage picture_;
   QTimer refreshTimer_;
   QString hint_, problem_;

@@ -47,7 +47,8 @@ std::optional<Target> PicturePlan::next(const Wish& wish, const RenderedFrames& 
     lowest_.reset();
     chunk_.clear();
     stride_ = 1;
-    calm_ = 0;
+    calm_ = falls_ = 0;
+    patience_ = 4;
   }
   if (!wish.clock.isMoving()) return nextWhileStill(wish, frames);
   const std::int64_t position = wish.clock.position(now);
@@ -159,18 +160,25 @@ std::optional<Target> PicturePlan::fromChunk(const Wish& wish, const RenderedFra
   return std::nullopt;
 }
 
-/// So many frames are left out that the rest can be made in time; a short hitch changes nothing.
+/// Where it happens again and again, so many frames are left out that the rest can be made in time; a hitch changes
+/// nothing. Each time that trying more frames failed, the next try comes later.
 void PicturePlan::fellBehind(const movie::FrameSpan& here, double rate) {
+  constexpr int often = 4, longestPatience = 400;
   calm_ = 0;
+  if (++falls_ < often) return;
+  falls_ = 0;
   const auto length = static_cast<double>(std::max<std::int64_t>(here.endMicros - here.startMicros, 1));
   const double needed = std::ceil(static_cast<double>(cost()) * std::abs(rate) / length);
-  stride_ = std::max(stride_, static_cast<int>(std::min(needed, static_cast<double>(largestStride))));
+  const int stride = static_cast<int>(std::min(needed, static_cast<double>(largestStride)));
+  if (stride <= stride_) return;
+  stride_ = stride;
+  patience_ = std::min(2 * patience_, longestPatience);
 }
 
 /// After a while without haste, more frames are tried again.
 void PicturePlan::keptAhead() {
-  constexpr int longCalm = 50;
-  if (++calm_ < longCalm) return;
+  falls_ = 0;
+  if (++calm_ < patience_) return;
   calm_ = 0;
   stride_ = std::max(stride_ - 1, 1);
 }

@@ -57,6 +57,8 @@ class PicturePlan {
   std::array<std::int64_t, 3> costs_{};   ///< of the last frames
   int stride_ = 1;                        ///< every so many frames is made
   int calm_ = 0;                          ///< so many times in a row there was nothing to do
+  int falls_ = 0;                         ///< so often it fell behind since then
+  int patience_ = 4;                      ///< so much calm is asked for before more frames are tried
 };
 
 }  // namespace player
