@@ -20,7 +20,7 @@ movie::MovieTime timeAt(std::int64_t micros) {
 std::size_t framesHeld(const RenderedFrames& frames) {
   const std::size_t count = frames.all().size();
   const std::size_t each = count == 0 ? 0 : std::max<std::size_t>(frames.bytes() / count, 1);
-  constexpr std::size_t fewest = 4, most = 300;
+  constexpr std::size_t fewest = RenderedFrames::fewestFrames / 2, most = RenderedFrames::mostFrames / 2;
   return each == 0 ? fewest : std::clamp(RenderedFrames::mostBytes / each, fewest, most);
 }
 
@@ -84,7 +84,8 @@ std::optional<movie::FrameSpan> PicturePlan::candidate(const movie::Movie& movie
 std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedFrames& frames, std::int64_t position) {
   const movie::Movie& movie = *wish.movie;
   constexpr std::size_t fewest = 2, most = 8;
-  if (frames.countAfter(position, true) >= std::clamp(framesHeld(frames) / 2, fewest, most)) {
+  const std::size_t ahead = last_ ? frames.countBetween(position, last_->startMicros) : 0;
+  if (ahead >= std::clamp(framesHeld(frames) / 2, fewest, most)) {
     keptAhead();
     return std::nullopt;
   }
@@ -115,7 +116,7 @@ std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const Rendered
   while (!chunk_.empty() && chunk_.back().startMicros > position) chunk_.pop_back();
   if (const auto target = fromChunk(wish, frames)) return target;
   const std::size_t room = framesHeld(frames) / 2;
-  if (frames.countAfter(position, false) > room) {
+  if (lowest_ && frames.countBetween(*lowest_ - 1, position) > room) {
     keptAhead();
     return std::nullopt;
   }

@@ -37,10 +37,9 @@ std::shared_ptr<const ShownFrame> RenderedFrames::latestBy(std::int64_t position
   return after == frames_.end() ? nullptr : after->second.frame;
 }
 
-std::size_t RenderedFrames::countAfter(std::int64_t position, bool forward) const {
-  const auto after = frames_.upper_bound(position);
-  const auto count = forward ? std::distance(after, frames_.end()) : std::distance(frames_.begin(), after);
-  return static_cast<std::size_t>(count);
+std::size_t RenderedFrames::countBetween(std::int64_t low, std::int64_t high) const {
+  if (high <= low) return 0;
+  return static_cast<std::size_t>(std::distance(frames_.upper_bound(low), frames_.upper_bound(high)));
 }
 
 bool RenderedFrames::trim(std::int64_t position, double rate) {
@@ -50,7 +49,7 @@ bool RenderedFrames::trim(std::int64_t position, double rate) {
   } else if (rate < 0) {
     while (frames_.size() > 1 && std::prev(frames_.end(), 2)->first > position) erase(std::prev(frames_.end()));
   }
-  while (bytes_ > mostBytes && frames_.size() > 1) {
+  while (frames_.size() > mostFrames || (bytes_ > mostBytes && frames_.size() > fewestFrames)) {
     const auto last = std::prev(frames_.end());
     const bool firstIsFarther = position - frames_.begin()->first > last->first - position;
     erase(firstIsFarther ? frames_.begin() : last);

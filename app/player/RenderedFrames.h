@@ -26,8 +26,9 @@ class RenderedFrames {
   };
   using Map = std::map<std::int64_t, Entry>;
 
-  /// More bytes than this are not kept, nor asked to be made in advance.
+  /// More than this is not kept, but for a few however large they are.
   static constexpr std::size_t mostBytes = std::size_t{96} << 20;
+  static constexpr std::size_t mostFrames = 400, fewestFrames = 8;
 
   void clear();
   /// Takes the place of a frame with the same start.
@@ -37,8 +38,8 @@ class RenderedFrames {
   bool holds(std::int64_t start, PictureSize size) const;
   /// The latest to come on screen at or before a position, in the direction of play; null without one.
   std::shared_ptr<const ShownFrame> latestBy(std::int64_t position, bool forward) const;
-  /// How many come on screen after a position, in the direction of play.
-  std::size_t countAfter(std::int64_t position, bool forward) const;
+  /// How many come on screen after `low` and not after `high`.
+  std::size_t countBetween(std::int64_t low, std::int64_t high) const;
 
   /// Lets go of what lies behind a moving playhead, but for the latest there, and of what is farthest away where there
   /// is too much. True when anything went.

@@ -212,6 +212,27 @@ TEST(MoviePlayer, PlaysEveryFrameBackwards) {
   playThrough(longGop(), -2, at(2300));
 }
 
+TEST(MoviePlayer, PlaysWhereManyFramesElsewhereAreHeld) {
+  const auto movie = openedMovie(longGop());
+  for (const double rate : {1.0, -1.0}) {
+    Played played;
+    played.player.setMovie(movie->copy());
+    for (int value = 0; value < 2400; value += 96) {
+      played.player.setTime(at(value));
+      ASSERT_NE(played.awaited(*movie), nullptr);
+    }
+    played.player.setTime(at(1300));
+    played.player.setRate(rate);
+    for (const int jump : {1300, 300, 2000, 1100}) {
+      played.player.setTime(at(jump));
+      for (int n = 0; n < 12; ++n) {
+        played.passUntil(played.player.nextChange());
+        ASSERT_NE(played.awaited(*movie), nullptr) << rate << " from " << jump << ", frame " << n;
+      }
+    }
+  }
+}
+
 TEST(MoviePlayer, LandsOnTheLastOfManySeeks) {
   for (const std::string& path : {proRes(), longGop()}) {
     const auto movie = openedMovie(path);
