@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cstdlib>
+#include <random>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -117,6 +118,31 @@ TEST(PlaneScaler, OneCodeStaysThatCodeAtAnySize) {
       EXPECT_THAT(scalePlane(plane.reader(), {0.3, width - 0.7, width, result}, {0.1, 8.5, 9, 4}, 1), Each(code));
     }
   }
+}
+
+TEST(PlaneScaler, IsOffByOneAtMostWhenQuick) {
+  std::mt19937 random(9);
+  Plane plane{97, 31, {}};
+  for (int i = 0; i < plane.width * plane.height; ++i) plane.samples.push_back(static_cast<std::uint16_t>(random()));
+  for (const double factor : {1.0, 0.37}) {
+    for (const int width : {1, 20, 47, 48, 60, 96, 97, 98, 150, 401}) {
+      for (const int height : {1, 9, 31, 64}) {
+        for (const double begin : {0.0, 3.6}) {
+          const AxisScale across{begin, plane.width - begin * 1.5, plane.width, width};
+          const AxisScale down{begin, plane.height - begin, plane.height, height};
+          const auto exact = scalePlane(plane.reader(), across, down, factor);
+          const auto quick = scalePlaneQuickly(plane.reader(), across, down, factor);
+          ASSERT_EQ(quick.size(), exact.size());
+          for (std::size_t i = 0; i < exact.size(); ++i) ASSERT_NEAR(quick[i], exact[i], 1) << width << 'x' << height;
+        }
+      }
+    }
+  }
+}
+
+TEST(PlaneScaler, IsExactWhenQuickAndNotScaling) {
+  const Plane plane = rampOf(97, 5, 675);
+  EXPECT_EQ(scalePlaneQuickly(plane.reader(), {0, 97, 97, 97}, {0, 5, 5, 5}, 1), plane.samples);
 }
 
 }  // namespace

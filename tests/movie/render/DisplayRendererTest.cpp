@@ -1,7 +1,11 @@
+#include <cmath>
+#include <random>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "movie/render/DisplayRenderer.h"
+#include "movie/render/PictureRgb.h"
 #include "tests/movie/render/TestPicture.h"
 #include "tests/movie/render/TestProfiles.h"
 
@@ -126,6 +130,46 @@ TEST(DisplayRenderer, DecodesColoursWithTheMatrixInForce) {
   EXPECT_THAT(full(pictureOf(PictureModel::YCbCr, PictureRange::Full, 8, {{100, 60, 200}}), 6),
               ElementsAre(201, 72, 0));
   EXPECT_THAT(full(pictureOf(PictureModel::Rgb, PictureRange::Full, 8, {{10, 20, 30}}), 6), ElementsAre(10, 20, 30));
+}
+
+/// Pixels all over the range that a depth has.
+Picture scatteredPicture(PictureModel model, PictureRange range, int depth) {
+  std::mt19937 random(static_cast<unsigned>(depth));
+  std::vector<Codes> pixels(20011);
+  for (Codes& codes : pixels) {
+    for (unsigned& code : codes) code = static_cast<unsigned>(random()) % (1U << depth);
+  }
+  return pictureOf(model, range, depth, pixels);
+}
+
+// The rule in double precision, step by step.
+TEST(DisplayRenderer, IsWithinOneCodeOfTheExactRendering) {
+  const std::vector<ColorSet> sets{{},
+                                   {.gamma = fixed(1.8), .nclc = {}, .iccProfile = {}},
+                                   {.gamma = {}, .nclc = nclc(1, 1, 1), .iccProfile = {}},
+                                   {.gamma = {}, .nclc = nclc(9, 13, 9), .iccProfile = {}},
+                                   {.gamma = {}, .nclc = nclc(5, 5, 6), .iccProfile = {}}};
+  for (const PictureModel model : {PictureModel::YCbCr, PictureModel::Rgb, PictureModel::Grey}) {
+    for (const PictureRange range : {PictureRange::Video, PictureRange::Full}) {
+      for (const int depth : {8, 10, 12, 16}) {
+        for (const ColorSet& colors : sets) {
+          const Picture picture = scatteredPicture(model, range, depth);
+          const auto exact =
+              rgbSamplesOf<std::uint16_t>(picture, matrixInForce(colors.nclc, picture), {.black = 0, .white = 65535});
+          const TransferInForce transfer = transferInForce(colors);
+          const bool tabled = transfer.kind == TransferInForce::Kind::Power;
+          const auto shown = renderDisplayFrame(picture, colors).samples;
+          ASSERT_EQ(shown.size(), exact.size());
+          for (std::size_t i = 0; i < shown.size(); ++i) {
+            const double value = exact[i] / 65535.0;
+            const double light = std::pow(value, transfer.power);
+            const double encoded = light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+            ASSERT_NEAR(shown[i], 255 * (tabled ? encoded : value), 1.0) << i << " of depth " << depth;
+          }
+        }
+      }
+    }
+  }
 }
 
 }  // namespace
