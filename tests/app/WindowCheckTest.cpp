@@ -1,4 +1,8 @@
 #include <QDialog>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
 #include <QPushButton>
 #include <QTest>
 #include <QTextBlock>
@@ -24,6 +28,23 @@ class WindowCheck : public WindowFixture {
     check::RecordedReport report;
     check::runGammaCheck({*open(source), *open(dest), playheads, {}}, report);
     return report.paragraphs();
+  }
+  static std::vector<check::ReportParagraph> reportOfCommand(const QString& source, const QString& dest,
+                                                             const char* timecode) {
+    QProcess command;
+    command.start(LUMACHECK_PROGRAM, {"check", source, dest, "--at", timecode, "--json"});
+    EXPECT_TRUE(command.waitForFinished(20000));
+    const QJsonObject result = QJsonDocument::fromJson(command.readAllStandardOutput()).object();
+    const QMap<QString, check::ReportStyle> styles{{"normal", check::ReportStyle::Normal},
+                                                   {"bold", check::ReportStyle::Bold},
+                                                   {"error", check::ReportStyle::Error},
+                                                   {"boldError", check::ReportStyle::BoldError}};
+    std::vector<check::ReportParagraph> paragraphs;
+    for (const QJsonValue& paragraph : result["report"].toArray()) {
+      paragraphs.push_back({paragraph["text"].toString(), styles.value(paragraph["style"].toString())});
+    }
+    EXPECT_FALSE(paragraphs.empty());
+    return paragraphs;
   }
   /// The window's text as paragraphs with their styles.
   std::vector<check::ReportParagraph> paragraphs() {
@@ -61,6 +82,26 @@ TEST_F(WindowCheck, ReportsWhatTheEngineReports) {
     const auto wanted = expected(source, dest, playheads());
     press();
     EXPECT_EQ(paragraphs(), wanted) << report().toStdString();
+  }
+}
+
+TEST_F(WindowCheck, ReportsWhatTheCommandReports) {
+  const std::pair<QString, QString> pairs[] = {{plainMovie(), plainMovie()},
+                                               {plainMovie(), retaggedMovie()},
+                                               {plainMovie(), darkerMovie()},
+                                               {blackMovie(), blackMovie()}};
+  QTimer answers;
+  QObject::connect(&answers, &QTimer::timeout, [] {
+    if (QWidget* const sheet = QApplication::activeModalWidget()) sheet->close();
+  });
+  answers.start(50);
+  for (const auto& [source, dest] : pairs) {
+    for (const char* timecode : {"01:00:00:00", "01:00:01:07"}) {
+      load(source, dest);
+      type(*interface().source.timecodeText, timecode);
+      press();
+      EXPECT_EQ(paragraphs(), reportOfCommand(source, dest, timecode)) << timecode;
+    }
   }
 }
 
