@@ -1,9 +1,10 @@
 #include "check/MetadataSync.h"
 
-#include <optional>
-#include <vector>
+#include <algorithm>
+#include <utility>
 
 #include "SharedFiles/QVLog.h"
+#include "check/ColorInfo.h"
 #include "movie/render/IccProfile.h"
 
 namespace check {
@@ -50,7 +51,98 @@ void setProfiles(EditedDescription& source, EditedDescription& dest) {
   logFailure(QStringLiteral("Error setting dest color space: %d"), dest.description.setIccProfile(profile));
 }
 
+/// A sync in the making: one step for each property, each telling whether the next may follow.
+class Sync {
+ public:
+  Sync(const movie::ImageDescription& source, EditedDescription& dest) : source_(source), dest_(dest) {}
+
+  bool copyGamma();
+  bool copyColor();
+  bool copyProfile();
+  std::vector<PropertyChange> takeChanges() { return std::move(changes_); }
+
+ private:
+  bool set(ColorProperty property, movie::OSErr result, const QString& failure);
+  void remove(ColorProperty property, movie::FourCC type, const QString& failure);
+
+  const movie::ImageDescription& source_;
+  EditedDescription& dest_;
+  std::vector<PropertyChange> changes_;
+};
+
+bool Sync::set(ColorProperty property, movie::OSErr result, const QString& failure) {
+  changes_.push_back({property, PropertyEdit::Set, result});
+  logFailure(failure, result);
+  return result == movie::noErr;
+}
+
+void Sync::remove(ColorProperty property, movie::FourCC type, const QString& failure) {
+  const movie::OSErr result = dest_.description.removeExtension(type);
+  changes_.push_back({property, PropertyEdit::Remove, result});
+  logFailure(failure, result);
+}
+
+bool Sync::copyGamma() {
+  const std::int32_t source = source_.gamma().value_or(0), dest = dest_.description.gamma().value_or(0);
+  if (source == dest) return true;
+  QVLog::appendLog("Gamma does not match");
+  if (source != 0) {
+    return set(ColorProperty::Gamma, dest_.description.setGamma(source), QStringLiteral("Error setting gamma: %d"));
+  }
+  remove(ColorProperty::Gamma, movie::fourCC("gama"), QStringLiteral("Error removing destination gamma atom: %d"));
+  return true;
+}
+
+bool Sync::copyColor() {
+  const ColorInfo source = source_.nclc().value_or(ColorInfo{});
+  if (colorInfoCompare(source, dest_.description.nclc().value_or(ColorInfo{})) == 0) return true;
+  QVLog::appendLog("Colors do not match");
+  if (source.primaries != 0) {
+    return set(ColorProperty::Color, dest_.description.setNclc(source, dest_.newColorFlavour),
+               QStringLiteral("Error setting color: %i"));
+  }
+  remove(ColorProperty::Color, movie::fourCC("nclc"), QStringLiteral("Error removing destination color atom: %d"));
+  return true;
+}
+
+bool Sync::copyProfile() {
+  const auto source = source_.iccProfile();
+  if (source && source == dest_.description.iccProfile()) return true;
+  QVLog::appendLog("Color spaces do not match");
+  if (source) {
+    return set(ColorProperty::ColorSpace, dest_.description.setIccProfile(*source),
+               QStringLiteral("Error setting colorspace: %i"));
+  }
+  remove(ColorProperty::ColorSpace, movie::fourCC("iccp"),
+         QStringLiteral("Error removing destination color space: %d"));
+  return true;
+}
+
 }  // namespace
+
+bool SyncOutcome::isComplete() const {
+  return writtenBack && std::all_of(changes.begin(), changes.end(),
+                                    [](const PropertyChange& change) { return change.result == movie::noErr; });
+}
+
+// syncMetadata:dest:
+SyncOutcome syncMetadata(const movie::Movie& source, movie::Movie& dest) {
+  const std::vector<const movie::Track*> sourceTracks = source.tracksOfMediaType(movie::videoMedia);
+  const std::vector<movie::Track*> destTracks = dest.tracksOfMediaType(movie::videoMedia);
+  if (sourceTracks.empty() || destTracks.empty()) return {};
+
+  const auto sourceDescription =
+      sourceTracks.front()->media().imageDescription(1).value_or(movie::ImageDescription(movie::Bytes{}));
+  EditedDescription edited(destTracks.front()->media(), dest);
+  SyncOutcome outcome;
+  outcome.before = edited.description;
+  Sync sync(sourceDescription, edited);
+  outcome.writtenBack = sync.copyGamma() && sync.copyColor() && sync.copyProfile();
+  outcome.changes = sync.takeChanges();
+  if (outcome.writtenBack) edited.putBack();
+  outcome.after = outcome.writtenBack ? edited.description : outcome.before;
+  return outcome;
+}
 
 // matchMetadata:dest:
 void matchMetadata(movie::Movie& source, movie::Movie& dest) {

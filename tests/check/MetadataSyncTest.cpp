@@ -1,3 +1,8 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -100,6 +105,143 @@ TEST(MatchMetadata, LogsFailuresForAMovieWithoutAnyDescription) {
   const test::CapturedLog log;
   matchMetadata(*source, *dest);
   EXPECT_EQ(log.texts().size(), 6U);
+}
+
+// The sync.
+
+/// The colour metadata of one side; what is not given is absent.
+struct Tags {
+  std::optional<std::int32_t> gamma = std::nullopt;
+  std::optional<movie::NclcParameters> color = std::nullopt;
+  std::optional<Bytes> profile = std::nullopt;
+
+  Bytes entry() const {
+    ImageEntry entry;
+    if (gamma) entry.extensions.push_back(movie::test::gamaExtension(*gamma));
+    if (color) {
+      entry.extensions.push_back(movie::test::nclcExtension(color->primaries, color->transferFunction, color->matrix));
+    }
+    if (profile) entry.extensions.push_back(movie::test::profileExtension("prof", *profile));
+    return entry.build();
+  }
+};
+
+constexpr movie::NclcParameters hdColors{movie::fourCC("nclc"), 1, 1, 1}, sdColors{movie::fourCC("nclc"), 6, 1, 6};
+constexpr movie::NclcParameters noPrimaries{movie::fourCC("nclc"), 0, 1, 6};
+const Bytes someProfile{1, 2, 3, 4}, otherProfile{5, 6, 7};
+
+/// The log of a sync without the eight lines in which every comparison shows both records.
+std::vector<std::string> told(const test::CapturedLog& log) {
+  std::vector<std::string> texts = log.texts();
+  const auto isRecord = [](const std::string& text) {
+    return text.starts_with("source ") || text.starts_with("dest ");
+  };
+  texts.erase(std::remove_if(texts.begin(), texts.end(), isRecord), texts.end());
+  return texts;
+}
+
+struct SyncRow {
+  const char* what;
+  Tags source, dest, expected;
+  std::vector<std::string> log;
+};
+
+TEST(SyncMetadata, CopiesEachPropertyThatDiffers) {
+  const std::string spaces = "Color spaces do not match";
+  const std::string noSpace = "Error removing destination color space: -8971";
+  const SyncRow rows[] = {
+      {"gamma set",
+       {.gamma = 0x23333},
+       {.gamma = 0x1CCCD},
+       {.gamma = 0x23333},
+       {"Gamma does not match", spaces, noSpace}},
+      {"gamma added", {.gamma = 0x23333}, {}, {.gamma = 0x23333}, {"Gamma does not match", spaces, noSpace}},
+      {"gamma removed", {}, {.gamma = 0x23333}, {}, {"Gamma does not match", spaces, noSpace}},
+      {"a gamma of 0 is none", {.gamma = 0}, {}, {}, {spaces, noSpace}},
+      {"nothing at all", {}, {}, {}, {spaces, noSpace}},
+      {"colors set",
+       {.color = hdColors},
+       {.color = sdColors},
+       {.color = hdColors},
+       {"Colors do not match", spaces, noSpace}},
+      {"colors added", {.color = hdColors}, {}, {.color = hdColors}, {"Colors do not match", spaces, noSpace}},
+      {"colors stay: their removal fails",
+       {},
+       {.color = sdColors},
+       {.color = sdColors},
+       {"Colors do not match", "Error removing destination color atom: -8971", spaces, noSpace}},
+      {"colors without primaries count as none",
+       {.color = noPrimaries},
+       {.color = sdColors},
+       {.color = sdColors},
+       {"Colors do not match", "Error removing destination color atom: -8971", spaces, noSpace}},
+      {"profile set", {.profile = someProfile}, {.profile = otherProfile}, {.profile = someProfile}, {spaces}},
+      {"profile added", {.profile = someProfile}, {}, {.profile = someProfile}, {spaces}},
+      {"profile stays: its removal fails", {}, {.profile = otherProfile}, {.profile = otherProfile}, {spaces, noSpace}},
+      {"all equal",
+       {0x23333, hdColors, someProfile},
+       {0x23333, hdColors, someProfile},
+       {0x23333, hdColors, someProfile},
+       {}},
+      {"all set",
+       {0x23333, hdColors, someProfile},
+       {0x10000, sdColors, otherProfile},
+       {0x23333, hdColors, someProfile},
+       {"Gamma does not match", "Colors do not match", spaces}},
+  };
+  for (const SyncRow& row : rows) {
+    const TemporaryFile sourceFile(movieFile({row.source.entry()})), destFile(movieFile({row.dest.entry()}));
+    const auto source = opened(sourceFile), dest = opened(destFile);
+    const test::CapturedLog log;
+    const SyncOutcome outcome = syncMetadata(*source, *dest);
+    EXPECT_EQ(told(log), row.log) << row.what;
+    EXPECT_TRUE(outcome.writtenBack) << row.what;
+    EXPECT_EQ(descriptionOf(*dest).gamma(), row.expected.gamma) << row.what;
+    EXPECT_EQ(descriptionOf(*dest).nclc(), row.expected.color) << row.what;
+    EXPECT_EQ(descriptionOf(*dest).iccProfile(), row.expected.profile) << row.what;
+    EXPECT_EQ(outcome.after->bytes(), descriptionOf(*dest).bytes()) << row.what;
+    EXPECT_EQ(outcome.before->bytes(), row.dest.entry()) << row.what;
+    EXPECT_EQ(descriptionOf(*source).bytes(), row.source.entry()) << row.what;
+  }
+}
+
+TEST(SyncMetadata, TellsWhatItDid) {
+  const TemporaryFile sourceFile(movieFile({Tags{.gamma = 0x23333, .profile = someProfile}.entry()}));
+  const TemporaryFile destFile(movieFile({Tags{.color = sdColors}.entry()}));
+  const auto source = opened(sourceFile), dest = opened(destFile);
+  const SyncOutcome outcome = syncMetadata(*source, *dest);
+  ASSERT_EQ(outcome.changes.size(), 3U);
+  EXPECT_EQ(outcome.changes[0].property, ColorProperty::Gamma);
+  EXPECT_EQ(outcome.changes[0].edit, PropertyEdit::Set);
+  EXPECT_EQ(outcome.changes[1].property, ColorProperty::Color);
+  EXPECT_EQ(outcome.changes[1].edit, PropertyEdit::Remove);
+  EXPECT_EQ(outcome.changes[1].result, movie::codecExtensionNotFoundErr);
+  EXPECT_EQ(outcome.changes[2].property, ColorProperty::ColorSpace);
+  EXPECT_EQ(outcome.changes[2].result, movie::noErr);
+  EXPECT_FALSE(outcome.isComplete());
+}
+
+TEST(SyncMetadata, WritesNothingBackAfterASettingThatFails) {
+  const Bytes tooShort = movie::test::AtomBuilder("apch").zeros(20).build();
+  const TemporaryFile sourceFile(movieFile({Tags{0x23333, hdColors, someProfile}.entry()}));
+  const TemporaryFile destFile(movieFile({tooShort}));
+  const auto source = opened(sourceFile), dest = opened(destFile);
+  const test::CapturedLog log;
+  const SyncOutcome outcome = syncMetadata(*source, *dest);
+  EXPECT_THAT(log.texts(), ElementsAre("Gamma does not match", "Error setting gamma: -50"));
+  EXPECT_FALSE(outcome.writtenBack);
+  EXPECT_FALSE(outcome.isComplete());
+  EXPECT_EQ(outcome.changes.size(), 1U);
+  EXPECT_EQ(descriptionOf(*dest).bytes(), tooShort);
+}
+
+TEST(SyncMetadata, DoesNothingWhenEitherMovieHasNoVideoTrack) {
+  const TemporaryFile videoFile(movieFile({Tags{.gamma = 0x23333}.entry()})), soundFile(movieFile({}, "soun"));
+  const auto video = opened(videoFile), sound = opened(soundFile);
+  const test::CapturedLog log;
+  EXPECT_FALSE(syncMetadata(*video, *sound).before);
+  EXPECT_FALSE(syncMetadata(*sound, *video).writtenBack);
+  EXPECT_THAT(log.texts(), IsEmpty());
 }
 
 }  // namespace
