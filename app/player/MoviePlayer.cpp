@@ -196,7 +196,7 @@ void MoviePlayer::Implementation::countDue(const movie::FrameSpan& here) {
     if (behind != forward) break;
     auto next = forward ? movie_->frameSpanAfter(counted_->start) : movie_->frameSpanBefore(counted_->start);
     if (!next) break;
-    counted_ = std::move(next);
+    counted_ = next;
     ++statistics_.due;
   }
   counted_ = here;

@@ -83,14 +83,14 @@ std::optional<movie::FrameSpan> PicturePlan::candidate(const movie::Movie& movie
 
 std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedFrames& frames, std::int64_t position) {
   const movie::Movie& movie = *wish.movie;
+  const auto here = movie.frameSpanAt(timeAt(position));
+  if (!here) return std::nullopt;
   constexpr std::size_t fewest = 2, most = 8;
   const std::size_t ahead = last_ ? frames.countBetween(position, last_->startMicros) : 0;
   if (ahead >= std::clamp(framesHeld(frames) / 2, fewest, most)) {
-    keptAhead();
+    keptAhead(*here, wish.clock.rate());
     return std::nullopt;
   }
-  const auto here = movie.frameSpanAt(timeAt(position));
-  if (!here) return std::nullopt;
   auto span = last_ ? candidate(movie, frames) : here;
   if (!last_ && frames.holds(here->startMicros)) {
     last_ = here;
@@ -112,16 +112,16 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
 
 std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const RenderedFrames& frames, std::int64_t position) {
   const movie::Movie& movie = *wish.movie;
+  const auto here = movie.frameSpanAt(timeAt(position));
+  if (!here) return std::nullopt;
   const bool inWork = !chunk_.empty();
   while (!chunk_.empty() && chunk_.back().startMicros > position) chunk_.pop_back();
   if (const auto target = fromChunk(wish, frames)) return target;
   const std::size_t room = framesHeld(frames) / 2;
   if (lowest_ && frames.countBetween(*lowest_ - 1, position) > room) {
-    keptAhead();
+    keptAhead(*here, wish.clock.rate());
     return std::nullopt;
   }
-  const auto here = movie.frameSpanAt(timeAt(position));
-  if (!here) return std::nullopt;
   auto upper = here;
   if (lowest_ && *lowest_ <= here->startMicros) {
     upper = movie.frameSpanBefore(timeAt(*lowest_));
@@ -176,12 +176,16 @@ void PicturePlan::fellBehind(const movie::FrameSpan& here, double rate) {
   patience_ = std::min(2 * patience_, longestPatience);
 }
 
-/// After a while without haste, more frames are tried again.
-void PicturePlan::keptAhead() {
+/// After a while without haste more frames are tried again: soon where they look affordable, else when patience ends.
+void PicturePlan::keptAhead(const movie::FrameSpan& here, double rate) {
   falls_ = 0;
-  if (++calm_ < patience_) return;
+  if (stride_ == 1) return;
+  constexpr int shortCalm = 3;
+  const auto length = static_cast<double>(here.endMicros - here.startMicros);
+  const bool affordable = static_cast<double>(cost()) * std::abs(rate) < 0.9 * length * (stride_ - 1);
+  if (++calm_ < (affordable ? shortCalm : patience_)) return;
   calm_ = 0;
-  stride_ = std::max(stride_ - 1, 1);
+  --stride_;
 }
 
 }  // namespace player

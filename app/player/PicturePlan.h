@@ -48,7 +48,7 @@ class PicturePlan {
   void fillChunk(const Wish& wish, const movie::FrameSpan& upper, std::size_t room);
   std::optional<Target> fromChunk(const Wish& wish, const RenderedFrames& frames);
   void fellBehind(const movie::FrameSpan& here, double rate);
-  void keptAhead();
+  void keptAhead(const movie::FrameSpan& here, double rate);
 
   std::uint64_t epoch_ = 0;
   std::optional<movie::FrameSpan> last_;  ///< forwards: the one decided on last

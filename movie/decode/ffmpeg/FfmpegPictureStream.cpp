@@ -65,7 +65,7 @@ Result<FfmpegPictureStream::Outcome> FfmpegPictureStream::bringUp(const StreamRe
   const PresentedSample& target = request.picture.sample;
   given_.reset();
   if (!canGoOnTo(target)) return startFor(request);
-  const auto outcome = advance(request);
+  auto outcome = advance(request);
   if (!outcome || *outcome == Outcome::GivenUp) return outcome;
   if (*outcome == Outcome::Found && proven_) return outcome;
   if (*outcome == Outcome::Missing && proven_) {
