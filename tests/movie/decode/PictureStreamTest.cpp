@@ -1,13 +1,14 @@
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <optional>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include "tests/movie/decode/Codings.h"
 #include "tests/movie/decode/DecodedMovie.h"
@@ -109,6 +110,50 @@ TEST_P(PictureStreamOf, GoesOnAfterBeingGivenUp) {
 
 INSTANTIATE_TEST_SUITE_P(Codings, PictureStreamOf, testing::ValuesIn(codings()),
                          [](const auto& coding) { return std::string(coding.param.name); });
+
+/// A copy of a movie with bytes of the first third of its media data overwritten, gone at the end.
+class DamagedCopy {
+ public:
+  DamagedCopy(const std::string& path, unsigned seed) {
+    std::ifstream stream(path, std::ios::binary);
+    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    const std::size_t media = bytes.find("mdat") + 4;
+    const std::size_t end = bytes.rfind("moov") > media ? bytes.rfind("moov") - 4 : bytes.size();
+    std::mt19937 random(seed);
+    for (int i = 0; i < 12; ++i) {
+      const std::size_t at = media + random() % ((end - media) / 3);
+      for (std::size_t n = 0; n < 8; ++n) bytes[at + n] = static_cast<char>(random());
+    }
+    std::ofstream(path_, std::ios::binary) << bytes;
+  }
+  ~DamagedCopy() { std::filesystem::remove(path_); }
+  DamagedCopy(const DamagedCopy&) = delete;
+  DamagedCopy& operator=(const DamagedCopy&) = delete;
+
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_ = testing::TempDir() + "damaged-" + std::to_string(getpid()) + ".mov";
+};
+
+TEST(PictureStream, GoesOnThroughDamageAndIsItselfAgainAfterIt) {
+  for (const Coding& coding : codings()) {
+    SCOPED_TRACE(coding.name);
+    const DamagedCopy copy(movieOf(coding), 21);
+    const DecodedMovie movie(copy.path());
+    const auto stream = movie.stream();
+    const std::string name = coding.name;
+    const bool recovers = name != "h264OneGop" && name != "h264IntraRefresh";
+    for (const PresentedSample& sample : presented(movie.table())) {
+      const auto shown = stream->picture(requestFor(sample));
+      ASSERT_TRUE(!shown || *shown) << "given up by itself";
+      if (!recovers || sample.index < movie.table().sampleCount() / 2) continue;
+      const auto exact = movie.decoder().picture({.sample = sample, .crop = {}});
+      ASSERT_TRUE(shown && exact) << sample.index;
+      ASSERT_EQ(firstPlaneChecksum(**shown), firstPlaneChecksum(*exact)) << sample.index;
+    }
+  }
+}
 
 }  // namespace
 }  // namespace movie::test
