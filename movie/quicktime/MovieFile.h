@@ -45,6 +45,7 @@ class MovieFile {
   const std::string& path() const { return file_.path(); }
   /// Open for reading as long as this lives; read with pread only.
   int descriptor() const { return file_.descriptor(); }
+  const ReadableFile& readable() const { return file_; }
   std::uint64_t size() const { return file_.size(); }
   FourCC majorBrand() const { return majorBrand_; }  ///< 0 without a ftyp before the movie atom
   bool isQuickTime() const { return majorBrand_ == 0 || majorBrand_ == fourCC("qt  "); }
