@@ -7,6 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "movie/quicktime/CompressedMovie.h"
 #include "movie/quicktime/FileAtoms.h"
 #include "movie/quicktime/MovieFragments.h"
@@ -111,6 +113,7 @@ std::uint64_t rescaled(std::uint64_t value, std::int32_t from, std::int32_t to) 
 
 struct MovieFile::Lazy {
   Bytes movieAtom;  ///< inflated where it was compressed
+  Atom whole;       ///< where the movie atom stands in those bytes
   std::vector<SampleTableAtoms> atoms;
   std::vector<TrackFragments> fragments;  ///< empty, or one per track
   std::deque<LazyTable> tables;
@@ -158,8 +161,13 @@ Result<std::shared_ptr<const MovieFile>> MovieFile::open(const std::string& path
 }
 
 Result<void> MovieFile::load() {
+  struct stat onDisk {};
+  if (::fstat(descriptor(), &onDisk) != 0) return tl::make_unexpected(MovieError{path(), {}, 0, "it has no status"});
+  stamp_ = {onDisk.st_dev, onDisk.st_ino, static_cast<std::uint64_t>(onDisk.st_size), onDisk.st_mtim.tv_sec,
+            onDisk.st_mtim.tv_nsec};
   const auto top = findMovie(file_);
   if (!top) return tl::make_unexpected(top.error());
+  movieAtomOffset_ = top->movie.offset;
   auto bytes = loadMovieAtom(file_, top->movie);
   if (!bytes) return tl::make_unexpected(bytes.error());
   majorBrand_ = top->majorBrand;
@@ -171,6 +179,8 @@ Result<void> MovieFile::load() {
   outer.offset = 0;
   const auto atom = inflateIfCompressed(lazy_->movieAtom, outer, origin);
   if (!atom) return tl::make_unexpected(atom.error());
+  lazy_->whole = *atom;
+  compressed_ = origin.inflated;
 
   auto movie = parseMovieAtom(lazy_->movieAtom, *atom, origin);
   if (!movie) return tl::make_unexpected(movie.error());
@@ -187,6 +197,11 @@ Result<void> MovieFile::load() {
   lazy_->tables.resize(tracks_.size());
   settleDurations();
   return {};
+}
+
+ByteView MovieFile::movieAtom() const {
+  return ByteView(lazy_->movieAtom)
+      .subspan(static_cast<std::size_t>(lazy_->whole.offset), static_cast<std::size_t>(lazy_->whole.size));
 }
 
 Result<void> MovieFile::loadFragments(const MovieAtoms& movie, std::uint64_t begin) {

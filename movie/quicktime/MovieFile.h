@@ -17,6 +17,15 @@ namespace movie {
 
 struct MovieAtoms;
 
+/// Which file it was and how it stood when it was loaded, to tell whether it is still that one.
+struct FileStamp {
+  std::uint64_t device = 0, inode = 0;
+  std::uint64_t size = 0;
+  std::int64_t modifiedSeconds = 0, modifiedNanoseconds = 0;
+
+  friend bool operator==(const FileStamp&, const FileStamp&) = default;
+};
+
 /// A QuickTime or ISO movie file: its movie atom parsed, its media data left where it is. Any file whose atoms make a
 /// movie opens, whatever its extension. Immutable and shared by all copies of a movie; usable from several threads.
 ///
@@ -51,6 +60,14 @@ class MovieFile {
   bool isQuickTime() const { return majorBrand_ == 0 || majorBrand_ == fourCC("qt  "); }
   bool isFragmented() const { return fragmented_; }
 
+  /// The whole movie atom, header included, as it was read at open, whatever becomes of the file; inflated where it was
+  /// compressed (isCompressed()).
+  ByteView movieAtom() const;
+  std::uint64_t movieAtomOffset() const { return movieAtomOffset_; }  ///< in the file, of the compressed one too
+  bool isCompressed() const { return compressed_; }
+  /// Taken before anything was read.
+  const FileStamp& stamp() const { return stamp_; }
+
   std::int32_t timeScale() const { return timeScale_; }  ///< above 0
   /// In timeScale(); where the movie header has none or the movie is fragmented, at least that of the longest track.
   std::uint64_t duration() const { return duration_; }
@@ -84,6 +101,9 @@ class MovieFile {
   ReadableFile file_;
   FourCC majorBrand_ = 0;
   bool fragmented_ = false;
+  bool compressed_ = false;
+  std::uint64_t movieAtomOffset_ = 0;
+  FileStamp stamp_;
   std::int32_t timeScale_ = 0;
   std::uint64_t duration_ = 0;
   std::vector<TrackInfo> tracks_;
