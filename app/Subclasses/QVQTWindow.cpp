@@ -107,7 +107,10 @@ bool QVQTWindow::eventFilter(QObject* watched, QEvent* event) {
   auto* const widget = qobject_cast<QWidget*>(watched);
   if (widget == nullptr || widget != focusWidget() || widget->window() != this) return false;
   auto& key = static_cast<QKeyEvent&>(*event);
-  if (event->type() == QEvent::KeyPress) return std::exchange(handledKey_, 0) == key.key();
+  if (event->type() == QEvent::KeyPress) {
+    pressedInText_ = isText(widget);
+    return std::exchange(handledKey_, 0) == key.key();
+  }
   handledKey_ = 0;
   if (isText(widget)) {
     if (claims(widget, key) || !moveInTextBeingEdited(key)) return false;
@@ -121,7 +124,8 @@ bool QVQTWindow::eventFilter(QObject* watched, QEvent* event) {
 
 void QVQTWindow::keyPressEvent(QKeyEvent* event) {
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-  if (!isReturn || isText(focusWidget())) return QMainWindow::keyPressEvent(event);
+  // A text that took Return may have handed the focus on by now.
+  if (std::exchange(pressedInText_, false) || !isReturn) return QMainWindow::keyPressEvent(event);
   auto* const focused = qobject_cast<QAbstractButton*>(focusWidget());
   QAbstractButton* const pressed = focused != nullptr ? focused : defaultButton_;
   if (pressed != nullptr) pressed->click();

@@ -29,5 +29,6 @@ class QVQTWindow : public QMainWindow {
   bool performActionOf(const QKeyEvent& event);
 
   QPushButton* defaultButton_ = nullptr;
-  int handledKey_ = 0;  ///< whose press is not to be handled a second time
+  int handledKey_ = 0;          ///< whose press is not to be handled a second time
+  bool pressedInText_ = false;  ///< where the last key press was made
 };

@@ -168,6 +168,10 @@ TEST_F(WindowCheck, IsTheDefaultButton) {
 TEST_F(WindowCheck, IsNotPressedByReturnInAField) {
   type(*interface().source.filenameText, plainMovie());
   EXPECT_EQ(report(), "");
+  type(*interface().source.timecodeText, "1:00");  // hands the focus on
+  EXPECT_EQ(report(), "");
+  QTest::keyClick(interface().window().focusWidget(), Qt::Key_Return);
+  EXPECT_NE(report(), "");
 }
 
 }  // namespace
