@@ -31,7 +31,9 @@ void PlayableMovie::gotoBeginning() {
 }
 
 void PlayableMovie::setCurrentTime(const movie::MovieTime& time) {
-  content_->setCurrentTime(time);
+  const movie::MovieTime end = duration();
+  const bool beyond = movie::compareTimes(time, end) > 0;
+  content_->setCurrentTime(time.value < 0 ? movie::MovieTime{.value = 0, .scale = time.scale} : beyond ? end : time);
   emit timeWasSet();
   emit timeDidChange(this);
 }

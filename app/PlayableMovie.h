@@ -27,6 +27,7 @@ class PlayableMovie : public QObject {
 
   void gotoBeginning();
   movie::MovieTime currentTime() const { return content_->currentTime(); }
+  /// The time as it stands; one outside the movie is its beginning or its end.
   void setCurrentTime(const movie::MovieTime& time);
   movie::MovieTime duration() const { return content_->duration(); }
 

@@ -157,6 +157,17 @@ TEST_F(Playheads, SurviveTimecodesThatMakeNoSense) {
   EXPECT_EQ(sourceTimecode().text(), "01:00:00:00");
 }
 
+TEST_F(Playheads, StayInsideTheMovie) {
+  load(plainMovie(), retaggedMovie());
+  type(sourceTimecode(), "04:40:42:24");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:02:00");
+  EXPECT_EQ(destTimecode().text(), "01:00:02:00");
+  EXPECT_EQ(movie::compareTimes(sourceTime(), sourceView().movie()->duration()), 0);
+  type(sourceTimecode(), "00:10:00:00");
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:00");
+  EXPECT_EQ(sourceTime().value, 0);
+}
+
 TEST_F(Playheads, FollowTheLeaderWhilePlaying) {
   load(plainMovie(), groupedMovie());
   ASSERT_TRUE(linked());
