@@ -43,8 +43,14 @@ void KeyTable::install(QWidget& window) const {
 }
 
 void KeyTable::show(QWidget& window) const {
+  const QString name = QStringLiteral("keys");
+  for (auto* const shown : window.findChildren<QDialog*>(name)) {
+    if (!shown->isVisible()) continue;
+    shown->raise();
+    return shown->activateWindow();
+  }
   auto* const list = new QDialog(&window);
-  list->setObjectName(QStringLiteral("keys"));
+  list->setObjectName(name);
   list->setAttribute(Qt::WA_DeleteOnClose);
   list->setWindowTitle(QObject::tr("Keys"));
   auto* const column = new QVBoxLayout(list);

@@ -22,7 +22,7 @@ class KeyTable {
 
   /// Gives the window an action for each row.
   void install(QWidget& window) const;
-  /// Shows the list over the window; not modal, closed by Escape or F1.
+  /// Shows the list over the window, once; not modal, closed by Escape or F1.
   void show(QWidget& window) const;
 
  private:

@@ -1,7 +1,9 @@
 #include "app/TransportBar.h"
 
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QSignalBlocker>
+#include <initializer_list>
 
 #include "app/Scrubber.h"
 #include "app/Subclasses/QVMovieView.h"
@@ -50,7 +52,16 @@ void TransportBar::addWidget(QWidget* widget) {
   row_->addWidget(widget);
 }
 
+bool TransportBar::eventFilter(QObject* /*watched*/, QEvent* event) {
+  if (event->type() == QEvent::MouseButtonPress) view_->setFocus(Qt::MouseFocusReason);
+  return false;
+}
+
 void TransportBar::wire() {
+  for (QWidget* control : std::initializer_list<QWidget*>{stepBackButton, playButton, stepForwardButton, scrubber,
+                                                          muteButton, volumeSlider}) {
+    control->installEventFilter(this);
+  }
   connect(stepBackButton, &QToolButton::clicked, view_, [this] { view_->stepFrames(-1); });
   connect(stepForwardButton, &QToolButton::clicked, view_, [this] { view_->stepFrames(1); });
   connect(playButton, &QToolButton::clicked, view_, &QVMovieView::togglePlaying);

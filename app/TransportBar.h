@@ -26,6 +26,10 @@ class TransportBar : public QWidget {
   GlyphButton* const muteButton;
   QSlider* const volumeSlider;
 
+ protected:
+  /// A control that is clicked takes no focus itself: the movie gets it, for the keys to act on.
+  bool eventFilter(QObject* watched, QEvent* event) override;
+
  private:
   void layOut();
   void wire();

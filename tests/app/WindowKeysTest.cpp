@@ -77,6 +77,21 @@ TEST_F(WindowKeys, ActOnTheSideThatHasTheFocus) {
   EXPECT_EQ(interface().dest.timecodeText->text(), "01:00:00:02");
 }
 
+TEST_F(WindowKeys, ActOnTheSideWhoseTransportWasClicked) {
+  QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
+  const TransportBar& bar = *interface().dest.transport;
+  for (QWidget* control : {static_cast<QWidget*>(bar.stepBackButton), static_cast<QWidget*>(bar.muteButton),
+                           static_cast<QWidget*>(bar.volumeSlider), static_cast<QWidget*>(bar.scrubber)}) {
+    sourceView().setFocus();
+    QTest::mouseClick(control, Qt::LeftButton);
+    EXPECT_EQ(&interface().activeView(), &destView()) << control->accessibleName().toStdString();
+  }
+  QTest::mouseClick(bar.playButton, Qt::LeftButton);
+  QTest::keyClick(interface().window().focusWidget(), Qt::Key_Space);
+  EXPECT_EQ(destView().movie()->rate(), 0);
+  EXPECT_EQ(sourceView().movie()->rate(), 0);
+}
+
 TEST_F(WindowKeys, StayInATextThatIsEdited) {
   QLineEdit& field = *interface().source.filenameText;
   field.setText("abc");
@@ -150,6 +165,11 @@ TEST_F(WindowKeys, AreListedUnderF1FromTheSameTable) {
   for (const QLabel* label : list->findChildren<QLabel*>()) texts << label->text();
   for (const QAction* action : interface().window().actions()) EXPECT_TRUE(texts.contains(action->text()));
   EXPECT_EQ(interface().window().actions().size(), controller().keys().rows().size());
+}
+
+TEST_F(WindowKeys, AreListedOnceHoweverOftenTheyAreAskedFor) {
+  for (int i = 0; i < 3; ++i) controller().keys().show(interface().window());
+  EXPECT_EQ(interface().window().findChildren<QDialog*>("keys").size(), 1);
 }
 
 TEST_F(WindowKeys, AreEachGivenOnce) {
