@@ -42,6 +42,12 @@ QImage imageOf(const SharedFrame& frame) {
           QImage::Format_RGB888, letGo,       kept.release()};
 }
 
+/// The reasons of the system end without a full stop, others with one.
+QString problemOf(const QString& reason) {
+  const QString text = QVMovieView::tr("This frame cannot be shown: %1").arg(reason);
+  return text.endsWith(u'.') ? text : text + u'.';
+}
+
 }  // namespace
 
 QVMovieView::QVMovieView(std::unique_ptr<player::SoundOutput> output, QWidget* parent)
@@ -213,8 +219,7 @@ void QVMovieView::refresh() {
 void QVMovieView::showFrame(const std::shared_ptr<const player::ShownFrame>& frame) {
   if (!frame || frame == frame_) return;
   frame_ = frame;
-  problem_ = frame->error.empty() ? QString()
-                                  : tr("This frame cannot be shown: %1.").arg(QString::fromStdString(frame->error));
+  problem_ = frame->error.empty() ? QString() : problemOf(QString::fromStdString(frame->error));
   picture_ = imageOf(frame);
   update();
   emit pictureDidChange();
