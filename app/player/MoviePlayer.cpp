@@ -66,6 +66,7 @@ class MoviePlayer::Implementation {
   PlayingStatistics statistics_;
   std::optional<movie::FrameSpan> counted_;  ///< the frame counted as due last
   std::optional<movie::MovieTime> shown_;    ///< the start of the one counted as shown last
+  std::int64_t playedFrom_ = 0;              ///< the start of the frame that was on screen as play began
   std::unique_ptr<PictureWorker> worker_;    ///< last: its thread goes first
 };
 
@@ -165,6 +166,7 @@ void MoviePlayer::Implementation::setRate(double rate) {
     statistics_ = {};
     counted_ = spanNow(0);
     shown_ = counted_ ? std::optional(counted_->start) : std::nullopt;
+    playedFrom_ = counted_ ? counted_->startMicros : 0;
     lastMove_ = wish_.step = 0;
   }
   wish_.clock = changed;
@@ -207,10 +209,13 @@ void MoviePlayer::Implementation::countShown(const ShownFrame& frame, Clock::tim
   shown_ = frame.time;
   if (!isNew || !wish_.clock.isMoving()) return;
   const auto span = movie_->frameSpanAt(frame.time);
-  if (!span) return;
+  const bool forward = wish_.clock.rate() > 0;
+  if (!span || !counted_) return;
+  // What stood there before play began was never due, and neither was what has its turn later.
+  const auto [first, last] = std::minmax(playedFrom_, counted_->startMicros);
+  if (span->startMicros == playedFrom_ || span->startMicros < first || span->startMicros > last) return;
   ++statistics_.shown;
   // One frame after it was due is when the next one is due.
-  const bool forward = wish_.clock.rate() > 0;
   const std::int64_t length = span->endMicros - span->startMicros;
   const std::int64_t limit = forward ? span->endMicros : endBackwards(*span);
   if (now <= wish_.clock.whenAt(limit) && length > 0) ++statistics_.inTime;
