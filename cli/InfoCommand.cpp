@@ -5,56 +5,16 @@
 
 #include <nlohmann/json.hpp>
 
-#include "cli/ColorNames.h"
+#include "cli/ColorText.h"
 #include "cli/MovieFacts.h"
 
 namespace cli {
 namespace {
 
-constexpr const char* absent = "none";
-
 std::string row(const char* label, const std::string& value) {
   char start[32];
   std::snprintf(start, sizeof start, "  %-20s", label);
   return start + value + "\n";
-}
-
-/// At most so many decimals, none that are not needed.
-std::string shortNumber(double value, int decimals = 3) {
-  char text[64];
-  std::snprintf(text, sizeof text, "%.*f", decimals, value);
-  std::string number = text;
-  number.erase(number.find_last_not_of('0') + 1);
-  if (number.back() == '.') number.pop_back();
-  return number;
-}
-
-std::string gammaText(const std::optional<std::int32_t>& fixed) {
-  if (!fixed) return absent;
-  return shortNumber(*fixed / 65536.0, 4) + " (" + std::to_string(*fixed) + "/65536)";
-}
-
-std::string colorText(const std::optional<movie::NclcParameters>& color) {
-  if (!color) return absent;
-  const auto item = [](const char* subject, std::string_view name) { return subject + std::string(name); };
-  return std::to_string(color->primaries) + "-" + std::to_string(color->transferFunction) + "-" +
-         std::to_string(color->matrix) + item(" (primaries ", primariesName(color->primaries)) +
-         item(", transfer function ", transferFunctionName(color->transferFunction)) +
-         item(", matrix ", matrixName(color->matrix)) + ")";
-}
-
-/// One line for a terminal: control characters of a profile's own text do not reach it.
-std::string oneLine(std::string text) {
-  for (char& c : text) {
-    if (static_cast<unsigned char>(c) < 0x20 || c == 0x7F) c = ' ';
-  }
-  return text;
-}
-
-std::string profileText(const std::optional<ProfileFacts>& profile) {
-  if (!profile) return absent;
-  const std::string description = profile->description.empty() ? "no description" : oneLine(profile->description);
-  return description + " (" + std::to_string(profile->bytes) + " bytes)";
 }
 
 std::string videoText(const MovieFacts& facts) {

@@ -18,6 +18,23 @@ ProfileFacts factsOf(const movie::Bytes& profile) {
   return {profile.size(), hash.toHex().toStdString(), movie::profileDescription(profile)};
 }
 
+void addDescription(Json& side, const MovieFacts& facts) {
+  for (const char* key : {"size", "codec", "gamma", "gammaFixed", "color", "profile"}) side[key] = nullptr;
+  if (const std::optional<DescriptionFacts>& description = facts.description) {
+    side["size"] = {description->width, description->height};
+    side["codec"] = description->codec;
+    if (description->gammaFixed) {
+      side["gamma"] = gammaNumber(*description->gammaFixed);
+      side["gammaFixed"] = *description->gammaFixed;
+    }
+    if (description->color) side["color"] = jsonOf(*description->color);
+    if (description->profile) side["profile"] = jsonOf(*description->profile);
+  }
+  side["imageDescriptions"] = facts.imageDescriptions;
+}
+
+}  // namespace
+
 DescriptionFacts factsOf(const movie::ImageDescription& description) {
   DescriptionFacts facts;
   facts.width = description.width();
@@ -39,23 +56,6 @@ Json jsonOf(const movie::NclcParameters& color) {
 Json jsonOf(const ProfileFacts& profile) {
   return {{"bytes", profile.bytes}, {"sha256", profile.sha256}, {"description", profile.description}};
 }
-
-void addDescription(Json& side, const MovieFacts& facts) {
-  for (const char* key : {"size", "codec", "gamma", "gammaFixed", "color", "profile"}) side[key] = nullptr;
-  if (const std::optional<DescriptionFacts>& description = facts.description) {
-    side["size"] = {description->width, description->height};
-    side["codec"] = description->codec;
-    if (description->gammaFixed) {
-      side["gamma"] = gammaNumber(*description->gammaFixed);
-      side["gammaFixed"] = *description->gammaFixed;
-    }
-    if (description->color) side["color"] = jsonOf(*description->color);
-    if (description->profile) side["profile"] = jsonOf(*description->profile);
-  }
-  side["imageDescriptions"] = facts.imageDescriptions;
-}
-
-}  // namespace
 
 MovieFacts factsOf(const movie::Movie& movie) {
   MovieFacts facts;

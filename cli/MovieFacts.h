@@ -36,11 +36,16 @@ struct MovieFacts {
   double framesPerSecond = 0;                   ///< 0 when unknown
 };
 
+DescriptionFacts factsOf(const movie::ImageDescription& description);
+
 /// Reads the movie's atoms only; no frame is decoded.
 MovieFacts factsOf(const movie::Movie& movie);
 
 /// 16.16 as a number, rounded to four decimals: 144179 is 2.2.
 double gammaNumber(std::int32_t fixed);
+
+Json jsonOf(const movie::NclcParameters& color);
+Json jsonOf(const ProfileFacts& profile);
 
 /// {"path", "size", "codec", "gamma", "gammaFixed", "color", "profile", "imageDescriptions"}; what is absent is null.
 Json jsonOf(const MovieFacts& facts);
