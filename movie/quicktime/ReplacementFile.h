@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include <sys/types.h>
+
+#include "movie/quicktime/ByteOrder.h"
+#include "movie/quicktime/MovieError.h"
+
+namespace movie {
+
+/// A new file that takes its name only when it is complete: written beside the target under a name of its own, then
+/// renamed. The target appears, or is replaced, whole or not at all. Used by one thread.
+///
+/// A file of that name gives the new one its mode, its owner where the system allows it, its access control list and
+/// its extended attributes.
+class ReplacementFile {
+ public:
+  /// A target that is a symbolic link means the file that it leads to, also one that does not exist yet. Refused: a
+  /// folder, anything else that is no regular file, and a file that may not be written.
+  static Result<ReplacementFile> create(const std::string& path);
+
+  /// What was not published goes.
+  ~ReplacementFile();
+  ReplacementFile(ReplacementFile&& other) noexcept;
+  ReplacementFile& operator=(ReplacementFile&&) = delete;
+  ReplacementFile(const ReplacementFile&) = delete;
+  ReplacementFile& operator=(const ReplacementFile&) = delete;
+
+  int descriptor() const { return file_; }  ///< open for reading and writing
+  const std::string& path() const { return path_; }
+
+  /// Makes it that long, all zeros, and takes no space for it.
+  Result<void> resize(std::uint64_t size);
+  /// Takes space for that many bytes at a place, where the file system can do that.
+  Result<void> reserve(std::uint64_t offset, std::uint64_t size);
+  Result<void> write(std::uint64_t offset, ByteView bytes);
+
+  /// Everything to the disk, then the name, then the folder to the disk. An error after the name stands says so.
+  Result<void> publish();
+
+  /// The error of a failed system call on the target, `number` being errno.
+  tl::unexpected<MovieError> failure(int number) const;
+
+ private:
+  explicit ReplacementFile(std::string path) : path_(std::move(path)) {}
+  Result<void> settleTarget();
+  Result<void> openFolder(const std::string& folder);
+  Result<void> createFile(mode_t mode);
+  Result<void> takeOver(int existing);
+
+  std::string path_;     ///< as given
+  std::string name_;     ///< of the target, in the folder
+  std::string ownName_;  ///< until it is published; empty when there is no file
+  int folder_ = -1;
+  int file_ = -1;
+};
+
+}  // namespace movie
