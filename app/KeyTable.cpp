@@ -29,14 +29,15 @@ void addRow(QGridLayout& grid, const KeyRow& row) {
 
 }  // namespace
 
-void KeyTable::add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act) {
-  rows_.append({what, keys, std::move(act)});
+void KeyTable::add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act, KeyRepeat repeat) {
+  rows_.append({what, keys, std::move(act), repeat});
 }
 
 void KeyTable::install(QWidget& window) const {
   for (const KeyRow& row : rows_) {
     auto* const action = new QAction(row.what, &window);
     action->setShortcuts(row.keys);
+    action->setAutoRepeat(row.repeat == KeyRepeat::Yes);
     QObject::connect(action, &QAction::triggered, &window, row.act);
     window.addAction(action);
   }

@@ -7,17 +7,22 @@
 
 class QWidget;
 
+/// Whether a key that is held goes on and on.
+enum class KeyRepeat { No, Yes };
+
 /// One thing the window does on a key.
 struct KeyRow {
   QString what;  ///< as the list of keys says it
   QList<QKeySequence> keys;
   std::function<void()> act;
+  KeyRepeat repeat = KeyRepeat::No;
 };
 
 /// Every key of the window: the one table that the window's shortcuts and the list under F1 are made from.
 class KeyTable {
  public:
-  void add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act);
+  void add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act,
+           KeyRepeat repeat = KeyRepeat::No);
   const QList<KeyRow>& rows() const { return rows_; }
 
   /// Gives the window an action for each row.

@@ -58,6 +58,8 @@ void LumacheckAppDelegate::addKeys() {
   keys_.add(tr("Link or unlink the playheads"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
   keys_.add(tr("Full screen"), {QKeySequence(Qt::Key_F11)},
             [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
+  keys_.add(tr("Leave full screen"), {QKeySequence(Qt::Key_Escape)},
+            [this] { window_->setWindowState(window_->windowState() & ~Qt::WindowFullScreen); });
   keys_.add(tr("This list"), {QKeySequence(QKeySequence::HelpContents)}, [this] { keys_.show(*window_); });
   keys_.add(tr("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, [this] { window_->close(); });
   keys_.install(*window_);

@@ -138,6 +138,8 @@ void MainInterface::layOut() {
   splitter->addWidget(bottomPanel());
   splitter->setChildrenCollapsible(false);
   splitter->setSizes(usualHeights);
+  splitter->setStretchFactor(0, 2);
+  splitter->setStretchFactor(1, 1);
   splitter->setHandleWidth(margin);
 
   auto* const content = new QWidget;
@@ -189,13 +191,13 @@ void MainInterface::addMovieKeys(KeyTable& keys) const {
   keys.add(QObject::tr("Stop"), {Qt::Key_K}, on([](QVMovieView& view) { view.play(0); }));
   keys.add(QObject::tr("Play; again for faster"), {Qt::Key_L}, [this, faster] { faster(activeView(), 1); });
   keys.add(QObject::tr("One frame back"), {Qt::Key_Left, Qt::Key_Comma},
-           on([](QVMovieView& view) { view.stepFrames(-1); }));
+           on([](QVMovieView& view) { view.stepFrames(-1); }), KeyRepeat::Yes);
   keys.add(QObject::tr("One frame forward"), {Qt::Key_Right, Qt::Key_Period},
-           on([](QVMovieView& view) { view.stepFrames(1); }));
+           on([](QVMovieView& view) { view.stepFrames(1); }), KeyRepeat::Yes);
   keys.add(QObject::tr("One second back"), {QKeySequence(Qt::SHIFT | Qt::Key_Left)},
-           on([](QVMovieView& view) { view.stepSeconds(-1); }));
+           on([](QVMovieView& view) { view.stepSeconds(-1); }), KeyRepeat::Yes);
   keys.add(QObject::tr("One second forward"), {QKeySequence(Qt::SHIFT | Qt::Key_Right)},
-           on([](QVMovieView& view) { view.stepSeconds(1); }));
+           on([](QVMovieView& view) { view.stepSeconds(1); }), KeyRepeat::Yes);
   keys.add(QObject::tr("To the beginning"), {Qt::Key_Home}, on([](QVMovieView& view) { view.gotoBeginning(); }));
   keys.add(QObject::tr("To the last frame"), {Qt::Key_End}, on([](QVMovieView& view) { view.gotoEnd(); }));
 }

@@ -51,6 +51,12 @@ void ResultsView::append(const check::ReportParagraph& paragraph) {
   setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
 }
 
+void ResultsView::resizeEvent(QResizeEvent* event) {
+  const bool atEnd = verticalScrollBar()->value() == verticalScrollBar()->maximum();
+  QTextEdit::resizeEvent(event);
+  if (atEnd) verticalScrollBar()->setValue(verticalScrollBar()->maximum());
+}
+
 void ViewConsole::clearTextView() {
   MainThread::performAndWait([this] { view_.clearText(); });
 }

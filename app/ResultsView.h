@@ -14,6 +14,9 @@ class ResultsView : public QTextEdit {
   void clearText();
   /// Appends a paragraph in its style, one blank line after what is there, and scrolls to it.
   void append(const check::ReportParagraph& paragraph);
+
+ protected:
+  void resizeEvent(QResizeEvent* event) override;  ///< the end stays in sight
 };
 
 /// Writes reports into a results view; paragraphs from other threads go through the main thread and wait for it.

@@ -4,6 +4,7 @@
 #include <QJsonDocument>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <cstdio>
 
 #include <unistd.h>
 
@@ -47,8 +48,9 @@ bool SingleInstance::handOver(const QStringList& files) {
     socket.flush();
     const bool answered =
         (socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received);
-    if (answered) return true;
-    QVLog::appendLog("The window that runs already did not answer.");
+    // One that is busy opens them when it is done.
+    if (!answered) std::fputs("Lumacheck is running already, and busy: it will open the movies later.\n", stderr);
+    return true;
   }
   listen();
   return false;

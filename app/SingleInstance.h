@@ -13,8 +13,7 @@ class SingleInstance : public QObject {
   /// `name` tells the meeting points of different users and programs apart.
   explicit SingleInstance(const QString& name, QObject* parent = nullptr);
 
-  /// Hands the paths to the window that runs. False when there is none, or it does not answer: then this one listens
-  /// from now on.
+  /// Hands the paths to the window that runs. False when there is none: then this one listens from now on.
   bool handOver(const QStringList& files);
 
   /// The name for this user.

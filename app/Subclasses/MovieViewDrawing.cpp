@@ -31,6 +31,7 @@ void QVMovieView::setDragged(bool dragged) {
 }
 
 void QVMovieView::paintEvent(QPaintEvent* /*event*/) {
+  askForPictures();  // the screen may be another, with other device pixels
   QPainter painter(this);
   painter.fillRect(rect(), ground);
   if (!picture_.isNull()) {
@@ -52,12 +53,6 @@ void QVMovieView::paintEvent(QPaintEvent* /*event*/) {
 void QVMovieView::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
   askForPictures();
-}
-
-void QVMovieView::changeEvent(QEvent* event) {
-  QWidget::changeEvent(event);
-  // Another screen may have other device pixels.
-  if (event->type() == QEvent::ParentChange || event->type() == QEvent::WindowStateChange) askForPictures();
 }
 
 void QVMovieView::mousePressEvent(QMouseEvent* event) {

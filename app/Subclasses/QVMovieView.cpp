@@ -90,6 +90,7 @@ void QVMovieView::setMovie(std::shared_ptr<PlayableMovie> movie) {
   frame_ = nullptr;
   picture_ = QImage();
   problem_.clear();
+  asked_ = {};
   refreshTimer_.stop();
   try {
     player_->setMovie(movie ? movie->content().copy() : nullptr);
@@ -98,6 +99,7 @@ void QVMovieView::setMovie(std::shared_ptr<PlayableMovie> movie) {
     throw QVPlatformException(QString::fromLocal8Bit(error.what()));
   }
   movie_ = std::move(movie);
+  lastFrameStart_ = movie_ ? frameStart(movie_->content(), movie_->duration()) : movie::MovieTime{};
   if (movie_) {
     connect(movie_.get(), &PlayableMovie::timeWasSet, this, &QVMovieView::followTime);
     connect(movie_.get(), &PlayableMovie::rateDidChange, this, &QVMovieView::followRate);
@@ -147,9 +149,7 @@ void QVMovieView::play(double rate) {
 void QVMovieView::togglePlaying() {
   if (!canPlay()) return;
   if (movie_->rate() != 0) return movie_->stop();
-  const auto last = movie_->content().frameSpanAt(movie_->duration());
-  const bool atEnd = last && movie::compareTimes(movie_->currentTime(), last->start) >= 0;
-  if (atEnd) movie_->gotoBeginning();
+  if (movie::compareTimes(movie_->currentTime(), lastFrameStart_) >= 0) movie_->gotoBeginning();
   movie_->setRate(1);
 }
 
@@ -171,20 +171,20 @@ void QVMovieView::gotoBeginning() {
 }
 
 void QVMovieView::gotoEnd() {
-  if (canPlay()) movie_->setCurrentTime(frameStart(movie_->content(), movie_->duration()));
+  if (canPlay()) movie_->setCurrentTime(lastFrameStart_);
 }
 
 double QVMovieView::position() const {
   if (!canPlay()) return 0;
-  const double played = movie::secondsOf(movie_->currentTime()) / movie::secondsOf(movie_->duration());
-  return std::clamp(played, 0.0, 1.0);
+  const double all = movie::secondsOf(lastFrameStart_);
+  return all > 0 ? std::clamp(movie::secondsOf(movie_->currentTime()) / all, 0.0, 1.0) : 0;
 }
 
 void QVMovieView::scrubTo(double position) {
   if (!canPlay()) return;
-  const movie::MovieTime length = movie_->duration();
-  const auto value = static_cast<std::int64_t>(static_cast<double>(length.value) * std::clamp(position, 0.0, 1.0));
-  movie_->setCurrentTime(frameStart(movie_->content(), {.value = value, .scale = length.scale}));
+  const movie::MovieTime all = lastFrameStart_;
+  const auto value = static_cast<std::int64_t>(static_cast<double>(all.value) * std::clamp(position, 0.0, 1.0));
+  movie_->setCurrentTime(frameStart(movie_->content(), {.value = value, .scale = all.scale}));
 }
 
 void QVMovieView::setVolume(double volume) {
@@ -195,7 +195,9 @@ void QVMovieView::setVolume(double volume) {
 
 void QVMovieView::askForPictures() {
   const QSize size = pictureSize();
-  if (!size.isEmpty()) player_->setPictureSize(size.width(), size.height());
+  if (size.isEmpty() || size == asked_) return;
+  asked_ = size;
+  player_->setPictureSize(size.width(), size.height());
 }
 
 /// Takes over where playing has come to, and the picture for it.

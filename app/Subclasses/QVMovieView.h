@@ -44,7 +44,7 @@ class QVMovieView : public QWidget {
   void stepSeconds(int seconds);  ///< stops playing first
   void gotoBeginning();
   void gotoEnd();  ///< the last frame
-  /// Where in the movie the playhead is, 0 to 1, and back.
+  /// Where in the movie the playhead is, 0 to 1 for the last frame, and back.
   double position() const;
   void scrubTo(double position);
 
@@ -70,7 +70,6 @@ class QVMovieView : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void resizeEvent(QResizeEvent* event) override;
-  void changeEvent(QEvent* event) override;
   void dragEnterEvent(QDragEnterEvent* event) override;
   void dragMoveEvent(QDragMoveEvent* event) override;
   void dragLeaveEvent(QDragLeaveEvent* event) override;
@@ -100,6 +99,8 @@ class QVMovieView : public QWidget {
   std::shared_ptr<PlayableMovie> movie_;
   std::shared_ptr<const player::ShownFrame> frame_;  ///< what picture_ shows
   QImage picture_;
+  QSize asked_;                      ///< the size that pictures were asked for in
+  movie::MovieTime lastFrameStart_;  ///< of the movie
   QTimer refreshTimer_;
   QString hint_, problem_;
   double volume_ = 1;

@@ -90,6 +90,9 @@ TEST_F(ResultsConsole, ScrollsToTheEnd) {
   const QScrollBar& bar = *interface().resultsView->verticalScrollBar();
   EXPECT_GT(bar.maximum(), 0);
   EXPECT_EQ(bar.value(), bar.maximum());
+  interface().window().resize(interface().window().minimumSize());
+  runFor(50);
+  EXPECT_EQ(bar.value(), bar.maximum());
 }
 
 TEST_F(ResultsConsole, StaysWhiteInADarkTheme) {

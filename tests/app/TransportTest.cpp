@@ -55,6 +55,7 @@ TEST_F(Transport, StepsAndPlaysByItsButtons) {
 
 TEST_F(Transport, PlaysFromTheBeginningAfterTheEnd) {
   sourceView().gotoEnd();
+  EXPECT_EQ(bar().scrubber->value(), bar().scrubber->maximum());
   EXPECT_EQ(timecode(), "01:00:01:24");
   sourceView().togglePlaying();
   EXPECT_EQ(rate(), 1);

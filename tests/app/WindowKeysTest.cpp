@@ -172,6 +172,21 @@ TEST_F(WindowKeys, AreListedOnceHoweverOftenTheyAreAskedFor) {
   EXPECT_EQ(interface().window().findChildren<QDialog*>("keys").size(), 1);
 }
 
+TEST_F(WindowKeys, GoOnWhileHeldOnlyWhereTheyStep) {
+  for (const QAction* action : interface().window().actions()) {
+    const bool steps = action->text().startsWith("One ");
+    EXPECT_EQ(action->autoRepeat(), steps) << action->text().toStdString();
+  }
+}
+
+TEST_F(WindowKeys, EnterAndLeaveFullScreen) {
+  sourceView().setFocus();
+  QTest::keyClick(&sourceView(), Qt::Key_F11);
+  EXPECT_TRUE(interface().window().isFullScreen());
+  QTest::keyClick(&sourceView(), Qt::Key_Escape);
+  EXPECT_FALSE(interface().window().isFullScreen());
+}
+
 TEST_F(WindowKeys, AreEachGivenOnce) {
   QSet<QKeySequence> seen;
   for (const KeyRow& row : controller().keys().rows()) {
