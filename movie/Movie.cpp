@@ -5,7 +5,10 @@
 #include <limits>
 #include <utility>
 
+#include <sys/stat.h>
+
 #include "movie/decode/DecoderModule.h"
+#include "movie/quicktime/MovieEdit.h"
 #include "movie/render/DisplayRenderer.h"
 #include "movie/render/MeasurementRenderer.h"
 #include "movie/render/Orientation.h"
@@ -51,6 +54,14 @@ std::int64_t timecodeFramesIn(std::int64_t ticks, std::int32_t mediaTimeScale, c
   __extension__ using Wide = __int128;
   const Wide frames = Wide{ticks} * definition.timeScale / (Wide{mediaTimeScale} * definition.frameDuration);
   return static_cast<std::int64_t>(std::min<Wide>(frames, std::numeric_limits<std::int32_t>::max()));
+}
+
+/// Whether the name leads to the file that a movie has open.
+bool leadsTo(const std::string& path, const MovieFile& file) {
+  struct stat named {
+  }, open{};
+  return ::stat(path.c_str(), &named) == 0 && ::fstat(file.descriptor(), &open) == 0 && named.st_dev == open.st_dev &&
+         named.st_ino == open.st_ino;
 }
 
 }  // namespace
@@ -111,6 +122,38 @@ std::unique_ptr<Movie> Movie::copy() const {
 const std::string& Movie::path() const {
   static const std::string none;
   return file_ ? file_->path() : none;
+}
+
+Result<void> Movie::writeToFile(const std::string& path, const CopyProgress& progress) {
+  if (!file_) return failure("there is no movie to write");
+  std::vector<SampleDescriptionEdit> edits;
+  for (const auto& track : tracks_) {
+    for (std::size_t i = 0; i < track->media().sampleDescriptionCount(); ++i) {
+      Bytes entry = *track->media().sampleDescription(i + 1);
+      if (entry != track->info().sampleDescriptions[i]) edits.push_back({track->index_, i, std::move(entry)});
+    }
+  }
+  auto movieAtom = editedMovieAtom(file_->movieAtom(), edits);
+  if (!movieAtom) {
+    movieAtom.error().file = this->path();
+    return tl::unexpected(std::move(movieAtom).error());
+  }
+  const bool own = leadsTo(path, *file_);
+  auto status = writeFlattenedCopy(*file_, *movieAtom, path, progress);
+  if (!own || leadsTo(path, *file_)) return status;
+  auto reopened = reopen();
+  return status ? reopened : status;
+}
+
+Result<void> Movie::reopen() {
+  auto file = MovieFile::open(path());
+  if (!file) return tl::unexpected(std::move(file).error());
+  if ((*file)->tracks().size() != tracks_.size()) return failure("the file now has other tracks");
+  decoder_.reset();
+  stream_.reset();
+  file_ = std::move(*file);
+  for (const auto& track : tracks_) track->rebind(file_->tracks()[track->index_]);
+  return {};
 }
 
 void Movie::gotoBeginning() {

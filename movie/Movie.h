@@ -10,6 +10,7 @@
 #include "movie/EditList.h"
 #include "movie/decode/MovieDecoder.h"
 #include "movie/decode/PictureStream.h"
+#include "movie/quicktime/FlattenedCopy.h"
 #include "movie/quicktime/ImageDescription.h"
 #include "movie/quicktime/MovieError.h"
 #include "movie/quicktime/MovieFile.h"
@@ -52,6 +53,7 @@ class Track {
  private:
   friend class Movie;
   Track(const TrackInfo& info, std::size_t index) : info_(&info), index_(index), media_(info) {}
+  void rebind(const TrackInfo& info) { media_.info_ = info_ = &info; }
   const TrackInfo* info_;
   std::size_t index_;
   Media media_;
@@ -100,6 +102,12 @@ class Movie {
   const std::string& path() const;                                        ///< empty for an empty movie
   const std::shared_ptr<const MovieFile>& file() const { return file_; }  ///< null for an empty movie
 
+  /// Writes this movie, its edited sample descriptions included, as a self-contained copy: see writeFlattenedCopy() for
+  /// what holds then, for `progress` and for the errors. The movie keeps its file, its edits and its playhead. Where
+  /// the target is the movie's own file it goes on with the new one; an error then can also mean that the new one
+  /// stands but cannot be opened again, and the movie goes on with the old one.
+  Result<void> writeToFile(const std::string& path, const CopyProgress& progress = {});
+
   void gotoBeginning();
   MovieTime currentTime() const { return currentTime_; }
   void setCurrentTime(const MovieTime& time) { currentTime_ = time; }
@@ -133,6 +141,7 @@ class Movie {
  private:
   Movie() = default;
   const Track* firstTrack(FourCC mediaType) const;
+  Result<void> reopen();
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
   Result<PictureStream*> stream(std::size_t track);
