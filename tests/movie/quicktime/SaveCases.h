@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "movie/quicktime/MovieEdit.h"
+#include "movie/quicktime/SavePlacement.h"
+
+namespace movie::test {
+
+/// A movie file and an edit of it, laid out so that a save takes one particular way.
+struct SaveCase {
+  std::string name;
+  Bytes file;
+  Bytes movie;  ///< the movie atom in it that counts
+  std::vector<SampleDescriptionEdit> edits;
+  SavePlace place = SavePlace::Tail;  ///< where the edited movie atom is to go
+};
+
+/// Every way that there is, with `padding` bytes (0, or 8 and more) in a `free` at the front, so that atoms meet
+/// sector borders in different places.
+std::vector<SaveCase> saveCases(std::size_t padding);
+
+}  // namespace movie::test
