@@ -124,8 +124,7 @@ const std::string& Movie::path() const {
   return file_ ? file_->path() : none;
 }
 
-Result<void> Movie::writeToFile(const std::string& path, const CopyProgress& progress) {
-  if (!file_) return failure("there is no movie to write");
+std::vector<SampleDescriptionEdit> Movie::edits() const {
   std::vector<SampleDescriptionEdit> edits;
   for (const auto& track : tracks_) {
     for (std::size_t i = 0; i < track->media().sampleDescriptionCount(); ++i) {
@@ -133,7 +132,29 @@ Result<void> Movie::writeToFile(const std::string& path, const CopyProgress& pro
       if (entry != track->info().sampleDescriptions[i]) edits.push_back({track->index_, i, std::move(entry)});
     }
   }
-  auto movieAtom = editedMovieAtom(file_->movieAtom(), edits);
+  return edits;
+}
+
+Result<void> Movie::canUpdateMovieFile() const {
+  if (!file_) return failure("there is no movie to save");
+  return canUpdate(*file_, edits());
+}
+
+Result<SaveOutcome> Movie::updateMovieFile() {
+  if (!file_) return failure("there is no movie to save");
+  auto outcome = saveMetadata(*file_, edits());
+  if (!outcome || outcome->place == SavePlace::Unchanged) return outcome;
+  if (auto reopened = reopen(); !reopened) {
+    outcome->notes.push_back("The file was saved but does not open again. " + reopened.error().message());
+  } else if (!outcome->uncertain) {
+    for (const auto& track : tracks_) track->forgetEdits();
+  }
+  return outcome;
+}
+
+Result<void> Movie::writeToFile(const std::string& path, const CopyProgress& progress) {
+  if (!file_) return failure("there is no movie to write");
+  auto movieAtom = editedMovieAtom(file_->movieAtom(), edits());
   if (!movieAtom) {
     movieAtom.error().file = this->path();
     return tl::unexpected(std::move(movieAtom).error());

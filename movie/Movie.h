@@ -12,6 +12,7 @@
 #include "movie/decode/PictureStream.h"
 #include "movie/quicktime/FlattenedCopy.h"
 #include "movie/quicktime/ImageDescription.h"
+#include "movie/quicktime/MetadataSave.h"
 #include "movie/quicktime/MovieError.h"
 #include "movie/quicktime/MovieFile.h"
 #include "movie/quicktime/MovieTime.h"
@@ -54,6 +55,7 @@ class Track {
   friend class Movie;
   Track(const TrackInfo& info, std::size_t index) : info_(&info), index_(index), media_(info) {}
   void rebind(const TrackInfo& info) { media_.info_ = info_ = &info; }
+  void forgetEdits() { media_.edited_.clear(); }
   const TrackInfo* info_;
   std::size_t index_;
   Media media_;
@@ -102,6 +104,15 @@ class Movie {
   const std::string& path() const;                                        ///< empty for an empty movie
   const std::shared_ptr<const MovieFile>& file() const { return file_; }  ///< null for an empty movie
 
+  /// Whether updateMovieFile() would begin, now; the error's reason says why not. Nothing is changed on disk.
+  Result<void> canUpdateMovieFile() const;
+
+  /// Saves the edited sample descriptions in the movie's file, in place: see saveMetadata() for what holds then and for
+  /// the errors, after which the movie has its edits still. Otherwise it holds the file as newly opened, and no edits;
+  /// where the outcome is uncertain or the file does not open again, which is noted, it keeps them. Copies read their
+  /// frames as before; they themselves can no longer save.
+  Result<SaveOutcome> updateMovieFile();
+
   /// Writes this movie, its edited sample descriptions included, as a self-contained copy: see writeFlattenedCopy() for
   /// what holds then, for `progress` and for the errors. The movie keeps its file, its edits and its playhead. Where
   /// the target is the movie's own file it goes on with the new one; an error then can also mean that the new one
@@ -141,6 +152,7 @@ class Movie {
  private:
   Movie() = default;
   const Track* firstTrack(FourCC mediaType) const;
+  std::vector<SampleDescriptionEdit> edits() const;
   Result<void> reopen();
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
