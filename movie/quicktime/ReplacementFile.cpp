@@ -168,7 +168,7 @@ Result<void> ReplacementFile::settleTarget() {
     if (links == mostLinks) return failure(ELOOP);
     const std::string next = linkTarget(target);
     if (next.empty()) return failure(ENOENT);
-    target = next.front() == '/' ? next : folderOf(target) + "/" + next;
+    target = next.front() == '/' ? next : folderOf(target).append("/").append(next);
   }
   name_ = nameOf(target);
   if (name_.empty()) return failure(ENOENT);
