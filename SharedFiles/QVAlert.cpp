@@ -6,6 +6,7 @@
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
+#include <future>
 #include <limits>
 #include <mutex>
 #include <optional>
@@ -26,6 +27,7 @@ using SystemLog = std::function<void(const QString&)>;
 
 constexpr std::chrono::milliseconds turnOnMainThread{10};
 constexpr std::chrono::milliseconds turnElsewhere{200};
+constexpr std::chrono::milliseconds turnWhileClosing{20};
 constexpr int defaultReturn = 1;
 constexpr int otherReturn = -1;
 constexpr int nothingGiven = std::numeric_limits<int>::min();
@@ -210,15 +212,29 @@ int QVAlert::ask(const Question& question) {
   if (!shown || !question.block) return otherReturn;
   alert->wait();
   const Answer& answer = *alert->answer_;
-  // A main thread that has left its event loop takes no more work.
-  if (answer.quitting && !MainThread::isCurrent()) return otherReturn;
-  MainThread::performAndWait([&] {
-    alert->closeAlert();
-    if (!question.alertObject) alert->setParentWindow(nullptr);
-  });
+  alert->closeWhenWaited(question.alertObject == nullptr);
   if (answer.quitting) return otherReturn;
   const int given = answer.given;
   return given == nothingGiven ? answer.code.load() : given;
+}
+
+/// Closes the alert on the main thread and waits for that, but not for a main thread that has left its event loop and
+/// takes no more work. Quitting closes an alert's panel, which answers it, a moment before it is known as quitting.
+void QVAlert::closeWhenWaited(bool forgetParent) {
+  const auto close = [alert = shared_from_this(), forgetParent] {
+    alert->closeAlert();
+    if (forgetParent) alert->setParentWindow(nullptr);
+  };
+  if (MainThread::isCurrent()) return close();
+  // Work that is dropped takes the promise with it, which ends the wait as well.
+  auto promise = std::make_shared<std::promise<void>>();
+  const std::future<void> closed = promise->get_future();
+  MainThread::perform([close, promise = std::move(promise)] {
+    close();
+    promise->set_value();
+  });
+  while (!answer_->quitting && closed.wait_for(turnWhileClosing) != std::future_status::ready) {
+  }
 }
 
 void QVAlert::startTimer(int interval) {

@@ -141,6 +141,7 @@ class QVAlert final : public AlertDelegate, public std::enable_shared_from_this<
   static int ask(const Question& question);
   void startTimer(int interval);
   void wait() const;
+  void closeWhenWaited(bool forgetParent);
   void bindSuppression(AlertPanel& panel, const QString& keyPath);
   void applicationQuits();
 

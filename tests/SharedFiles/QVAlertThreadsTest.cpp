@@ -177,6 +177,25 @@ TEST_P(AlertsAtTheEnd, AWaiterElsewhereGetsOther) {
   EXPECT_TRUE(shownPanels().empty());
 }
 
+/// Takes its time to close, as one that saves its state.
+class SlowWindow : public QWidget {
+ protected:
+  void closeEvent(QCloseEvent* event) override {
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+    QWidget::closeEvent(event);
+  }
+};
+
+TEST_F(AlertsFromThreads, AWaiterElsewhereComesBackWhenItsPanelClosesLongBeforeTheEnd) {
+  SlowWindow slow;
+  slow.show();
+  std::thread asking([&] { ask("m", window_.get()); });
+  onPanel([](AlertPanel&) { QCoreApplication::quit(); });
+  QCoreApplication::exec();
+  asking.join();  // while this thread dispatches nothing
+  EXPECT_TRUE(shownPanels().empty());
+}
+
 TEST_P(AlertsAtTheEnd, AWaiterWhoseDelegateNeverEndsItGetsOther) {
   NotedDelegate delegate;
   int code = 99;
