@@ -149,7 +149,7 @@ void Saver::rollBack() {
 
 SaveOutcome Saver::uncertain(const MovieError& error) {
   outcome_.uncertain = true;
-  note("It is uncertain whether the save counts: " + error.message());
+  note("It is uncertain whether the save counts: " + saveMessage(error));
   return std::move(outcome_);
 }
 
@@ -202,14 +202,14 @@ void Saver::moveIntoSlot() {
   using Step = Status (Saver::*)();
   for (const Step step : {&Saver::widenSlot, &Saver::fillSlot, &Saver::openSlot}) {
     if (auto status = (this->*step)(); !status) {
-      note("The movie atom stays at the end of the file: " + status.error().message());
+      note("The movie atom stays at the end of the file: " + saveMessage(status.error()));
       return;
     }
   }
   outcome_.place = SavePlace::Slot;
   if (auto status = cutTail(); !status) {
     note("A second copy of the movie atom stays at the end of the file until the next save: " +
-         status.error().message());
+         saveMessage(status.error()));
   }
 }
 
@@ -264,6 +264,13 @@ Result<Plan> planSave(const MovieFile& movie, const std::vector<SampleDescriptio
 }
 
 }  // namespace
+
+std::string saveMessage(const MovieError& error) {
+  std::string text = error.file.empty() ? "Cannot save the movie: " : "Cannot save \"" + error.file + "\": ";
+  text += error.reason;
+  if (!error.atom.empty()) text += " (atom " + error.atom + " at offset " + std::to_string(error.offset) + ")";
+  return text + ".";
+}
 
 Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, FileCalls& calls) {
   const auto plan = planSave(movie, edits, calls);

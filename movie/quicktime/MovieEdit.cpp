@@ -129,7 +129,7 @@ std::vector<AtomPath> resizableFrees(ByteView bytes, const Atom& movie) {
     for (const Atom& child : children.atoms) {
       AtomPath path = around;
       path.push_back(child);
-      if (child.type == fourCC("free") && child.headerSize == 8) found.push_back(std::move(path));
+      if (child.type == fourCC("free") && child.headerSize == 8) found.push_back(path);
       if (child.type == fourCC("udta") && around.size() == 1) again(path, readChildren(bytes, child), again);
       if (child.type == fourCC("meta")) again(path, metaChildren(bytes, child), again);
     }
@@ -260,7 +260,8 @@ std::optional<Bytes> movieAtomOfSize(ByteView movieAtom, std::uint64_t size) {
 }
 
 bool equalButForColors(ByteView left, ByteView right) {
-  return Skeleton(left).make() == Skeleton(right).make();
+  const Bytes skeleton = Skeleton(left).make();
+  return !skeleton.empty() && skeleton == Skeleton(right).make();
 }
 
 }  // namespace movie

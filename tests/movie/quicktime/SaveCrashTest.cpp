@@ -161,6 +161,21 @@ Changes changesOf(const SaveCase& subject) {
   return recording ? recording->changes : Changes{};
 }
 
+/// Whether [begin, end) lies in movie atoms, free space, the size of a mdat, or behind it all.
+bool belongsToSave(const Bytes& file, std::size_t begin, std::size_t end) {
+  for (std::size_t at = 0; at + 8 <= file.size();) {
+    const std::uint64_t written = read32(file, at);
+    const std::uint64_t size = written == 1 ? read64(file, at + 8) : written == 0 ? file.size() - at : written;
+    const FourCC type = read32(file, at + 4);
+    const std::size_t last = at + static_cast<std::size_t>(size);
+    const bool ours = type == fourCC("moov") || type == fourCC("free") || type == fourCC("skip") || type == 0;
+    const bool sizing = type == fourCC("mdat") && written == 0 && begin == at && end == at + 4;
+    if (!ours && !sizing && begin < last && end > at) return false;
+    at = last;
+  }
+  return true;
+}
+
 const std::vector<std::size_t>& paddings() {
   static const std::vector<std::size_t> all = [] {
     std::vector<std::size_t> some{0};
@@ -181,6 +196,28 @@ TEST(SaveCrash, EveryCaseGoesTheWayItIsMeantTo) {
     EXPECT_FALSE(recording->outcome.uncertain);
     const Judge judge(subject);
     EXPECT_EQ(judge.verdictAfter(recording->after, subject.edits[0].entry), "");
+  }
+}
+
+TEST(SaveCrash, WritesAtMostTheMovieAtomTwice) {
+  for (const SaveCase& subject : saveCases(11)) {
+    SCOPED_TRACE(subject.name);
+    std::size_t written = 0;
+    for (const auto& change : changesOf(subject)) written += change.bytes.size();
+    EXPECT_LE(written, 2 * subject.movie.size() + 1024);
+  }
+}
+
+TEST(SaveCrash, ChangesNothingButFreeSpaceAndTheMovieAtom) {
+  for (const SaveCase& subject : saveCases(11)) {
+    SCOPED_TRACE(subject.name);
+    for (const auto& change : changesOf(subject)) {
+      if (change.call == SimulatedFile::Call::Resize) {
+        EXPECT_GE(change.offset + subject.movie.size(), subject.file.size());
+      }
+      if (change.call != SimulatedFile::Call::Write) continue;
+      EXPECT_TRUE(belongsToSave(subject.file, change.offset, change.offset + change.bytes.size())) << change.offset;
+    }
   }
 }
 

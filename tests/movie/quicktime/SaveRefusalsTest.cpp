@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -261,6 +262,55 @@ TEST_F(OpenedMovie, IsOnlyLookedAtByCanUpdate) {
   EXPECT_TRUE(canUpdate(*movie_, {}));
   EXPECT_EQ(read(file_.path()), content_);
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
+}
+
+TEST_F(OpenedMovie, IsNotLostToALimitOfFileSizes) {
+  rlimit before{};
+  ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+  for (const std::size_t room : {0U, 4U, 8U, 100U}) {
+    const rlimit tight{content_.size() + room, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &tight), 0);
+    const auto outcome = saveMetadata(*movie_, edits());
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+    ASSERT_FALSE(outcome);
+    EXPECT_NE(outcome.error().reason.find("larger than is allowed"), std::string::npos) << outcome.error().reason;
+    EXPECT_EQ(read(file_.path()), content_);
+  }
+  EXPECT_TRUE(saveMetadata(*movie_, edits()));
+}
+
+TEST_F(OpenedMovie, SaysInASentenceWhyItIsNotSaved) {
+  EXPECT_EQ(saveMessage({"a.mov", "moov", 8, "it is so"}), "Cannot save \"a.mov\": it is so (atom moov at offset 8).");
+  EXPECT_EQ(saveMessage({{}, {}, 0, "it is so"}), "Cannot save the movie: it is so.");
+}
+
+TEST(LargeMovie, IsSavedBehindFourGigabytesAtTheCostOfItsMovieAtom) {
+  constexpr std::uint64_t gigabyte = std::uint64_t{1} << 30;
+  MovieSpec large;
+  large.tracks[0].wideOffsets = true;
+  large.tracks[0].chunkOffsets = {5 * gigabyte};
+  large.more = {text("uuid", 3000)};
+  Bytes content = joined({fileType("qt  "), large.build(), AtomBuilder("mdat").u64(0).build()});
+  const std::uint64_t dataAt = content.size() - 16;
+  write32(content, static_cast<std::size_t>(dataAt), 1);
+  write32(content, static_cast<std::size_t>(dataAt) + 8, static_cast<std::uint32_t>((6 * gigabyte) >> 32));
+  write32(content, static_cast<std::size_t>(dataAt) + 12, static_cast<std::uint32_t>(6 * gigabyte));
+  const TemporaryFile file(content);
+  file.resize(dataAt + 6 * gigabyte);
+  const auto movie = MovieFile::open(file.path());
+  ASSERT_TRUE(movie) << movie.error().message();
+  const auto outcome = saveMetadata(**movie, edits());
+  ASSERT_TRUE(outcome) << outcome.error().message();
+  EXPECT_EQ(outcome->place, SavePlace::Tail);
+  EXPECT_TRUE(outcome->mediaNowPrecedeMovie);
+  const auto after = MovieFile::open(file.path());
+  ASSERT_TRUE(after) << after.error().message();
+  EXPECT_EQ((*after)->movieAtomOffset(), dataAt + 6 * gigabyte);
+  EXPECT_EQ((*after)->tracks()[0].sampleDescriptions[0], edits()[0].entry);
+  EXPECT_EQ((*after)->size(), (*after)->movieAtomOffset() + (*after)->movieAtom().size());
+  struct stat status {};
+  ASSERT_EQ(::stat(file.path().c_str(), &status), 0);
+  EXPECT_LT(status.st_blocks * 512, 200'000);
 }
 
 /// The system's calls, with one of them failing.
