@@ -47,6 +47,9 @@ void LumacheckAppDelegate::connectControls() {
   wire(interface_.dest, &LumacheckAppDelegate::browseDest, &LumacheckAppDelegate::modifyDestPath);
   connect(interface_.swapBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::swapMovies);
   connect(interface_.checkBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::checkAction);
+  connect(interface_.syncBtn, &QPushButton::clicked, this, [this] { syncMetadata(); });
+  connect(interface_.saveBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDest);
+  connect(interface_.saveAsBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDestAs);
 }
 
 void LumacheckAppDelegate::addKeys() {
@@ -54,7 +57,10 @@ void LumacheckAppDelegate::addKeys() {
   keys_.add(tr("Check"), {QKeySequence(Qt::CTRL | Qt::Key_Return)}, [this] { checkAction(); });
   keys_.add(tr("Open the source"), {QKeySequence(QKeySequence::Open)}, [this] { browseSource(); });
   keys_.add(tr("Open the destination"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}, [this] { browseDest(); });
-  keys_.add(tr("Swap the movies"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}, [this] { swapMovies(); });
+  keys_.add(tr("Copy the source's metadata"), {QKeySequence(Qt::CTRL | Qt::Key_M)}, [this] { syncMetadata(); });
+  keys_.add(tr("Save the destination"), {QKeySequence(Qt::CTRL | Qt::Key_S)}, [this] { saveDest(); });
+  keys_.add(tr("Save the destination as"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}, [this] { saveDestAs(); });
+  keys_.add(tr("Swap the movies"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X)}, [this] { swapMovies(); });
   keys_.add(tr("Link or unlink the playheads"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
   keys_.add(tr("Full screen"), {QKeySequence(Qt::Key_F11)},
             [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });

@@ -86,6 +86,16 @@ class LumacheckAppDelegate : public QObject {
   void outputBoldErrorText(const QString& text);                ///< outputBoldErrorText:
   void outputText(const QString& text, bool error, bool bold);  ///< outputText:error:bold:
 
+  // The metadata sync and the saving of the destination.
+
+  void syncMetadata();  ///< syncMetadata:
+  /// syncMetadata:dest:
+  static void syncMetadata(const MovieSlot& source, const MovieSlot& dest);
+  void saveDest();    ///< saveDest:
+  void saveDestAs();  ///< saveDestAs:
+  /// savePanelDidEnd:returnCode:contextInfo: 1 is OK; the context is not used.
+  void savePanelDidEnd(QFileDialog* panel, int returnCode, void* contextInfo);
+
   const KeyTable& keys() const { return keys_; }
 
  private:
@@ -104,6 +114,7 @@ class LumacheckAppDelegate : public QObject {
   void connectControls();
   void addKeys();
   void browse(const QString& type);
+  static QString movieNameFilter();
   void restoreLastFile(Side& side);
   void showIn(Side& side, const MovieSlot& display);
   void observeTime(const MovieSlot& movie);

@@ -29,6 +29,10 @@ QStringList LumacheckAppDelegate::movieFileTypes() {
   return {QStringLiteral("mov"), QStringLiteral("qt"), QStringLiteral("m4v"), QStringLiteral("'MooV'")};
 }
 
+QString LumacheckAppDelegate::movieNameFilter() {
+  return tr("Movies (%1)").arg(namePatterns());
+}
+
 // loadQTMovieWithPath:type:
 void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QString& type) {
   Side& loaded = side(type);
@@ -80,7 +84,7 @@ void LumacheckAppDelegate::browse(const QString& type) {
   panel->setAttribute(Qt::WA_DeleteOnClose);
   panel->setFileMode(QFileDialog::ExistingFile);
   panel->setOption(QFileDialog::ReadOnly);  // no folders are made
-  panel->setNameFilter(tr("Movies (%1)").arg(namePatterns()));
+  panel->setNameFilter(movieNameFilter());
   panel->setWindowTitle(type == source_.type ? tr("Open the source movie") : tr("Open the destination movie"));
   connect(panel, &QDialog::finished, this, [this, panel, type](int code) { browseDidEnd(panel, code, type); });
   panel->open();

@@ -112,13 +112,23 @@ QWidget* MainInterface::linkColumn() {
 QWidget* MainInterface::bottomPanel() {
   checkBtn = new QPushButton(QObject::tr("Check"));
   window_->setDefaultButton(checkBtn);
+  syncBtn = new QPushButton(QObject::tr("Sync Metadata"));
+  syncBtn->setToolTip(QObject::tr("Copies the source's colour metadata onto the destination"));
+  saveBtn = new QPushButton(QObject::tr("Save"));
+  saveBtn->setToolTip(QObject::tr("Saves the destination's metadata in place"));
+  saveAsBtn = new QPushButton(QObject::tr("Save As…"));
+  saveAsBtn->setToolTip(QObject::tr("Saves the destination as a self-contained copy"));
   resultsView = new ResultsView;
   resultsView->setAccessibleName(QObject::tr("Results"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
+  row->setSpacing(spacing);
   row->addWidget(checkBtn);
+  row->addWidget(syncBtn);
   row->addStretch();
+  row->addWidget(saveBtn);
+  row->addWidget(saveAsBtn);
   column->addLayout(row);
   column->addWidget(resultsView, 1);
   return panel;
@@ -166,7 +176,7 @@ void MainInterface::orderFocus() {
   side(source);
   next({linkBtn, swapBtn});
   side(dest);
-  next({checkBtn, resultsView});
+  next({checkBtn, syncBtn, saveBtn, saveAsBtn, resultsView});
 }
 
 void MainInterface::followFocus() {

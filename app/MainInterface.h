@@ -40,6 +40,7 @@ class MainInterface {
   QLabel* linkLabel = nullptr;
   QPushButton* swapBtn = nullptr;
   QPushButton* checkBtn = nullptr;
+  QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
   ResultsView* resultsView = nullptr;
 
   /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.

@@ -23,7 +23,7 @@ QByteArray messageOf(const QStringList& files) {
 
 QStringList filesIn(const QByteArray& message) {
   QStringList files;
-  for (const QJsonValue& file : QJsonDocument::fromJson(message).array()) files << file.toString();
+  for (const auto& file : QJsonDocument::fromJson(message).array()) files << file.toString();
   return files;
 }
 

@@ -31,8 +31,10 @@ struct Interface {
   CLI::App app{"Tells whether a movie suffers a gamma shift against its source.", "lumacheck"};
   CLI::App* check = nullptr;
   CLI::App* info = nullptr;
+  CLI::App* sync = nullptr;
   CLI::Option *source = nullptr, *dest = nullptr, *files = nullptr;
   CLI::Option *windowSource = nullptr, *windowDest = nullptr;
+  CLI::Option *syncSource = nullptr, *syncDest = nullptr;
   CLI::Option *at = nullptr, *sourceAt = nullptr, *destAt = nullptr;
 
   Interface() {
@@ -42,6 +44,7 @@ struct Interface {
     windowDest = app.add_option("DEST")->description("and on this export of it")->type_name("");
     addCheck();
     addInfo();
+    addSync();
   }
 
  private:
@@ -81,6 +84,19 @@ struct Interface {
     addCommonOptions(*info);
     info->footer("Exit status: 0, or 2 when a file cannot be read.");
   }
+
+  void addSync() {
+    sync = app.add_subcommand("sync", "Copy the color metadata of a movie onto another and save that");
+    syncSource = sync->add_option("SOURCE")->description("The source movie")->required()->type_name("");
+    syncDest = sync->add_option("DEST")->description("The movie to change")->required()->type_name("");
+    sync->add_option("--save-as")
+        ->description("Leave DEST alone and write a self-contained copy here")
+        ->type_name("OUT");
+    sync->add_flag("--dry-run")->description("Only tell what would change")->disable_flag_override();
+    addCommonOptions(*sync);
+    sync->footer(
+        "Exit status: 0 when it is done or there is nothing to do, 2 when it is refused, failed or incomplete.");
+  }
 };
 
 std::optional<TimeArgument> timeOf(const CLI::Option& specific, const CLI::Option& common) {
@@ -101,26 +117,45 @@ WindowOptions windowOptionsOf(const Interface& given) {
   return options;
 }
 
+CheckOptions checkOptionsOf(const Interface& given) {
+  return {
+      unmarked(given.source->results().front()),
+      unmarked(given.dest->results().front()),
+      timeOf(*given.sourceAt, *given.at),
+      timeOf(*given.destAt, *given.at),
+      formOf(*given.check),
+      given.check->count("--exit-zero") > 0 ? ExitPolicy::ZeroUnlessFailed : ExitPolicy::ByVerdict,
+  };
+}
+
+InfoOptions infoOptionsOf(const Interface& given) {
+  InfoOptions options{{}, formOf(*given.info)};
+  for (const std::string& file : given.files->results()) options.files.push_back(unmarked(file));
+  return options;
+}
+
+SyncOptions syncOptionsOf(const Interface& given) {
+  const CLI::App& command = *given.sync;
+  SyncOptions options{
+      .source = unmarked(given.syncSource->results().front()),
+      .dest = unmarked(given.syncDest->results().front()),
+      .saveAs = std::nullopt,
+      .mode = command.count("--dry-run") > 0 ? SyncMode::DryRun : SyncMode::Save,
+      .form = formOf(command),
+  };
+  if (command.count("--save-as") > 0) options.saveAs = unmarked(command["--save-as"]->results().front());
+  return options;
+}
+
 CommandLine commandLineOf(const Interface& given) {
-  if (!given.check->parsed() && !given.info->parsed()) return {windowOptionsOf(given), std::nullopt};
-  const bool isCheck = given.check->parsed();
-  const CLI::App& command = isCheck ? *given.check : *given.info;
+  const auto subcommands = given.app.get_subcommands();
+  if (subcommands.empty()) return {windowOptionsOf(given), std::nullopt};
+  const CLI::App& command = *subcommands.front();
   CommandLine line;
   if (command.count("--log") > 0) line.logFile = unmarked(command["--log"]->results().front());
-  if (isCheck) {
-    line.command = CheckOptions{
-        unmarked(given.source->results().front()),
-        unmarked(given.dest->results().front()),
-        timeOf(*given.sourceAt, *given.at),
-        timeOf(*given.destAt, *given.at),
-        formOf(command),
-        command.count("--exit-zero") > 0 ? ExitPolicy::ZeroUnlessFailed : ExitPolicy::ByVerdict,
-    };
-  } else {
-    InfoOptions options{{}, formOf(command)};
-    for (const std::string& file : given.files->results()) options.files.push_back(unmarked(file));
-    line.command = std::move(options);
-  }
+  if (given.check->parsed()) line.command = checkOptionsOf(given);
+  if (given.info->parsed()) line.command = infoOptionsOf(given);
+  if (given.sync->parsed()) line.command = syncOptionsOf(given);
   return line;
 }
 

@@ -10,12 +10,13 @@
 #include "cli/CheckCommand.h"
 #include "cli/CommandResult.h"
 #include "cli/InfoCommand.h"
+#include "cli/SyncCommand.h"
 #include "cli/WindowCommand.h"
 
 namespace cli {
 
 struct CommandLine {
-  std::variant<CheckOptions, InfoOptions, WindowOptions> command;
+  std::variant<CheckOptions, InfoOptions, SyncOptions, WindowOptions> command;
   std::optional<std::string> logFile;  ///< none: no log
 };
 

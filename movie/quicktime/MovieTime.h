@@ -18,8 +18,8 @@ inline double secondsOf(const MovieTime& time) {
   return time.scale == 0 ? 0.0 : static_cast<double>(time.value) / static_cast<double>(time.scale);
 }
 
-/// The same instant in another scale, rounded to nearest, half away from 0, and held at the ends of 64 bits. A time or a
-/// target without a scale leaves the value as it is; flags are kept.
+/// The same instant in another scale, rounded to nearest, half away from 0, and held at the ends of 64 bits. A time or
+/// a target without a scale leaves the value as it is; flags are kept.
 MovieTime timeScaled(const MovieTime& time, std::int32_t scale);
 
 /// Below 0, 0 or above 0 as `a` comes before, with or after `b`; exact. A time without a scale counts as 0.

@@ -52,13 +52,13 @@ class WindowFixture : public testing::Test {
 };
 
 /// Movies that the tests of the window load. Paths.
-QString plainMovie();      ///< 2 s, 25 frames a second, starts at 01:00:00:00, 320 x 180
-QString retaggedMovie();   ///< the same pictures under another gamma level
-QString darkerMovie();     ///< the same, darker
+QString plainMovie();                   ///< 2 s, 25 frames a second, starts at 01:00:00:00, 320 x 180
+QString retaggedMovie();                ///< the same pictures under another gamma level
+QString darkerMovie();                  ///< the same, darker
 QString gammaMovie(const char* gamma);  ///< the first with a gamma level as its only colour metadata
-QString blackMovie();      ///< the same length, black
-QString longMovie();       ///< 1001 frames of 25 frames a second
-QString longNtscMovie();   ///< the same duration, 29.97 frames a second
-QString dropFrameMovie();  ///< 29.97 frames a second, starts at 00:59:58;00 in drop frame
-QString soundMovie();      ///< 2 s of sound, no pictures
-QString groupedMovie();    ///< 2 s of H.264 with B frames
+QString blackMovie();                   ///< the same length, black
+QString longMovie();                    ///< 1001 frames of 25 frames a second
+QString longNtscMovie();                ///< the same duration, 29.97 frames a second
+QString dropFrameMovie();               ///< 29.97 frames a second, starts at 00:59:58;00 in drop frame
+QString soundMovie();                   ///< 2 s of sound, no pictures
+QString groupedMovie();                 ///< 2 s of H.264 with B frames

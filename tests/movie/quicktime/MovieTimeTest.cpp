@@ -1,8 +1,8 @@
-#include "movie/quicktime/MovieTime.h"
-
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include "movie/quicktime/MovieTime.h"
 
 namespace movie {
 namespace {

@@ -1,0 +1,89 @@
+// The metadata sync, and the ways to save the destination.
+
+#include <QFileDialog>
+
+#include "SharedFiles/QVAlert.h"
+#include "SharedFiles/QVLog.h"
+#include "SharedFiles/QVPlatformException.h"
+#include "app/FlattenedSave.h"
+#include "app/LumacheckAppDelegate.h"
+#include "app/Subclasses/QVMovieView.h"
+#include "app/Subclasses/QVQTWindow.h"
+#include "check/MetadataSync.h"
+
+namespace {
+
+void logProblem(const movie::MovieError& error) {
+  QVLog::appendLog("%@", QString::fromStdString(error.message()));
+}
+
+movie::Result<void> canUpdate(const std::shared_ptr<PlayableMovie>& master) {
+  if (master && master->content().file()) return master->content().canUpdateMovieFile();
+  return tl::make_unexpected(movie::MovieError{.file = {}, .atom = {}, .offset = 0, .reason = "no movie is loaded"});
+}
+
+}  // namespace
+
+// syncMetadata:
+void LumacheckAppDelegate::syncMetadata() {
+  QVLog::appendLog("Syncing metadata...");
+  syncMetadata(sourceQTMov(), destQTMov());
+  QVLog::appendLog("Metadata sync complete.");
+  const MovieSlot master = destQTMov();
+  setDestQTDisplayMov(master ? master->copy() : nullptr);
+  try {
+    dest_.movieView->setMovie(destQTDisplayMov());
+  } catch (const QVPlatformException& exception) {
+    QVLog::appendLog("Exception loading source movie: %@", exception.reason());
+  }
+  QVAlert::alertSheetWithMessageText(QStringLiteral("Metadata sync complete"),
+                                     QStringLiteral("Please check the destination preview and save the file."),
+                                     window_);
+}
+
+// syncMetadata:dest:
+void LumacheckAppDelegate::syncMetadata(const MovieSlot& source, const MovieSlot& dest) {
+  if (source && dest) check::syncMetadata(source->content(), dest->content());
+}
+
+// saveDest:
+void LumacheckAppDelegate::saveDest() {
+  QVLog::appendLog("Saving...");
+  const MovieSlot master = destQTMov();
+  if (master) master->setEditable(true);
+  const auto possible = canUpdate(master);
+  if (!possible) {
+    QVLog::appendLog("Cannot update file... saving as");
+    logProblem(possible.error());
+    return saveDestAs();
+  }
+  QVLog::appendLog("Updating original file");
+  const auto saved = master->content().updateMovieFile();
+  if (!saved) return logProblem(saved.error());
+  for (const std::string& note : saved->notes) QVLog::appendLog("%@", QString::fromStdString(note));
+}
+
+// saveDestAs:
+void LumacheckAppDelegate::saveDestAs() {
+  auto* const panel = new QFileDialog(window_);
+  panel->setAttribute(Qt::WA_DeleteOnClose);
+  panel->setAcceptMode(QFileDialog::AcceptSave);
+  panel->setFileMode(QFileDialog::AnyFile);
+  panel->setNameFilter(movieNameFilter());
+  panel->setDefaultSuffix(movieFileTypes().first());
+  panel->setWindowTitle(tr("Save the destination as"));
+  connect(panel, &QDialog::finished, this, [this, panel](int code) { savePanelDidEnd(panel, code, nullptr); });
+  panel->open();
+}
+
+// savePanelDidEnd:returnCode:contextInfo:
+void LumacheckAppDelegate::savePanelDidEnd(QFileDialog* panel, int returnCode, void* /*contextInfo*/) {
+  constexpr int ok = 1;
+  if (returnCode != ok) return;
+  panel->hide();
+  const MovieSlot master = destQTMov();
+  if (!master) return;
+  // Nothing here scales a movie: its current size is its natural size.
+  const auto written = writeFlattened(*master, panel->selectedFiles().value(0), *window_);
+  if (!written) logProblem(written.error());
+}

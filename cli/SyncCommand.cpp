@@ -1,0 +1,187 @@
+#include "cli/SyncCommand.h"
+
+#include <memory>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+#include <sys/stat.h>
+
+#include "check/MetadataSync.h"
+#include "cli/ColorText.h"
+#include "movie/Movie.h"
+
+namespace cli {
+namespace {
+
+using check::ColorProperty;
+using check::PropertyChange;
+using check::PropertyEdit;
+
+struct Names {
+  const char* key;    ///< as in the objects of `info`
+  const char* title;  ///< in a sentence
+};
+
+Names namesOf(ColorProperty property) {
+  switch (property) {
+    case ColorProperty::Gamma:
+      return {"gamma", "gamma level"};
+    case ColorProperty::Color:
+      return {"color", "color parameters"};
+    case ColorProperty::ColorSpace:
+      return {"profile", "ICC profile"};
+  }
+  return {"", ""};
+}
+
+std::string valueText(ColorProperty property, const DescriptionFacts& facts) {
+  switch (property) {
+    case ColorProperty::Gamma:
+      return gammaText(facts.gammaFixed);
+    case ColorProperty::Color:
+      return colorText(facts.color);
+    case ColorProperty::ColorSpace:
+      return profileText(facts.profile);
+  }
+  return {};
+}
+
+Json valueJson(ColorProperty property, const DescriptionFacts& facts) {
+  switch (property) {
+    case ColorProperty::Gamma:
+      return facts.gammaFixed ? Json(gammaNumber(*facts.gammaFixed)) : Json();
+    case ColorProperty::Color:
+      return facts.color ? jsonOf(*facts.color) : Json();
+    case ColorProperty::ColorSpace:
+      return facts.profile ? jsonOf(*facts.profile) : Json();
+  }
+  return {};
+}
+
+bool isThere(ColorProperty property, const DescriptionFacts& facts) {
+  return !valueJson(property, facts).is_null();
+}
+
+/// A sync on its way to a result.
+struct Job {
+  SyncOptions options;
+  std::unique_ptr<movie::Movie> source, dest;
+  check::SyncOutcome outcome;
+  DescriptionFacts before, after;
+  std::vector<PropertyChange> changes;  ///< without the removal of what is not there
+  std::vector<std::string> complaints;
+  std::optional<std::string> savedAs;
+
+  bool changesAnything() const { return outcome.before && outcome.before->bytes() != outcome.after->bytes(); }
+};
+
+/// Why a change did not come about; empty when it did.
+std::string problemOf(const PropertyChange& change) {
+  if (change.result == movie::noErr) return {};
+  const std::string title = namesOf(change.property).title;
+  if (change.edit == PropertyEdit::Remove)
+    return "The source has no " + title + ", and the destination's could not be removed: it is still there.";
+  return "The " + title + " could not be set (error " + std::to_string(change.result) + "); nothing was changed.";
+}
+
+bool open(Job& job) {
+  auto source = movie::Movie::movieWithFile(job.options.source);
+  auto dest = movie::Movie::movieWithFile(job.options.dest);
+  if (!source) job.complaints.push_back(source.error().message());
+  if (!dest) job.complaints.push_back(dest.error().message());
+  if (!source || !dest) return false;
+  job.source = std::move(*source);
+  job.dest = std::move(*dest);
+  return true;
+}
+
+bool sync(Job& job) {
+  job.outcome = check::syncMetadata(*job.source, *job.dest);
+  if (!job.outcome.before) {
+    const bool lacking = job.source->tracksOfMediaType(movie::videoMedia).empty();
+    job.complaints.push_back((lacking ? job.options.source : job.options.dest) + ": The movie has no video track.");
+    return false;
+  }
+  job.before = factsOf(*job.outcome.before);
+  job.after = factsOf(*job.outcome.after);
+  for (const PropertyChange& change : job.outcome.changes) {
+    if (change.edit == PropertyEdit::Remove && !isThere(change.property, job.before)) continue;
+    job.changes.push_back(change);
+    if (std::string problem = problemOf(change); !problem.empty()) job.complaints.push_back(std::move(problem));
+  }
+  return job.outcome.writtenBack;
+}
+
+std::optional<std::string> refusalOfTarget(const std::string& target) {
+  struct stat status {};
+  if (::lstat(target.c_str(), &status) != 0) return std::nullopt;
+  return target + ": There is something of that name already, and it is not overwritten.";
+}
+
+void saveCopy(Job& job) {
+  const std::string& target = *job.options.saveAs;
+  if (const auto refusal = refusalOfTarget(target)) return job.complaints.push_back(*refusal);
+  const auto written = job.dest->writeToFile(target, {});
+  if (!written) return job.complaints.push_back(written.error().message());
+  job.savedAs = target;
+}
+
+void saveInPlace(Job& job) {
+  if (!job.changesAnything()) return;
+  if (const auto possible = job.dest->canUpdateMovieFile(); !possible) {
+    return job.complaints.push_back(possible.error().message());
+  }
+  const auto saved = job.dest->updateMovieFile();
+  if (!saved) return job.complaints.push_back(saved.error().message());
+  job.savedAs = job.options.dest;
+}
+
+std::string textOf(const Job& job) {
+  std::string text;
+  for (const PropertyChange& change : job.changes) {
+    if (change.result != movie::noErr) continue;
+    text += std::string(namesOf(change.property).key) + ": " + valueText(change.property, job.before) + " -> " +
+            valueText(change.property, job.after) + "\n";
+  }
+  if (text.empty()) text = "Nothing to change.\n";
+  if (job.savedAs) return text + "Saved: " + *job.savedAs + "\n";
+  return job.options.mode == SyncMode::DryRun ? text + "Not saved: this was a dry run.\n" : text;
+}
+
+Json jsonOf(const Job& job, int status) {
+  Json document{{"schema", "lumacheck.sync/1"}, {"source", job.options.source}, {"dest", job.options.dest}};
+  document["changes"] = Json::array();
+  for (const PropertyChange& change : job.changes) {
+    const std::string problem = problemOf(change);
+    document["changes"].push_back({{"property", namesOf(change.property).key},
+                                   {"action", change.edit == PropertyEdit::Set ? "set" : "remove"},
+                                   {"before", valueJson(change.property, job.before)},
+                                   {"after", valueJson(change.property, job.after)},
+                                   {"error", problem.empty() ? Json() : Json(problem)}});
+  }
+  document["saved"] = job.savedAs.has_value();
+  document["path"] = job.savedAs ? Json(*job.savedAs) : Json();
+  document["exitStatus"] = status;
+  return document;
+}
+
+}  // namespace
+
+CommandResult runSyncCommand(const SyncOptions& options) {
+  Job job;
+  job.options = options;
+  const bool synced = open(job) && sync(job);
+  if (synced && options.mode == SyncMode::Save) options.saveAs ? saveCopy(job) : saveInPlace(job);
+
+  CommandResult result;
+  for (const std::string& each : job.complaints) result.err += complaint(each);
+  result.status = job.complaints.empty() ? noShift : failure;
+  if (options.form == OutputForm::Json) {
+    result.out = cli::textOf(jsonOf(job, result.status));
+  } else if (synced) {
+    result.out = textOf(job);
+  }
+  return result;
+}
+
+}  // namespace cli
