@@ -144,8 +144,11 @@ Result<SaveOutcome> Movie::updateMovieFile() {
   if (!file_) return failure("there is no movie to save");
   auto outcome = saveMetadata(*file_, edits());
   if (!outcome || outcome->place == SavePlace::Unchanged) return outcome;
+  const FileStamp saved = file_->stamp();
   if (auto reopened = reopen(); !reopened) {
     outcome->notes.push_back("The file was saved but does not open again. " + reopened.error().message());
+  } else if (saved.device != file_->stamp().device || saved.inode != file_->stamp().inode) {
+    outcome->notes.push_back("Another file took the name of the movie while it was saved, and is the one open now.");
   } else if (!outcome->uncertain) {
     for (const auto& track : tracks_) track->forgetEdits();
   }
