@@ -16,6 +16,12 @@ extern "C" void endInterrupted(int) {
   ::_exit(interrupted);
 }
 
+volatile std::sig_atomic_t wasInterrupted = 0;
+
+extern "C" void noteInterrupt(int) {
+  wasInterrupted = 1;
+}
+
 void handle(int signal, void (*handler)(int)) {
   struct sigaction action = {};
   action.sa_handler = handler;
@@ -37,6 +43,19 @@ void keepStandardDescriptorsTaken() {
 void installSignalHandling() {
   handle(SIGINT, endInterrupted);
   handle(SIGPIPE, SIG_IGN);
+}
+
+NotedInterrupts::NotedInterrupts() {
+  wasInterrupted = 0;
+  handle(SIGINT, noteInterrupt);
+}
+
+NotedInterrupts::~NotedInterrupts() {
+  handle(SIGINT, endInterrupted);
+}
+
+bool NotedInterrupts::any() {
+  return wasInterrupted != 0;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {

@@ -8,6 +8,7 @@
 
 #include "check/MetadataSync.h"
 #include "cli/ColorText.h"
+#include "cli/Process.h"
 #include "movie/Movie.h"
 
 namespace cli {
@@ -71,6 +72,7 @@ struct Job {
   std::vector<PropertyChange> changes;  ///< without the removal of what is not there
   std::vector<std::string> complaints;
   std::optional<std::string> savedAs;
+  bool wasInterrupted = false;
 
   bool changesAnything() const { return outcome.before && outcome.before->bytes() != outcome.after->bytes(); }
 };
@@ -121,7 +123,10 @@ std::optional<std::string> refusalOfTarget(const std::string& target) {
 void saveCopy(Job& job) {
   const std::string& target = *job.options.saveAs;
   if (const auto refusal = refusalOfTarget(target)) return job.complaints.push_back(*refusal);
-  const auto written = job.dest->writeToFile(target, {});
+  const NotedInterrupts interrupts;
+  const auto written =
+      job.dest->writeToFile(target, [](std::uint64_t, std::uint64_t) { return !NotedInterrupts::any(); });
+  job.wasInterrupted = NotedInterrupts::any();
   if (!written) return job.complaints.push_back(written.error().message());
   job.savedAs = target;
 }
@@ -145,7 +150,8 @@ std::string textOf(const Job& job) {
   }
   if (text.empty()) text = "Nothing to change.\n";
   if (job.savedAs) return text + "Saved: " + *job.savedAs + "\n";
-  return job.options.mode == SyncMode::DryRun ? text + "Not saved: this was a dry run.\n" : text;
+  if (job.options.mode == SyncMode::DryRun) return text + "Not saved: this was a dry run.\n";
+  return job.changesAnything() ? text + "Not saved.\n" : text;
 }
 
 Json jsonOf(const Job& job, int status) {
@@ -175,7 +181,7 @@ CommandResult runSyncCommand(const SyncOptions& options) {
 
   CommandResult result;
   for (const std::string& each : job.complaints) result.err += complaint(each);
-  result.status = job.complaints.empty() ? noShift : failure;
+  result.status = job.complaints.empty() ? noShift : job.wasInterrupted ? interrupted : failure;
   if (options.form == OutputForm::Json) {
     result.out = cli::textOf(jsonOf(job, result.status));
   } else if (synced) {

@@ -142,6 +142,7 @@ TEST_F(SyncCommand, RefusesAFileThatCannotBeSavedInPlace) {
   const ProgramRun run = runLumacheck({"sync", source_.path(), dest_.path()});
   EXPECT_EQ(run.status, 2);
   EXPECT_NE(run.err, "");
+  EXPECT_THAT(run.out, HasSubstr("Not saved.\n"));
   EXPECT_EQ(contents(dest_.path()), odd);
 }
 
