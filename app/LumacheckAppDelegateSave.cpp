@@ -14,7 +14,7 @@
 namespace {
 
 void logProblem(const movie::MovieError& error) {
-  QVLog::appendLog("%@", QString::fromStdString(error.message()));
+  QVLog::appendLog("%@", QString::fromStdString(movie::saveMessage(error)));
 }
 
 movie::Result<void> canUpdate(const std::shared_ptr<PlayableMovie>& master) {

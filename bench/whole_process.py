@@ -3,7 +3,7 @@
 
 usage: whole_process.py [--build DIR] [--pairs N] [--movies DIR] [ROW ...]
 
-ROW is one of: prores h264 info length memory (default: all). The movies are made with ffmpeg once and kept. Every figure
+ROW is one of: prores h264 info length memory save copy (default: all). The movies are made with ffmpeg once and kept. Every figure
 is the median over N pairs (default 15): each pair runs both commands, in alternating order, so that what else the machine
 does falls on both alike.
 """
@@ -53,6 +53,15 @@ class Movies:
         return self.make(f"h264-{which}.mov", "-f", "lavfi", "-i", scene, "-t", "10", "-vf", "format=yuv420p", "-c:v",
                          "libx264", "-preset", "veryfast", "-crf", "22", "-g", "120", "-bf", "3", *TAGS)
 
+    def tagged(self, gamma):
+        return self.make(f"gamma-{gamma}.mov", "-f", "lavfi", "-i", "color=gray:size=64x64:rate=24", "-frames:v", "1", "-vf",
+                         "format=yuv422p10le", "-c:v", "prores_ks", *TAGS, "-movflags", "+write_colr+write_gama", "-mov_gamma", gamma)
+
+    def large(self):
+        """At least 2 GB."""
+        short = self.prores("a")
+        return self.repeated(short, -(-(2 << 30) // short.stat().st_size))
+
     def repeated(self, movie, times):
         return self.make(f"{movie.stem}-x{times}.mov", "-stream_loop", times - 1, "-i", movie, "-c", "copy")
 
@@ -76,13 +85,18 @@ def paired(ours, theirs, pairs):
         else:
             first, second = seconds_of(ours), seconds_of(theirs)
         times.append((first, second))
+    return medians(times)
+
+
+def medians(times):
+    """Of pairs of seconds: ours, theirs, and the ratio."""
     return (statistics.median(a for a, _ in times), statistics.median(b for _, b in times),
             statistics.median(a / b for a, b in times))
 
 
 def report(what, ours, theirs, ratio, goal):
     verdict = "met" if ratio <= goal else "MISSED"
-    print(f"{what:<58} {ours * 1000:8.1f} ms {theirs * 1000:8.1f} ms   ratio {ratio:5.2f}   goal {goal:4.2f}  {verdict}", flush=True)
+    print(f"{what:<58} {ours * 1000:8.1f} ms {theirs * 1000:8.1f} ms   ratio {ratio:6.3f}   goal {goal:4.2f}  {verdict}", flush=True)
 
 
 def two_frames(first, second, at, out):
@@ -125,7 +139,34 @@ def rows(lumacheck, movies, pairs):
         print(f"{'check of two 4K ProRes movies, peak resident memory':<58} {usage.ru_maxrss / 1024:8.1f} MB{'':>28}"
               f"   goal  400  {'met' if usage.ru_maxrss < 400 * 1024 else 'MISSED'}", flush=True)
 
-    return {"prores": prores, "h264": h264, "info": info, "length": length, "memory": memory}
+    def save():
+        # Two sources by turns, so that every save has something to change.
+        big, sources = movies.large(), [str(movies.tagged(gamma)) for gamma in ("2.2", "1.8")]
+        target = out / "save-target.mov"
+        theirs = ["sh", "-c", f"ffmpeg -v error -nostdin -y -i '{big}' -map 0 -c copy '{out}/save-theirs.mov' && sync '{out}/save-theirs.mov'"]
+        subprocess.run(["cp", "--reflink=never", big, target], check=True)
+        os.sync()
+        times = []
+        for turn in range(pairs):
+            ours = [lumacheck, "sync", sources[turn % 2], str(target)]
+            pair = [seconds_of(ours), seconds_of(theirs)] if turn % 2 else [seconds_of(theirs), seconds_of(ours)][::-1]
+            times.append(pair)
+        report("metadata save of a 2 GB movie : ffmpeg -c copy and sync", *medians(times), 0.05)
+
+    def copy():
+        big, source = movies.large(), str(movies.tagged("1.8"))
+        times = []
+        for turn in range(pairs):
+            for name in ("copy-ours.mov", "copy-theirs.mov"):
+                (out / name).unlink(missing_ok=True)
+            os.sync()
+            ours = [lumacheck, "sync", source, str(big), "--save-as", str(out / "copy-ours.mov")]
+            theirs = ["sh", "-c", f"cp --reflink=never '{big}' '{out}/copy-theirs.mov' && sync '{out}/copy-theirs.mov'"]
+            pair = [seconds_of(ours), seconds_of(theirs)] if turn % 2 else [seconds_of(theirs), seconds_of(ours)][::-1]
+            times.append(pair)
+        report("flattened copy of a 2 GB movie : cp --reflink=never and sync", *medians(times), 1.1)
+
+    return {"prores": prores, "h264": h264, "info": info, "length": length, "memory": memory, "save": save, "copy": copy}
 
 
 def main():

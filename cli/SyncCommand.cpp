@@ -72,7 +72,8 @@ struct Job {
   std::vector<PropertyChange> changes;  ///< without the removal of what is not there
   std::vector<std::string> complaints;
   std::optional<std::string> savedAs;
-  bool wasInterrupted = false;
+  std::vector<std::string> notes;  ///< on a save that stands
+  bool wasInterrupted = false, uncertain = false;
 
   bool changesAnything() const { return outcome.before && outcome.before->bytes() != outcome.after->bytes(); }
 };
@@ -127,18 +128,20 @@ void saveCopy(Job& job) {
   const auto written =
       job.dest->writeToFile(target, [](std::uint64_t, std::uint64_t) { return !NotedInterrupts::any(); });
   job.wasInterrupted = NotedInterrupts::any();
-  if (!written) return job.complaints.push_back(written.error().message());
+  if (!written) return job.complaints.push_back(movie::saveMessage(written.error()));
   job.savedAs = target;
 }
 
 void saveInPlace(Job& job) {
   if (!job.changesAnything()) return;
   if (const auto possible = job.dest->canUpdateMovieFile(); !possible) {
-    return job.complaints.push_back(possible.error().message());
+    return job.complaints.push_back(movie::saveMessage(possible.error()));
   }
   const auto saved = job.dest->updateMovieFile();
-  if (!saved) return job.complaints.push_back(saved.error().message());
+  if (!saved) return job.complaints.push_back(movie::saveMessage(saved.error()));
   job.savedAs = job.options.dest;
+  for (const std::string& note : saved->notes) job.notes.push_back(note);
+  if (saved->uncertain) job.uncertain = true;
 }
 
 std::string textOf(const Job& job) {
@@ -181,7 +184,8 @@ CommandResult runSyncCommand(const SyncOptions& options) {
 
   CommandResult result;
   for (const std::string& each : job.complaints) result.err += complaint(each);
-  result.status = job.complaints.empty() ? noShift : job.wasInterrupted ? interrupted : failure;
+  for (const std::string& each : job.notes) result.err += complaint(each);
+  result.status = job.complaints.empty() && !job.uncertain ? noShift : job.wasInterrupted ? interrupted : failure;
   if (options.form == OutputForm::Json) {
     result.out = cli::textOf(jsonOf(job, result.status));
   } else if (synced) {
