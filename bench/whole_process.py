@@ -53,9 +53,10 @@ class Movies:
         return self.make(f"h264-{which}.mov", "-f", "lavfi", "-i", scene, "-t", "10", "-vf", "format=yuv420p", "-c:v",
                          "libx264", "-preset", "veryfast", "-crf", "22", "-g", "120", "-bf", "3", *TAGS)
 
-    def tagged(self, gamma):
+    def tagged(self, gamma=None):
+        atoms = ["-movflags", "+write_colr+write_gama", "-mov_gamma", gamma] if gamma else ["-movflags", "+write_colr"]
         return self.make(f"gamma-{gamma}.mov", "-f", "lavfi", "-i", "color=gray:size=64x64:rate=24", "-frames:v", "1", "-vf",
-                         "format=yuv422p10le", "-c:v", "prores_ks", *TAGS, "-movflags", "+write_colr+write_gama", "-mov_gamma", gamma)
+                         "format=yuv422p10le", "-c:v", "prores_ks", *TAGS, *atoms)
 
     def large(self):
         """At least 2 GB."""
@@ -140,8 +141,8 @@ def rows(lumacheck, movies, pairs):
               f"   goal  400  {'met' if usage.ru_maxrss < 400 * 1024 else 'MISSED'}", flush=True)
 
     def save():
-        # Two sources by turns, so that every save has something to change.
-        big, sources = movies.large(), [str(movies.tagged(gamma)) for gamma in ("2.2", "1.8")]
+        # With and without a gamma level by turns, so that every save makes the movie atom larger or smaller.
+        big, sources = movies.large(), [str(movies.tagged("2.2")), str(movies.tagged())]
         target = out / "save-target.mov"
         theirs = ["sh", "-c", f"ffmpeg -v error -nostdin -y -i '{big}' -map 0 -c copy '{out}/save-theirs.mov' && sync '{out}/save-theirs.mov'"]
         subprocess.run(["cp", "--reflink=never", big, target], check=True)
