@@ -51,6 +51,14 @@ void setProfiles(EditedDescription& source, EditedDescription& dest) {
   logFailure(QStringLiteral("Error setting dest color space: %d"), dest.description.setIccProfile(profile));
 }
 
+/// The kind of colour atom that the destination gets where it has none: an ISO one states the range, which is the
+/// pictures' own.
+movie::ColorAtomFlavour flavourFor(movie::Movie& dest, const EditedDescription& edited) {
+  const bool needsRange = edited.newColorFlavour != movie::ColorAtomFlavour::Nclc && !edited.description.nclc();
+  const bool isFull = needsRange && dest.codedRange() == movie::PictureRange::Full;
+  return isFull ? movie::ColorAtomFlavour::NclxFullRange : edited.newColorFlavour;
+}
+
 /// A sync in the making: one step for each property, each telling whether the next may follow.
 class Sync {
  public:
@@ -136,6 +144,7 @@ SyncOutcome syncMetadata(const movie::Movie& source, movie::Movie& dest) {
   EditedDescription edited(destTracks.front()->media(), dest);
   SyncOutcome outcome;
   outcome.before = edited.description;
+  if (sourceDescription.nclc()) edited.newColorFlavour = flavourFor(dest, edited);
   Sync sync(sourceDescription, edited);
   outcome.writtenBack = sync.copyGamma() && sync.copyColor() && sync.copyProfile();
   outcome.changes = sync.takeChanges();

@@ -278,6 +278,17 @@ Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImage
                   orientation);
 }
 
+PictureRange Movie::codedRange() {
+  const Track* const track = firstTrack(videoMedia);
+  if (!track) return PictureRange::Unspecified;
+  const auto sample =
+      sampleOnScreen(track->info(), timeScale(), file_->sampleTable(track->index_), {.value = 0, .scale = timeScale()});
+  if (!sample) return PictureRange::Unspecified;
+  constexpr int side = 16;  // any size tells
+  const auto picture = pictureAt(*track, {.sample = *sample, .crop = {}, .width = side, .height = side});
+  return picture ? picture->range : PictureRange::Unspecified;
+}
+
 std::optional<FrameSpan> Movie::frameSpanAt(const MovieTime& time) const {
   const Track* const track = firstTrack(videoMedia);
   if (!track) return std::nullopt;

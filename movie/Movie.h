@@ -138,6 +138,10 @@ class Movie {
   /// description as this movie has it. Errors: no video track, no sample, or what the decoder says.
   Result<RgbFrame> frameImageAtTime(const MovieTime& time, const FrameImageRequest& request);
 
+  /// The range that the first picture's own bitstream states, or else its container; decodes that picture. Unspecified
+  /// where neither does, and without a picture.
+  PictureRange codedRange();
+
   /// The stay on screen of the frame that frameImageAtTime() shows at a time, of the one before it and of the one after
   /// it. None without a frame.
   std::optional<FrameSpan> frameSpanAt(const MovieTime& time) const;

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "check/GammaCheck.h"
+#include "check/MetadataSync.h"
 #include "tests/check/CapturedLog.h"
 #include "tests/support/MovieFixture.h"
 
@@ -130,6 +131,24 @@ TEST(CheckedFrames, ComeFromTheTimesAskedFor) {
   EXPECT_GT(runGammaCheck({**movie, **movie, {{4, 25, 0}, {2, 25, 0}}, {}}, report).pixels->commonDiff, 1.05);
   const auto stop = [] { return Playheads{{4, 25, 0}, {2, 25, 0}}; };
   EXPECT_GT(runGammaCheck({**movie, **movie, {}, stop}, report).pixels->commonDiff, 1.05);
+}
+
+TEST(SyncMetadata, StatesTheRangeOfThePicturesInAnIsoFile) {
+  const auto source = Movie::movieWithFile(encoded("plain.mov", gradient, "format=yuv422p10", "2.2"));
+  for (const bool full : {true, false}) {
+    const std::string range = full ? "pc" : "tv";
+    const auto dest = Movie::movieWithFile(
+        fixtureMovie("range-" + range + ".mp4", {"-f", "lavfi", "-i", "testsrc=size=64x64:rate=25", "-frames:v", "2",
+                                                 "-vf", "scale=out_range=" + range + ",format=yuv420p", "-color_range",
+                                                 range, "-c:v", "libx264", "-movflags", "-write_colr"}));
+    const auto description = [&] {
+      return *(*dest)->tracksOfMediaType(movie::videoMedia).front()->media().imageDescription(1);
+    };
+    ASSERT_FALSE(description().nclc());
+    syncMetadata(**source, **dest);
+    ASSERT_TRUE(description().nclc());
+    EXPECT_EQ(description().nclxFullRange(), full);
+  }
 }
 
 }  // namespace
