@@ -124,6 +124,7 @@ QWidget* MainInterface::bottomPanel() {
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
   row->setSpacing(spacing);
+  syncBtn->setMinimumWidth(syncBtn->sizeHint().width() + 2 * spacing);
   row->addWidget(checkBtn);
   row->addWidget(syncBtn);
   row->addStretch();
