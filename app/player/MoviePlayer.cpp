@@ -71,7 +71,8 @@ class MoviePlayer::Implementation {
 };
 
 void MoviePlayer::Implementation::setMovie(std::unique_ptr<movie::Movie> movie) {
-  if (!worker_ && movie) worker_ = std::make_unique<PictureWorker>(environment_.frameArrived, environment_.now);
+  if (!worker_ && movie)
+    worker_ = std::make_unique<PictureWorker>(environment_.frameArrived, environment_.now, environment_.workTime);
   movie_ = std::move(movie);
   wish_.movie = movie_ ? std::shared_ptr<movie::Movie>(movie_->copy()) : nullptr;
   wish_.clock = PlaybackClock(movie_ ? microsOf(movie_->duration()) : 0);

@@ -29,6 +29,8 @@ class MoviePlayer {
     /// nextChange().
     std::function<void()> frameArrived = [] {};
     std::function<Clock::time_point()> now = Clock::now;  ///< called on both threads
+    /// Times the work on a frame, which decides how many are left out; called on the player's thread.
+    std::function<Clock::time_point()> workTime = Clock::now;
   };
 
   explicit MoviePlayer(Environment environment);

@@ -33,8 +33,12 @@ std::shared_ptr<const ShownFrame> madeFrame(movie::Movie& movie, const Target& t
 
 }  // namespace
 
-PictureWorker::PictureWorker(std::function<void()> frameArrived, std::function<TimePoint()> now)
-    : frameArrived_(std::move(frameArrived)), now_(std::move(now)), thread_([this] { run(); }) {}
+PictureWorker::PictureWorker(std::function<void()> frameArrived, std::function<TimePoint()> now,
+                             std::function<TimePoint()> workTime)
+    : frameArrived_(std::move(frameArrived)),
+      now_(std::move(now)),
+      workTime_(std::move(workTime)),
+      thread_([this] { run(); }) {}
 
 PictureWorker::~PictureWorker() {
   {
@@ -95,12 +99,12 @@ void PictureWorker::run() {
         frames = frames_;
       }
       old.reset();
-      const auto began = RealClock::now();
+      const auto began = workTime_();
       const auto target = plan_.next(wish, frames, now_());
       frames.clear();
       busy = target.has_value();
       if (!busy || !make(wish, *target)) continue;
-      plan_.made(std::chrono::duration_cast<std::chrono::microseconds>(RealClock::now() - began).count());
+      plan_.made(std::chrono::duration_cast<std::chrono::microseconds>(workTime_() - began).count());
     }
   }
 }

@@ -20,7 +20,8 @@ class PictureWorker {
   using TimePoint = PlaybackClock::TimePoint;
 
   /// Both are called on the thread too.
-  PictureWorker(std::function<void()> frameArrived, std::function<TimePoint()> now);
+  PictureWorker(std::function<void()> frameArrived, std::function<TimePoint()> now,
+                std::function<TimePoint()> workTime);
   ~PictureWorker();
   PictureWorker(const PictureWorker&) = delete;
   PictureWorker& operator=(const PictureWorker&) = delete;
@@ -39,7 +40,7 @@ class PictureWorker {
   void deliver(const Wish& wish, const Target& target, std::shared_ptr<const ShownFrame> frame);
 
   const std::function<void()> frameArrived_;
-  const std::function<TimePoint()> now_;
+  const std::function<TimePoint()> now_, workTime_;
 
   std::mutex mutex_;
   std::condition_variable changed_;
