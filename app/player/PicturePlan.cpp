@@ -118,20 +118,22 @@ std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const Rendered
   while (!chunk_.empty() && chunk_.back().startMicros > position) chunk_.pop_back();
   if (const auto target = fromChunk(wish, frames)) return target;
   const std::size_t room = framesHeld(frames) / 2;
-  if (lowest_ && frames.countBetween(*lowest_ - 1, position) > room) {
-    keptAhead(*here, wish.clock.rate());
-    return std::nullopt;
+  if ((lowest_ && *lowest_ > here->startMicros) || (!lowest_ && inWork)) fellBehind(*here, wish.clock.rate());
+  // A stretch of which every frame is held already leads on to the one before it.
+  for (;;) {
+    if (lowest_ && frames.countBetween(*lowest_ - 1, position) > room) {
+      keptAhead(*here, wish.clock.rate());
+      return std::nullopt;
+    }
+    auto upper = here;
+    if (lowest_ && *lowest_ <= here->startMicros) {
+      upper = movie.frameSpanBefore(timeAt(*lowest_));
+      for (int i = 1; i < stride_ && upper; ++i) upper = movie.frameSpanBefore(upper->start);
+    }
+    if (!upper || (lowest_ && *lowest_ <= here->startMicros && upper->startMicros >= *lowest_)) return std::nullopt;
+    fillChunk(wish, *upper, room);
+    if (const auto target = fromChunk(wish, frames)) return target;
   }
-  auto upper = here;
-  if (lowest_ && *lowest_ <= here->startMicros) {
-    upper = movie.frameSpanBefore(timeAt(*lowest_));
-    for (int i = 1; i < stride_ && upper; ++i) upper = movie.frameSpanBefore(upper->start);
-  } else if (lowest_ || inWork) {
-    fellBehind(*here, wish.clock.rate());
-  }
-  if (!upper) return std::nullopt;
-  fillChunk(wish, *upper, room);
-  return fromChunk(wish, frames);
 }
 
 /// The frames down to where decoding must begin to show `upper`; no more than there is room for, evenly chosen.

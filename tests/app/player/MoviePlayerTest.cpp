@@ -190,6 +190,7 @@ void playThrough(const std::string& path, double rate, const MovieTime& from) {
   played.player.setMovie(movie->copy());
   ASSERT_NE(played.awaited(*movie), nullptr);
   played.player.setRate(rate);
+  std::this_thread::sleep_for(milliseconds(50));  // the player's thread has planned before the clock moves on
   int frames = 0;
   while (played.player.rate() != 0 && frames < 400) {
     played.passUntil(played.player.nextChange());
