@@ -1,9 +1,10 @@
 #include "app/FlattenedSave.h"
 
-#include <QApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QProgressDialog>
+#include <QTimer>
 #include <atomic>
 #include <thread>
 
@@ -24,7 +25,8 @@ struct Writing {
   }
 };
 
-/// Keeps the window alive until the writing is over. Nothing can be clicked before the sheet is there.
+/// Keeps the window alive until the writing is over. Nothing can be clicked before the sheet is there. Quitting
+/// cancels.
 void showUntilFinished(Writing& writing, const QString& path, QWidget& window) {
   QProgressDialog sheet(QObject::tr("Saving %1…").arg(QFileInfo(path).fileName()), QObject::tr("Cancel"), 0, fullScale,
                         &window);
@@ -32,12 +34,19 @@ void showUntilFinished(Writing& writing, const QString& path, QWidget& window) {
   sheet.setMinimumDuration(shortest);
   sheet.setAutoClose(false);
   sheet.setAutoReset(false);
-  while (!writing.finished) {
+
+  QEventLoop beforeSheet, underSheet;
+  QTimer timer;
+  QObject::connect(&timer, &QTimer::timeout, &sheet, [&] {
     sheet.setValue(writing.progress);
-    const auto events = sheet.isVisible() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents;
-    QApplication::processEvents(events | QEventLoop::WaitForMoreEvents, turn);
-    if (sheet.wasCanceled()) writing.cancelled = true;
-  }
+    if (writing.finished || sheet.isVisible()) beforeSheet.quit();
+    if (writing.finished) underSheet.quit();
+  });
+  QObject::connect(&sheet, &QProgressDialog::canceled, [&] { writing.cancelled = true; });
+  timer.start(turn);
+  beforeSheet.exec(QEventLoop::ExcludeUserInputEvents);
+  if (!writing.finished) underSheet.exec();
+  if (!writing.finished) writing.cancelled = true;
 }
 
 }  // namespace

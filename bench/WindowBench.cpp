@@ -8,7 +8,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QElapsedTimer>
+#include <QEventLoop>
 #include <QTemporaryDir>
+#include <QTimer>
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -28,7 +30,12 @@ namespace {
 bool runUntil(const std::function<bool()>& condition, int milliseconds) {
   QElapsedTimer timer;
   timer.start();
-  while (!condition() && timer.elapsed() < milliseconds) QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+  constexpr int turn = 2;  // ms
+  while (!condition() && timer.elapsed() < milliseconds) {
+    QEventLoop loop;
+    QTimer::singleShot(turn, Qt::PreciseTimer, &loop, &QEventLoop::quit);
+    loop.exec();
+  }
   return condition();
 }
 
