@@ -62,10 +62,9 @@ class RangeCopier {
  private:
   /// How much it was; nothing when the rest is to be copied the other way.
   Result<std::uint64_t> kernelCopy(const ReadableFile& source, const CopiedRange& range) {
-    auto from = static_cast<off_t>(range.from);
-    auto to = static_cast<off_t>(range.to);
     const auto size = static_cast<std::size_t>(std::min(range.size, kernelPiece));
-    const ssize_t copied = ::copy_file_range(source.descriptor(), &from, target_.descriptor(), &to, size, 0);
+    const ssize_t copied = target_.calls().copyRange(source.descriptor(), static_cast<off_t>(range.from),
+                                                     target_.descriptor(), static_cast<off_t>(range.to), size);
     if (copied > 0) return static_cast<std::uint64_t>(copied);
     if (copied < 0 && errno == EINTR) return 0;
     switch (copied == 0 ? EINVAL : errno) {  // some file systems say nothing where they mean that they cannot
@@ -73,6 +72,7 @@ class RangeCopier {
       case EINVAL:
       case ENOSYS:
       case EOPNOTSUPP:
+      case EIO:  // only reading and writing tells which of the two files it is
         inKernel_ = false;
         return 0;
       default:

@@ -82,7 +82,7 @@ Result<void> fill(ReplacementFile& target, const FlattenedLayout& layout,
 }  // namespace
 
 Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, const std::string& path,
-                                const CopyProgress& progress) {
+                                const CopyProgress& progress, CopyCalls& calls) {
   const FileSizeSignalBlocked blocked;
   const auto layout = layOutFlattened(movie, movieAtom);
   if (!layout) return tl::make_unexpected(layout.error());
@@ -96,7 +96,7 @@ Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, cons
   }
   if (!(states.front() == stateWhenOpened(movie))) return changedMeanwhile(movie.readable());
 
-  auto target = ReplacementFile::create(path);
+  auto target = ReplacementFile::create(path, calls);
   if (!target) return tl::make_unexpected(target.error());
   if (auto status = fill(*target, *layout, sources, progress); !status) return status;
   for (std::size_t i = 0; i < sources.size(); ++i) {

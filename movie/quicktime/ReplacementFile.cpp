@@ -11,8 +11,10 @@
 
 #include <fcntl.h>
 #include <limits.h>
+#include <linux/magic.h>
 #include <sys/random.h>
 #include <sys/stat.h>
+#include <sys/vfs.h>
 #include <sys/xattr.h>
 #include <unistd.h>
 
@@ -21,6 +23,31 @@ namespace movie {
 namespace {
 
 constexpr const char* accessList = "system.posix_acl_access";
+constexpr int nameAttempts = 100;
+
+template <typename Call>
+auto untilUninterrupted(const Call& call) {
+  auto result = call();
+  while (result < 0 && errno == EINTR) result = call();
+  return result;
+}
+
+/// Whether a file made there without a name can be given one. Other file systems may make such files and then not link
+/// them, which would show only when all is written.
+bool linksUnnamedFiles(int folder) {
+  struct statfs status {};
+  if (::fstatfs(folder, &status) != 0) return false;
+  switch (static_cast<unsigned long>(status.f_type)) {
+    case EXT4_SUPER_MAGIC:
+    case XFS_SUPER_MAGIC:
+    case BTRFS_SUPER_MAGIC:
+    case F2FS_SUPER_MAGIC:
+    case TMPFS_MAGIC:
+      return ::access("/proc/self/fd", X_OK) == 0;
+    default:
+      return false;
+  }
+}
 
 /// A descriptor closed with its scope.
 class Descriptor {
@@ -121,27 +148,31 @@ tl::unexpected<MovieError> ReplacementFile::failure(int number) const {
 
 ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
     : path_(std::move(other.path_)),
+      calls_(other.calls_),
       name_(std::move(other.name_)),
       ownName_(std::exchange(other.ownName_, {})),
+      replaces_(other.replaces_),
       folder_(std::exchange(other.folder_, -1)),
       file_(std::exchange(other.file_, -1)) {}
 
 ReplacementFile::~ReplacementFile() {
-  if (!ownName_.empty()) ::unlinkat(folder_, ownName_.c_str(), 0);
+  if (!ownName_.empty()) calls_->unlink(folder_, ownName_.c_str());
   if (file_ >= 0) ::close(file_);
   if (folder_ >= 0) ::close(folder_);
 }
 
-Result<ReplacementFile> ReplacementFile::create(const std::string& path) {
-  ReplacementFile file(path);
+Result<ReplacementFile> ReplacementFile::create(const std::string& path, CopyCalls& calls) {
+  ReplacementFile file(path, calls);
   if (auto status = file.settleTarget(); !status) return tl::make_unexpected(status.error());
 
-  const Descriptor existing(::openat(file.folder_, file.name_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+  const Descriptor existing(untilUninterrupted(
+      [&] { return calls.open(file.folder_, file.name_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0); }));
   if (existing.number() < 0) {
     if (errno != ENOENT) return file.failure(errno);
     if (auto made = file.createFile(0666); !made) return tl::make_unexpected(made.error());
     return file;
   }
+  file.replaces_ = true;
   // What replaces a file must not be readable to more people than it was, not even before it is complete.
   if (auto made = file.createFile(0600); !made) return tl::make_unexpected(made.error());
   if (auto taken = file.takeOver(existing.number()); !taken) return tl::make_unexpected(taken.error());
@@ -176,64 +207,85 @@ Result<void> ReplacementFile::settleTarget() {
 }
 
 Result<void> ReplacementFile::openFolder(const std::string& folder) {
-  folder_ = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  const auto open = [&](int flags) {
+    return untilUninterrupted(
+        [&] { return calls_->open(AT_FDCWD, folder.c_str(), flags | O_DIRECTORY | O_CLOEXEC, 0); });
+  };
+  folder_ = open(O_RDONLY);
   // A folder that may be written but not listed serves, though it cannot be synced by itself.
-  if (folder_ < 0 && errno == EACCES) folder_ = ::open(folder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (folder_ < 0 && errno == EACCES) folder_ = open(O_PATH);
   return folder_ < 0 ? Result<void>(failure(errno)) : Result<void>();
 }
 
 Result<void> ReplacementFile::createFile(mode_t mode) {
-  constexpr int attempts = 100;
-  for (int attempt = 0; attempt < attempts && file_ < 0; ++attempt) {
+  createUnnamed(mode);
+  for (int attempt = 0; attempt < nameAttempts && file_ < 0; ++attempt) {
     const std::string name = randomName();
-    file_ = ::openat(folder_, name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
+    file_ = calls_->open(folder_, name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
     if (file_ >= 0) ownName_ = name;
     if (file_ < 0 && errno != EEXIST && errno != EINTR) break;
   }
   return file_ < 0 ? Result<void>(failure(errno)) : Result<void>();
 }
 
+/// Where it cannot be had, one with a name will do.
+void ReplacementFile::createUnnamed(mode_t mode) {
+  if (!linksUnnamedFiles(folder_)) return;
+  file_ = untilUninterrupted([&] { return calls_->open(folder_, ".", O_RDWR | O_TMPFILE | O_CLOEXEC, mode); });
+}
+
+/// Whether the file now has the group of the other one.
+bool ReplacementFile::takeOwner(const struct stat& status) {
+  const auto give = [&](uid_t owner) {
+    return untilUninterrupted([&] { return calls_->fchown(file_, owner, status.st_gid); }) == 0;
+  };
+  struct stat own {};
+  return give(status.st_uid) || give(static_cast<uid_t>(-1)) ||
+         (::fstat(file_, &own) == 0 && own.st_gid == status.st_gid);
+}
+
 Result<void> ReplacementFile::takeOver(int existing) {
   struct stat status {};
   if (::fstat(existing, &status) != 0) return failure(errno);
   if (!S_ISREG(status.st_mode)) return failure(EINVAL);
-  const bool ownerKept = ::fchown(file_, status.st_uid, status.st_gid) == 0;
-  if (!ownerKept && ::fchown(file_, static_cast<uid_t>(-1), status.st_gid) != 0) errno = 0;  // stays the writer's own
-  if (::fchmod(file_, status.st_mode & 0777) != 0) return failure(errno);
+  mode_t mode = status.st_mode & 0777;
+  if (!takeOwner(status)) mode = (mode & 0707) | ((mode & 07) << 3);
+  const auto setMode = [&] { return untilUninterrupted([&] { return calls_->fchmod(file_, mode); }); };
+  if (setMode() != 0) return failure(errno);
 
   const std::vector<std::string> names = attributeNames(existing);
   for (const std::string& name : names) {
     const auto value = attribute(existing, name.c_str());
-    const bool kept = value && ::fsetxattr(file_, name.c_str(), value->data(), value->size(), 0) == 0;
+    const auto set = [&] { return calls_->fsetxattr(file_, name.c_str(), value->data(), value->size()); };
+    const bool kept = value && untilUninterrupted(set) == 0;
     if (!kept && mustBeKept(name)) return failure(errno);
   }
   // The folder may have given the new file a list that the old one does not have.
   if (std::find(names.begin(), names.end(), accessList) == names.end() && attribute(file_, accessList)) {
-    if (::fremovexattr(file_, accessList) != 0 || ::fchmod(file_, status.st_mode & 0777) != 0) return failure(errno);
+    if (::fremovexattr(file_, accessList) != 0 || setMode() != 0) return failure(errno);
   }
   return {};
 }
 
 Result<void> ReplacementFile::resize(std::uint64_t size) {
-  while (::ftruncate(file_, static_cast<off_t>(size)) != 0) {
-    if (errno != EINTR) return failure(errno);
-  }
+  const auto end = static_cast<off_t>(size);
+  if (untilUninterrupted([&] { return calls_->ftruncate(file_, end); }) != 0) return failure(errno);
   return {};
 }
 
 Result<void> ReplacementFile::reserve(std::uint64_t offset, std::uint64_t size) {
   if (size == 0) return {};
-  while (::fallocate(file_, FALLOC_FL_KEEP_SIZE, static_cast<off_t>(offset), static_cast<off_t>(size)) != 0) {
-    if (errno == EOPNOTSUPP || errno == ENOSYS) return {};
-    if (errno != EINTR) return failure(errno);
-  }
+  const int result =
+      untilUninterrupted([&] { return calls_->reserve(file_, static_cast<off_t>(offset), static_cast<off_t>(size)); });
+  if (result != 0 && errno != EOPNOTSUPP && errno != ENOSYS) return failure(errno);
   return {};
 }
 
 Result<void> ReplacementFile::write(std::uint64_t offset, ByteView bytes) {
   for (std::size_t done = 0; done < bytes.size();) {
-    const ssize_t wrote = ::pwrite(file_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
-    if (wrote < 0 && errno == EINTR) continue;
+    const ssize_t wrote = untilUninterrupted([&] {
+      return calls_->pwrite(file_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
+    });
     if (wrote < 0) return failure(errno);
     if (wrote == 0) return failure(ENOSPC);
     done += static_cast<std::size_t>(wrote);
@@ -241,12 +293,43 @@ Result<void> ReplacementFile::write(std::uint64_t offset, ByteView bytes) {
   return {};
 }
 
-Result<void> ReplacementFile::publish() {
-  if (::fsync(file_) != 0) return failure(errno);
-  if (::renameat(folder_, ownName_.c_str(), folder_, name_.c_str()) != 0) return failure(errno);
+Result<void> ReplacementFile::takeOwnName() {
+  int result = -1;
+  for (int attempt = 0; attempt < nameAttempts && result != 0; ++attempt) {
+    const std::string name = randomName();
+    result = calls_->link(file_, folder_, name.c_str());
+    if (result == 0) ownName_ = name;
+    if (result != 0 && errno != EEXIST && errno != EINTR) break;
+  }
+  return result != 0 ? Result<void>(failure(errno)) : Result<void>();
+}
+
+/// A link never takes the place of another file, and a rename does so only where that is meant.
+Result<void> ReplacementFile::takeName() {
+  if (replaces_ && ownName_.empty()) {
+    if (auto status = takeOwnName(); !status) return status;
+  }
+  const auto rename = [this](unsigned flags) {
+    return untilUninterrupted([&] { return calls_->rename(folder_, ownName_.c_str(), name_.c_str(), flags); });
+  };
+  int result = ownName_.empty() ? untilUninterrupted([&] { return calls_->link(file_, folder_, name_.c_str()); })
+                                : rename(replaces_ ? 0 : RENAME_NOREPLACE);
+  const bool cannotTell = result != 0 && (errno == EINVAL || errno == ENOSYS);
+  if (cannotTell && !ownName_.empty() && !replaces_) result = rename(0);
+  if (result != 0 && errno == EEXIST) {
+    return tl::make_unexpected(MovieError{path_, {}, 0, "another file has taken that name meanwhile"});
+  }
+  if (result != 0) return failure(errno);
   ownName_.clear();
+  return {};
+}
+
+Result<void> ReplacementFile::publish() {
+  if (untilUninterrupted([this] { return calls_->fsync(file_); }) != 0) return failure(errno);
+  if (auto status = takeName(); !status) return status;
+  const int synced = untilUninterrupted([this] { return calls_->fsync(folder_); });
   // EBADF: a folder that may not be listed. EINVAL: a file system that syncs no folders.
-  if (::fsync(folder_) != 0 && errno != EBADF && errno != EINVAL) {
+  if (synced != 0 && errno != EBADF && errno != EINVAL) {
     return tl::make_unexpected(MovieError{
         path_,
         {},
