@@ -29,6 +29,11 @@ if(LUMACHECK_SANITIZERS)
   add_link_options(-fsanitize=${LUMACHECK_SANITIZERS})
 endif()
 
+if(LUMACHECK_FUZZ)
+  # Everything tells the fuzzer which way it went; only the fuzzers bring its main function.
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
+
 # lumacheck_library(NAME FILES... [PUBLIC libs...] [PRIVATE libs...]): a layer of the tree. Includes are written from the root.
 function(lumacheck_library name)
   cmake_parse_arguments(ARG "" "" "FILES;PUBLIC;PRIVATE" ${ARGN})
