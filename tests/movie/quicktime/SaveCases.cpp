@@ -25,6 +25,7 @@ struct Layout {
   std::size_t innerFree = 0;  ///< a `free` of that size in moov/udta
   bool wideMovie = false;     ///< a 64-bit size
   bool wideOffsets = false;
+  std::size_t bulk = 0;
 };
 
 Bytes movieAtom(const Layout& layout, const std::vector<std::uint64_t>& chunks) {
@@ -35,7 +36,7 @@ Bytes movieAtom(const Layout& layout, const std::vector<std::uint64_t>& chunks) 
   track.wideOffsets = layout.wideOffsets;
   track.sizes.assign(3 * chunks.size(), chunkSize / 3);
   track.durations = {{static_cast<std::uint32_t>(3 * chunks.size()), 1}};
-  std::vector<Bytes> data{AtomBuilder("name").zeros(1100).build()};
+  std::vector<Bytes> data{AtomBuilder("name").zeros(layout.bulk).build()};
   if (layout.innerFree != 0) data.push_back(AtomBuilder("free").zeros(layout.innerFree - 8).build());
   movie.more = {atomOf("udta", data)};
   const Bytes narrow = movie.build();
@@ -85,7 +86,8 @@ Part partOf(const std::string& word, const Bytes& movie, unsigned seed) {
   return {AtomBuilder(word.substr(0, 4)).bytes(mediaBytes(size - 8, 3)).build()};
 }
 
-SaveCase laidOut(const Layout& layout, std::size_t padding) {
+SaveCase laidOut(Layout layout, std::size_t padding, std::size_t bulk) {
+  layout.bulk = bulk;
   std::vector<std::uint64_t> chunks;
   Bytes file, movie;
   for (int pass = 0; pass < 2; ++pass) {
@@ -118,7 +120,7 @@ bool sizelessAcrossSectors(const Bytes& file) {
 
 }  // namespace
 
-std::vector<SaveCase> saveCases(std::size_t padding) {
+std::vector<SaveCase> saveCases(std::size_t padding, std::size_t bulk) {
   const Bytes bare = entryWith({});
   const Bytes gama = entryWith({gamaExtension(0x10000)});
   const Bytes otherGama = entryWith({gamaExtension(0x23333)});
@@ -162,10 +164,10 @@ std::vector<SaveCase> saveCases(std::size_t padding) {
       {"leftover: second movie, same size", {"ftyp", "mdat", "moov", "moov2"}, profile, otherProfile, Slot}};
   std::vector<SaveCase> cases;
   for (const Layout& layout : layouts) {
-    cases.push_back(laidOut(layout, padding));
+    cases.push_back(laidOut(layout, padding, bulk));
     if (sizelessAcrossSectors(cases.back().file)) cases.pop_back();
   }
-  cases.push_back(laidOut({"within one sector", {"ftyp", "moov", "mdat"}, gama, otherGama, Sector}, padding));
+  cases.push_back(laidOut({"within one sector", {"ftyp", "moov", "mdat"}, gama, otherGama, Sector}, padding, bulk));
   return cases;
 }
 

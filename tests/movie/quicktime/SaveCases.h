@@ -18,7 +18,7 @@ struct SaveCase {
 };
 
 /// Every way that there is, with `padding` bytes (0, or 8 and more) in a `free` at the front, so that atoms meet
-/// sector borders in different places.
-std::vector<SaveCase> saveCases(std::size_t padding);
+/// sector borders in different places. `bulk` bytes of the movie atom are none of a save's business.
+std::vector<SaveCase> saveCases(std::size_t padding, std::size_t bulk = 1100);
 
 }  // namespace movie::test
