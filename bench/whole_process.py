@@ -100,6 +100,29 @@ def report(what, ours, theirs, ratio, goal):
     print(f"{what:<58} {ours * 1000:8.1f} ms {theirs * 1000:8.1f} ms   ratio {ratio:6.3f}   goal {goal:4.2f}  {verdict}", flush=True)
 
 
+def bytes_written_by(command):
+    """What a process gives to write calls in all its life, and how much of it the file system was told to put on the disk, whole
+    pages each: read from the process when it has ended and is not yet gone."""
+    process = subprocess.Popen(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL)
+    os.waitid(os.P_PID, process.pid, os.WEXITED | os.WNOWAIT)
+    counts = dict(line.split(": ") for line in pathlib.Path(f"/proc/{process.pid}/io").read_text().splitlines())
+    if process.wait() != 0:
+        sys.exit(f"{command[0]} failed with {process.returncode}")
+    return int(counts["wchar"]), int(counts["write_bytes"])
+
+
+def movie_atom_size(path):
+    """Of the first moov among the top-level atoms."""
+    with open(path, "rb") as movie:
+        while len(header := movie.read(16)) >= 8:
+            size = int.from_bytes(header[:4], "big")
+            size = int.from_bytes(header[8:], "big") if size == 1 else size
+            if header[4:8] == b"moov":
+                return size
+            movie.seek(size - len(header), os.SEEK_CUR)
+    sys.exit(f"{path} has no movie atom")
+
+
 def two_frames(first, second, at, out):
     """The one ffmpeg command that takes the same two frames."""
     scale = ["-frames:v", "1", "-vf", "scale=320:240:flags=area"]
@@ -153,6 +176,10 @@ def rows(lumacheck, movies, pairs):
             pair = [seconds_of(ours), seconds_of(theirs)] if turn % 2 else [seconds_of(theirs), seconds_of(ours)][::-1]
             times.append(pair)
         report("metadata save of a 2 GB movie : ffmpeg -c copy and sync", *medians(times), 0.05)
+        written, pages = bytes_written_by([lumacheck, "sync", sources[pairs % 2], str(target)])
+        allowed = 2 * movie_atom_size(target) + (64 << 10)
+        print(f"{'bytes written by one such save':<58} {written:8d} ({pages} in pages)   goal {allowed}"
+              f"  {'met' if written <= allowed else 'MISSED'}", flush=True)
 
     def copy():
         big, source = movies.large(), str(movies.tagged("1.8"))
