@@ -15,6 +15,8 @@ namespace movie {
 namespace {
 
 constexpr std::uint64_t listHead = 8;  // version, flags and the count of a stsd
+/// How many atoms may stand around one that is looked into; no format nests them deeper.
+constexpr std::size_t deepest = 8;
 
 tl::unexpected<MovieError> failure(std::string atom, std::uint64_t offset, std::string reason) {
   return tl::make_unexpected(MovieError{{}, std::move(atom), offset, std::move(reason)});
@@ -126,6 +128,7 @@ Result<void> replaceDescription(Bytes& bytes, const SampleDescriptionEdit& edit)
 std::vector<AtomPath> resizableFrees(ByteView bytes, const Atom& movie) {
   std::vector<AtomPath> found;
   const auto search = [&](const AtomPath& around, const AtomList& children, const auto& again) -> void {
+    if (around.size() > deepest) return;
     for (const Atom& child : children.atoms) {
       AtomPath path = around;
       path.push_back(child);
@@ -152,7 +155,7 @@ class Skeleton {
   explicit Skeleton(ByteView bytes) : bytes_(bytes) {}
 
   Bytes make() {
-    if (const auto movie = wholeAtom(bytes_)) container(*movie, readChildren(bytes_, *movie));
+    if (const auto movie = wholeAtom(bytes_)) container(*movie, readChildren(bytes_, *movie), 0);
     return std::move(out_);
   }
 
@@ -162,34 +165,38 @@ class Skeleton {
     write32(out_, out_.size() - 4, code);
   }
 
-  void container(const Atom& atom, const AtomList& children) {
+  void container(const Atom& atom, const AtomList& children, std::size_t depth) {
+    if (depth > deepest) return append(out_, viewOf(bytes_, atom));
     type(atom.type);
+    if (atom.type == fourCC("mdia")) mediaType_ = mediaTypeOf(children);
     const std::uint64_t begin = children.atoms.empty() ? atom.bodyOffset() : children.atoms.front().offset;
     if (!children.atoms.empty())
       append(out_, bytes_.subspan(position(atom.bodyOffset()), position(begin - atom.bodyOffset())));
-    for (const Atom& child : children.atoms) part(atom, child);
+    for (const Atom& child : children.atoms) part(atom, child, depth + 1);
     const std::uint64_t end = children.atoms.empty() ? atom.bodyOffset() : children.atoms.back().end();
     append(out_, bytes_.subspan(position(end), position(atom.end() - end)));
     type(0);
   }
 
-  void part(const Atom& parent, const Atom& atom) {
+  FourCC mediaTypeOf(const AtomList& children) const {
+    const auto handler = firstAtom(children, fourCC("hdlr"));
+    return handler && handler->bodySize() >= 12 ? read32(bodyOf(bytes_, *handler), 8) : 0;
+  }
+
+  void part(const Atom& parent, const Atom& atom, std::size_t depth) {
     const bool loose = parent.type == fourCC("moov") || parent.type == fourCC("udta") || parent.type == fourCC("meta");
     switch (atom.type) {
       case fourCC("trak"):
       case fourCC("mdia"):
       case fourCC("minf"):
       case fourCC("stbl"):
-        return container(atom, readChildren(bytes_, atom));
+        return container(atom, readChildren(bytes_, atom), depth);
       case fourCC("udta"):
         if (parent.type != fourCC("moov")) break;
-        return container(atom, readChildren(bytes_, atom));
+        return container(atom, readChildren(bytes_, atom), depth);
       case fourCC("meta"):
         if (!loose) break;
-        return container(atom, metaChildren(bytes_, atom));
-      case fourCC("hdlr"):
-        if (parent.type == fourCC("mdia") && atom.bodySize() >= 12) mediaType_ = read32(bodyOf(bytes_, atom), 8);
-        break;
+        return container(atom, metaChildren(bytes_, atom), depth);
       case fourCC("free"):
         if (loose) return;
         break;

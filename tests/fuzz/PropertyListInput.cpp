@@ -96,7 +96,8 @@ std::string tryPropertyList(ByteView input) {
       if (PropertyList::toXml(*again) != written) return "written again, it is another text";
     }
   }
-  return tryDefaults(xml, value);
+  // A round through the disk costs a hundred times as much.
+  return input.size() % 8 == 0 ? tryDefaults(xml, value) : "";
 }
 
 }  // namespace fuzz

@@ -51,11 +51,15 @@ class FaultPlan {
   Bytes pairs_;
 };
 
-/// A description of the movie with up to two colour operations made; none when it has no such.
+/// The first description of a video track with two colour operations made; none when there is no such.
 std::optional<Edits> editsFor(const MovieFile& movie, ByteView choices) {
-  if (movie.tracks().empty()) return std::nullopt;
-  const std::size_t track = choices[editedTrack] % movie.tracks().size();
-  if (movie.tracks()[track].sampleDescriptions.empty()) return std::nullopt;
+  std::vector<std::size_t> tracks;
+  for (std::size_t i = 0; i < movie.tracks().size(); ++i) {
+    const auto& info = movie.tracks()[i];
+    if (info.mediaType == movie::videoMedia && !info.sampleDescriptions.empty()) tracks.push_back(i);
+  }
+  if (tracks.empty()) return std::nullopt;
+  const std::size_t track = tracks[choices[editedTrack] % tracks.size()];
   ImageDescription description(movie.tracks()[track].sampleDescriptions[0]);
   ColorChoice(choices[edit0], choices[edit0 + 1]).apply(description);
   ColorChoice(choices[edit0 + 2], choices[edit0 + 3]).apply(description);

@@ -265,8 +265,11 @@ Bytes textOf(const std::string& text) {
   return {text.begin(), text.end()};
 }
 
+/// As long as inputs are that stand in for user defaults as well.
 Bytes propertyList(const std::string& body) {
-  return textOf("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>\n");
+  std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>\n";
+  while (text.size() % 8 != 0) text += '\n';
+  return textOf(text);
 }
 
 std::vector<Seed> propertyListSeeds() {

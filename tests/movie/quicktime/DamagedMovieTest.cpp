@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "movie/quicktime/CompressedMovie.h"
 #include "movie/quicktime/MovieFile.h"
 #include "tests/support/AtomBuilder.h"
 
@@ -285,7 +286,8 @@ TEST(HostileMovie, OpensBesideMediaDataOfManyGigabytes) {
 }
 
 TEST(HostileMovie, IsHeldBackByTheLimitOfWhatIsInflated) {
-  const Bytes bomb = test::compressedMovie(Bytes(std::size_t{80} << 20, 0), std::uint32_t{64} << 20);
+  const Bytes bomb =
+      test::compressedMovie(Bytes(std::size_t{80} << 20, 0), static_cast<std::uint32_t>(maximumInflatedSize));
   EXPECT_EQ(tryOut(bomb)->reason, "the compressed movie atom is damaged");
 }
 
