@@ -1,0 +1,13 @@
+#include <QCoreApplication>
+
+#include <gtest/gtest.h>
+
+#include "SharedFiles/MainThread.h"
+
+/// Every test of the program runs in one application without windows.
+int main(int argc, char** argv) {
+  testing::InitGoogleTest(&argc, argv);
+  const QCoreApplication application(argc, argv);
+  const MainThread mainThread;
+  return RUN_ALL_TESTS();
+}
