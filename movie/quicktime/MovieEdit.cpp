@@ -168,6 +168,7 @@ class Skeleton {
   void container(const Atom& atom, const AtomList& children, std::size_t depth) {
     if (depth > deepest) return append(out_, viewOf(bytes_, atom));
     type(atom.type);
+    const FourCC around = mediaType_;
     if (atom.type == fourCC("mdia")) mediaType_ = mediaTypeOf(children);
     const std::uint64_t begin = children.atoms.empty() ? atom.bodyOffset() : children.atoms.front().offset;
     if (!children.atoms.empty())
@@ -176,6 +177,7 @@ class Skeleton {
     const std::uint64_t end = children.atoms.empty() ? atom.bodyOffset() : children.atoms.back().end();
     append(out_, bytes_.subspan(position(end), position(atom.end() - end)));
     type(0);
+    mediaType_ = around;
   }
 
   FourCC mediaTypeOf(const AtomList& children) const {

@@ -73,6 +73,17 @@ Result<void> checkOpenMediaData(const SaveSurvey& survey, const std::string& fil
   return {};
 }
 
+/// Where the movie atom goes to the end of the file, if only for a while, what is free before it there becomes free
+/// space beside it, and the next save has to be able to go on from that.
+Result<void> checkEnd(const SaveSurvey& survey, const std::string& file) {
+  std::size_t first = survey.atoms.size() - (survey.secondMovie ? 1 : 0);
+  while (first > 0 && isFree(survey.atoms[first - 1])) --first;
+  if (first == survey.atoms.size() || !survey.media.overlaps(survey.atoms[first].offset, survey.end)) return {};
+  const Atom& space = survey.atoms[first];
+  return tl::make_unexpected(MovieError{file, fourCCText(space.type), space.offset,
+                                        "media data lie in the free space at the end, where the movie atom would go"});
+}
+
 }  // namespace
 
 Result<SavePlacement> placeMovie(const SaveSurvey& survey, const MovieFile& loaded,
@@ -109,6 +120,7 @@ Result<SavePlacement> placeMovie(const SaveSurvey& survey, const MovieFile& load
   // At the very end, with nothing free beside it, it stays at the end.
   if (survey.movie + 1 == survey.atoms.size() && around.first == around.last) placement.place = SavePlace::Tail;
   if (auto status = checkOpenMediaData(survey, loaded.path()); !status) return tl::make_unexpected(status.error());
+  if (auto status = checkEnd(survey, loaded.path()); !status) return tl::make_unexpected(status.error());
   if (unchanged) placement.place = SavePlace::Unchanged;
   return placement;
 }

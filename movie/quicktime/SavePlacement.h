@@ -27,8 +27,9 @@ struct SavePlacement {
   std::uint64_t slotBegin = 0, slotEnd = 0;
 };
 
-/// The first place that fits. Errors, the last of the refusals: media data in the `free` space beside the movie atom; a
-/// last mdat of size 0 that is too large, or whose size field crosses sectors; edits that cannot be made.
+/// The first place that fits. Errors, the last of the refusals: media data in the `free` space beside the movie atom,
+/// or at the end of a file where the movie atom would go there; a last mdat of size 0 that is too large, or whose size
+/// field crosses sectors; edits that cannot be made.
 Result<SavePlacement> placeMovie(const SaveSurvey& survey, const MovieFile& loaded,
                                  const std::vector<SampleDescriptionEdit>& edits);
 

@@ -163,5 +163,33 @@ TEST(MovieEdit, TellsMoviesApartByAnythingButColors) {
   }
 }
 
+TEST(MovieEdit, KnowsAVideoTrackWhereverItsHandlerStands) {
+  const auto handlerLast = [](Bytes movie) {
+    const auto typeAt = [&](const char* type) { return std::search(movie.begin(), movie.end(), type, type + 4) - 4; };
+    const auto handler = typeAt("hdlr"), information = typeAt("minf");
+    const auto size = static_cast<std::ptrdiff_t>(read32(movie, static_cast<std::size_t>(information - movie.begin())));
+    std::rotate(handler, information, information + size);
+    return movie;
+  };
+  const Bytes movie = handlerLast(movieWith({entryWith({unknown})}));
+  EXPECT_TRUE(equalButForColors(movie, handlerLast(movieWith({entryWith({gamaExtension(5), unknown})}))));
+  EXPECT_FALSE(equalButForColors(movie, handlerLast(movieWith({entryWith({})}))));
+}
+
+TEST(MovieEdit, LooksOnlySoDeepIntoAtomsThatNestWithoutEnd) {
+  for (const char* type : {"meta", "trak"}) {
+    constexpr std::size_t levels = 200'000, step = 12;
+    Bytes nest(levels * step);
+    for (std::size_t i = 0; i < levels; ++i) {
+      write32(nest, i * step, static_cast<std::uint32_t>((levels - i) * step));
+      std::copy_n(type, 4, nest.begin() + static_cast<std::ptrdiff_t>(i * step + 4));
+    }
+    const Bytes movie = movieWith({entryWith({})}, {nest});
+    EXPECT_FALSE(movieAtomOfSize(movie, movie.size() - step));
+    EXPECT_TRUE(equalButForColors(movie, movie));
+    EXPECT_TRUE(editedMovieAtom(movie, {{0, 0, entryWith({gamaExtension(1)})}}));
+  }
+}
+
 }  // namespace
 }  // namespace movie

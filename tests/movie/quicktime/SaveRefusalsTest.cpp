@@ -115,6 +115,8 @@ std::vector<Refusal> refusals() {
        "free space beside"},
       {"a chunk in the free before it", joined({data, text("free", 80), movieAt(data.size() + 10)}),
        "free space beside"},
+      {"a chunk in the free at the end, where the movie atom would go",
+       joined({movieAt(movie.size() + data.size() + 10), data, text("free", 80)}), "free space at the end"},
       {"saio into the movie atom", joined({data, movieAt(28, {auxiliaryOffsets(end + 50)})}), "inside the movie atom"},
       {"iloc into the movie atom", joined({data, movieAt(28, {metaWith(itemLocations(end + 50, 4))})}),
        "inside the movie atom"},
