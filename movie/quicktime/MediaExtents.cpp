@@ -64,7 +64,9 @@ bool addItems(ByteView body, MediaExtents& media) {
     const auto method = version == 0 ? 0 : fields.next(2) & 15;
     const auto reference = fields.next(2);
     const auto base = fields.next(baseSize);
-    const auto extents = fields.next(2);
+    const auto claimed = fields.next(2);
+    // Extents without a byte of their own are all the same.
+    const auto extents = indexSize + offsetSize + lengthSize == 0 ? std::min<std::uint64_t>(claimed, 1) : claimed;
     for (std::uint64_t i = 0; i < extents && !fields.bad(); ++i) {
       fields.next(indexSize);
       const auto offset = fields.next(offsetSize);
