@@ -1,12 +1,24 @@
 #pragma once
 
 #include <QString>
+#include <functional>
+#include <string>
 
-#include "movie/quicktime/MovieError.h"
+#include "movie/Movie.h"
 
 class PlayableMovie;
 class QWidget;
 
+/// What writes a movie into a file, as Movie::writeToFile does. Called on a thread of its own.
+using CopyWriter = std::function<movie::Result<void>(movie::Movie& movie, const std::string& path,
+                                                     const movie::CopyProgress& progress)>;
+
+/// Movie::writeToFile.
+movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress);
+
 /// Writes the movie to a file, flattened, and returns when that is done. Works on a thread of its own meanwhile: a
-/// sheet on the window shows how far it is, once it takes long, and can cancel it. Main thread only.
-movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window);
+/// sheet on the window shows how far it is, once it takes long, and can cancel it. It stays until the writing has
+/// ended, so that nothing else in the window can be pressed. Quitting cancels. The movie itself goes on with the file
+/// that it has open, also where that one is replaced. Main thread only.
+movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
+                                   const CopyWriter& write);

@@ -4,7 +4,9 @@
 #include <QStringList>
 #include <memory>
 #include <mutex>
+#include <utility>
 
+#include "app/FlattenedSave.h"
 #include "app/KeyTable.h"
 #include "app/PlayableMovie.h"
 #include "app/ResultsView.h"
@@ -96,6 +98,9 @@ class LumacheckAppDelegate : public QObject {
   /// savePanelDidEnd:returnCode:contextInfo: 1 is OK; the context is not used.
   void savePanelDidEnd(QFileDialog* panel, int returnCode, void* contextInfo);
 
+  /// What Save As writes with; writeCopy by default.
+  void setCopyWriter(CopyWriter writer) { copyWriter_ = std::move(writer); }
+
   const KeyTable& keys() const { return keys_; }
 
  private:
@@ -120,6 +125,7 @@ class LumacheckAppDelegate : public QObject {
   void observeTime(const MovieSlot& movie);
   void stopObservingTime(const MovieSlot& movie);
   void showTimecode(const Side& side);
+  void reopenReplaced(Side& side, const QString& writtenPath);
 
   MainInterface& interface_;
   UserDefaults& defaults_;
@@ -132,4 +138,5 @@ class LumacheckAppDelegate : public QObject {
   QVQTWindow* window_;
   ViewConsole console_;
   KeyTable keys_;
+  CopyWriter copyWriter_ = writeCopy;
 };

@@ -1,6 +1,9 @@
 // The metadata sync, and the ways to save the destination.
 
+#include <QFile>
 #include <QFileDialog>
+#include <filesystem>
+#include <system_error>
 
 #include "SharedFiles/QVAlert.h"
 #include "SharedFiles/QVLog.h"
@@ -20,6 +23,12 @@ void logProblem(const movie::MovieError& error) {
 movie::Result<void> canUpdate(const std::shared_ptr<PlayableMovie>& master) {
   if (master && master->content().file()) return master->content().canUpdateMovieFile();
   return tl::make_unexpected(movie::MovieError{.file = {}, .atom = {}, .offset = 0, .reason = "no movie is loaded"});
+}
+
+/// Whether another file took the movie's name, and is the one at `path`.
+bool wasReplacedBy(const std::string& path, const movie::Movie& content) {
+  std::error_code failed;
+  return content.file() && !content.standsAtItsPath() && std::filesystem::equivalent(content.path(), path, failed);
 }
 
 }  // namespace
@@ -83,7 +92,27 @@ void LumacheckAppDelegate::savePanelDidEnd(QFileDialog* panel, int returnCode, v
   panel->hide();
   const MovieSlot master = destQTMov();
   if (!master) return;
+  const QString path = panel->selectedFiles().value(0);
   // Nothing here scales a movie: its current size is its natural size.
-  const auto written = writeFlattened(*master, panel->selectedFiles().value(0), *window_);
-  if (!written) logProblem(written.error());
+  const auto written = writeFlattened(*master, path, *window_, copyWriter_);
+  if (!written) return logProblem(written.error());
+  for (Side* each : {&source_, &dest_}) reopenReplaced(*each, path);
+}
+
+/// A side whose file was replaced goes on with the new one: slots, field, defaults and observers stay as they are.
+void LumacheckAppDelegate::reopenReplaced(Side& side, const QString& writtenPath) {
+  const std::string written = QFile::encodeName(writtenPath).toStdString();
+  const MovieSlot display = slot(side.display);
+  const movie::MovieTime durationBefore = display ? display->duration() : movie::MovieTime{};
+  bool isShown = false;
+  for (const MovieSlot& each : {slot(side.master), display}) {
+    if (!each || !wasReplacedBy(written, each->content())) continue;
+    const auto reopened = each->reopen();
+    if (!reopened) return QVLog::appendLog("%@", QString::fromStdString(reopened.error().message()));
+    isShown = each == display;
+  }
+  if (!isShown) return;
+  showIn(side, display);
+  if (movie::compareTimes(display->duration(), durationBefore) != 0) updateLink();
+  updateTimecode();
 }

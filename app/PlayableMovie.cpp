@@ -24,16 +24,29 @@ std::shared_ptr<PlayableMovie> PlayableMovie::copy() const {
   return copied;
 }
 
+movie::Result<void> PlayableMovie::reopen() {
+  auto opened = movie::Movie::movieWithFile(content_->path());
+  if (!opened) return tl::unexpected(std::move(opened).error());
+  const movie::MovieTime time = currentTime();
+  content_ = std::move(*opened);
+  content_->setCurrentTime(timeWithin(time));
+  return {};
+}
+
 void PlayableMovie::gotoBeginning() {
   content_->gotoBeginning();
   emit timeWasSet();
   emit timeDidChange(this);
 }
 
-void PlayableMovie::setCurrentTime(const movie::MovieTime& time) {
+movie::MovieTime PlayableMovie::timeWithin(const movie::MovieTime& time) const {
+  if (time.value < 0) return {.value = 0, .scale = time.scale};
   const movie::MovieTime end = duration();
-  const bool beyond = movie::compareTimes(time, end) > 0;
-  content_->setCurrentTime(time.value < 0 ? movie::MovieTime{.value = 0, .scale = time.scale} : beyond ? end : time);
+  return movie::compareTimes(time, end) > 0 ? end : time;
+}
+
+void PlayableMovie::setCurrentTime(const movie::MovieTime& time) {
+  content_->setCurrentTime(timeWithin(time));
   emit timeWasSet();
   emit timeDidChange(this);
 }

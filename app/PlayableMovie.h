@@ -22,6 +22,11 @@ class PlayableMovie : public QObject {
   static std::shared_ptr<PlayableMovie> movie();
   std::shared_ptr<PlayableMovie> copy() const;
 
+  /// Opens the file at the movie's path anew, without the edits made in memory. The playhead stays, as far as the movie
+  /// reaches, and tells nothing; a view that shows the movie has to be given it again. After an error the movie goes on
+  /// as it was.
+  movie::Result<void> reopen();
+
   movie::Movie& content() { return *content_; }
   const movie::Movie& content() const { return *content_; }
 
@@ -55,6 +60,8 @@ class PlayableMovie : public QObject {
   void rateDidChange();
 
  private:
+  movie::MovieTime timeWithin(const movie::MovieTime& time) const;
+
   std::unique_ptr<movie::Movie> content_;
   bool editable_ = false, idling_ = true;
   double rate_ = 0;

@@ -124,6 +124,10 @@ const std::string& Movie::path() const {
   return file_ ? file_->path() : none;
 }
 
+bool Movie::standsAtItsPath() const {
+  return file_ && leadsTo(file_->path(), *file_);
+}
+
 std::vector<SampleDescriptionEdit> Movie::edits() const {
   std::vector<SampleDescriptionEdit> edits;
   for (const auto& track : tracks_) {

@@ -103,6 +103,9 @@ class Movie {
 
   const std::string& path() const;                                        ///< empty for an empty movie
   const std::shared_ptr<const MovieFile>& file() const { return file_; }  ///< null for an empty movie
+  /// Whether the path leads to the very file that is open: not once another file took its name. False for an empty
+  /// movie.
+  bool standsAtItsPath() const;
 
   /// Whether updateMovieFile() would begin, now; the error's reason says why not. Nothing is changed on disk.
   Result<void> canUpdateMovieFile() const;

@@ -1,15 +1,6 @@
-#include <QDialog>
-#include <QFile>
-#include <QFileDialog>
-#include <QPushButton>
-#include <QTest>
-#include <QTextEdit>
-#include <QTimer>
-
 #include <gmock/gmock.h>
 
-#include "tests/app/WindowFixture.h"
-#include "tests/check/CapturedLog.h"
+#include "tests/app/SaveFixture.h"
 
 namespace {
 
@@ -18,44 +9,7 @@ using testing::Contains;
 using testing::HasSubstr;
 using testing::Not;
 
-class SyncAndSave : public WindowFixture {
- protected:
-  SyncAndSave() {
-    launch();
-    QObject::connect(&answers_, &QTimer::timeout, [this] {
-      auto* const sheet = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-      if (sheet == nullptr || qobject_cast<QFileDialog*>(sheet) != nullptr) return;
-      for (const QTextEdit* text : sheet->findChildren<QTextEdit*>()) told_ << text->toPlainText();
-      QTest::keyClick(sheet, Qt::Key_Return);
-    });
-    answers_.start(20);
-  }
-
-  QString copyOf(const QString& movie, const QString& name = "dest.mov") {
-    const QString path = home_.filePath(name);
-    EXPECT_TRUE(QFile::copy(movie, path));
-    QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner);
-    return path;
-  }
-  void press(QPushButton* button) { QTest::mouseClick(button, Qt::LeftButton); }
-  QFileDialog* panel() {
-    for (auto* const each : interface().window().findChildren<QFileDialog*>()) {
-      if (each->isVisible()) return each;
-    }
-    return nullptr;
-  }
-  static std::optional<std::int32_t> gammaOf(const movie::Movie& movie) {
-    return movie.tracksOfMediaType(movie::videoMedia).front()->media().imageDescription(1)->gamma();
-  }
-  static std::optional<std::int32_t> gammaOf(const QString& path) {
-    return gammaOf(**movie::Movie::movieWithFile(path.toStdString()));
-  }
-
-  QTimer answers_;
-  QStringList told_;
-};
-
-constexpr std::int32_t gamma22 = 144179, gamma18 = 117965;
+class SyncAndSave : public SaveFixture {};
 
 TEST_F(SyncAndSave, CopiesTheMetadataOntoTheDestinationInMemory) {
   const QString dest = copyOf(retaggedMovie());
@@ -130,44 +84,87 @@ TEST_F(SyncAndSave, SavesAsWhatCannotBeUpdated) {
   EXPECT_EQ(pathOf(controller().destQTMov().get()), dest);
 }
 
-TEST_F(SyncAndSave, WritesAFlattenedCopyWhereThePanelSays) {
-  const QString dest = copyOf(retaggedMovie()), target = home_.filePath("saved.mov");
-  load(plainMovie(), dest);
-  press(interface().syncBtn);
-  press(interface().saveAsBtn);
-  ASSERT_NE(panel(), nullptr);
-  EXPECT_EQ(panel()->acceptMode(), QFileDialog::AcceptSave);
-  EXPECT_EQ(panel()->windowModality(), Qt::WindowModal);
-  EXPECT_EQ(panel()->nameFilters(), QStringList{"Movies (*.mov *.qt *.m4v)"});
-  EXPECT_FALSE(panel()->testOption(QFileDialog::ReadOnly));
-  controller().savePanelDidEnd(panel(), 0, nullptr);
-  EXPECT_FALSE(QFile::exists(target));
-  panel()->selectFile(target);
-  static_cast<QDialog*>(panel())->done(QDialog::Accepted);
-  EXPECT_EQ(gammaOf(target), gamma22);
-  EXPECT_EQ(gammaOf(dest), gamma18);
-  EXPECT_EQ(destPath(), dest);
-  EXPECT_EQ(defaults_->stringForKey("lastDestFile"), dest);
-  EXPECT_EQ(pathOf(controller().destQTMov().get()), dest);
-}
-
-TEST_F(SyncAndSave, LogsWhyACopyCouldNotBeWritten) {
-  load(plainMovie(), copyOf(retaggedMovie()));
-  const check::test::CapturedLog log;
-  press(interface().saveAsBtn);
-  ASSERT_NE(panel(), nullptr);
-  panel()->setOption(QFileDialog::DontConfirmOverwrite);
-  panel()->selectFile(home_.filePath("no/such/folder/saved.mov"));
-  controller().savePanelDidEnd(panel(), 1, nullptr);
-  EXPECT_FALSE(log.texts().empty());
-}
-
 TEST_F(SyncAndSave, DropsUnsavedChangesOnASwap) {
   const QString dest = copyOf(retaggedMovie());
   load(plainMovie(), dest);
   press(interface().syncBtn);
   controller().swapMovies();
   EXPECT_EQ(gammaOf(controller().sourceQTMov()->content()), gamma18);
+}
+
+TEST_F(SyncAndSave, AnswersWithTheAlertAlsoWhenOneMovieIsMissing) {
+  for (const bool sourceMissing : {true, false}) {
+    const check::test::CapturedLog log;
+    load(sourceMissing ? "/nowhere" : plainMovie(), sourceMissing ? retaggedMovie() : "/nowhere");
+    told_.clear();
+    press(interface().syncBtn);
+    EXPECT_EQ(told_.value(0), "Metadata sync complete");
+    EXPECT_THAT(log.texts(), testing::ElementsAre("Syncing metadata...", "Metadata sync complete."));
+  }
+}
+
+TEST_F(SyncAndSave, SyncsTwice) {
+  load(plainMovie(), copyOf(retaggedMovie()));
+  press(interface().syncBtn);
+  const check::test::CapturedLog log;
+  press(interface().syncBtn);
+  EXPECT_THAT(log.texts(), Not(Contains("Gamma does not match")));
+  EXPECT_EQ(gammaOf(controller().destQTMov()->content()), gamma22);
+  EXPECT_EQ(told_.size(), 4);
+}
+
+TEST_F(SyncAndSave, StopsThePreviewThatPlays) {
+  load(plainMovie(), copyOf(retaggedMovie()));
+  const auto before = controller().destQTDisplayMov();
+  destView().play(1);
+  ASSERT_TRUE(waitUntil([&] { return destView().movie()->currentTime().value > 0; }));
+  press(interface().syncBtn);
+  EXPECT_EQ(before->rate(), 0);
+  EXPECT_EQ(destView().movie()->rate(), 0);
+  EXPECT_EQ(destView().movie()->currentTime().value, 0);
+  destView().play(1);
+  EXPECT_TRUE(waitUntil([&] { return destView().movie()->currentTime().value > 0; }));
+}
+
+TEST_F(SyncAndSave, SavesWhileThePreviewsPlay) {
+  const QString dest = copyOf(retaggedMovie());
+  load(plainMovie(), dest);
+  press(interface().syncBtn);
+  destView().play(1);
+  press(interface().saveBtn);
+  EXPECT_EQ(gammaOf(dest), gamma22);
+  EXPECT_EQ(destView().movie()->rate(), 1);
+  EXPECT_TRUE(waitUntil([&] { return !destView().picture().isNull(); }));
+  EXPECT_EQ(destView().message(), "");
+}
+
+TEST_F(SyncAndSave, SavesAsWhenThereIsNoMovie) {
+  const check::test::CapturedLog log;
+  press(interface().saveBtn);
+  EXPECT_THAT(log.texts(), testing::ElementsAre("Saving...", "Cannot update file... saving as",
+                                                "Cannot save the movie: no movie is loaded."));
+  answerPanel(home_.filePath("nothing.mov"));
+  EXPECT_FALSE(QFile::exists(home_.filePath("nothing.mov")));
+}
+
+TEST_F(SyncAndSave, SavesAsWhatIsNoLongerThere) {
+  for (const bool replaced : {false, true}) {
+    const QString dest = copyOf(retaggedMovie()), target = home_.filePath("saved.mov");
+    load(plainMovie(), dest);
+    press(interface().syncBtn);
+    ASSERT_TRUE(QFile::remove(dest));
+    if (replaced) copyOf(darkerMovie());
+    const check::test::CapturedLog log;
+    press(interface().saveBtn);
+    EXPECT_THAT(log.texts(), Contains(HasSubstr(replaced ? "changed on disk" : "there is no such file")));
+    answerPanel(target);
+    EXPECT_EQ(gammaOf(target), gamma22);
+    if (replaced) {
+      EXPECT_EQ(contents(dest), contents(darkerMovie()));
+    }
+    QFile::remove(dest);
+    QFile::remove(target);
+  }
 }
 
 }  // namespace
