@@ -22,7 +22,8 @@ TransportBar::TransportBar(QVMovieView* view, const QString& side, QWidget* pare
       scrubber(new Scrubber(this)),
       muteButton(new GlyphButton(Glyph::Sound, tr("%1: sound off").arg(side), QString(), this)),
       volumeSlider(new Scrubber(this)),
-      view_(view) {
+      view_(view),
+      side_(side) {
   scrubber->setAccessibleName(tr("%1: position").arg(side));
   scrubber->setSingleStep(0);  // its arrows step frames, as everywhere in the window
   volumeSlider->setAccessibleName(tr("%1: volume").arg(side));
@@ -98,15 +99,14 @@ void TransportBar::showPlayback() {
   for (QWidget* control : std::initializer_list<QWidget*>{stepBackButton, playButton, stepForwardButton, scrubber}) {
     control->setEnabled(playable);
   }
-  const QString side = playButton->accessibleName().section(QLatin1Char(':'), 0, 0);
   if (plays != (playButton->glyph() == Glyph::Pause)) {
-    playButton->setGlyph(plays ? Glyph::Pause : Glyph::Play, side + (plays ? tr(": pause") : tr(": play")),
+    playButton->setGlyph(plays ? Glyph::Pause : Glyph::Play, (plays ? tr("%1: pause") : tr("%1: play")).arg(side_),
                          tr("Space"));
   }
   const bool silent = view_->volume() == 0;
   if (silent != (muteButton->glyph() == Glyph::Silence)) {
-    muteButton->setGlyph(silent ? Glyph::Silence : Glyph::Sound, side + (silent ? tr(": sound on") : tr(": sound off")),
-                         QString());
+    muteButton->setGlyph(silent ? Glyph::Silence : Glyph::Sound,
+                         (silent ? tr("%1: sound on") : tr("%1: sound off")).arg(side_), QString());
   }
   const QSignalBlocker quietScrubber(scrubber), quietVolume(volumeSlider);
   if (!scrubber->isSliderDown()) scrubber->setValue(qRound(view_->position() * scrubber->maximum()));

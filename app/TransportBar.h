@@ -39,6 +39,7 @@ class TransportBar : public QWidget {
   void showPlayback();
 
   QVMovieView* view_;
+  QString side_;  ///< its name, as the controls are told by
   QHBoxLayout* row_ = nullptr;
   double heldRate_ = 0;      ///< what the hand on the scrubber interrupted
   double volumeBefore_ = 1;  ///< muting
