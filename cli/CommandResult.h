@@ -10,7 +10,7 @@ enum ExitStatus : int {
   shiftFound = 1,     ///< in pixels or in metadata
   failure = 2,        ///< usage, or a file or frame that cannot be read, or frames that do not match
   sourceTooDark = 3,  ///< no verdict on this frame
-  interrupted = 130
+  interrupted = 130   ///< by SIGINT; another signal that was noted gives 128 and its number, as shells tell it
 };
 
 /// What a command has to say: data for stdout, sentences for stderr, and the exit status. Bytes as they are written.

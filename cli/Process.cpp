@@ -5,6 +5,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <signal.h>
 #include <unistd.h>
 
 #include "cli/CommandResult.h"
@@ -16,10 +17,11 @@ extern "C" void endInterrupted(int) {
   ::_exit(interrupted);
 }
 
-volatile std::sig_atomic_t wasInterrupted = 0;
+constexpr std::array endingSignals{SIGINT, SIGTERM, SIGHUP};
+volatile std::sig_atomic_t notedSignal = 0;
 
-extern "C" void noteInterrupt(int) {
-  wasInterrupted = 1;
+extern "C" void noteInterrupt(int signal) {
+  if (notedSignal == 0) notedSignal = signal;
 }
 
 void handle(int signal, void (*handler)(int)) {
@@ -46,16 +48,19 @@ void installSignalHandling() {
 }
 
 NotedInterrupts::NotedInterrupts() {
-  wasInterrupted = 0;
-  handle(SIGINT, noteInterrupt);
+  notedSignal = 0;
+  for (std::size_t i = 0; i < endingSignals.size(); ++i) {
+    ::sigaction(endingSignals[i], nullptr, &before_[i]);
+    if (before_[i].sa_handler != SIG_IGN) handle(endingSignals[i], noteInterrupt);
+  }
 }
 
 NotedInterrupts::~NotedInterrupts() {
-  handle(SIGINT, endInterrupted);
+  for (std::size_t i = 0; i < endingSignals.size(); ++i) ::sigaction(endingSignals[i], &before_[i], nullptr);
 }
 
-bool NotedInterrupts::any() {
-  return wasInterrupted != 0;
+int NotedInterrupts::signal() {
+  return notedSignal;
 }
 
 bool writeAll(int descriptor, std::string_view bytes) {

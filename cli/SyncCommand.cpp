@@ -1,9 +1,11 @@
 #include "cli/SyncCommand.h"
 
+#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include <nlohmann/json.hpp>
+#include <signal.h>
 #include <sys/stat.h>
 
 #include "check/MetadataSync.h"
@@ -73,7 +75,8 @@ struct Job {
   std::vector<std::string> complaints;
   std::optional<std::string> savedAs;
   std::vector<std::string> notes;  ///< on a save that stands
-  bool wasInterrupted = false, uncertain = false;
+  int endedBy = 0;                 ///< the signal that cut the work short
+  bool uncertain = false;
 
   bool changesAnything() const { return outcome.before && outcome.before->bytes() != outcome.after->bytes(); }
 };
@@ -117,31 +120,58 @@ bool sync(Job& job) {
 
 std::optional<std::string> refusalOfTarget(const std::string& target) {
   struct stat status {};
-  if (::lstat(target.c_str(), &status) != 0) return std::nullopt;
-  return target + ": There is something of that name already, and it is not overwritten.";
+  if (::lstat(target.c_str(), &status) == 0) {
+    return target + ": There is something of that name already, and it is not overwritten.";
+  }
+  const std::filesystem::path path(target);
+  const std::filesystem::path folder = path.has_parent_path() ? path.parent_path() : ".";
+  if (path.has_filename() && ::stat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode)) return std::nullopt;
+  return target + ": There is no such folder.";
+}
+
+/// Why no save would begin, as far as that can be told without writing.
+std::optional<std::string> refusalOf(const Job& job) {
+  if (job.options.saveAs) return refusalOfTarget(*job.options.saveAs);
+  if (!job.changesAnything()) return std::nullopt;
+  const auto possible = job.dest->canUpdateMovieFile();
+  if (possible) return std::nullopt;
+  return movie::saveMessage(possible.error());
 }
 
 void saveCopy(Job& job) {
   const std::string& target = *job.options.saveAs;
-  if (const auto refusal = refusalOfTarget(target)) return job.complaints.push_back(*refusal);
   const NotedInterrupts interrupts;
   const auto written =
-      job.dest->writeToFile(target, [](std::uint64_t, std::uint64_t) { return !NotedInterrupts::any(); });
-  job.wasInterrupted = NotedInterrupts::any();
-  if (!written) return job.complaints.push_back(movie::saveMessage(written.error()));
-  job.savedAs = target;
+      job.dest->writeToFile(target, [](std::uint64_t, std::uint64_t) { return NotedInterrupts::signal() == 0; });
+  if (written) {
+    job.savedAs = target;
+    return;
+  }
+  job.endedBy = NotedInterrupts::signal();
+  job.complaints.push_back(movie::saveMessage(written.error()));
 }
 
+/// A signal that comes meanwhile changes nothing: a save that was begun is brought to its end, which is told.
 void saveInPlace(Job& job) {
   if (!job.changesAnything()) return;
-  if (const auto possible = job.dest->canUpdateMovieFile(); !possible) {
-    return job.complaints.push_back(movie::saveMessage(possible.error()));
-  }
+  const NotedInterrupts interrupts;
   const auto saved = job.dest->updateMovieFile();
   if (!saved) return job.complaints.push_back(movie::saveMessage(saved.error()));
   job.savedAs = job.options.dest;
   for (const std::string& note : saved->notes) job.notes.push_back(note);
   if (saved->uncertain) job.uncertain = true;
+}
+
+/// A dry run is refused what the save would be refused.
+void save(Job& job) {
+  if (const auto refusal = refusalOf(job)) return job.complaints.push_back(*refusal);
+  if (job.options.mode == SyncMode::Save) job.options.saveAs ? saveCopy(job) : saveInPlace(job);
+}
+
+int statusOf(const Job& job) {
+  constexpr int signalBase = interrupted - SIGINT;
+  if (job.endedBy != 0) return signalBase + job.endedBy;
+  return job.complaints.empty() && !job.uncertain ? noShift : failure;
 }
 
 std::string textOf(const Job& job) {
@@ -153,8 +183,8 @@ std::string textOf(const Job& job) {
   }
   if (text.empty()) text = "Nothing to change.\n";
   if (job.savedAs) return text + "Saved: " + *job.savedAs + "\n";
-  if (job.options.mode == SyncMode::DryRun) return text + "Not saved: this was a dry run.\n";
-  return job.changesAnything() ? text + "Not saved.\n" : text;
+  if (!job.changesAnything() && !job.options.saveAs) return text;
+  return text + (job.options.mode == SyncMode::DryRun ? "Not saved: this was a dry run.\n" : "Not saved.\n");
 }
 
 Json jsonOf(const Job& job, int status) {
@@ -180,12 +210,12 @@ CommandResult runSyncCommand(const SyncOptions& options) {
   Job job;
   job.options = options;
   const bool synced = open(job) && sync(job);
-  if (synced && options.mode == SyncMode::Save) options.saveAs ? saveCopy(job) : saveInPlace(job);
+  if (synced) save(job);
 
   CommandResult result;
   for (const std::string& each : job.complaints) result.err += complaint(each);
   for (const std::string& each : job.notes) result.err += complaint(each);
-  result.status = job.complaints.empty() && !job.uncertain ? noShift : job.wasInterrupted ? interrupted : failure;
+  result.status = statusOf(job);
   if (options.form == OutputForm::Json) {
     result.out = cli::textOf(jsonOf(job, result.status));
   } else if (synced) {

@@ -80,7 +80,7 @@ pid_t start(const std::vector<std::string>& arguments, const ProgramOptions& opt
   const pid_t child = ::fork();
   if (child < 0) fail("fork");
   if (child > 0) return child;
-  ::signal(SIGINT, SIG_DFL);
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) ::signal(signal, SIG_DFL);
   ::signal(SIGPIPE, SIG_DFL);
   ::dup2(::open("/dev/null", O_RDONLY), STDIN_FILENO);
   output < 0 ? ::close(STDOUT_FILENO) : ::dup2(output, STDOUT_FILENO);
@@ -161,6 +161,24 @@ ProgramRun interruptLumacheckWhileWriting(const std::vector<std::string>& argume
   ProgramRun run;
   run.status = waitFor(child);
   readBoth(output.read.get(), run.out, error.read.get(), run.err);
+  return run;
+}
+
+ProgramRun runLumacheckUntil(const std::function<bool(pid_t process)>& now, int signal,
+                             const std::vector<std::string>& arguments) {
+  Pipe output, error;
+  const pid_t child = start(arguments, {}, output.write.get(), error.write.get());
+  output.write.close();
+  error.write.close();
+  const auto hasEnded = [child] {
+    siginfo_t ended{};
+    return ::waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOHANG | WNOWAIT) != 0 || ended.si_pid != 0;
+  };
+  while (!now(child) && !hasEnded()) ::usleep(500);
+  ::kill(child, signal);
+  ProgramRun run;
+  readBoth(output.read.get(), run.out, error.read.get(), run.err);
+  run.status = waitFor(child);
   return run;
 }
 

@@ -1,8 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
+
+#include <sys/types.h>
 
 namespace cli::test {
 
@@ -27,5 +30,9 @@ ProgramRun runLumacheckOnTerminal(const std::vector<std::string>& arguments, con
 
 /// The same with nobody reading its stdout, until it has written and waits to go on; then interrupted.
 ProgramRun interruptLumacheckWhileWriting(const std::vector<std::string>& arguments);
+
+/// The same, sent a signal as soon as `now` says so of its process, unless it has ended by then.
+ProgramRun runLumacheckUntil(const std::function<bool(pid_t process)>& now, int signal,
+                             const std::vector<std::string>& arguments);
 
 }  // namespace cli::test

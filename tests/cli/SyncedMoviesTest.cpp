@@ -1,59 +1,18 @@
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "movie/quicktime/MovieFile.h"
-#include "tests/cli/RunProgram.h"
-#include "tests/support/AtomBuilder.h"
+#include "tests/cli/SyncFixture.h"
 
 // `lumacheck sync` from end to end, on movies whose atoms are built here.
 
-namespace cli {
+namespace cli::test {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using movie::Bytes;
-using movie::test::ImageEntry;
-using movie::test::TemporaryFile;
-using test::ProgramRun;
-using test::runLumacheck;
 using testing::HasSubstr;
-
-constexpr std::int32_t gamma22 = 144179, gamma18 = 117965;
-
-Bytes movieOf(const std::vector<Bytes>& extensions, const std::string& mediaType = "vide") {
-  ImageEntry entry;
-  entry.extensions = extensions;
-  movie::test::TrackSpec track;
-  track.mediaType = mediaType;
-  track.entries = {entry.build()};
-  movie::test::MovieSpec spec;
-  spec.tracks = {track};
-  return movie::test::joined({movie::test::typedMediaData("qt  ", 30), spec.build()});
-}
-
-Bytes gammaMovie(std::int32_t gamma) {
-  return movieOf({movie::test::gamaExtension(gamma), movie::test::nclcExtension(1, 1, 1)});
-}
-
-std::string contents(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
-movie::ImageDescription descriptionIn(const std::string& path) {
-  return movie::ImageDescription((*movie::MovieFile::open(path))->tracks().front().sampleDescriptions.front());
-}
-
-class SyncCommand : public testing::Test {
- protected:
-  const TemporaryFile source_{gammaMovie(gamma22)}, dest_{gammaMovie(gamma18)};
-  const std::string before_ = contents(dest_.path());
-};
 
 TEST_F(SyncCommand, CopiesTheMetadataAndSavesInPlace) {
   const ProgramRun run = runLumacheck({"sync", source_.path(), dest_.path()});
@@ -147,4 +106,4 @@ TEST_F(SyncCommand, RefusesAFileThatCannotBeSavedInPlace) {
 }
 
 }  // namespace
-}  // namespace cli
+}  // namespace cli::test
