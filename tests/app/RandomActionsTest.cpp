@@ -1,6 +1,9 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QMimeData>
 #include <QPushButton>
@@ -19,6 +22,13 @@ namespace {
 class RandomActions : public WindowFixture {
  protected:
   RandomActions() {
+    const QString movies[] = {plainMovie(),    retaggedMovie(),  darkerMovie(), blackMovie(),  longMovie(),
+                              longNtscMovie(), dropFrameMovie(), soundMovie(),  groupedMovie()};
+    for (const QString& movie : movies) {
+      files_ << home_.filePath(QFileInfo(movie).fileName());  // they get saved
+      EXPECT_TRUE(QFile::copy(movie, files_.back()));
+      QFile::setPermissions(files_.back(), QFile::ReadOwner | QFile::WriteOwner);
+    }
     launch();
     QObject::connect(&answers_, &QTimer::timeout, [] {
       if (QWidget* const sheet = QApplication::activeModalWidget()) sheet->close();
@@ -28,10 +38,9 @@ class RandomActions : public WindowFixture {
 
   int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
   QString anyFile() {
-    const QString files[] = {plainMovie(),   retaggedMovie(), darkerMovie(),    blackMovie(),
-                             longMovie(),    longNtscMovie(), dropFrameMovie(), soundMovie(),
-                             groupedMovie(), home_.path(),    "/nowhere",       ""};
-    return files[below(std::size(files))];
+    const QString others[] = {home_.path(), "/nowhere", ""};
+    const int chosen = below(static_cast<int>(files_.size() + std::size(others)));
+    return chosen < files_.size() ? files_[chosen] : others[chosen - files_.size()];
   }
   SideInterface& anySide() { return below(2) == 0 ? interface().source : interface().dest; }
   QVMovieView& anyView() { return *anySide().movieView; }
@@ -59,8 +68,17 @@ class RandomActions : public WindowFixture {
     const char* const texts[] = {"5", "01:00:01:00", "", "junk", "1.", "00:00:20;02", "-3"};
     type(*anySide().timecodeText, texts[below(std::size(texts))]);
   }
+  /// Mostly over a file that is loaded or will be.
+  void saveAs() {
+    QTest::mouseClick(interface().saveAsBtn, Qt::LeftButton);
+    for (auto* const panel : interface().window().findChildren<QFileDialog*>()) {
+      if (!panel->isVisible()) continue;
+      panel->selectFile(below(4) == 0 ? home_.filePath("saved.mov") : files_[below(static_cast<int>(files_.size()))]);
+      static_cast<QDialog*>(panel)->done(below(4) == 0 ? QDialog::Rejected : QDialog::Accepted);
+    }
+  }
   void act() {
-    switch (below(13)) {
+    switch (below(16)) {
       case 0:
         return controller().applicationOpenFiles({anyFile(), anyFile()});
       case 1:
@@ -85,6 +103,12 @@ class RandomActions : public WindowFixture {
         return type(*anySide().filenameText, anyFile());
       case 11:
         return anyView().setVolume(below(11) / 10.0);
+      case 12:
+        return QTest::mouseClick(interface().syncBtn, Qt::LeftButton);
+      case 13:
+        return QTest::mouseClick(interface().saveBtn, Qt::LeftButton);
+      case 14:
+        return saveAs();
       default:
         return interface().window().resize(900 + below(500), 600 + below(300));
     }
@@ -108,6 +132,13 @@ class RandomActions : public WindowFixture {
     return {count("/proc/self/task"), count("/proc/self/fd")};
   }
 
+  /// Every movie is one still, whatever was saved over it.
+  void expectWholeMovies() {
+    for (const QString& file : files_) EXPECT_TRUE(PlayableMovie::canInitWithFile(file)) << file.toStdString();
+    EXPECT_TRUE(QDir(home_.path()).entryList({"*.partial"}, QDir::Files | QDir::Hidden).isEmpty());
+  }
+
+  QStringList files_;
   std::mt19937 random_{20261121};
   QTimer answers_;
 };
@@ -120,6 +151,7 @@ TEST_F(RandomActions, LeaveTheWindowAnswering) {
   EXPECT_LE(after.threads, before.threads);
   EXPECT_LE(after.descriptors, before.descriptors);
 
+  expectWholeMovies();
   load(plainMovie(), retaggedMovie());
   EXPECT_TRUE(waitUntil([&] { return !sourceView().picture().isNull() && !destView().picture().isNull(); }));
   QTest::mouseClick(interface().checkBtn, Qt::LeftButton);
