@@ -75,7 +75,7 @@ TEST_F(SyncRefusals, SayWhyAFileIsNotSavedInPlace) {
       {"compressed.mov", joined({typedMediaData("qt  ", 30), movie::test::compressedMovie(specOf(wrong).build())}),
        "compressed"},
       {"fragmented.mov", joined({typedMediaData("qt  ", 30), fragmented.build()}), "fragment"},
-      {"trailing.mov", joined({movieOf(wrong), Bytes(5, 'x')}), "end of the file"},
+      {"trailing.mov", joined({movieOf(wrong), Bytes(5, 'x')}), "its atoms do not end where the file does"},
       {"text.mov", Bytes(100, 'x'), "Cannot read"},
       {"empty.mov", {}, "Cannot read"},
   };
@@ -228,12 +228,11 @@ bool hasOpenIn(const fs::path& folder, pid_t process) {
 
 TEST_F(SyncRefusals, LeaveNothingOfACopyThatASignalEnded) {
   constexpr std::size_t size = 160 << 20;  // several pieces
-  const std::string dest = add("../" + folder_.filename().string() + ".dest.mov",
-                               joined({typedMediaData("qt  ", size), specOf(gammaExtensions(gamma18)).build()}));
+  const TemporaryFile dest(joined({typedMediaData("qt  ", size), specOf(gammaExtensions(gamma18)).build()}));
   const std::string copy = folder_ / "copy.mov";
   for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     const ProgramRun run = runLumacheckUntil([&](pid_t process) { return hasOpenIn(folder_, process); }, signal,
-                                             {"sync", source_.path(), dest, "--save-as", copy});
+                                             {"sync", source_.path(), dest.path(), "--save-as", copy});
     SCOPED_TRACE(signal);
     if (run.status == 0) {  // it was quicker
       EXPECT_EQ(descriptionIn(copy).gamma(), gamma22);
@@ -245,7 +244,6 @@ TEST_F(SyncRefusals, LeaveNothingOfACopyThatASignalEnded) {
     }
     EXPECT_EQ(filesInFolder(), 0U);
   }
-  fs::remove(dest);
 }
 
 }  // namespace
