@@ -34,7 +34,8 @@ if(LUMACHECK_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()
 
-# lumacheck_library(NAME FILES... [PUBLIC libs...] [PRIVATE libs...]): a layer of the tree. Includes are written from the root.
+# lumacheck_library(NAME FILES... [PUBLIC libs...] [PRIVATE libs...]): a layer of the tree. Includes are written from
+# the root.
 function(lumacheck_library name)
   cmake_parse_arguments(ARG "" "" "FILES;PUBLIC;PRIVATE" ${ARGN})
   add_library(${name} STATIC ${ARG_FILES})
@@ -42,13 +43,15 @@ function(lumacheck_library name)
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE lumacheck_options ${ARG_PRIVATE})
 endfunction()
 
-# lumacheck_test(NAME FILES... [LIBS libs...] [LABELS labels...]): one GoogleTest program, every test of it known to CTest.
+# lumacheck_test(NAME FILES... [LIBS libs...] [LABELS labels...]): one GoogleTest program, every test of it known to
+# CTest.
 function(lumacheck_test name)
   cmake_parse_arguments(ARG "" "" "FILES;LIBS;LABELS" ${ARGN})
   include(GoogleTest)
   add_executable(${name} ${ARG_FILES})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
-  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} test_support GTest::gmock GTest::gtest GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE
+    lumacheck_options ${ARG_LIBS} test_support GTest::gmock GTest::gtest GTest::gtest_main)
   if(TARGET movie_ffmpeg)
     add_dependencies(${name} movie_ffmpeg)
   endif()
