@@ -279,7 +279,7 @@ Bytes textOf(const std::string& text) {
 /// As long as inputs are that stand in for user defaults as well.
 Bytes propertyList(const std::string& body) {
   std::string text = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\">" + body + "</plist>\n";
-  while (text.size() % 8 != 0) text += '\n';
+  while (text.size() % 64 != 0) text += '\n';
   return textOf(text);
 }
 
