@@ -1,0 +1,23 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+/// Makes calls one after another on a thread of its own, which the caller never waits for. What was added is still
+/// called after the object is gone; then the thread ends. Used by one thread.
+class BackgroundCalls {
+ public:
+  BackgroundCalls();
+  ~BackgroundCalls();
+  BackgroundCalls(const BackgroundCalls&) = delete;
+  BackgroundCalls& operator=(const BackgroundCalls&) = delete;
+
+  /// Where the system gives no thread, the call is dropped.
+  void add(std::function<void()> call);
+  /// Whether calls are still waiting to be made.
+  bool isBusy() const;
+
+ private:
+  struct Queue;
+  std::shared_ptr<Queue> queue_;
+};
