@@ -64,7 +64,7 @@ QString FileDigest::text() {
   return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(digest.data()), static_cast<int>(size)).toHex());
 }
 
-QString digestOfFile(const QString& path, DigestAlgorithm algorithm, std::function<bool()> shouldContinue) {
+QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::function<bool()>& shouldContinue) {
   const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) {
     QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", path);
