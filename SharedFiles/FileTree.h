@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+
+#include <sys/types.h>
+#include <tl/expected.hpp>
+
+/// Why work on files stopped.
+struct FileTreeError {
+  int number = 0;           ///< an errno
+  std::string path;         ///< of what it stopped at
+  bool bothRemain = false;  ///< a move's copy is complete, but not all of the source could be removed
+};
+
+using FileTreeResult = tl::expected<void, FileTreeError>;
+
+// Paths are bytes, relative to the working folder when they do not begin with a slash. A path that ends in "." or ".."
+// is refused, and so is "/". Links are worked on themselves and never followed, except on the way to the last name of a
+// path. Callable from any thread. Logs nothing.
+
+/// Copies a file, a folder with all that is in it, a link (as a link), a pipe, socket or device (as another one): bytes
+/// and holes, permissions, times, extended attributes and access lists; owner and group as far as this process may give
+/// them away. What cannot be given away is the process's own, without the set-id bits.
+///
+/// The destination must not exist, its folder must. It appears whole, by a rename, or not at all: until then the copy
+/// has a name that begins with ".lumacheck-copy-" beside it. A folder is not copied into itself. Names in folders may
+/// be any bytes.
+FileTreeResult copyTree(const std::string& source, const std::string& destination);
+
+/// Moves by a rename. To another file system: copies as copyTree(), waits until the copy is on the disk, makes sure
+/// that the source is still what was copied and may be removed, lets the copy appear and removes what was copied. A
+/// failure leaves the source untouched and no destination, save that of a removal that began (`bothRemain`).
+FileTreeResult moveTree(const std::string& source, const std::string& destination);
+
+/// Removes a file, a link, or a folder with all that is in it.
+FileTreeResult removeTree(const std::string& path);
