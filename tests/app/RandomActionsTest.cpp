@@ -38,9 +38,8 @@ class RandomActions : public WindowFixture {
 
   int below(int limit) { return std::uniform_int_distribution<int>(0, limit - 1)(random_); }
   QString anyFile() {
-    const QString others[] = {home_.path(), "/nowhere", ""};
-    const int chosen = below(static_cast<int>(files_.size() + std::size(others)));
-    return chosen < files_.size() ? files_[chosen] : others[chosen - files_.size()];
+    const QStringList all = files_ + QStringList{home_.path(), "/nowhere", ""};
+    return all[below(static_cast<int>(all.size()))];
   }
   SideInterface& anySide() { return below(2) == 0 ? interface().source : interface().dest; }
   QVMovieView& anyView() { return *anySide().movieView; }
