@@ -84,10 +84,12 @@ class AuthorizationController {
   bool isSuperuser() const { return environment_.userId() == 0; }
   bool isSystemDirectory(const QString& path) const;
   bool refuses(const QString& path, const char* message) const;
-  bool run(const QString& tool, const QStringList& parameters);
+  QString toolPath(const QString& path) const;
+  QString toolDestination(const QString& path) const;
   QString trashTarget(const QString& path) const;
-  bool trashEntry(const QString& entry, bool deleteOnRootAccount);
-  bool eachEntry(const QString& folder, const std::function<bool(const QString& name)>& act) const;
+  bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
+  bool run(const QString& tool, const QStringList& options, const QStringList& paths);
+  bool start(const QString& tool, const QStringList& options, const QStringList& paths);
 
   AuthorizationEnvironment environment_;
   bool hasGUI_;

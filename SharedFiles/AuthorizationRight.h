@@ -2,9 +2,7 @@
 
 #include <QString>
 #include <QStringList>
-#include <functional>
 #include <memory>
-#include <optional>
 
 #include <sys/types.h>
 
@@ -21,7 +19,7 @@ struct AuthorizationPrograms {
   static AuthorizationPrograms standard();
 };
 
-/// An administrator right that was obtained; giving it up is the destructor's. Used by one thread at a time.
+/// An administrator right that was obtained. Used by one thread at a time.
 class AuthorizationRight {
  public:
   virtual ~AuthorizationRight() = default;
@@ -32,31 +30,36 @@ class AuthorizationRight {
   /// where the system has no such service.
   static std::unique_ptr<AuthorizationRight> askUser(const AuthorizationPrograms& programs, uid_t userId);
 
-  /// What became of credentials. `right` is set when they were good. `error` (an errno) when they could not be tried.
+  /// What became of credentials.
   struct Outcome {
-    std::unique_ptr<AuthorizationRight> right;
-    int error = 0;
+    std::unique_ptr<AuthorizationRight> right;  ///< set when they were good
+    int error = 0;                              ///< an errno when they could not be tried
   };
-  /// Tries credentials without a dialog. Only the user with that id can be tried: the name of any other is refused. The
-  /// password goes through a pipe, and the copies made of it here are overwritten; a password with a line break, a null
-  /// character or more than 1,000 bytes is refused.
-  static Outcome tryCredentials(const AuthorizationPrograms& programs, uid_t userId, const QString& user,
-                                const QString& password);
+  /// Tries the invoking user's password without a dialog. It goes through a pipe, and the copy made of it here is
+  /// overwritten. One that is no text, or has a line break, a null character or more than 1,000 bytes, is refused
+  /// untried.
+  static Outcome tryPassword(const AuthorizationPrograms& programs, const QString& password);
 
-  /// How a run of a tool began: 0 once the tool runs as the superuser, else why it does not (see the statuses below).
+  /// How a run of a tool began.
   struct Start {
+    /// 0 once the tool runs as the superuser; `cannotLaunch`, or what pkexec, sudo or the privileged program ended with
+    /// before that (see SharedFiles/privileged/ExitStatus.h).
     int status = 0;
-    std::shared_ptr<ChildProcess> process;  ///< set when it runs; its output is a pipe that ends with the tool
+    std::shared_ptr<ChildProcess> process;  ///< set when the tool runs; its output is a pipe that ends with the tool
   };
   static constexpr int cannotLaunch = -3;  ///< pkexec or sudo is missing, or an argument cannot be handed over
-  /// Any other status is the one that pkexec, sudo or the privileged program ended with before the tool ran.
 
-  /// Starts a tool with this right. Blocks until the tool runs, which takes another answer of the user's when the right
-  /// has run out in the meantime (or is refused at once, when it came from credentials).
+  /// Starts a tool with this right. Blocks until the tool runs or is refused; the user may be asked again meanwhile,
+  /// when the right has run out and came from a dialog.
   Start start(const QString& tool, const QStringList& arguments) const;
+
+  /// Whether it asks again by itself when it has run out.
+  virtual bool renewsItself() const = 0;
+  /// Gives the right back to the system.
+  virtual void giveUp() const = 0;
 
  protected:
   AuthorizationRight() = default;
-  /// The program and the leading arguments that make the privileged program run with this right.
+  /// The program, and the arguments before the tool's, that run a tool with this right.
   virtual QStringList commandLine() const = 0;
 };

@@ -1,0 +1,62 @@
+#include "SharedFiles/privileged/StagingFolder.h"
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/random.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+std::string privateName() {
+  std::uint64_t random = 0;
+  if (::getrandom(&random, sizeof random, 0) != static_cast<ssize_t>(sizeof random)) return {};
+  std::array<char, 40> name{};
+  std::snprintf(name.data(), name.size(), ".lumacheck-%016jx", static_cast<std::uintmax_t>(random));
+  return name.data();
+}
+
+/// Nobody else's, whatever has been put under its name in the meantime.
+bool isOurs(const FileDescriptor& folder) {
+  struct stat status {};
+  return ::fstat(folder.get(), &status) == 0 && status.st_uid == ::geteuid() && (status.st_mode & 077) == 0;
+}
+
+}  // namespace
+
+StagingFolder::StagingFolder(FileDescriptor parent, std::string name, FileDescriptor descriptor)
+    : parent_(std::move(parent)), name_(std::move(name)), descriptor_(std::move(descriptor)) {}
+
+tl::expected<StagingFolder, ExitStatus> StagingFolder::makeIn(const PinnedFolder& parent) {
+  const std::string name = privateName();
+  FileDescriptor held(::fcntl(parent.descriptor.get(), F_DUPFD_CLOEXEC, 0));
+  if (name.empty() || !held.isOpen() || ::mkdirat(held.get(), name.c_str(), 0700) != 0)
+    return tl::unexpected(ExitStatus::cannotCreate);
+  FileDescriptor folder(::openat(held.get(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  StagingFolder staging(std::move(held), name, std::move(folder));
+  if (!staging.descriptor_.isOpen() || !isOurs(staging.descriptor_)) return tl::unexpected(ExitStatus::changed);
+  return staging;
+}
+
+StagingFolder::~StagingFolder() {
+  // Without effect on anything but an empty folder.
+  if (parent_.isOpen()) ::unlinkat(parent_.get(), name_.c_str(), AT_REMOVEDIR);
+}
+
+bool StagingFolder::holds(const std::string& entry) const {
+  struct stat status {};
+  return ::fstatat(descriptor_.get(), entry.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+}
+
+bool StagingFolder::moveOut(const std::string& entry, const std::string& name) const {
+  return ::renameat(descriptor_.get(), entry.c_str(), parent_.get(), name.c_str()) == 0;
+}
+
+bool StagingFolder::moveBack(const std::string& entry, const PinnedEntry& origin) const {
+  return ::renameat2(descriptor_.get(), entry.c_str(), origin.folder.descriptor.get(), origin.name.c_str(),
+                     RENAME_NOREPLACE) == 0;
+}

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+
+#include <tl/expected.hpp>
+
+#include "SharedFiles/privileged/PinnedFolder.h"
+
+/// A folder that only this process's user may enter, made inside another one and removed again once it is empty.
+class StagingFolder {
+ public:
+  /// Fails with `cannotCreate`, or with `changed` when something else stands under the new folder's name.
+  static tl::expected<StagingFolder, ExitStatus> makeIn(const PinnedFolder& parent);
+  ~StagingFolder();
+  StagingFolder(StagingFolder&& other) noexcept = default;
+  StagingFolder& operator=(StagingFolder&&) = delete;
+
+  const FileDescriptor& descriptor() const { return descriptor_; }
+  const std::string& name() const { return name_; }
+  bool holds(const std::string& entry) const;
+
+  /// Renames an entry of this folder to a name in the parent. Replaces a file by a file or folder by an empty one, and
+  /// follows no link.
+  bool moveOut(const std::string& entry, const std::string& name) const;
+  /// Puts an entry back where it came from, unless something stands there.
+  bool moveBack(const std::string& entry, const PinnedEntry& origin) const;
+
+ private:
+  StagingFolder(FileDescriptor parent, std::string name, FileDescriptor descriptor);
+
+  FileDescriptor parent_;
+  std::string name_;
+  FileDescriptor descriptor_;
+};
