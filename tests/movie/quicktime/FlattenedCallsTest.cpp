@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -283,6 +284,22 @@ TEST(FlattenedCalls, AFileWithoutANameIsAskedForFirst) {
       EXPECT_EQ(isNamedMeanwhile(way), isNamedMeanwhile(ways[0])) << way.name;
     }
   }
+}
+
+/// Only the administrator can try with a group that is not the writer's own.
+TEST(FlattenedCalls, AGroupThatCannotBeKeptMayDoWhatAllOthersMay) {
+  const Way& way = ways[1];
+  const Scene scene(way);
+  const bool foreign = ::geteuid() == 0;
+  if (foreign) {
+    ASSERT_EQ(::chown(scene.target().c_str(), 1234, 5678), 0);
+  }
+  ASSERT_EQ(::chmod(scene.target().c_str(), 0662), 0);
+  FailingCalls calls([](Call call, std::size_t) { return Fault{call == Call::Owner ? EPERM : 0, false}; });
+  ASSERT_TRUE(scene.copy(calls));
+  struct stat status {};
+  ASSERT_EQ(::stat(scene.target().c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777, foreign ? 0622U : 0662U);
 }
 
 // --- killed ---
