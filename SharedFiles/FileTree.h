@@ -18,6 +18,9 @@ using FileTreeResult = tl::expected<void, FileTreeError>;
 // is refused, and so is "/". Links are worked on themselves and never followed, except on the way to the last name of a
 // path. Callable from any thread. Logs nothing.
 
+/// Whether something stands there: a link, too, that leads nowhere.
+bool standsAt(const std::string& path);
+
 /// Copies a file, a folder with all that is in it, a link (as a link), a pipe, socket or device (as another one): bytes
 /// and holes, permissions, times, extended attributes and access lists; owner and group as far as this process may give
 /// them away. What cannot be given away is the process's own, without the set-id bits.
@@ -31,6 +34,10 @@ FileTreeResult copyTree(const std::string& source, const std::string& destinatio
 /// that the source is still what was copied and may be removed, lets the copy appear and removes what was copied. A
 /// failure leaves the source untouched and no destination, save that of a removal that began (`bothRemain`).
 FileTreeResult moveTree(const std::string& source, const std::string& destination);
+
+/// Makes a folder and those that are missing on the way to it, with permissions as the process's mask has them. One
+/// that exists is fine, also behind a link. A failure leaves none of them.
+FileTreeResult createFolders(const std::string& path);
 
 /// Removes a file, a link, or a folder with all that is in it.
 FileTreeResult removeTree(const std::string& path);
