@@ -6,6 +6,7 @@ usage: check_layers.py [ROOT]
 Prints one line a breach (file:line: what) and exits 1 when there is any:
   - an include that points up, or into a folder that no layer may include (tests, bench, fuzz)
   - a movie in the units of SharedFiles that know none
+  - anything but a few units of SharedFiles in the program that runs with administrator rights, and its parts elsewhere
   - libav outside movie/decode/ffmpeg, and in any header
   - Qt in movie/
   - Qt Widgets or Network outside app/ and the desktop units of SharedFiles
@@ -19,7 +20,9 @@ import sys
 LAYERS = ["movie/quicktime", "movie/decode", "movie/render", "movie", "SharedFiles", "check", "cli", "app"]
 SIDES = {("cli", "app"), ("app", "cli")}
 MEDIA_UNITS = {"QVQuickTime"}
-DESKTOP_UNITS = {"AlertPanel", "QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
+DESKTOP_UNITS = {"AlertPanel", "DesktopWorkspace", "LogGathering", "QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
+PRIVILEGED = "SharedFiles/privileged/"
+PRIVILEGED_MAY_USE = {"SharedFiles/" + unit + ".h" for unit in ("BundleInfo", "FileDescriptor", "PathPlatform", "QVLocalPaths")}
 
 # Library headers -> the files that may include them.
 ONLY_IN = [
@@ -53,6 +56,15 @@ def project_include_breach(path, target):
         return f"includes {target}: {mine} may not look up to {theirs}"
     if mine == "SharedFiles" and theirs.startswith("movie") and pathlib.PurePath(path).stem not in MEDIA_UNITS:
         return f"includes {target}: of SharedFiles, only the media units know movies"
+    return privileged_breach(path, target)
+
+
+def privileged_breach(path, target):
+    if path.startswith(PRIVILEGED):
+        if not target.startswith(PRIVILEGED) and target not in PRIVILEGED_MAY_USE:
+            return f"includes {target}: what runs with administrator rights uses as little as it can"
+    elif target.startswith(PRIVILEGED):
+        return f"includes {target}: nothing but the privileged program is made of that"
     return None
 
 

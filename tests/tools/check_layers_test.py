@@ -51,6 +51,13 @@ class Layers(unittest.TestCase):
         self.refuses("cli/main.cpp", "<QApplication>")
         self.refuses("SharedFiles/QVLog.h", "<QWidget>")
 
+    def test_keeps_the_privileged_program_by_itself(self):
+        self.refuses("SharedFiles/privileged/main.cpp", '"SharedFiles/QVLog.h"')
+        self.refuses("SharedFiles/QVAuthorization.cpp", '"SharedFiles/privileged/PrivilegedRun.h"')
+        self.refuses("cli/main.cpp", '"SharedFiles/privileged/ToolCommand.h"')
+        self.accepts("SharedFiles/privileged/main.cpp", '"SharedFiles/privileged/PrivilegedRun.h"')
+        self.accepts("SharedFiles/privileged/ProtectedPlaces.cpp", '"SharedFiles/QVLocalPaths.h"')
+
     def test_accepts_what_points_down(self):
         self.accepts("cli/main.cpp", '"check/GammaCheck.h"')
         self.accepts("SharedFiles/QVQuickTime.h", '"movie/Movie.h"')
