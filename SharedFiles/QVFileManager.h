@@ -3,11 +3,14 @@
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 #include <QVariantMap>
+#include <functional>
 #include <optional>
 
 #include <sys/types.h>
 
+#include "SharedFiles/FileCopy.h"
 #include "SharedFiles/FileServices.h"
 
 /// What is done with files and folders. Stateless; callable from any thread unless stated, and blocking. Nothing is
@@ -82,6 +85,27 @@ class QVFileManager final {
   /// moveFile:toPath:timeout:
   static bool moveFile(const QString& source, const QString& destination, double timeout,
                        const FileServices& services = {});
+
+  // --- Verified copies and digests --------------------------------------------------------------------------------
+
+  /// copyFileWithProgress:destinations:verificationType:delegate:object:object: see copyFileToDestinations(). On a
+  /// thread that may be busy for a while.
+  static bool copyFileWithProgress(const QString& source, const QStringList& destinations,
+                                   unsigned int verificationType, const FileCopyDelegate& delegate,
+                                   const QVariant& object, const QVariant& object2);
+  /// copyFileWithProgress:destination:delegate:object: without verification.
+  static bool copyFileWithProgress(const QString& source, const QString& destination, const FileCopyDelegate& delegate,
+                                   const QVariant& object);
+  /// copyFileWithProgress:destination:delegate:object:object:
+  static bool copyFileWithProgress(const QString& source, const QString& destination, const FileCopyDelegate& delegate,
+                                   const QVariant& object, const QVariant& object2);
+
+  /// md5HashForFile:delegate: see digestOfFile(). The delegate answers checksumShouldContinue:.
+  static QString md5HashForFile(const QString& path, const std::function<bool()>& delegate = {});
+  /// sha1HashForFile:delegate:
+  static QString sha1HashForFile(const QString& path, const std::function<bool()>& delegate = {});
+  /// sha512HashForFile:delegate:
+  static QString sha512HashForFile(const QString& path, const std::function<bool()>& delegate = {});
 
   // --- Archives ---------------------------------------------------------------------------------------------------
 

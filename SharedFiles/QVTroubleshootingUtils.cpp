@@ -1,0 +1,73 @@
+#include "SharedFiles/QVTroubleshootingUtils.h"
+
+#include <QFileInfo>
+#include <algorithm>
+#include <utility>
+
+#include "SharedFiles/LogGathering.h"
+#include "SharedFiles/QVAlert.h"
+#include "SharedFiles/QVFileManager.h"
+#include "SharedFiles/QVLocalPaths.h"
+
+namespace {
+
+void tell(const char* message, const char* text) {
+  QVAlert::alertSheetWithMessageText(message, text, nullptr);
+}
+
+QString archivePath(const QString& name, const TroubleshootingServices& services) {
+  const QString base = QVLocalPaths::desktopDirectory(services.paths) + "/" + name + " Logs";
+  QString path = base + ".zip";
+  if (!QVFileManager::fileExistsAtPath(path)) return path;
+  return base + "_" + services.now().toString("yyyyMMddhhmmss") + ".zip";
+}
+
+bool viewLog(const QString& fileName, const char* missing, const TroubleshootingServices& services) {
+  const QString path = QVLocalPaths::libraryDirectory(true, services.paths) + "/Logs/Quorvane/" + fileName;
+  if (QVFileManager::fileExistsAtPath(path)) return services.workspace.openFile(path);
+  tell("No log found", missing);
+  return false;
+}
+
+}  // namespace
+
+bool QVTroubleshootingUtils::gatherLogsForAppWithName(const QString& name, const TroubleshootingServices& services) {
+  return !name.isEmpty() && gatherLogsForAppsWithNames({name}, services);
+}
+
+bool QVTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList& names,
+                                                        const TroubleshootingServices& services) {
+  return gatherLogsForAppsWithNames(names, false, services);
+}
+
+bool QVTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList& names, bool silent,
+                                                        const TroubleshootingServices& services) {
+  return gatherLogsForAppsWithNames(names, silent, {}, services);
+}
+
+bool QVTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList& names, bool silent,
+                                                        const QStringList& additionalFiles,
+                                                        const TroubleshootingServices& services) {
+  if (names.isEmpty()) return false;
+  LogGathering gathering(services.paths, services.files);
+  if (!gathering.makeFolder() || !gathering.copyLogs(names) || !gathering.copyFiles(additionalFiles)) return false;
+  if (gathering.filesCopied() == 0) {
+    if (!silent) tell("No logs found", "There were no logs available to gather.");
+    return false;
+  }
+  const bool packed =
+      QVFileManager::compressFile(gathering.folder(), archivePath(names.first(), services), services.files);
+  gathering.removeFolder();
+  if (!silent && packed) tell("Logs gathered successfully", "The gathered logs were placed on your desktop.");
+  if (!silent && !packed) tell("Logs could not be gathered", "Please check your file permissions.");
+  return packed;
+}
+
+bool QVTroubleshootingUtils::viewLogForApp(const QString& name, const TroubleshootingServices& services) {
+  return viewLog(name + ".1.log", "You must perform a task before viewing the log.", services);
+}
+
+bool QVTroubleshootingUtils::viewTaskLogForApp(const QString& name, const TroubleshootingServices& services) {
+  return viewLog(name + ".1.task.log",
+                 "You must run the application as a task (e.g. through Taskwarden) before viewing a log.", services);
+}

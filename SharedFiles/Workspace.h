@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+/// Opens files and pages for the user with the programs of his choice. On the main thread. The answers tell whether
+/// something was started, not what became of it.
+class Workspace {
+ public:
+  virtual ~Workspace() = default;
+
+  virtual bool openFile(const QString& path) = 0;    ///< with its default application
+  virtual bool openURL(const QString& address) = 0;  ///< in the default browser
+};
