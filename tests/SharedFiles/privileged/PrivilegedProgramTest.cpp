@@ -73,7 +73,7 @@ TEST_F(PrivilegedProgram, SaysNothingWhenItRefuses) {
       {{"--help"}, ExitStatus::usage},
       {{"/bin/sh"}, ExitStatus::usage},
       {{"/bin/rm", "-Rdf", "relative"}, ExitStatus::badPath},
-      {{"/bin/rm", "-Rdf", "/"}, ExitStatus::protectedPlace},
+      {{"/bin/mv", "-f", "/", at("absent/file")}, ExitStatus::protectedPlace},
       {{"/bin/rm", "-Rdf", at("absent/file")}, ExitStatus::notThere}};
   for (const auto& [line, status] : rows) {
     const Result result = start(line);

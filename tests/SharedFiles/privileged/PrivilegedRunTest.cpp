@@ -104,7 +104,6 @@ TEST_F(PrivilegedRuns, RefuseOtherCommandsAndOtherPaths) {
   EXPECT_EQ(run({"/bin/rm", "-Rdf", at("x/../file")}), refused(ExitStatus::badPath));
   EXPECT_EQ(run({"/bin/mv", "-f", at("file"), at("./moved")}), refused(ExitStatus::badPath));
   EXPECT_EQ(run({"/bin/cp", "-f", "-p", "-R", at("file"), at("\xE4")}), refused(ExitStatus::badPath));
-  EXPECT_EQ(run({"/bin/rm", "-Rdf", "/"}), refused(ExitStatus::protectedPlace));
   EXPECT_EQ(run({"/bin/mv", "-f", "/", at("all")}), refused(ExitStatus::protectedPlace));
   EXPECT_EQ(started(), 0);
   EXPECT_EQ(read("file"), "1");
