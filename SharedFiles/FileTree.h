@@ -21,6 +21,9 @@ using FileTreeResult = tl::expected<void, FileTreeError>;
 /// Whether something stands there: a link, too, that leads nowhere.
 bool standsAt(const std::string& path);
 
+/// Whether a folder stands there or where the link leads.
+bool isFolderAt(const std::string& path);
+
 /// Copies a file, a folder with all that is in it, a link (as a link), a pipe, socket or device (as another one): bytes
 /// and holes, permissions, times, extended attributes and access lists; owner and group as far as this process may give
 /// them away. What cannot be given away is the process's own, without the set-id bits.

@@ -8,11 +8,6 @@
 
 namespace {
 
-bool isFolder(const std::string& path) {
-  struct stat status = {};
-  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
-}
-
 /// The path and what is before each of its slashes, shortest first.
 std::vector<std::string> wayTo(const std::string& path) {
   std::vector<std::string> way;
@@ -30,6 +25,11 @@ bool standsAt(const std::string& path) {
   return ::lstat(path.c_str(), &status) == 0;
 }
 
+bool isFolderAt(const std::string& path) {
+  struct stat status = {};
+  return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
 FileTreeResult createFolders(const std::string& path) {
   std::vector<std::string> made;
   for (const std::string& folder : wayTo(path)) {
@@ -38,7 +38,7 @@ FileTreeResult createFolders(const std::string& path) {
       continue;
     }
     const int number = errno;
-    if (isFolder(folder)) continue;
+    if (isFolderAt(folder)) continue;
     for (auto undone = made.crbegin(); undone != made.crend(); ++undone) ::rmdir(undone->c_str());
     return tl::unexpected(FileTreeError{number, folder});
   }

@@ -48,22 +48,22 @@ ToolCommand PlatformTools::compress(const QString& source, const QString& archiv
     if (includeParent) arguments << "--keepParent";
     return {rooted(ditto), arguments + QStringList{source, archive}};
   }
-  // Under "C" the names in the archive are the bytes that they are in the folder, UTF-8 or not. "./" keeps "@name" from
-  // being taken for an archive; -s takes it out of the entries' names again, but not out of what a link says.
+  // "./" keeps "@name" from being taken for an archive and, when it is unpacked, "c:name" for a drive and "back\\slash"
+  // for two names. Where none of this is to be feared the entries do without: -s leaves alone what a link says.
   const bool entriesOnly = !includeParent && isFolder(source);
+  const QString name = source.mid(nameStart(source));
   const QString folder = entriesOnly ? source : source.left(std::max<qsizetype>(nameStart(source) - 1, 1));
-  const QString name = entriesOnly ? QString(".") : "./" + source.mid(nameStart(source));
-  return bsdtar("C", {"-c", "--format", "zip", "-s", ",^\\./,,S", "-f", archive, "-C", folder, "--", name});
+  QStringList arguments{"-c", "--format", "zip"};
+  if (!entriesOnly && !name.contains(':') && !name.contains('\\'))
+    arguments << "-s"
+              << ",^\\./,,S";
+  arguments << "-f" << archive << "-C" << folder << "--" << (entriesOnly ? "." : "./" + name);
+  return bsdtar("C", arguments);  // in which the names in an archive are bytes, UTF-8 or not
 }
 
 ToolCommand PlatformTools::decompress(const QString& archive, const QString& folder) const {
   if (has(ditto)) return {rooted(ditto), {"-xk", archive, folder}};
   return bsdtar("C.UTF-8", {"-x", "-f", archive, "-C", folder});
-}
-
-std::optional<ToolCommand> PlatformTools::checkArchive(const QString& archive) const {
-  if (has(ditto)) return std::nullopt;
-  return bsdtar("C.UTF-8", {"-t", "-f", archive});
 }
 
 std::optional<ToolCommand> PlatformTools::writeAttribute(const QString& name, const QString& value,

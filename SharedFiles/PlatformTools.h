@@ -25,14 +25,14 @@ class PlatformTools {
   static const PlatformTools& standard();
 
   /// Packs a file or folder into a ZIP archive that does not exist yet: "/usr/bin/ditto" "-ck", else bsdtar. A folder's
-  /// entries stand at the top of the archive or, with the parent included, under the folder's name. Links stay links.
+  /// entries stand at the top of the archive or, with the parent included, under the folder's name. Links stay links,
+  /// and names the bytes that they are.
   ToolCommand compress(const QString& source, const QString& archive, bool includeParent) const;
   /// Unpacks a ZIP archive into a folder: "/usr/bin/ditto" "-xk", which makes the folder, else bsdtar, which does not.
   ToolCommand decompress(const QString& archive, const QString& folder) const;
-  /// Ends with another status than 0 when an archive is damaged or cut short. Only where bsdtar is the archiver.
-  std::optional<ToolCommand> checkArchive(const QString& archive) const;
-  /// Whether decompress() needs the folder to be there.
-  bool archiverNeedsFolder() const { return !has(ditto); }
+  /// Whether ditto is there. bsdtar unpacks into a folder that exists, and stops at the first file that it cannot read,
+  /// with a part of an archive and another status than 0.
+  bool archivesWithDitto() const { return has(ditto); }
 
   /// "/usr/bin/xattr" "-w" name value file. None where it is absent: system calls do the same.
   std::optional<ToolCommand> writeAttribute(const QString& name, const QString& value, const QString& file) const;

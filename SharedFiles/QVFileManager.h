@@ -112,7 +112,7 @@ class QVFileManager final {
   /// compressFile:toDestinationFile: with the parent included.
   static bool compressFile(const QString& source, const QString& archive, const FileServices& services = {});
   /// compressFile:toDestinationFile:includeParent: packs into a ZIP archive; one that is there goes to the trash first.
-  /// Whether the archive exists then: a file that could not be read is missing in it, with a log line.
+  /// Whether the archive exists then; one that does not hold everything is removed where the archiver tells.
   static bool compressFile(const QString& source, const QString& archive, bool includeParent,
                            const FileServices& services = {});
   /// decompressFile:toDestinationFolder: unpacks into a folder; one that is there goes to the trash first. Whether the

@@ -27,12 +27,6 @@ bool cleared(const QString& path, const FileServices& services) {
   return false;
 }
 
-/// What the archiver left behind when it failed: an archive without some of the files, which stays, or a part of one.
-void removeUnlessReadable(const QString& archive, const FileServices& services) {
-  const auto check = services.tools.checkArchive(archive);
-  if (check && statusOf(*check) != 0) static_cast<void>(removeTree(archive.toStdString()));
-}
-
 }  // namespace
 
 bool QVFileManager::compressFile(const QString& source, const QString& archive, const FileServices& services) {
@@ -47,7 +41,7 @@ bool QVFileManager::compressFile(const QString& source, const QString& archive, 
   const std::int32_t status = statusOf(services.tools.compress(from, to, includeParent));
   if (status != 0) {
     QVLog::appendLog("Error compressing file %@: the archiver ended with status %i", source, status);
-    removeUnlessReadable(to, services);
+    if (!services.tools.archivesWithDitto()) static_cast<void>(removeTree(to.toStdString()));
   }
   return fileExistsAtPath(to);
 }
@@ -56,7 +50,7 @@ bool QVFileManager::decompressFile(const QString& archive, const QString& folder
   const QString from = archiverPath(archive, "Error decompressing file: source path is nil");
   const QString to = archiverPath(folder, "Error decompressing file: destination path is nil");
   if (from.isNull() || to.isNull() || !cleared(to, services)) return false;
-  const bool made = services.tools.archiverNeedsFolder() && createFolders(to.toStdString());
+  const bool made = !services.tools.archivesWithDitto() && createFolders(to.toStdString());
   const std::int32_t status = statusOf(services.tools.decompress(from, to));
   if (status != 0) {
     QVLog::appendLog("Error decompressing file %@: the archiver ended with status %i", archive, status);

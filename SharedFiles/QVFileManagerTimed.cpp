@@ -45,7 +45,8 @@ bool QVFileManager::removeFile(const QString& path, double timeout, const FileSe
 }
 
 bool QVFileManager::createDirectory(const QString& path, double timeout, const FileServices& services) {
-  return createDirectory(path, services) && showsWithin(timeout, [&] { return fileExistsAtPath(path); });
+  return createDirectory(path, services) &&
+         showsWithin(timeout, [&] { return isFolderAt(absolutePath(path).toStdString()); });
 }
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, double timeout,
