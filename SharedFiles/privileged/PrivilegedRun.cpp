@@ -109,12 +109,13 @@ int place(const ToolCommand& command, const PinnedEntry& source, const StagingFo
   const std::string& name = target.name;
   if (!staging.holds(name)) return status;
   const bool moved = command.tool == Tool::move;
-  // A move that failed halfway may have left the only copy of some files here.
-  if ((status == 0 || moved) && staging.moveOut(name, name)) return status;
+  if (status == 0 && staging.moveOut(name, name)) return status;
+  // After a move that failed halfway this may be the only copy, or a part of one: it stays, and replaces nothing.
+  if (moved && status != 0 && staging.moveToFreePlace(name, target)) return status;
   if (!moved) {
     runTool({"/bin/rm", "-Rdf"}, {{staging.descriptor(), name}});
-  } else if (!staging.moveBack(name, source)) {
-    std::fprintf(stderr, "%s is left in %s/%s\n", name.c_str(), target.folder.path.c_str(), staging.name().c_str());
+  } else if (!staging.moveToFreePlace(name, source)) {
+    std::fprintf(stderr, "%s is left in %s\n", name.c_str(), target.folder.pathOf(staging.name()).c_str());
   }
   return status != 0 ? status : number(ExitStatus::cannotCreate);
 }

@@ -56,7 +56,7 @@ bool StagingFolder::moveOut(const std::string& entry, const std::string& name) c
   return ::renameat(descriptor_.get(), entry.c_str(), parent_.get(), name.c_str()) == 0;
 }
 
-bool StagingFolder::moveBack(const std::string& entry, const PinnedEntry& origin) const {
-  return ::renameat2(descriptor_.get(), entry.c_str(), origin.folder.descriptor.get(), origin.name.c_str(),
+bool StagingFolder::moveToFreePlace(const std::string& entry, const PinnedEntry& place) const {
+  return ::renameat2(descriptor_.get(), entry.c_str(), place.folder.descriptor.get(), place.name.c_str(),
                      RENAME_NOREPLACE) == 0;
 }

@@ -22,8 +22,8 @@ class StagingFolder {
   /// Renames an entry of this folder to a name in the parent. Replaces a file by a file or folder by an empty one, and
   /// follows no link.
   bool moveOut(const std::string& entry, const std::string& name) const;
-  /// Puts an entry back where it came from, unless something stands there.
-  bool moveBack(const std::string& entry, const PinnedEntry& origin) const;
+  /// Renames an entry of this folder to a place where nothing stands.
+  bool moveToFreePlace(const std::string& entry, const PinnedEntry& place) const;
 
  private:
   StagingFolder(FileDescriptor parent, std::string name, FileDescriptor descriptor);

@@ -39,6 +39,7 @@ class SpawnSettings {
     static const std::array<const char*, 3> environment = {"PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8", nullptr};
     ::posix_spawn_file_actions_addclosefrom_np(&actions_, firstClosed);
     std::vector<char*> pointers;
+    pointers.reserve(arguments.size() + 1);
     for (std::string& argument : arguments) pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     return ::posix_spawn(&identifier, pointers.front(), &actions_, &attributes_, pointers.data(),
