@@ -61,7 +61,7 @@ QString QVFileManager::uniqueFilename(const QString& path) {
     stem.truncate(dot);
   }
   for (long number = 2;; ++number) {
-    const QString candidate = QString("%1 %2%3").arg(stem, QString::number(number), extension);
+    QString candidate = QString("%1 %2%3").arg(stem, QString::number(number), extension);
     if (!isTaken(candidate)) return candidate;
   }
 }

@@ -13,6 +13,7 @@
 #include <unistd.h>
 
 #include "SharedFiles/QVFileManager.h"
+#include "tests/SharedFiles/OrdinaryUser.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
 
@@ -46,23 +47,6 @@ class FakePrivileges : public PrivilegedFileOperations {
     effect();
     return answer;
   }
-};
-
-/// While it lives, root is an ordinary user to whom files can be forbidden; the folder is given to him.
-class OrdinaryUser {
- public:
-  explicit OrdinaryUser(const QString& folder) : root_(::geteuid() == 0) {
-    constexpr uid_t nobody = 65534;
-    if (!root_) return;
-    EXPECT_EQ(::chown(QFile::encodeName(folder).constData(), nobody, nobody), 0);
-    EXPECT_EQ(::setegid(nobody) | ::seteuid(nobody), 0);
-  }
-  ~OrdinaryUser() { EXPECT_TRUE(!root_ || (::seteuid(0) == 0 && ::setegid(0) == 0)); }
-  OrdinaryUser(const OrdinaryUser&) = delete;
-  OrdinaryUser& operator=(const OrdinaryUser&) = delete;
-
- private:
-  bool root_;
 };
 
 /// The file manager in a home folder of its own, without administrator rights.

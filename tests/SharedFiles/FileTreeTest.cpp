@@ -17,6 +17,7 @@
 #include "SharedFiles/FileTree.h"
 #include "SharedFiles/FileTreeCopy.h"
 #include "SharedFiles/FileTreeRemoval.h"
+#include "tests/SharedFiles/OrdinaryUser.h"
 #include "tests/movie/quicktime/SmallDisk.h"
 
 namespace {
@@ -237,6 +238,20 @@ TEST_F(FileTree, RefusesSourcesAndFoldersThatAreMissing) {
   EXPECT_THAT(namesIn(root_), ElementsAre("file"));
 }
 
+TEST_F(FileTree, LeavesNothingOfACopyThatFails) {
+  const OrdinaryUser user(root_);
+  fs::create_directories(path("source/a/empty"));
+  write(path("source/a/file"));
+  write(path("source/b"));
+  EXPECT_EQ(::chmod(path("source/a").c_str(), 0555), 0);
+  EXPECT_EQ(::chmod(path("source/b").c_str(), 0), 0);
+  EXPECT_EQ(numberOf(copyTree(path("source"), path("copy"))), EACCES);
+  EXPECT_THAT(namesIn(root_), ElementsAre("source"));
+  EXPECT_EQ(numberOf(copyTree(path("source/a"), path("copy"))), 0);
+  EXPECT_EQ(snapshot(path("copy")), snapshot(path("source/a")));
+  EXPECT_EQ(::chmod(path("copy").c_str(), 0755), 0);
+}
+
 TEST_F(FileTree, LetsOneOfManyCopiesAppearWhole) {
   const std::string content(1 << 20, 'x');
   write(path("source"), content);
@@ -306,6 +321,24 @@ TEST_F(FileTree, RemovesNothingButWhatIsRecorded) {
   EXPECT_THAT(namesIn(root_), ElementsAre("source"));
 }
 
+TEST_F(FileTree, TellsBeforeItRemovesAnythingWhatIsForbidden) {
+  const OrdinaryUser user(root_);
+  fs::create_directories(path("source/z"));
+  write(path("source/a"));
+  write(path("source/z/file"));
+  EXPECT_EQ(::chmod(path("source/z").c_str(), 0555), 0);
+  const auto opened = OpenedPlace::open(path("source"));
+  ASSERT_TRUE(opened);
+  PendingCopy copy({opened->folder.get(), "copy", path("copy")}, TreeCopy::Durability::synced);
+  EXPECT_EQ(numberOf(copy.make(opened->place)), 0);
+  EXPECT_EQ(numberOf(checkRemoval(opened->place, copy.record())), EACCES);
+  EXPECT_EQ(::chmod(root_.c_str(), 0555), 0);
+  EXPECT_EQ(numberOf(checkRemovalFromFolder(opened->place)), EACCES);
+  EXPECT_EQ(numberOf(removeTree(path("source/z"))), EACCES);
+  EXPECT_EQ(::chmod(root_.c_str(), 0755), 0);
+  EXPECT_TRUE(fs::exists(path("source/a")) && fs::exists(path("source/z/file")));
+}
+
 // --- Folders ---------------------------------------------------------------------------------------------------------
 
 TEST_F(FileTree, MakesFoldersOnTheWayOrNone) {
@@ -335,15 +368,7 @@ TEST_F(FileTree, MovesToAnotherFileSystemAndBack) {
     EXPECT_EQ(::removexattr((source + "/script").c_str(), "user.note"), 0);
     EXPECT_EQ(::removexattr((source + "/folder").c_str(), "user.note"), 0);
     const Snapshot before = snapshot(source);
-    // A folder that forbids it can only be emptied once it is made writable.
-    EXPECT_EQ(numberOf(moveTree(source, disk + "/moved")), ::geteuid() == 0 ? 0 : EACCES);
-    if (::geteuid() != 0) {
-      EXPECT_EQ(snapshot(source), before);
-      EXPECT_THAT(namesIn(disk), IsEmpty());
-      EXPECT_EQ(::chmod((source + "/folder").c_str(), 0755), 0);
-      EXPECT_EQ(numberOf(moveTree(source, disk + "/moved")), 0);
-      EXPECT_EQ(::chmod((disk + "/moved/folder").c_str(), 0555), 0);
-    }
+    EXPECT_EQ(numberOf(moveTree(source, disk + "/moved")), 0);
     EXPECT_EQ(snapshot(disk + "/moved"), before);
     EXPECT_THAT(namesIn(root_), IsEmpty());
     EXPECT_EQ(::chmod((disk + "/moved/folder").c_str(), 0755), 0);

@@ -126,7 +126,7 @@ TEST_F(Archives, ThatAreDamagedLeaveNoEmptyFolder) {
 }
 
 TEST_F(Archives, HoldEverythingOrDoNotExist) {
-  const OrdinaryUser user(log_.home());
+  const OrdinaryUser user(log_.home().toStdString());
   const QString source = makeFolder("source");
   write("source/readable");
   setMode(write("source/secret"), 0);

@@ -181,7 +181,7 @@ TEST_F(FileOperations, TakeRelativePathsAndHandAbsoluteOnesOn) {
 }
 
 TEST_F(FileOperations, LeaveWhatIsForbiddenToAdministratorRights) {
-  const OrdinaryUser user(log_.home());
+  const OrdinaryUser user(log_.home().toStdString());
   const QString folder = makeFolder("readonly"), file = write("readonly/file"), outside = write("outside");
   setMode(folder, 0555);
   EXPECT_TRUE(QVFileManager::removeFile(file, services_));
@@ -221,7 +221,7 @@ TEST_F(Trash, KeepsEveryFileOfTheSameName) {
 }
 
 TEST_F(Trash, TakesLockedFilesAndFoldersUnlocked) {
-  const OrdinaryUser user(log_.home());
+  const OrdinaryUser user(log_.home().toStdString());
   const QString file = write("file"), folder = makeFolder("folder");
   write("folder/inside");
   EXPECT_TRUE(QVFileManager::lockFile(file));
