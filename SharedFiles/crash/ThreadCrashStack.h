@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+
+namespace crash {
+
+/// A stack for the calling thread's signal handlers while this lives, so that even the overflow of its own stack gives
+/// a crash report. A thread that has one already keeps it. Under AddressSanitizer and ThreadSanitizer this does
+/// nothing. Destroyed on the same thread.
+class ThreadCrashStack {
+ public:
+  ThreadCrashStack();
+  ~ThreadCrashStack();
+  ThreadCrashStack(const ThreadCrashStack&) = delete;
+  ThreadCrashStack& operator=(const ThreadCrashStack&) = delete;
+
+ private:
+  static constexpr std::size_t size = 128 * 1024;
+  static constexpr std::size_t guard = 16 * 1024;
+
+  void* memory_ = nullptr;
+};
+
+}  // namespace crash
