@@ -106,15 +106,20 @@ Saver::Status Saver::reserve() {
   return {};
 }
 
-/// A `free` as large as the movie atom, of which only the header is there yet. What is there at any moment is either
-/// zeros or an atom that reaches past the end of the file, and so can be told from anything else by the next save.
+/// A `free` as large as the movie atom, of which only the header is there yet. What is there at any moment, after a
+/// write that was cut short too, is either zeros, a `free` without a size or an atom that reaches past the end of the
+/// file, and so can be told from anything else by the next save.
 Saver::Status Saver::appendHeader() {
   if (auto status = file_.resize(tail_ + headerSize_); !status) return status;
   Bytes header(new_.begin(), new_.begin() + static_cast<std::ptrdiff_t>(headerSize_));
   write32(header, typeAt, fourCC("free"));
-  if (tail_ % sectorSize > sectorSize - headerSize_) {
+  const bool inSeveralSectors = tail_ % sectorSize > sectorSize - headerSize_;
+  if (inSeveralSectors) {
     if (auto status = file_.sync(); !status) return status;
-    if (auto status = write(tail_ + typeAt, bytesOf(fourCC("free"))); !status) return status;
+  }
+  if (auto status = file_.write(tail_ + typeAt, bytesOf(fourCC("free"))); !status) return status;
+  if (inSeveralSectors) {
+    if (auto status = file_.sync(); !status) return status;
   }
   return write(tail_, header);
 }
