@@ -39,8 +39,8 @@ class LateEffects : public FileFixture {
 };
 
 TEST_F(LateEffects, AreWaitedFor) {
-  const auto brings = [this](const QString& gone, const QString& made) {
-    return [this, gone, made] {
+  const auto brings = [](const QString& gone, const QString& made) {
+    return [gone, made] {
       if (!gone.isEmpty()) remove(gone);
       if (!made.isEmpty()) make(made);
     };
