@@ -110,6 +110,11 @@ void LumacheckAppDelegate::applicationWillTerminate() {
   QVLog::willTerminate();
 }
 
+// manualUpdateCheck:
+void LumacheckAppDelegate::manualUpdateCheck() {
+  interface_.softwareUpdate.manualUpdateCheck();
+}
+
 LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::slot(const MovieSlot& which) const {
   const std::lock_guard guard(slots_);
   return which;

@@ -39,6 +39,7 @@ class LumacheckAppDelegate : public QObject {
   /// applicationShouldTerminateAfterLastWindowClosed:
   static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
   void applicationWillTerminate();  ///< applicationWillTerminate:
+  void manualUpdateCheck();         ///< manualUpdateCheck: opens the updater
 
   // Movie slots. A master and its display copy belong to one file; an empty slot is null.
 

@@ -3,6 +3,7 @@
 #include <functional>
 #include <memory>
 
+#include "SharedFiles/QVSoftwareUpdate.h"
 #include "app/KeyTable.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
@@ -42,6 +43,7 @@ class MainInterface {
   QPushButton* checkBtn = nullptr;
   QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
   ResultsView* resultsView = nullptr;
+  QVSoftwareUpdate softwareUpdate;
 
   /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.
   QVMovieView& activeView() const { return *activeView_; }

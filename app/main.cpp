@@ -68,6 +68,7 @@ int main(int argc, char** argv) {
     bringToFront(interface.window());
     controller.applicationOpenFiles(opened);
   });
+  interface.softwareUpdate.awakeFromNib();
   controller.awakeFromNib();
   interface.window().show();
   controller.applicationDidFinishLaunching();

@@ -17,8 +17,11 @@ namespace {
 using ::testing::Each;
 using ::testing::ElementsAre;
 
+// A sanitizer keeps what was freed.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool memoryIsOurs = false;  // a sanitizer keeps what was freed
+constexpr bool memoryIsOurs = false;
+#elif defined(__has_feature)
+constexpr bool memoryIsOurs = !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer);
 #else
 constexpr bool memoryIsOurs = true;
 #endif
