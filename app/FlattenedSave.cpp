@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "SharedFiles/QVLog.h"
+#include "SharedFiles/crash/ThreadCrashStack.h"
 #include "app/PlayableMovie.h"
 
 namespace {
@@ -113,6 +114,7 @@ movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& pa
   std::thread writer;
   try {
     writer = std::thread([&] {
+      const crash::ThreadCrashStack crashStack;
       result = write(*copy, target, [&](std::uint64_t done, std::uint64_t all) { return writing.tell(done, all); });
       writing.finished = true;
     });

@@ -6,6 +6,7 @@
 #include <initializer_list>
 #include <utility>
 
+#include "SharedFiles/QVCrashline.h"
 #include "SharedFiles/QVLog.h"
 #include "SharedFiles/UserDefaults.h"
 #include "app/MainInterface.h"
@@ -28,6 +29,7 @@ LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefault
       resultsView_(interface.resultsView),
       window_(&interface.window()),
       console_(*interface.resultsView) {
+  QVCrashline::startCrashline();
   QVLog::createNewLog();
   connectControls();
   addKeys();
@@ -107,6 +109,7 @@ void LumacheckAppDelegate::applicationDidFinishLaunching() {
 
 // applicationWillTerminate:
 void LumacheckAppDelegate::applicationWillTerminate() {
+  QVCrashline::stopCrashline();
   QVLog::willTerminate();
 }
 

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "SharedFiles/CrashReporting.h"
 #include "SharedFiles/MainThread.h"
 #include "SharedFiles/UserDefaults.h"
 #include "app/ApplicationIcon.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
                stderr);
     return 2;
   }
+  installCrashReporting();
   QApplication application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Lumacheck"));
   QApplication::setDesktopFileName(QStringLiteral("com.quorvane.Lumacheck"));

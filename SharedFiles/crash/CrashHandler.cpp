@@ -136,6 +136,11 @@ void describe(Prepared& all, const siginfo_t& signal, void* context) {
   die(all.request.signal);
 }
 
+/// Another process sends it: nothing went wrong here.
+bool isSentFromOutside(const siginfo_t& signal) {
+  return signal.si_code <= 0 && signal.si_pid != ::getpid();
+}
+
 void handleFatalSignal(int /*signal*/, siginfo_t* information, void* context) {
   Prepared& all = *prepared.load();
   pid_t expected = 0;
@@ -145,6 +150,8 @@ void handleFatalSignal(int /*signal*/, siginfo_t* information, void* context) {
     beginAlarm();
   } else if (expected != thread) {
     waitForTheEnd(*information);
+  } else if (isSentFromOutside(*information)) {
+    return;
   } else {
     ++all.nestedCrashes;
   }

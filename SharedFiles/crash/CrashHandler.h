@@ -29,7 +29,8 @@ struct CrashHandlerSettings {
 /// corrupt stack may make it crash: what was written so far stays.
 ///
 /// A second crash on the same thread ends the step at hand and goes on with the next one; one on another thread waits
-/// for the first. Whatever happens, an alarm ends the process after 13 seconds, of the first signal.
+/// for the first; such a signal from another process changes nothing any more. Whatever happens, an alarm ends the
+/// process after 13 seconds, of the first signal.
 ///
 /// The text of an exception that nothing catches is kept for the report by a handler of std::terminate, which then
 /// calls the one before it.

@@ -3,6 +3,8 @@
 #include <exception>
 #include <utility>
 
+#include "SharedFiles/crash/ThreadCrashStack.h"
+
 namespace player {
 namespace {
 
@@ -82,6 +84,7 @@ std::shared_ptr<const ShownFrame> PictureWorker::frame(std::int64_t start, std::
 }
 
 void PictureWorker::run() {
+  const crash::ThreadCrashStack crashStack;
   Wish wish;
   RenderedFrames frames;
   for (;;) {

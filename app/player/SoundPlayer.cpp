@@ -5,6 +5,7 @@
 #include <system_error>
 #include <utility>
 
+#include "SharedFiles/crash/ThreadCrashStack.h"
 #include "app/player/SoundMixer.h"
 
 namespace player {
@@ -129,6 +130,7 @@ bool SoundPlayer::hasWork() const {
 }
 
 void SoundPlayer::work() {
+  const crash::ThreadCrashStack crashStack;
   std::unique_ptr<SoundMixer> mixer;
   std::vector<float> piece(2 * pieceLength);
   std::unique_lock lock(mutex_);

@@ -41,7 +41,8 @@ std::string buildIdOf(Dwfl_Module* module) {
 
 int addModule(Dwfl_Module* module, void** /*data*/, const char* name, Dwarf_Addr start, void* list) {
   GElf_Addr bias = 0;
-  dwfl_module_getelf(module, &bias);
+  // Fonts and other data are mapped as well.
+  if (dwfl_module_getelf(module, &bias) == nullptr) return DWARF_CB_OK;
   const char* path = nullptr;
   Dwarf_Addr end = 0;
   dwfl_module_info(module, nullptr, nullptr, &end, nullptr, nullptr, &path, nullptr);

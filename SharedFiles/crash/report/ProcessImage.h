@@ -43,7 +43,7 @@ class ProcessImage {
 
   /// The innermost first; `most` at most. At least the one that the program counter tells.
   std::vector<StackFrame> frames(pid_t thread, ThreadRegisters registers, std::size_t most);
-  std::vector<LoadedModule> modules() const;
+  std::vector<LoadedModule> modules() const;  ///< programs and libraries
 
  private:
   static bool setRegisters(Dwfl_Thread* thread, void* image);

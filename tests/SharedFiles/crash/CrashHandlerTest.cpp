@@ -261,8 +261,9 @@ TEST_F(CrashHandler, ReportsASignalSentFromOutside) {
 }
 
 TEST_F(CrashHandler, ASecondSignalMeanwhileLosesNothing) {
-  const std::string program = script("for i in 1 2 3; do kill -SEGV $PPID; kill -ABRT $PPID; sleep 0.1; done\nexec '" +
-                                     std::string(LUMACHECK_CRASH_REPORT) + "' \"$@\"");
+  const std::string program =
+      script("for i in 1 2 3 4 5 6; do kill -SEGV $PPID; kill -ABRT $PPID; kill -FPE $PPID; sleep 0.02; done\nexec '" +
+             std::string(LUMACHECK_CRASH_REPORT) + "' \"$@\"");
   EXPECT_EQ(run("divide", program).signal, SIGFPE);
   EXPECT_THAT(onlyReport(), HasSubstr("crashing::dividesByZero()"));
 }
