@@ -4,8 +4,7 @@
 #include <QUrl>
 #include <algorithm>
 
-#include "SharedFiles/QVLog.h"
-#include "app/FileNames.h"
+#include "SharedFiles/FileNameBytes.h"
 
 bool hasFileNames(const QMimeData& dragged) {
   const QList<QUrl> urls = dragged.urls();
@@ -17,7 +16,7 @@ QStringList fileNamesOf(const QMimeData& dragged) {
   for (const QUrl& url : dragged.urls()) {
     if (!url.isLocalFile()) continue;
     const QByteArray name = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
-    if (const auto path = textOfFileName(name)) files << *path;
+    if (const auto path = fileNameAsText(name.toStdString())) files << *path;
   }
   return files;
 }

@@ -4,10 +4,10 @@
 #include <cstdlib>
 
 #include "SharedFiles/CrashReporting.h"
+#include "SharedFiles/FileNameBytes.h"
 #include "SharedFiles/MainThread.h"
 #include "SharedFiles/UserDefaults.h"
 #include "app/ApplicationIcon.h"
-#include "app/FileNames.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/QuitSignals.h"
@@ -29,7 +29,7 @@ bool hasScreen() {
 QStringList filesOf(int argc, char** argv) {
   QStringList files;
   for (int i = 1; i < argc; ++i) {
-    if (const auto name = textOfFileName(argv[i])) files << QFileInfo(*name).absoluteFilePath();
+    if (const auto name = fileNameAsText(argv[i])) files << QFileInfo(*name).absoluteFilePath();
   }
   return files;
 }

@@ -18,7 +18,7 @@
 #include "SharedFiles/FileTreeCopy.h"
 #include "SharedFiles/FileTreeRemoval.h"
 #include "tests/SharedFiles/OrdinaryUser.h"
-#include "tests/movie/quicktime/SmallDisk.h"
+#include "tests/support/SmallDisk.h"
 
 namespace {
 

@@ -6,27 +6,9 @@
 
 #include "movie/quicktime/MovieFile.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
-
-/// A folder of its own under the tests' temporary folder, gone with this object and all that is in it.
-class TemporaryFolder {
- public:
-  TemporaryFolder();
-  ~TemporaryFolder();
-  TemporaryFolder(const TemporaryFolder&) = delete;
-  TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-  std::string path(const std::string& name) const { return path_ + "/" + name; }
-  /// Writes a file and gives its path.
-  std::string add(const std::string& name, const Bytes& content) const;
-  std::vector<std::string> names() const;  ///< sorted
-
- private:
-  std::string path_;
-};
-
-Bytes contentOf(const std::string& path);
 
 /// A movie file put together from named parts in order: "ftyp", "moov", "wide", "free", "skip", "uuid", "junk",
 /// "zeros", "otherMoov", "cmov", "mdat", "mdat64" (a 64-bit size), "mdat0" (a size of 0) and "chunks" (a free atom that

@@ -12,7 +12,7 @@
 #include "tests/movie/quicktime/FlattenedMovies.h"
 #include "tests/movie/quicktime/SaveCases.h"
 #include "tests/movie/quicktime/SaveJudge.h"
-#include "tests/movie/quicktime/SmallDisk.h"
+#include "tests/support/SmallDisk.h"
 
 namespace movie {
 namespace {

@@ -1,4 +1,4 @@
-#include "tests/movie/quicktime/SmallDisk.h"
+#include "tests/support/SmallDisk.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "tests/movie/quicktime/FlattenedMovies.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 
