@@ -20,7 +20,8 @@ import sys
 LAYERS = ["movie/quicktime", "movie/decode", "movie/render", "movie", "SharedFiles", "check", "cli", "app"]
 SIDES = {("cli", "app"), ("app", "cli")}
 MEDIA_UNITS = {"QVQuickTime"}
-DESKTOP_UNITS = {"AlertPanel", "DesktopWorkspace", "LogGathering", "QVAlert", "QVQC", "QVTroubleshootingUtils", "QVSoftwareUpdate"}
+DESKTOP_UNITS = {"AlertPanel", "AnalyticsController", "DesktopWorkspace", "HttpsConnection", "LogGathering", "QVAlert", "QVQC",
+                 "QVTroubleshootingUtils", "QVSoftwareUpdate"}
 PRIVILEGED = "SharedFiles/privileged/"
 PRIVILEGED_MAY_USE = {"SharedFiles/" + unit + ".h" for unit in ("BundleInfo", "FileDescriptor", "PathPlatform", "QVLocalPaths")}
 
