@@ -253,7 +253,8 @@ std::optional<QByteArray> PropertyList::toXml(const QVariant& value) {
 std::optional<QVariant> PropertyList::read(const QString& path) {
   QFile file(path);
   if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return std::nullopt;
-  const QByteArray xml = file.read(largestFile + 1);
+  if (file.size() > largestFile) return std::nullopt;
+  const QByteArray xml = file.read(file.size() + 1);
   if (file.error() != QFileDevice::NoError) return std::nullopt;
   return fromXml(xml);
 }
