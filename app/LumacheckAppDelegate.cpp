@@ -8,6 +8,7 @@
 
 #include "SharedFiles/QVCrashline.h"
 #include "SharedFiles/QVLog.h"
+#include "SharedFiles/QVQC.h"
 #include "SharedFiles/UserDefaults.h"
 #include "app/MainInterface.h"
 
@@ -105,6 +106,7 @@ void LumacheckAppDelegate::applicationDidFinishLaunching() {
   }
   for (Side* each : {&source_, &dest_}) observeTime(each->movieView->movie());
   updateLink();
+  QVQC::sharedController().loadQC(window_);
 }
 
 // applicationWillTerminate:
