@@ -5,6 +5,7 @@
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
+#include <QMenu>
 #include <QShortcut>
 #include <utility>
 
@@ -14,6 +15,11 @@ QString textOf(const QList<QKeySequence>& keys) {
   QStringList names;
   for (const QKeySequence& key : keys) names << key.toString(QKeySequence::NativeText);
   return names.join(QStringLiteral("   "));
+}
+
+/// A menu's text without what only a menu shows.
+QString plainText(QString text) {
+  return text.remove(u'&').remove(u'…');
 }
 
 void addRow(QGridLayout& grid, const KeyRow& row) {
@@ -30,11 +36,25 @@ void addRow(QGridLayout& grid, const KeyRow& row) {
 }  // namespace
 
 void KeyTable::add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act, KeyRepeat repeat) {
-  rows_.append({what, keys, std::move(act), repeat});
+  rows_.append({what, keys, std::move(act), repeat, nullptr});
+}
+
+void KeyTable::addMenus(const QWidget& window) {
+  for (const QMenu* menu : window.findChildren<QMenu*>()) {
+    for (QAction* action : menu->actions()) {
+      if (action->shortcut().isEmpty()) continue;
+      rows_.append(
+          {plainText(action->text()), action->shortcuts(), [action] { action->trigger(); }, KeyRepeat::No, action});
+    }
+  }
 }
 
 void KeyTable::install(QWidget& window) const {
   for (const KeyRow& row : rows_) {
+    if (row.action != nullptr) {
+      window.addAction(row.action);
+      continue;
+    }
     auto* const action = new QAction(row.what, &window);
     action->setShortcuts(row.keys);
     action->setAutoRepeat(row.repeat == KeyRepeat::Yes);
@@ -56,10 +76,17 @@ void KeyTable::show(QWidget& window) const {
   list->setWindowTitle(QObject::tr("Keys"));
   auto* const column = new QVBoxLayout(list);
   column->setSizeConstraint(QLayout::SetFixedSize);
-  auto* const grid = new QGridLayout;
-  grid->setHorizontalSpacing(16);
-  for (const KeyRow& row : rows_) addRow(*grid, row);
-  column->addLayout(grid);
+  auto* const halves = new QHBoxLayout;
+  halves->setSpacing(32);
+  const qsizetype half = (rows_.size() + 1) / 2;
+  for (const QList<KeyRow>& rows : {rows_.first(half), rows_.sliced(half)}) {
+    auto* const grid = new QGridLayout;
+    grid->setHorizontalSpacing(16);
+    for (const KeyRow& row : rows) addRow(*grid, row);
+    grid->setRowStretch(grid->rowCount(), 1);
+    halves->addLayout(grid);
+  }
+  column->addLayout(halves);
   auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
   QObject::connect(buttons, &QDialogButtonBox::rejected, list, &QDialog::reject);
   column->addWidget(buttons);

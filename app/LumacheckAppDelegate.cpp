@@ -12,9 +12,11 @@
 #include "SharedFiles/UserDefaults.h"
 #include "app/MainInterface.h"
 
-LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults)
+LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults,
+                                           ControllerServices services)
     : interface_(interface),
       defaults_(defaults),
+      services_(std::move(services)),
       source_{.type = QStringLiteral("source"),
               .movieView = interface.source.movieView,
               .timecodeText = interface.source.timecodeText,
@@ -33,6 +35,7 @@ LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefault
   QVCrashline::startCrashline();
   QVLog::createNewLog();
   connectControls();
+  connectMenus();
   addKeys();
 }
 
@@ -57,20 +60,9 @@ void LumacheckAppDelegate::connectControls() {
 
 void LumacheckAppDelegate::addKeys() {
   interface_.addMovieKeys(keys_);
-  keys_.add(tr("Check"), {QKeySequence(Qt::CTRL | Qt::Key_Return)}, [this] { checkAction(); });
-  keys_.add(tr("Open the source"), {QKeySequence(QKeySequence::Open)}, [this] { browseSource(); });
-  keys_.add(tr("Open the destination"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O)}, [this] { browseDest(); });
-  keys_.add(tr("Copy the source's metadata"), {QKeySequence(Qt::CTRL | Qt::Key_M)}, [this] { syncMetadata(); });
-  keys_.add(tr("Save the destination"), {QKeySequence(Qt::CTRL | Qt::Key_S)}, [this] { saveDest(); });
-  keys_.add(tr("Save the destination as"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S)}, [this] { saveDestAs(); });
-  keys_.add(tr("Swap the movies"), {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X)}, [this] { swapMovies(); });
-  keys_.add(tr("Link or unlink the playheads"), {QKeySequence(Qt::CTRL | Qt::Key_L)}, [this] { linkBtn_->click(); });
-  keys_.add(tr("Full screen"), {QKeySequence(Qt::Key_F11)},
-            [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
+  keys_.addMenus(*window_);
   keys_.add(tr("Leave full screen"), {QKeySequence(Qt::Key_Escape)},
             [this] { window_->setWindowState(window_->windowState() & ~Qt::WindowFullScreen); });
-  keys_.add(tr("This list"), {QKeySequence(QKeySequence::HelpContents)}, [this] { keys_.show(*window_); });
-  keys_.add(tr("Quit"), {QKeySequence(Qt::CTRL | Qt::Key_Q)}, [this] { window_->close(); });
   keys_.install(*window_);
 }
 
@@ -81,6 +73,7 @@ LumacheckAppDelegate::Side& LumacheckAppDelegate::side(const QString& type) {
 // awakeFromNib
 void LumacheckAppDelegate::awakeFromNib() {
   for (Side* each : {&source_, &dest_}) restoreLastFile(*each);
+  readQCLogging();
 }
 
 void LumacheckAppDelegate::restoreLastFile(Side& side) {

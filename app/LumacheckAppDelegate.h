@@ -2,10 +2,13 @@
 
 #include <QObject>
 #include <QStringList>
+#include <QVariantMap>
 #include <memory>
 #include <mutex>
 #include <utility>
 
+#include "SharedFiles/DesktopWorkspace.h"
+#include "SharedFiles/PathPlatform.h"
 #include "app/FlattenedSave.h"
 #include "app/KeyTable.h"
 #include "app/PlayableMovie.h"
@@ -20,6 +23,13 @@ class QVMovieView;
 class QVQTWindow;
 class UserDefaults;
 
+/// What the controller asks of its surroundings. Platform and workspace outlive it.
+struct ControllerServices {
+  const PathPlatform& paths = PathPlatform::standard();
+  Workspace& workspace = DesktopWorkspace::standard();
+  BundleInfo bundle = BundleInfo::mainBundle();
+};
+
 /// The main window's controller: owns the four movie slots, carries out the actions of the controls and wires them to
 /// what does the work. Main thread only, but for the accessors of the slots.
 class LumacheckAppDelegate : public QObject {
@@ -29,7 +39,7 @@ class LumacheckAppDelegate : public QObject {
   using MovieSlot = std::shared_ptr<PlayableMovie>;
 
   /// init: opens a new log. The interface and the defaults outlive the controller.
-  LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults);
+  LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults, ControllerServices services = {});
   ~LumacheckAppDelegate() override;
 
   // Life of the application.
@@ -39,7 +49,23 @@ class LumacheckAppDelegate : public QObject {
   /// applicationShouldTerminateAfterLastWindowClosed:
   static bool applicationShouldTerminateAfterLastWindowClosed() { return true; }
   void applicationWillTerminate();  ///< applicationWillTerminate:
-  void manualUpdateCheck();         ///< manualUpdateCheck: opens the updater
+  /// printOperationWithSettings:error: nil: the application does not print.
+  static const void* printOperationWithSettings(const QVariantMap& settings, QString* error);
+
+  // Preferences, help and troubleshooting. Pages are opened in the browser.
+
+  /// prefsToggleQCLogging: stores the switch; what else stands in the analytics preferences is kept.
+  void prefsToggleQCLogging(const QCheckBox* sender);
+  void helpUserManual();      ///< helpUserManual: nothing where there is none
+  void helpVextrelHome();     ///< helpVextrelHome:
+  void helpReportBug();       ///< helpReportBug:
+  void helpSuggestFeature();  ///< helpSuggestFeature:
+  void helpSupport();         ///< helpSupport:
+  void helpQVHome();          ///< helpQVHome:
+  void viewLog();             ///< viewLog:
+  void viewTaskLog();         ///< viewTaskLog:
+  void gatherLogs();          ///< gatherLogs: returns when it is done; the window answers meanwhile
+  void manualUpdateCheck();   ///< manualUpdateCheck: opens the updater
 
   // Movie slots. A master and its display copy belong to one file; an empty slot is null.
 
@@ -118,6 +144,10 @@ class LumacheckAppDelegate : public QObject {
   MovieSlot slot(const MovieSlot& which) const;
   void setSlot(MovieSlot& which, MovieSlot movie);
   void connectControls();
+  void connectMenus();
+  void showPreferences();
+  void readQCLogging();
+  QString shortName() const;
   void addKeys();
   void browse(const QString& type);
   static QString movieNameFilter();
@@ -130,6 +160,8 @@ class LumacheckAppDelegate : public QObject {
 
   MainInterface& interface_;
   UserDefaults& defaults_;
+  const ControllerServices services_;
+  bool gathering_ = false;
   mutable std::mutex slots_;
   Side source_, dest_;
   bool disableSync_ = false;

@@ -1,5 +1,6 @@
 // The link between the playheads, and the timecode fields.
 
+#include <QAction>
 #include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
@@ -7,6 +8,7 @@
 #include "SharedFiles/QVQuickTime.h"
 #include "SharedFiles/QVTimecode.h"
 #include "app/LumacheckAppDelegate.h"
+#include "app/MainInterface.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
 
@@ -30,6 +32,7 @@ void LumacheckAppDelegate::updateLink() {
   const bool equal = movie::compareTimes(destDuration, sourceDuration) == 0;
   linkBtn_->setEnabled(equal);
   linkBtn_->setChecked(equal);
+  interface_.menus.link->setEnabled(equal);
   linkLabel_->setEnabled(equal);  // textColor or disabledControlTextColor, as the theme has them
 }
 

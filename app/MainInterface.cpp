@@ -13,6 +13,7 @@
 #include <initializer_list>
 
 #include "app/PathField.h"
+#include "app/PreferencesDialog.h"
 #include "app/ResultsView.h"
 #include "app/TransportBar.h"
 
@@ -43,6 +44,9 @@ QLineEdit* timecodeField(const QString& name) {
 
 MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_unique<QVQTWindow>()) {
   window_->setWindowTitle(QStringLiteral("Lumacheck"));
+  menus = MenuBar::in(*window_);
+  preferences = new PreferencesDialog(*window_);
+  qcLoggingCheck = preferences->qcLoggingCheck;
   source = makeSide(QObject::tr("Source"), QObject::tr("Drop the source movie here"), makeView());
   dest = makeSide(QObject::tr("Destination"), QObject::tr("Drop the destination movie here"), makeView());
   activeView_ = source.movieView;

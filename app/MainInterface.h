@@ -5,9 +5,11 @@
 
 #include "SharedFiles/QVSoftwareUpdate.h"
 #include "app/KeyTable.h"
+#include "app/MenuBar.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
 
+class PreferencesDialog;
 class QCheckBox;
 class QLabel;
 class QLineEdit;
@@ -44,6 +46,9 @@ class MainInterface {
   QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
   ResultsView* resultsView = nullptr;
   QVSoftwareUpdate softwareUpdate;
+  MenuBar menus;
+  PreferencesDialog* preferences = nullptr;
+  QCheckBox* qcLoggingCheck = nullptr;  ///< in the preferences
 
   /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.
   QVMovieView& activeView() const { return *activeView_; }

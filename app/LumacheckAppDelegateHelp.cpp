@@ -1,0 +1,155 @@
+// The menus: what they share with the controls, the preferences, help and troubleshooting.
+
+#include <QAction>
+#include <QCheckBox>
+#include <QFile>
+#include <QFileInfo>
+#include <QSignalBlocker>
+#include <QUrl>
+
+#include "SharedFiles/MakerHosts.h"
+#include "SharedFiles/PropertyList.h"
+#include "SharedFiles/QVFileManager.h"
+#include "SharedFiles/QVLocalPaths.h"
+#include "SharedFiles/QVTroubleshootingUtils.h"
+#include "app/AboutDialog.h"
+#include "app/BusySheet.h"
+#include "app/LumacheckAppDelegate.h"
+#include "app/MainInterface.h"
+#include "app/PreferencesDialog.h"
+
+namespace {
+
+const char applicationName[] = "Lumacheck";
+const char analyticsSwitch[] = "logQC";
+
+QString analyticsPreferences(const PathPlatform& paths) {
+  return QVLocalPaths::prefsDirectory(true, paths) + "/com.quorvane.qc.plist";
+}
+
+QString page(const char* host, const QString& pathAndQuery) {
+  return "http://" + QString::fromLatin1(host) + pathAndQuery;
+}
+
+TroubleshootingServices troubleshooting(const ControllerServices& services) {
+  return {.paths = services.paths, .files = {.paths = services.paths}, .workspace = services.workspace};
+}
+
+}  // namespace
+
+void LumacheckAppDelegate::connectMenus() {
+  using Self = LumacheckAppDelegate;
+  const MenuBar& menus = interface_.menus;
+  const auto wire = [this](const QAction* action, auto act) { connect(action, &QAction::triggered, this, act); };
+  wire(menus.openSource, &Self::browseSource);
+  wire(menus.openDest, &Self::browseDest);
+  wire(menus.save, &Self::saveDest);
+  wire(menus.saveAs, &Self::saveDestAs);
+  wire(menus.quit, [this] { window_->close(); });
+  wire(menus.preferences, &Self::showPreferences);
+  wire(menus.check, &Self::checkAction);
+  wire(menus.sync, [this] { syncMetadata(); });
+  wire(menus.swap, &Self::swapMovies);
+  wire(menus.link, [this] { linkBtn_->click(); });
+  connect(linkBtn_, &QCheckBox::toggled, menus.link, &QAction::setChecked);
+  wire(menus.fullScreen, [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
+  wire(menus.userManual, &Self::helpUserManual);
+  wire(menus.keys, [this] { keys_.show(*window_); });
+  wire(menus.vextrelHome, &Self::helpVextrelHome);
+  wire(menus.quorvaneHome, &Self::helpQVHome);
+  wire(menus.support, &Self::helpSupport);
+  wire(menus.reportBug, &Self::helpReportBug);
+  wire(menus.suggestFeature, &Self::helpSuggestFeature);
+  wire(menus.viewLog, &Self::viewLog);
+  wire(menus.viewTaskLog, &Self::viewTaskLog);
+  wire(menus.gatherLogs, &Self::gatherLogs);
+  wire(menus.updateCheck, &Self::manualUpdateCheck);
+  wire(menus.about, [this] { AboutDialog::showOver(*window_); });
+  connect(interface_.qcLoggingCheck, &QCheckBox::clicked, this,
+          [this] { prefsToggleQCLogging(interface_.qcLoggingCheck); });
+}
+
+void LumacheckAppDelegate::showPreferences() {
+  readQCLogging();  // consent may have been asked for since the start
+  interface_.preferences->show();
+  interface_.preferences->raise();
+  interface_.preferences->activateWindow();
+}
+
+void LumacheckAppDelegate::readQCLogging() {
+  const auto stored = PropertyList::readDictionary(analyticsPreferences(services_.paths));
+  interface_.qcLoggingCheck->setChecked(stored && stored->value(analyticsSwitch).toLongLong() != 0);
+}
+
+// prefsToggleQCLogging:
+void LumacheckAppDelegate::prefsToggleQCLogging(const QCheckBox* sender) {
+  const QString path = analyticsPreferences(services_.paths);
+  QVariantMap stored = PropertyList::readDictionary(path).value_or(QVariantMap());
+  stored[analyticsSwitch] = sender->checkState() == Qt::Checked;
+  QVFileManager::createDirectory(QFileInfo(path).path(), false, {.paths = services_.paths});
+  PropertyList::write(stored, path);
+}
+
+// helpUserManual:
+void LumacheckAppDelegate::helpUserManual() {
+  const QString manual =
+      QVLocalPaths::libraryDirectory(false, services_.paths) + "/Documentation/Quorvane/Vextrel User Manual.pdf";
+  if (QFile::exists(manual)) services_.workspace.openFile(manual);
+}
+
+// helpVextrelHome:
+void LumacheckAppDelegate::helpVextrelHome() {
+  services_.workspace.openURL(page(makerHosts::web, "/vextrel/"));
+}
+
+// helpSupport:
+void LumacheckAppDelegate::helpSupport() {
+  services_.workspace.openURL(page(makerHosts::support, "/vextrel/"));
+}
+
+// helpQVHome:
+void LumacheckAppDelegate::helpQVHome() {
+  services_.workspace.openURL(page(makerHosts::web, QString()));
+}
+
+QString LumacheckAppDelegate::shortName() const {
+  const QString name = services_.bundle.objectForInfoDictionaryKey(QStringLiteral("QVShortName"));
+  return name.isNull() ? QStringLiteral("vextrel") : name;
+}
+
+// helpReportBug:
+void LumacheckAppDelegate::helpReportBug() {
+  const QString version = services_.bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString"));
+  services_.workspace.openURL(page(makerHosts::support, "/vextrel/bugreport?app=" + shortName() + "&version=" +
+                                                            QString::fromLatin1(QUrl::toPercentEncoding(version))));
+}
+
+// helpSuggestFeature:
+void LumacheckAppDelegate::helpSuggestFeature() {
+  services_.workspace.openURL(page(makerHosts::support, "/vextrel/featurerequest?app=" + shortName()));
+}
+
+// viewLog:
+void LumacheckAppDelegate::viewLog() {
+  QVTroubleshootingUtils::viewLogForApp(applicationName, troubleshooting(services_));
+}
+
+// viewTaskLog:
+void LumacheckAppDelegate::viewTaskLog() {
+  QVTroubleshootingUtils::viewTaskLogForApp(applicationName, troubleshooting(services_));
+}
+
+// gatherLogs:
+void LumacheckAppDelegate::gatherLogs() {
+  if (gathering_) return;  // two would share their working folder
+  gathering_ = true;
+  runUnderBusySheet(*window_, tr("Gathering logs…"), [services = troubleshooting(services_)] {
+    QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
+  });
+  gathering_ = false;
+}
+
+// printOperationWithSettings:error:
+const void* LumacheckAppDelegate::printOperationWithSettings(const QVariantMap& /*settings*/, QString* /*error*/) {
+  return nullptr;
+}

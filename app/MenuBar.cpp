@@ -1,0 +1,93 @@
+#include "app/MenuBar.h"
+
+#include <QAction>
+#include <QKeySequence>
+#include <QMainWindow>
+#include <QMenu>
+#include <QMenuBar>
+
+#include "app/EditMenu.h"
+
+namespace {
+
+QMenu& addMenu(QMainWindow& window, const char* name, const QString& text) {
+  QMenu* const menu = window.menuBar()->addMenu(text);
+  menu->setObjectName(QLatin1String(name));
+  return *menu;
+}
+
+QAction* add(QMenu& menu, const char* name, const QString& text, const QKeySequence& key = {}) {
+  QAction* const action = menu.addAction(text);
+  action->setObjectName(QLatin1String(name));
+  action->setMenuRole(QAction::NoRole);
+  if (key.isEmpty()) return action;
+  action->setShortcut(key);
+  action->setAutoRepeat(false);
+  return action;
+}
+
+void addFileMenu(MenuBar& bar, QMainWindow& window) {
+  QMenu& file = addMenu(window, "fileMenu", QObject::tr("&File"));
+  bar.openSource = add(file, "openSource", QObject::tr("&Open Source…"), QKeySequence(QKeySequence::Open));
+  bar.openDest =
+      add(file, "openDest", QObject::tr("Open &Destination…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+  file.addSeparator();
+  bar.save = add(file, "save", QObject::tr("&Save"), QKeySequence(Qt::CTRL | Qt::Key_S));
+  bar.saveAs = add(file, "saveAs", QObject::tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+  file.addSeparator();
+  bar.quit = add(file, "quit", QObject::tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q));
+}
+
+void addEditMenu(MenuBar& bar, QMainWindow& window) {
+  QMenu& edit = addMenu(window, "editMenu", QObject::tr("&Edit"));
+  fillEditMenu(edit, window);
+  edit.addSeparator();
+  bar.preferences = add(edit, "preferences", QObject::tr("Pr&eferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+}
+
+void addMoviesMenu(MenuBar& bar, QMainWindow& window) {
+  QMenu& movies = addMenu(window, "moviesMenu", QObject::tr("&Movies"));
+  bar.check = add(movies, "check", QObject::tr("&Check"), QKeySequence(Qt::CTRL | Qt::Key_Return));
+  bar.sync = add(movies, "sync", QObject::tr("Sync &Metadata"), QKeySequence(Qt::CTRL | Qt::Key_M));
+  movies.addSeparator();
+  bar.swap = add(movies, "swap", QObject::tr("&Swap Movies"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
+  bar.link = add(movies, "link", QObject::tr("&Link Playheads"), QKeySequence(Qt::CTRL | Qt::Key_L));
+  bar.link->setCheckable(true);
+}
+
+void addViewMenu(MenuBar& bar, QMainWindow& window) {
+  QMenu& view = addMenu(window, "viewMenu", QObject::tr("&View"));
+  bar.fullScreen = add(view, "fullScreen", QObject::tr("&Full Screen"), QKeySequence(Qt::Key_F11));
+}
+
+void addHelpMenu(MenuBar& bar, QMainWindow& window) {
+  QMenu& help = addMenu(window, "helpMenu", QObject::tr("&Help"));
+  bar.userManual = add(help, "userManual", QObject::tr("&User Manual"));
+  bar.keys = add(help, "keys", QObject::tr("&Keys"), QKeySequence(Qt::Key_F1));
+  help.addSeparator();
+  bar.vextrelHome = add(help, "vextrelHome", QObject::tr("&Vextrel Home Page"));
+  bar.quorvaneHome = add(help, "quorvaneHome", QObject::tr("&Quorvane Home Page"));
+  bar.support = add(help, "support", QObject::tr("&Support"));
+  help.addSeparator();
+  bar.reportBug = add(help, "reportBug", QObject::tr("Report a &Bug…"));
+  bar.suggestFeature = add(help, "suggestFeature", QObject::tr("Suggest a &Feature…"));
+  help.addSeparator();
+  bar.viewLog = add(help, "viewLog", QObject::tr("View &Log"));
+  bar.viewTaskLog = add(help, "viewTaskLog", QObject::tr("View &Task Log"));
+  bar.gatherLogs = add(help, "gatherLogs", QObject::tr("&Gather Logs…"));
+  help.addSeparator();
+  bar.updateCheck = add(help, "updateCheck", QObject::tr("Check for U&pdates…"));
+  bar.about = add(help, "about", QObject::tr("&About Lumacheck"));
+}
+
+}  // namespace
+
+MenuBar MenuBar::in(QMainWindow& window) {
+  MenuBar bar;
+  addFileMenu(bar, window);
+  addEditMenu(bar, window);
+  addMoviesMenu(bar, window);
+  addViewMenu(bar, window);
+  addHelpMenu(bar, window);
+  return bar;
+}

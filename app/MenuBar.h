@@ -1,0 +1,20 @@
+#pragma once
+
+class QAction;
+class QMainWindow;
+
+/// The menus of the main window, laid out but not wired to a controller. The window owns menus and actions; every
+/// action has an object name, and a shortcut or a mnemonic of its own. Edit acts by itself on the text that has the
+/// focus.
+struct MenuBar {
+  /// Fills the window's menu bar.
+  static MenuBar in(QMainWindow& window);
+
+  QAction *openSource = nullptr, *openDest = nullptr, *save = nullptr, *saveAs = nullptr, *quit = nullptr;
+  QAction* preferences = nullptr;
+  QAction *swap = nullptr, *link = nullptr, *check = nullptr, *sync = nullptr;
+  QAction* fullScreen = nullptr;
+  QAction *userManual = nullptr, *keys = nullptr, *vextrelHome = nullptr, *quorvaneHome = nullptr, *support = nullptr,
+          *reportBug = nullptr, *suggestFeature = nullptr;
+  QAction *viewLog = nullptr, *viewTaskLog = nullptr, *gatherLogs = nullptr, *updateCheck = nullptr, *about = nullptr;
+};
