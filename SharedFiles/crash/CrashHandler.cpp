@@ -97,7 +97,7 @@ void beginAlarm() {
 /// Another thread was first; it ends the process.
 [[noreturn]] void waitForTheEnd(const siginfo_t& signal) {
   constexpr timespec pause{0, 50'000'000};
-  const std::int64_t end = ReportProgram::milliseconds() + 2 * 1000 * lastResortSeconds;
+  const std::int64_t end = ReportProgram::milliseconds() + std::int64_t{lastResortSeconds} * 2000;
   while (ReportProgram::milliseconds() < end) ::nanosleep(&pause, nullptr);
   die(signal);
 }

@@ -1,6 +1,7 @@
 #include "SharedFiles/crash/RawReport.h"
 
 #include <array>
+#include <bit>
 #include <cerrno>
 
 #include <execinfo.h>
@@ -19,7 +20,7 @@ constexpr auto mappings = "/proc/self/maps";
 
 std::uint64_t programCounter(std::uint64_t context) {
   if (context == 0) return 0;
-  const auto* const registers = reinterpret_cast<const ucontext_t*>(context);
+  const auto* const registers = std::bit_cast<const ucontext_t*>(context);
 #if defined(__x86_64__)
   return static_cast<std::uint64_t>(registers->uc_mcontext.gregs[REG_RIP]);
 #elif defined(__aarch64__)

@@ -15,7 +15,7 @@
 namespace crash {
 namespace {
 
-constexpr std::size_t stackSize = 64 * 1024;
+constexpr std::size_t stackSize = 65536;
 constexpr int executionFailed = 127;
 constexpr int firstOtherDescriptor = 3;
 

@@ -15,8 +15,8 @@ class ThreadCrashStack {
   ThreadCrashStack& operator=(const ThreadCrashStack&) = delete;
 
  private:
-  static constexpr std::size_t size = 128 * 1024;
-  static constexpr std::size_t guard = 16 * 1024;
+  static constexpr std::size_t size = 131072;
+  static constexpr std::size_t guard = 16384;
 
   void* memory_ = nullptr;
 };

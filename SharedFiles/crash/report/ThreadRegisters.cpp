@@ -1,5 +1,7 @@
 #include "SharedFiles/crash/report/ThreadRegisters.h"
 
+#include <bit>
+
 #include <elf.h>
 #include <sys/ptrace.h>
 #include <sys/uio.h>
@@ -49,7 +51,7 @@ ThreadRegisters fromContext(const ucontext_t& context) {
 
 bool readMemory(pid_t process, std::uint64_t address, void* into, std::size_t size) {
   const iovec here{into, size};
-  const iovec there{reinterpret_cast<void*>(address), size};
+  const iovec there{std::bit_cast<void*>(address), size};
   return ::process_vm_readv(process, &here, 1, &there, 1, 0) == static_cast<ssize_t>(size);
 }
 

@@ -54,6 +54,7 @@ class CrashHandler : public testing::Test {
   Running start(const std::string& kind, const std::string& program) const {
     std::vector<std::string> texts{LUMACHECK_CRASHER, reports_, program, kind};
     std::vector<char*> arguments;
+    arguments.reserve(texts.size() + 1);
     for (std::string& text : texts) arguments.push_back(text.data());
     arguments.push_back(nullptr);
     int ends[2] = {-1, -1};

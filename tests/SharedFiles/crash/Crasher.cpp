@@ -51,8 +51,8 @@ volatile int sink = 0;
 }
 
 [[gnu::noinline]] int recursesForever(int depth) {
-  volatile char room[200];
-  room[0] = static_cast<char>(depth);
+  volatile unsigned char room[200];
+  room[0] = static_cast<unsigned char>(depth);
   const int deeper = zero == 0 ? recursesForever(depth + 1) : 0;
   return deeper + room[0];
 }
