@@ -1,0 +1,80 @@
+#include "tests/SharedFiles/HttpsServer.h"
+
+#include <QFile>
+#include <QProcess>
+#include <QSslConfiguration>
+#include <QSslSocket>
+#include <memory>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+QByteArray contentOf(const QString& path) {
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+qsizetype lengthOf(const QByteArray& request) {
+  const qsizetype head = request.indexOf("\r\n\r\n");
+  if (head < 0) return -1;
+  const QByteArray field = "\r\ncontent-length: ";
+  const qsizetype at = request.left(head).toLower().indexOf(field);
+  if (at < 0) return head + 4;
+  const qsizetype number = at + field.size();
+  return head + 4 + request.mid(number, request.indexOf("\r\n", number) - number).toLongLong();
+}
+
+}  // namespace
+
+ServerCertificate ServerCertificate::make(const char* host) {
+  const QTemporaryDir folder;
+  const QString key = folder.filePath("key.pem"), certificate = folder.filePath("certificate.pem");
+  const QString name = QString::fromLatin1(host);
+  QProcess openssl;
+  openssl.start("openssl",
+                {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1", "-nodes", "-keyout", key,
+                 "-out", certificate, "-days", "2", "-subj", "/CN=" + name, "-addext", "subjectAltName=DNS:" + name});
+  EXPECT_TRUE(openssl.waitForFinished(60000) && openssl.exitCode() == 0)
+      << openssl.readAllStandardError().toStdString();
+  return {QSslCertificate(contentOf(certificate)), QSslKey(contentOf(key), QSsl::Ec)};
+}
+
+HttpsServer::HttpsServer(ServerCertificate certificate, Speech speech)
+    : certificate_(std::move(certificate)), speech_(speech) {
+  EXPECT_TRUE(listen(QHostAddress::LocalHost));
+}
+
+QUrl HttpsServer::address() const {
+  return QUrl(QStringLiteral("https://localhost:%1/appdata/qc/qc.php").arg(serverPort()));
+}
+
+QByteArray HttpsServer::answerOf(const QByteArray& status, const QByteArray& header) {
+  return "HTTP/1.1 " + status + "\r\n" + header + "Content-Length: 4\r\nConnection: close\r\n\r\nbody";
+}
+
+void HttpsServer::incomingConnection(qintptr descriptor) {
+  ++connections_;
+  auto* const socket = new QSslSocket(this);
+  socket->setSocketDescriptor(descriptor);
+  const auto received = std::make_shared<QByteArray>();
+  connect(socket, &QIODevice::readyRead, this, [this, socket, received] { receive(*socket, *received); });
+  if (speech_ == Speech::Plain) return;
+  QSslConfiguration security = QSslConfiguration::defaultConfiguration();
+  security.setLocalCertificate(certificate_.certificate);
+  security.setPrivateKey(certificate_.key);
+  security.setPeerVerifyMode(QSslSocket::VerifyNone);
+  socket->setSslConfiguration(security);
+  socket->startServerEncryption();
+}
+
+void HttpsServer::receive(QTcpSocket& socket, QByteArray& received) {
+  received += socket.readAll();
+  const qsizetype length = lengthOf(received);
+  if (speech_ == Speech::Tls && (length < 0 || received.size() < length)) return;
+  requests_.push_back(received);
+  received.clear();
+  if (manner_ == Manner::Answers) socket.write(answer_);
+  if (manner_ != Manner::KeepsSilent) socket.disconnectFromHost();
+}

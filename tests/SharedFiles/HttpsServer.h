@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QByteArray>
+#include <QSslCertificate>
+#include <QSslKey>
+#include <QTcpServer>
+#include <QTemporaryDir>
+#include <QUrl>
+#include <vector>
+
+/// A certificate for "localhost" that nobody but itself vouches for, made by the openssl program.
+struct ServerCertificate {
+  QSslCertificate certificate;
+  QSslKey key;
+
+  static ServerCertificate make(const char* host = "localhost");
+};
+
+/// A server of this machine that notes what it is sent and answers as it is told. Lives in the event loop.
+class HttpsServer final : public QTcpServer {
+ public:
+  enum class Speech { Tls, Plain };
+  enum class Manner { Answers, HangsUp, KeepsSilent };
+
+  explicit HttpsServer(ServerCertificate certificate, Speech speech = Speech::Tls);
+
+  QUrl address() const;
+  void setAnswer(const QByteArray& answer) { answer_ = answer; }
+  void setManner(Manner manner) { manner_ = manner; }
+
+  int connections() const { return connections_; }
+  /// The bytes of each request that came in whole; its body is as long as its Content-Length tells.
+  const std::vector<QByteArray>& requests() const { return requests_; }
+
+  static QByteArray answerOf(const QByteArray& status, const QByteArray& header = {});
+
+ protected:
+  void incomingConnection(qintptr descriptor) override;
+
+ private:
+  void receive(QTcpSocket& socket, QByteArray& received);
+
+  const ServerCertificate certificate_;
+  const Speech speech_;
+  Manner manner_ = Manner::Answers;
+  QByteArray answer_ = answerOf("200 OK");
+  int connections_ = 0;
+  std::vector<QByteArray> requests_;
+};
