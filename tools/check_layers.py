@@ -10,7 +10,7 @@ Prints one line a breach (file:line: what) and exits 1 when there is any:
   - libav outside movie/decode/ffmpeg, and in any header
   - Qt in movie/
   - Qt Widgets or Network outside app/ and the desktop units of SharedFiles
-  - lcms2, libplist, libcrypto, zlib and the command's own libraries outside the units that wrap them
+  - lcms2, libplist, libcrypto, libdw, zlib and the command's own libraries outside the units that wrap them
 """
 import pathlib
 import re
@@ -30,6 +30,7 @@ ONLY_IN = [
     (re.compile(r"^lib(av|sw)\w+/"), re.compile(r"^movie/decode/ffmpeg/\w+\.cpp$"), "libav"),
     (re.compile(r"^lcms2"), re.compile(r"^movie/render/\w+\.cpp$"), "lcms2"),
     (re.compile(r"^plist/"), re.compile(r"^SharedFiles/PropertyList\.cpp$"), "libplist"),
+    (re.compile(r"^(elfutils|dwarf)"), re.compile(r"^SharedFiles/crash/report/ProcessImage\.cpp$"), "libdw"),
     (re.compile(r"^openssl/"), re.compile(r"^SharedFiles/FileDigest\.cpp$"), "libcrypto"),
     (re.compile(r"^zlib\.h$"), re.compile(r"^movie/quicktime/\w+\.cpp$"), "zlib"),
     (re.compile(r"^(CLI/|nlohmann/)"), re.compile(r"^cli/"), "a library of the command"),
