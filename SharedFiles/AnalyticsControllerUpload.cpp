@@ -40,11 +40,11 @@ QString AnalyticsController::installationIdentifier() const {
   const QLatin1String identifierKey(AnalyticsPreferences::identifierKey);
   const QLatin1String dateKey(AnalyticsPreferences::identifierDateKey);
   const QVariantMap stored = preferences_.read();
-  const QString known = stored.value(identifierKey).toString();
+  QString known = stored.value(identifierKey).toString();
   const QDateTime now = services_.now(), assigned = stored.value(dateKey).toDateTime();
   const bool old = assigned.isValid() && assigned.msecsTo(now) > identifierLifeInMilliseconds;
   if (!known.isEmpty() && !old) return known;
-  const QString made = generateRandomString(identifierLength);
+  QString made = generateRandomString(identifierLength);
   preferences_.set({{identifierKey, made}, {dateKey, now}});
   return made;
 }
