@@ -99,6 +99,7 @@ void fillEditMenu(QMenu& menu, QMainWindow& window) {
     QAction* const action = menu.addAction(operation.text);
     action->setObjectName(QLatin1String(operation.name));
     action->setShortcut(operation.key);
+    action->setAutoRepeat(false);
     QObject::connect(action, &QAction::triggered, focus, [operation, focus] { perform(operation, focus->widget()); });
     QObject::connect(&menu, &QMenu::aboutToShow, action,
                      [operation, focus, action] { action->setEnabled(isPossible(operation, focus->widget())); });

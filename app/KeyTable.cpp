@@ -82,6 +82,7 @@ void KeyTable::show(QWidget& window) const {
   for (const QList<KeyRow>& rows : {rows_.first(half), rows_.sliced(half)}) {
     auto* const grid = new QGridLayout;
     grid->setHorizontalSpacing(16);
+    grid->setVerticalSpacing(6);  // else that of the row around it
     for (const KeyRow& row : rows) addRow(*grid, row);
     grid->setRowStretch(grid->rowCount(), 1);
     halves->addLayout(grid);

@@ -1,5 +1,7 @@
 #include "app/PathField.h"
 
+#include <QFocusEvent>
+
 PathField::PathField(QWidget* parent) : QLineEdit(parent) {
   connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
     setToolTip(text);
@@ -9,7 +11,9 @@ PathField::PathField(QWidget* parent) : QLineEdit(parent) {
 
 void PathField::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  showEnd();
+  // A menu needs the selection, and gives the focus back.
+  const bool toMenu = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason;
+  if (!toMenu) showEnd();
 }
 
 void PathField::resizeEvent(QResizeEvent* event) {

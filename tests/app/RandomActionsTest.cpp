@@ -1,3 +1,4 @@
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDir>
@@ -76,8 +77,17 @@ class RandomActions : public WindowFixture {
       static_cast<QDialog*>(panel)->done(below(4) == 0 ? QDialog::Rejected : QDialog::Accepted);
     }
   }
+  /// Anything but the end, and the gathering of logs, which starts other programs.
+  void chooseFromMenus() {
+    const char* const names[] = {
+        "openSource", "openDest",     "save",        "saveAs",         "preferences", "check",       "sync",
+        "swap",       "link",         "fullScreen",  "userManual",     "keys",        "vextrelHome", "support",
+        "reportBug",  "quorvaneHome", "updateCheck", "suggestFeature", "viewLog",     "viewTaskLog", "about",
+        "undo",       "redo",         "cut",         "copy",           "paste",       "selectAll"};
+    menuAction(names[below(std::size(names))]).trigger();
+  }
   void act() {
-    switch (below(16)) {
+    switch (below(17)) {
       case 0:
         return controller().applicationOpenFiles({anyFile(), anyFile()});
       case 1:
@@ -108,6 +118,8 @@ class RandomActions : public WindowFixture {
         return QTest::mouseClick(interface().saveBtn, Qt::LeftButton);
       case 14:
         return saveAs();
+      case 15:
+        return chooseFromMenus();
       default:
         return interface().window().resize(900 + below(500), 600 + below(300));
     }

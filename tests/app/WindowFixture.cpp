@@ -1,8 +1,11 @@
 #include "tests/app/WindowFixture.h"
 
+#include <QAction>
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QTest>
 
 #include <unistd.h>
@@ -40,7 +43,16 @@ void WindowFixture::makeController(const MainInterface::MakeView& makeView) {
   interface_.reset();
   defaults_ = std::make_unique<UserDefaults>(*platform_, BundleInfo::mainBundle());
   interface_ = std::make_unique<MainInterface>(makeView);
-  controller_ = std::make_unique<LumacheckAppDelegate>(*interface_, *defaults_);
+  controller_ = std::make_unique<LumacheckAppDelegate>(
+      *interface_, *defaults_, ControllerServices{.paths = *platform_, .workspace = workspace_, .bundle = bundle_});
+}
+
+void WindowFixture::makeController(const BundleInfo& bundle) {
+  controller_.reset();
+  defaults_.reset();
+  bundle_ = bundle;
+  platform_ = std::make_unique<LinuxPathPlatform>(::getuid(), bundle);
+  makeController();
 }
 
 void WindowFixture::launch() {
@@ -93,6 +105,30 @@ void WindowFixture::type(QLineEdit& field, const QString& text) {
   QTest::keyClick(&field, Qt::Key_Delete);
   QTest::keyClicks(&field, text);
   QTest::keyClick(&field, Qt::Key_Return);
+}
+
+void WindowFixture::activate() {
+  QTest::qWait(1);  // what was closed before takes the focus with it
+  interface_->window().activateWindow();
+  EXPECT_TRUE(QTest::qWaitForWindowActive(&interface_->window()));
+}
+
+QAction& WindowFixture::menuAction(const char* name) {
+  auto* const action = interface_->window().menuBar()->findChild<QAction*>(QLatin1String(name));
+  if (action == nullptr) ADD_FAILURE() << "no menu has " << name;
+  static QAction none;
+  return action == nullptr ? none : *action;
+}
+
+void WindowFixture::choose(const char* name) {
+  QAction& action = menuAction(name);
+  auto* const menu = qobject_cast<QMenu*>(action.parent());
+  ASSERT_NE(menu, nullptr);
+  activate();
+  menu->popup(interface_->window().mapToGlobal(QPoint(0, 0)));
+  ASSERT_TRUE(QTest::qWaitForWindowExposed(menu));
+  QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(&action).center());
+  menu->hide();
 }
 
 QString WindowFixture::pathOf(const PlayableMovie* movie) {

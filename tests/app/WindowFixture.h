@@ -13,7 +13,22 @@
 #include "app/MainInterface.h"
 #include "tests/SharedFiles/EnvironmentGuard.h"
 
+class QAction;
 class QLineEdit;
+
+/// Notes what would be opened.
+class NotedWorkspace : public Workspace {
+ public:
+  bool openFile(const QString& path) override { return note(path); }
+  bool openURL(const QString& address) override { return note(address); }
+  QStringList opened;
+
+ private:
+  bool note(const QString& what) {
+    opened << what;
+    return true;
+  }
+};
 
 /// The window with its controller, in a home of its own, the log switched off. The application object is made once for
 /// the program (Application.cpp).
@@ -23,6 +38,8 @@ class WindowFixture : public testing::Test {
   ~WindowFixture() override;
 
   void makeController(const MainInterface::MakeView& makeView = [] { return new QVMovieView; });
+  /// The same for a program with other information keys or in another place.
+  void makeController(const BundleInfo& bundle);
   /// As the program starts.
   void launch();
   /// Ends the controller and the window, and makes new ones in the same home.
@@ -41,10 +58,18 @@ class WindowFixture : public testing::Test {
   void load(const QString& source, const QString& dest);
   /// Clicks into a field, replaces its text by typing and presses Return.
   static void type(QLineEdit& field, const QString& text);
+  /// Gives the window the focus back, where no window manager does it.
+  void activate();
+  /// The action of that object name in one of the menus.
+  QAction& menuAction(const char* name);
+  /// Opens the menu that has it and clicks on it. What cannot be chosen is clicked on all the same.
+  void choose(const char* name);
   static QString pathOf(const PlayableMovie* movie);
 
   QTemporaryDir home_;
   EnvironmentGuard environment_;
+  NotedWorkspace workspace_;
+  BundleInfo bundle_ = BundleInfo::mainBundle();
   std::unique_ptr<LinuxPathPlatform> platform_;
   std::unique_ptr<UserDefaults> defaults_;
   std::unique_ptr<MainInterface> interface_;

@@ -1,14 +1,20 @@
 // Pictures of the window, for the documents and for eyes.
 //
-//   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, dark.png, alert.png, keys.png
+//   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, alert.png, keys.png, preferences.png,
+//                                     about.png, a picture of each menu, dark.png, and the smallest window in both
+//                                     themes
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QMenu>
 #include <QPalette>
+#include <QStyle>
 #include <QTemporaryDir>
 #include <cstdio>
 #include <functional>
+#include <utility>
 
 #include <unistd.h>
 
@@ -59,15 +65,36 @@ class Screenshots {
     controller_.checkAction();
     save("report", window());
     takeDialogs();
+    takeMenus();
     QApplication::setPalette(darkPalette());
     save("dark", window());
+    window().resize(window().minimumSize());
+    save("smallest-dark", window());
+    QApplication::setPalette(QApplication::style()->standardPalette());
+    save("smallest", window());
     return ok_;
   }
 
  private:
   QWidget& window() { return interface_.window(); }
 
+  void takeMenus() {
+    for (const char* const name : {"fileMenu", "editMenu", "moviesMenu", "viewMenu", "helpMenu"}) {
+      auto* const menu = window().findChild<QMenu*>(QLatin1String(name));
+      menu->popup(window().mapToGlobal(QPoint()));
+      save(name, *menu);
+      menu->hide();
+    }
+  }
+
   void takeDialogs() {
+    for (const auto& [name, action] :
+         {std::pair("preferences", interface_.menus.preferences), std::pair("about", interface_.menus.about)}) {
+      action->trigger();
+      auto* const dialog = window().findChild<QDialog*>(QLatin1String(name));
+      save(name, *dialog);
+      dialog->close();
+    }
     controller_.keys().show(window());
     save("keys", *window().findChild<QDialog*>(QStringLiteral("keys")));
     window().findChild<QDialog*>(QStringLiteral("keys"))->close();

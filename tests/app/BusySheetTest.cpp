@@ -1,0 +1,101 @@
+#include <QDialog>
+#include <QLabel>
+#include <QTest>
+#include <QTimer>
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+#include "SharedFiles/MainThread.h"
+#include "SharedFiles/QVAlert.h"
+#include "app/BusySheet.h"
+#include "tests/SharedFiles/AlertFixture.h"
+
+namespace {
+
+class BusySheets : public Alerts {
+ protected:
+  QDialog* sheet() {
+    for (auto* const each : window_->findChildren<QDialog*>("busy")) {
+      if (each->isVisible()) return each;
+    }
+    return nullptr;
+  }
+  /// Work that goes on until it is let go.
+  void stay() const {
+    while (!letGo_) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  }
+  std::atomic<bool> letGo_ = false;
+};
+
+TEST_F(BusySheets, StayAwayFromShortWork) {
+  bool seen = false, onMainThread = true;
+  QTimer watch;
+  watch.callOnTimeout([&] { seen = seen || sheet() != nullptr; });
+  watch.start(1);
+  runUnderBusySheet(*window_, "Working", [&] { onMainThread = MainThread::isCurrent(); });
+  EXPECT_FALSE(seen);
+  EXPECT_FALSE(onMainThread);
+}
+
+TEST_F(BusySheets, CoverTheWindowWhileWorkGoesOn) {
+  when([&] { return sheet() != nullptr; },
+       [&] {
+         EXPECT_EQ(sheet()->windowModality(), Qt::WindowModal);
+         EXPECT_EQ(sheet()->findChild<QLabel*>()->text(), "Working");
+         QTest::keyClick(sheet(), Qt::Key_Escape);
+         EXPECT_NE(sheet(), nullptr);
+         letGo_ = true;
+       });
+  runUnderBusySheet(*window_, "Working", [this] { stay(); });
+  EXPECT_TRUE(letGo_);
+  EXPECT_EQ(sheet(), nullptr);
+}
+
+TEST_F(BusySheets, GiveWayToWhatTheWorkAsks) {
+  when([&] { return sheet() != nullptr; }, [&] { letGo_ = true; });
+  bool alone = false;
+  QTimer answer;
+  answer.callOnTimeout([&] {
+    if (shownPanels().empty() || sheet() != nullptr) return;
+    alone = true;
+    shownPanels().front()->defaultButton()->click();
+  });
+  answer.start(5);
+  int code = 0;
+  runUnderBusySheet(*window_, "Working", [&] {
+    stay();
+    code = ask("Go on?", nullptr);
+  });
+  EXPECT_TRUE(alone);
+  EXPECT_EQ(code, 1);
+}
+
+TEST_F(BusySheets, DoNotComeUpBesideAQuestion) {
+  bool seen = false;
+  QTimer watch;
+  watch.callOnTimeout([&] { seen = seen || sheet() != nullptr; });
+  watch.start(5);
+  QTimer::singleShot(700, [&] { shownPanels().front()->defaultButton()->click(); });
+  runUnderBusySheet(*window_, "Working", [&] { ask("Go on?", nullptr); });
+  EXPECT_FALSE(seen);
+}
+
+TEST_F(BusySheets, CloseWhatIsAskedWhenTheApplicationQuits) {
+  int code = 1;  // the default button
+  QTimer::singleShot(0, [&] {
+    QTimer::singleShot(20, [&] {
+      QCoreApplication::exit();
+      letGo_ = true;
+    });
+    runUnderBusySheet(*window_, "Working", [&] {
+      stay();
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      code = ask("Go on?", nullptr);
+    });
+  });
+  QApplication::exec();
+  EXPECT_EQ(code, -1);
+}
+
+}  // namespace

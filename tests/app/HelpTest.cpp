@@ -1,0 +1,195 @@
+#include <QAction>
+#include <QDir>
+#include <QFile>
+#include <QLabel>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <gmock/gmock.h>
+
+#include "SharedFiles/QVLocalPaths.h"
+#include "app/AboutDialog.h"
+#include "tests/SharedFiles/AlertFixture.h"
+#include "tests/SharedFiles/QtPrinters.h"
+#include "tests/app/WindowFixture.h"
+#include "tests/check/CapturedLog.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+/// The menus, and someone who reads and answers the alerts.
+class Help : public WindowFixture {
+ protected:
+  Help() {
+    environment_.set("TMPDIR", home_.path().toUtf8());
+    launch();
+    QObject::connect(&answers_, &QTimer::timeout, [this] {
+      for (AlertPanel* panel : shownPanels()) {
+        alerts_ << panel->accessibleName() << textOf(*panel, "informativeText");
+        EXPECT_EQ(panel->parentWidget(), nullptr);
+        panel->defaultButton()->click();
+      }
+    });
+    answers_.start(10);
+  }
+
+  static void put(const QString& path, const QByteArray& bytes = "text") {
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+  }
+  QString logFile(const QString& name) const {
+    return QVLocalPaths::libraryDirectory(true, *platform_) + "/Logs/Quorvane/" + name;
+  }
+  void relaunchAs(const QHash<QString, QString>& information) {
+    makeController(BundleInfo(information, home_.filePath("prefix/bin/Lumacheck")));
+    launch();
+  }
+
+  QStringList alerts_;
+  QTimer answers_;
+};
+
+TEST_F(Help, OpensItsPages) {
+  relaunchAs({{"QVShortName", "lumacheck"}, {"CFBundleShortVersionString", "1.2.3"}});
+  struct Row {
+    const char *action, *address;
+  };
+  const Row rows[] = {
+      {"vextrelHome", "http://www.quorvane.example/vextrel/"},
+      {"support", "http://support.quorvane.example/vextrel/"},
+      {"quorvaneHome", "http://www.quorvane.example"},
+      {"reportBug", "http://support.quorvane.example/vextrel/bugreport?app=lumacheck&version=1.2.3"},
+      {"suggestFeature", "http://support.quorvane.example/vextrel/featurerequest?app=lumacheck"},
+  };
+  for (const Row& row : rows) {
+    workspace_.opened.clear();
+    choose(row.action);
+    EXPECT_THAT(workspace_.opened, ElementsAre(row.address)) << row.action;
+  }
+}
+
+TEST_F(Help, EscapesTheVersionAndNotTheName) {
+  struct Row {
+    const char *name, *version, *query;
+  };
+  const Row rows[] = {
+      {"lumacheck", "1.0 beta 2", "app=lumacheck&version=1.0%20beta%202"},
+      {"luma check", "1.0", "app=luma check&version=1.0"},
+      {"lumacheck", "1.0\u00df", "app=lumacheck&version=1.0%C3%9F"},
+      {"lumacheck", "1.0%20", "app=lumacheck&version=1.0%2520"},
+      {"lumacheck", "1.0&x=1#2+3", "app=lumacheck&version=1.0%26x%3D1%232%2B3"},
+      {"lumacheck", "1.0-rc_1~2", "app=lumacheck&version=1.0-rc_1~2"},
+  };
+  for (const Row& row : rows) {
+    relaunchAs({{"QVShortName", row.name}, {"CFBundleShortVersionString", QString::fromUtf8(row.version)}});
+    workspace_.opened.clear();
+    choose("reportBug");
+    EXPECT_THAT(workspace_.opened,
+                ElementsAre(QLatin1String("http://support.quorvane.example/vextrel/bugreport?") + row.query));
+  }
+}
+
+TEST_F(Help, NamesTheFamilyWhereTheBundleHasNoShortName) {
+  relaunchAs({{"CFBundleShortVersionString", "1.0"}});
+  choose("reportBug");
+  choose("suggestFeature");
+  EXPECT_THAT(workspace_.opened,
+              ElementsAre("http://support.quorvane.example/vextrel/bugreport?app=vextrel&version=1.0",
+                          "http://support.quorvane.example/vextrel/featurerequest?app=vextrel"));
+}
+
+TEST_F(Help, OpensTheManualOfTheMachine) {
+  relaunchAs({});
+  const QString manual = home_.filePath("prefix/share/quorvane/Documentation/Quorvane/Vextrel User Manual.pdf");
+  put(manual);
+  choose("userManual");
+  EXPECT_THAT(workspace_.opened, ElementsAre(manual));
+}
+
+TEST_F(Help, DoesNothingWithoutAManual) {
+  relaunchAs({});
+  put(QVLocalPaths::libraryDirectory(true, *platform_) + "/Documentation/Quorvane/Vextrel User Manual.pdf");
+  choose("userManual");
+  runFor(50);
+  EXPECT_THAT(workspace_.opened, IsEmpty());
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
+TEST_F(Help, ShowsTheLogs) {
+  put(logFile("Lumacheck.1.log"));
+  put(logFile("Lumacheck.1.task.log"));
+  choose("viewLog");
+  choose("viewTaskLog");
+  EXPECT_THAT(workspace_.opened, ElementsAre(logFile("Lumacheck.1.log"), logFile("Lumacheck.1.task.log")));
+  EXPECT_THAT(alerts_, IsEmpty());
+}
+
+TEST_F(Help, SaysWhichLogIsMissing) {
+  choose("viewLog");
+  choose("viewTaskLog");
+  EXPECT_THAT(workspace_.opened, IsEmpty());
+  EXPECT_THAT(alerts_,
+              ElementsAre("No log found", "You must perform a task before viewing the log.", "No log found",
+                          "You must run the application as a task (e.g. through Taskwarden) before viewing a log."));
+}
+
+TEST_F(Help, GathersTheLogsOntoTheDesktop) {
+  ASSERT_TRUE(QDir(home_.path()).mkdir("Desktop"));
+  put(logFile("Lumacheck.1.log"));
+  choose("gatherLogs");
+  EXPECT_TRUE(QFile::exists(home_.filePath("Desktop/Lumacheck Logs.zip")));
+  EXPECT_THAT(alerts_, ElementsAre("Logs gathered successfully", "The gathered logs were placed on your desktop."));
+}
+
+TEST_F(Help, SaysThatNoArchiveCouldBeMade) {
+  put(logFile("Lumacheck.1.log"));  // and there is no desktop
+  choose("gatherLogs");
+  EXPECT_THAT(alerts_, ElementsAre("Logs could not be gathered", "Please check your file permissions."));
+}
+
+TEST_F(Help, GathersOnceAtATime) {
+  ASSERT_TRUE(QDir(home_.path()).mkdir("Desktop"));
+  put(logFile("Lumacheck.1.log"));
+  QTimer::singleShot(0, [this] { controller().gatherLogs(); });
+  controller().gatherLogs();
+  runFor(50);
+  EXPECT_EQ(alerts_.size(), 2);
+  EXPECT_THAT(QDir(home_.filePath("Desktop")).entryList(QDir::Files), ElementsAre("Lumacheck Logs.zip"));
+}
+
+TEST_F(Help, LooksForAnUpdater) {
+  const check::test::CapturedLog log;
+  choose("updateCheck");
+  EXPECT_THAT(log.texts(), ElementsAre("Error: unable to find software updater",
+                                       "Unable to launch Software Update - path doesn't exist"));
+}
+
+TEST_F(Help, NamesVersionsAndLicencesOnce) {
+  choose("about");
+  choose("about");
+  const auto dialogs = interface().window().findChildren<AboutDialog*>();
+  ASSERT_EQ(dialogs.size(), 1);
+  QStringList texts;
+  for (const QLabel* label : dialogs[0]->findChildren<QLabel*>()) texts << label->text();
+  EXPECT_TRUE(
+      texts.contains("Lumacheck " + BundleInfo::mainBundle().objectForInfoDictionaryKey("CFBundleShortVersionString")));
+  for (const char* library : {"Qt", "FFmpeg libavcodec", "FFmpeg libavformat", "FFmpeg libavutil", "Little CMS",
+                              "libplist", "OpenSSL", "zlib"}) {
+    const qsizetype at = texts.indexOf(library);
+    ASSERT_GE(at, 0) << library;
+    EXPECT_TRUE(texts.value(at + 1).contains(QRegularExpression("^\\d+\\.\\d+"))) << library;
+    EXPECT_FALSE(texts.value(at + 2).isEmpty()) << library;
+  }
+}
+
+TEST_F(Help, PrintsNothing) {
+  QString error;
+  EXPECT_EQ(LumacheckAppDelegate::printOperationWithSettings({}, &error), nullptr);
+  EXPECT_TRUE(error.isEmpty());
+}
+
+}  // namespace
