@@ -1,7 +1,5 @@
 #include <QCheckBox>
-#include <QProcess>
 #include <QSet>
-#include <csignal>
 
 #include <gmock/gmock.h>
 
@@ -220,24 +218,6 @@ TEST_F(AnalyticsEvents, EndsWithTheApplication) {
   QTimer::singleShot(0, qApp, [] { QCoreApplication::exit(); });
   QCoreApplication::exec();
   EXPECT_EQ(storedCache().size(), 2);
-}
-
-TEST_F(AnalyticsEvents, LeavesAReadableCacheWhenKilled) {
-  qsizetype most = 0;
-  for (int milliseconds = 30; milliseconds < 150; milliseconds += 30) {
-    QProcess recorder;
-    recorder.start(QCoreApplication::applicationFilePath(), {"--record-events"});
-    ASSERT_TRUE(recorder.waitForReadyRead(60000)) << "it says that it has begun";
-    QTest::qSleep(milliseconds);
-    ::kill(static_cast<pid_t>(recorder.processId()), SIGKILL);
-    ASSERT_TRUE(recorder.waitForFinished(60000));
-    EXPECT_EQ(recorder.exitStatus(), QProcess::CrashExit);
-    const auto read = PropertyList::read(cacheFile());
-    ASSERT_TRUE(read.has_value());
-    EXPECT_GE(read->toList().size(), most) << "a later start goes on with it";
-    most = read->toList().size();
-  }
-  EXPECT_GT(most, 4);
 }
 
 }  // namespace
