@@ -60,7 +60,7 @@ NetworkInterfaces NetworkInterfaces::list(const PlatformTools& tools) {
 QString NetworkInterfaces::broadcastAddress() const {
   for (const QString& line : addressLines(listing_)) {
     for (const QStringView word : {QStringView(u" broadcast "), QStringView(u" brd ")}) {
-      const QString address = wordAfter(line, word);
+      QString address = wordAfter(line, word);
       if (!address.isEmpty() && address != QLatin1String("0.0.0.0")) return address;
     }
   }

@@ -115,9 +115,9 @@ void runToEnd(const std::shared_ptr<BroadcastListener>& listener) {
   Listeners::ofProcess().remove(listener);
 }
 
-QVariantMap settingsOf(unsigned int port, QVBroadcast::Delegate delegate, bool ignoreSelf) {
+QVariantMap settingsOf(unsigned int port, const QVBroadcast::Delegate& delegate, bool ignoreSelf) {
   return {{QStringLiteral("port"), port},
-          {QStringLiteral("delegate"), QVariant::fromValue(std::move(delegate))},
+          {QStringLiteral("delegate"), QVariant::fromValue(delegate)},
           {QStringLiteral("ignoreSelf"), ignoreSelf}};
 }
 
@@ -166,13 +166,13 @@ const char* QVBroadcast::messageForSendError(int number) {
 }
 
 // listenOnPort:delegate:selector:
-void QVBroadcast::listenOnPort(unsigned int port, Delegate delegate, const Services& services) {
-  listenOnPort(port, std::move(delegate), false, services);
+void QVBroadcast::listenOnPort(unsigned int port, const Delegate& delegate, const Services& services) {
+  listenOnPort(port, delegate, false, services);
 }
 
 // listenOnPort:delegate:selector:ignoreSelf:
-void QVBroadcast::listenOnPort(unsigned int port, Delegate delegate, bool ignoreSelf, const Services& services) {
-  const auto listener = knownListener(settingsOf(port, std::move(delegate), ignoreSelf), services);
+void QVBroadcast::listenOnPort(unsigned int port, const Delegate& delegate, bool ignoreSelf, const Services& services) {
+  const auto listener = knownListener(settingsOf(port, delegate, ignoreSelf), services);
   try {
     std::thread([listener] { runToEnd(listener); }).detach();
   } catch (const std::system_error&) {

@@ -41,10 +41,10 @@ class QVBroadcast final {
   static const char* messageForSendError(int number);
 
   /// listenOnPort:delegate:selector:
-  static void listenOnPort(unsigned int port, Delegate delegate, const Services& services = {});
+  static void listenOnPort(unsigned int port, const Delegate& delegate, const Services& services = {});
   /// listenOnPort:delegate:selector:ignoreSelf: starts threadedListen() on a thread of its own, which calls the
   /// delegate with every datagram that is not empty; with `ignoreSelf` only with those from other machines.
-  static void listenOnPort(unsigned int port, Delegate delegate, bool ignoreSelf, const Services& services = {});
+  static void listenOnPort(unsigned int port, const Delegate& delegate, bool ignoreSelf, const Services& services = {});
   /// Ends every listener on that port, on whatever thread it runs. When it returns the port is free and the delegates
   /// are not called again. Called by a delegate, it returns at once, and that holds once the delegate has returned. A
   /// delegate must not wait for the caller. What still listens when the process exits is ended then.

@@ -11,7 +11,7 @@
 struct OSVersion {
   int majorVersion = 0, minorVersion = 0, patchVersion = 0;
 
-  auto operator<=>(const OSVersion&) const = default;
+  auto operator<=>(const OSVersion&) const = default;  // NOLINT(modernize-use-nullptr): of the code it stands for
 };
 
 /// Which version of the operating system runs. Stateless; callable from any thread. The version is read at every call:

@@ -32,7 +32,7 @@ QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths)
   static std::mutex copying;
   const std::lock_guard guard(copying);
   const FileServices files = {.paths = paths};
-  const QString copy = temporaryPath(paths);
+  QString copy = temporaryPath(paths);
   if (QVFileManager::fileExistsAtPath(copy) || QFileInfo(copy).isSymLink()) {
     QVFileManager::removeFile(copy, false, files);
   }
@@ -69,7 +69,7 @@ void QVSoftwareUpdate::startup() {
 }
 
 QString QVSoftwareUpdate::updaterPath(const Services& services) {
-  const QString installed =
+  QString installed =
       QVLocalPaths::applicationDirectory(false, services.paths) + QStringLiteral("/Quorvane") + updaterName;
   if (QVFileManager::fileExistsAtPath(installed)) return installed;
   if (!services.hostBundle.isEmpty()) {

@@ -1,7 +1,10 @@
 #include <QFile>
 #include <QLineEdit>
 
+#include <gmock/gmock.h>
+
 #include "tests/app/WindowFixture.h"
+#include "tests/check/CapturedLog.h"
 
 namespace {
 
@@ -53,6 +56,14 @@ TEST_F(Lifecycle, KeepsPathsThatStandInTheFieldsAlready) {
   launch();
   EXPECT_EQ(pathOf(controller().sourceQTMov().get()), darkerMovie());
   EXPECT_EQ(pathOf(controller().destQTMov().get()), retaggedMovie());
+}
+
+TEST_F(Lifecycle, TellsWhereAnUpdaterAskedForIsMissing) {
+  launch();
+  const check::test::CapturedLog log;
+  controller().manualUpdateCheck();
+  EXPECT_THAT(log.texts(), testing::ElementsAre("Error: unable to find software updater",
+                                                "Unable to launch Software Update - path doesn't exist"));
 }
 
 TEST_F(Lifecycle, EndsWithTheLastWindow) {

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
@@ -86,6 +87,23 @@ TEST_F(WindowProgram, TakesFilesFromALaterStart) {
   ASSERT_TRUE(later.waitForFinished(20000));
   EXPECT_EQ(later.exitCode(), 0);
   EXPECT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == home_.filePath("relative.mov"); }));
+}
+
+TEST_F(WindowProgram, LooksForAnUpdaterUnlessTheSettingsForbidIt) {
+  const QString settings = home_.filePath(".local/share/quorvane/Preferences/com.quorvane.global.plist");
+  ASSERT_TRUE(QDir().mkpath(QFileInfo(settings).path()));
+  for (const bool check : {true, false}) {
+    ASSERT_TRUE(PropertyList::write(QVariantMap{{"SUCheckAtStartup", check}}, settings));
+    start(running_, {check ? plainMovie() : darkerMovie()});
+    // The second start shows the first one's movie again and takes its own on the other side.
+    ASSERT_TRUE(waitUntil([&] {
+      return check ? lastFile("lastSourceFile") == plainMovie() : lastFile("lastDestFile") == darkerMovie();
+    }));
+    ::kill(static_cast<pid_t>(running_.processId()), SIGTERM);
+    ASSERT_TRUE(running_.waitForFinished(20000));
+    const bool looked = running_.readAllStandardOutput().contains("Error: unable to find software updater");
+    EXPECT_EQ(looked, check);
+  }
 }
 
 TEST_F(WindowProgram, IsStartedByTheCommand) {
