@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <memory>
@@ -74,15 +75,17 @@ int sendDatagram(const FileDescriptor& socket, const QByteArray& data, const in_
 /// The listeners of the process.
 class Listeners {
  public:
+  /// Never destroyed: a listener's thread takes leave of it while the process exits. The tools are made first, so that
+  /// the listeners are ended before the tools go.
   static Listeners& ofProcess() {
-    static Listeners listeners;
-    return listeners;
+    static Listeners* const listeners = [] {
+      PlatformTools::standard();
+      std::atexit([] { ofProcess().stop([](const BroadcastListener& /*any*/) { return true; }); });
+      return std::make_unique<Listeners>().release();
+    }();
+    return *listeners;
   }
-  /// While the process exits. The tools are made first, so that the listeners are ended before the tools go.
-  Listeners() { PlatformTools::standard(); }
-  ~Listeners() {
-    stop([](const BroadcastListener& /*any*/) { return true; });
-  }
+  Listeners() = default;
   Listeners(const Listeners&) = delete;
   Listeners& operator=(const Listeners&) = delete;
 

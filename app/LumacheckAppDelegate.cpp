@@ -33,6 +33,7 @@ LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefault
       window_(&interface.window()),
       console_(*interface.resultsView) {
   QVCrashline::startCrashline();
+  QVLog::finishWriting();  // what that logged, before its file becomes an older one
   QVLog::createNewLog();
   connectControls();
   connectMenus();

@@ -37,7 +37,7 @@ class CopyReports {
     heard.fileCopyBytesWritten = [state = state_](quint64 bytes, const QVariantMap& settings) {
       const std::lock_guard guard(state->mutex);
       state->bytes.push_back(bytes);
-      state->settings = settings;
+      state->keep(settings);
     };
     heard.fileCopyVerificationFailed = [state = state_](const QVariantMap& /*settings*/, const QString& file) {
       const std::lock_guard guard(state->mutex);
@@ -45,7 +45,7 @@ class CopyReports {
     };
     heard.fileCopyFinished = [state = state_](const QVariantMap& settings) {
       const std::lock_guard guard(state->mutex);
-      state->settings = settings;
+      state->keep(settings);
       state->finished = true;
     };
     return heard;
@@ -74,6 +74,13 @@ class CopyReports {
     QStringList failed;
     QVariantMap settings;
     std::atomic<bool> finished = false;
+
+    /// All but the delegate, which holds this state itself.
+    void keep(const QVariantMap& told) {
+      EXPECT_TRUE(told.contains("delegate"));
+      settings = told;
+      settings.remove("delegate");
+    }
   };
   std::shared_ptr<State> state_ = std::make_shared<State>();
 };
@@ -210,7 +217,6 @@ TEST_F(FileCopies, RecordTheirSettingsAndChecksums) {
   EXPECT_EQ(settings.value("source"), source);
   EXPECT_EQ(settings.value("destinations").toStringList(), QStringList({path("one"), path("two")}));
   EXPECT_EQ(settings.value("operationtype"), "copy");
-  EXPECT_TRUE(settings.contains("delegate"));
   EXPECT_EQ(settings.value("object"), "mine");
   EXPECT_EQ(settings.value("object2"), 2);
   EXPECT_EQ(settings.value("sourceChecksum"), digest);
@@ -325,7 +331,8 @@ int runOnSmallDisk(const char* test, const QString& folder) {
 }
 
 TEST_F(FileCopies, GoOnWithoutADestinationThatFillsUp) {
-  const QString disk = QFile::decodeName(qgetenv(smallDisk.toLatin1().constData()));
+  QString disk = QFile::decodeName(qgetenv(smallDisk.toLatin1().constData()));
+  if (disk.isEmpty()) disk = QFile::decodeName(qgetenv("LUMACHECK_SMALL_DISK"));  // where users may mount none
   if (disk.isEmpty()) {
     ASSERT_TRUE(QDir().mkpath(path("disk")));
     EXPECT_EQ(runOnSmallDisk("FileCopies.GoOnWithoutADestinationThatFillsUp", path("disk")), 0);

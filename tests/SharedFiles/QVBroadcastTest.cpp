@@ -5,7 +5,6 @@
 #include <thread>
 
 #include <gmock/gmock.h>
-#include <sys/resource.h>
 
 #include "SharedFiles/QVBroadcast.h"
 #include "SharedFiles/QVTaskEx.h"
@@ -192,20 +191,6 @@ TEST_F(Broadcasts, ThatCannotBeSentAreLogged) {
               ElementsAre("Broadcast: IP error", "Broadcast: IP error", "Error broadcasting data",
                           "Broadcast: Message size out of range", "Error broadcasting data",
                           "Broadcast: Parameter invalid", "Error broadcasting data", "Broadcast: Parameter invalid"));
-}
-
-TEST_F(Broadcasts, AreLoggedWhereThereIsNoSocketToBeHad) {
-  // Without descriptors a sanitizer cannot tell what an object is: the fixture is left alone meanwhile.
-  const auto loopback = machineWith("127.0.0.1", "127.255.255.255");
-  const unsigned int port = port_;
-  rlimit before = {};
-  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-  const rlimit none = {0, before.rlim_max};
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
-  QVBroadcast::send("x", port, loopback);
-  QVBroadcast::threadedListen({{"port", port}});
-  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
-  EXPECT_THAT(log_.entries(), ElementsAre("Broadcast: Socket error", "Broadcast: Socket error"));
 }
 
 /// Runs this program's one test again in a network of its own, set up by the commands.
