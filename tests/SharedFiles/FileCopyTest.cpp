@@ -351,12 +351,12 @@ TEST_F(FileCopies, TellOfADestinationThatDiffersByOneByte) {
   const QString source = put("source", noise(40 << 20));
   std::atomic<bool> done = false;
   std::atomic<int> flips = 0;
-  std::thread vandal([this, &done, &flips] {
+  const char other = static_cast<char>(~contents(source).at(0));
+  std::thread vandal([this, &done, &flips, other] {
     const QByteArray name = QFile::encodeName(path("two"));
     while (!done) {
       const FileDescriptor file(::open(name.constData(), O_WRONLY | O_CLOEXEC));
       struct stat now {};
-      const char other = static_cast<char>(~contents(path("source")).at(0));
       while (!done && file.isOpen() && ::fstat(file.get(), &now) == 0) {
         if (now.st_size > 65536 && ::pwrite(file.get(), &other, 1, 0) == 1) ++flips;
         ::usleep(200);

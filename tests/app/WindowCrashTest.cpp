@@ -110,17 +110,20 @@ class WindowCrash : public testing::Test {
       EXPECT_EQ(logs().count(text), times) << text;
     }
   }
+  static constexpr const char* logBegins = "Log started: ";
   QByteArray given() const { return contentOf(path("given")); }
 
-  /// Starts the window in a second of its own and waits until it works.
+  /// Starts the window in a second of its own and waits until it works. By the time its own log begins, what was said
+  /// of the run before is written.
   void start() {
+    const auto logsBefore = logs().count(logBegins);
     QThread::msleep(static_cast<unsigned long>(1050 - QTime::currentTime().msec()));
     const QDateTime now = QDateTime::currentDateTimeUtc().addSecs(-1);
     running_.setProcessEnvironment(environment_);
     running_.setProcessChannelMode(QProcess::MergedChannels);
     running_.start(path("prefix/bin/Lumacheck"), QStringList());
     ASSERT_TRUE(running_.waitForStarted());
-    ASSERT_TRUE(waitUntil([&] { return stamp("launch") > now; }));
+    ASSERT_TRUE(waitUntil([&] { return stamp("launch") > now && logs().count(logBegins) > logsBefore; }));
   }
   /// 0 after an orderly end, else the signal that ended it.
   int endWith(int signal) {

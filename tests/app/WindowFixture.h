@@ -40,6 +40,8 @@ class WindowFixture : public testing::Test {
   void makeController(const MainInterface::MakeView& makeView = [] { return new QVMovieView; });
   /// The same for a program with other information keys or in another place.
   void makeController(const BundleInfo& bundle);
+  /// Qt's panels for files read folders on a thread of Qt's own, whose order the thread sanitizer cannot see.
+  static bool mayShowFilePanels();
   /// As the program starts.
   void launch();
   /// Ends the controller and the window, and makes new ones in the same home.
