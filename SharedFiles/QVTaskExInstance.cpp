@@ -127,21 +127,23 @@ void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& argumen
     delegate_ = std::move(delegate);
     object_ = object;
     closed_ = std::make_shared<FileDescriptor>(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    theTask_.set(std::move(process));
   }
-  theTask_.set(std::move(process));
   std::thread([self = shared_from_this()] { self->launchAsyncTask(); }).detach();
 }
 
 void QVTaskEx::launchAsyncTask() {
-  const auto process = theTask_.get();
+  std::shared_ptr<ChildProcess> process;
+  std::shared_ptr<FileDescriptor> closed;
+  {
+    // Together: a termination takes both away, however early it comes.
+    const std::lock_guard guard(mutex_);
+    process = theTask_.get();
+    closed = closed_;
+  }
   if (!process) return QVLog::appendLogAndPrint("Unable to launch async task - no task set");
   if (!isExecutableFileAtPath(process->launchPath())) {
     return QVLog::appendLog("Unable to launch async task - task does not exist or is not executable");
-  }
-  std::shared_ptr<FileDescriptor> closed;
-  {
-    const std::lock_guard guard(mutex_);
-    closed = closed_;
   }
   try {
     process->launch();
@@ -177,6 +179,7 @@ void QVTaskEx::handToDelegate(const QByteArray& chunk) {
 
 void QVTaskEx::terminateAsyncTask() {
   Delegate delegate;
+  std::shared_ptr<ChildProcess> process;
   {
     const std::lock_guard guard(mutex_);
     delegate.swap(delegate_);
@@ -184,8 +187,8 @@ void QVTaskEx::terminateAsyncTask() {
     const std::uint64_t one = 1;
     [[maybe_unused]] const ssize_t written = closed_ ? ::write(closed_->get(), &one, sizeof one) : 0;
     closed_.reset();
+    process = theTask_.get();
+    theTask_.set(nullptr);
   }
-  const auto process = theTask_.get();
   if (process) process->terminate();
-  theTask_.set(nullptr);
 }
