@@ -12,11 +12,11 @@
 #include <vector>
 
 #include <fcntl.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/SpawnSettings.h"
 
 /// What the thread that waits for the program shares with its callers. The number of the process is good while
 /// `running` is set under the lock: the process is collected under that lock only.
@@ -95,40 +95,6 @@ FileDescriptor childEnd(StandardStream stream, int number, FileDescriptor& ours)
   return aboveStandardStreams(std::move(programReads ? pipe.reading : pipe.writing));
 }
 
-/// The parts of a launch that posix_spawn takes, in one place to be freed.
-class SpawnSettings {
- public:
-  SpawnSettings() {
-    ::posix_spawn_file_actions_init(&actions_);
-    ::posix_spawnattr_init(&attributes_);
-    sigset_t none, all;
-    ::sigemptyset(&none);
-    ::sigfillset(&all);
-    ::posix_spawnattr_setsigmask(&attributes_, &none);
-    ::posix_spawnattr_setsigdefault(&attributes_, &all);
-    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-  }
-  ~SpawnSettings() {
-    ::posix_spawn_file_actions_destroy(&actions_);
-    ::posix_spawnattr_destroy(&attributes_);
-  }
-  SpawnSettings(const SpawnSettings&) = delete;
-  SpawnSettings& operator=(const SpawnSettings&) = delete;
-
-  void place(const FileDescriptor& descriptor, int number) {
-    if (descriptor.isOpen()) ::posix_spawn_file_actions_adddup2(&actions_, descriptor.get(), number);
-  }
-  int spawn(pid_t& identifier, const QByteArray& path, TextArray& arguments, TextArray* environment) {
-    ::posix_spawn_file_actions_addclosefrom_np(&actions_, standardStreams);
-    return ::posix_spawn(&identifier, path.constData(), &actions_, &attributes_, arguments.pointers(),
-                         environment != nullptr ? environment->pointers() : environ);
-  }
-
- private:
-  posix_spawn_file_actions_t actions_{};
-  posix_spawnattr_t attributes_{};
-};
-
 /// Waits for the program without collecting it, then collects it under the lock.
 template <typename State>
 void collect(State& state, pid_t identifier) {
@@ -171,7 +137,9 @@ void ChildProcess::launch() {
     std::thread([&settings, &path, &arguments, environmentGiven = environment_ ? &environment : nullptr, state = state_,
                  started = std::move(started)]() mutable {
       pid_t identifier = 0;
-      const int failure = settings.spawn(identifier, path, arguments, environmentGiven);
+      const int failure =
+          settings.spawn(identifier, path.constData(), arguments.pointers(),
+                         environmentGiven != nullptr ? environmentGiven->pointers() : environ, standardStreams);
       if (failure == 0) {
         const std::lock_guard guard(state->mutex);
         state->identifier = identifier;

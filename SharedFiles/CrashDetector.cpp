@@ -14,6 +14,7 @@
 #include "SharedFiles/QVLocalPaths.h"
 #include "SharedFiles/QVLog.h"
 #include "SharedFiles/QVTaskEx.h"
+#include "SharedFiles/SharedSettings.h"
 #include "SharedFiles/SystemConsole.h"
 
 namespace {
@@ -47,21 +48,6 @@ bool isModifiedAfter(const QDateTime& date, const QString& path) {
   struct stat status {};
   if (!bytes || ::lstat(bytes->c_str(), &status) != 0) return false;
   return status.st_mtim.tv_sec * thousand + status.st_mtim.tv_nsec / million > date.toMSecsSinceEpoch();
-}
-
-/// The string "1", or a number equal to boolean true.
-bool isSwitchedOn(const QVariant& value) {
-  switch (value.typeId()) {
-    case QMetaType::QString:
-      return value.toString() == QLatin1String("1");
-    case QMetaType::Bool:
-      return value.toBool();
-    case QMetaType::LongLong:
-    case QMetaType::Double:
-      return value.toDouble() == 1;
-    default:
-      return false;
-  }
 }
 
 bool openByIdentifier(const QString& identifier, const QString& file) {
@@ -160,10 +146,7 @@ QString CrashDetector::reportSince(const QDateTime& launch, const QString& name)
 }
 
 bool CrashDetector::handOffDisabled() const {
-  const QString folder = QVLocalPaths::prefsDirectory(true, environment_.paths);
-  if (folder.isNull()) return false;
-  const auto settings = PropertyList::readDictionary(folder + QStringLiteral("/com.quorvane.global.plist"));
-  return settings && isSwitchedOn(settings->value(QStringLiteral("disable-crash-reporter")));
+  return SharedSettings::isOn(QStringLiteral("disable-crash-reporter"), environment_.paths);
 }
 
 void CrashDetector::handOff(const QString& report) const {

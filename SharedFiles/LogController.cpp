@@ -9,9 +9,8 @@
 
 #include <unistd.h>
 
-#include "SharedFiles/PropertyList.h"
-#include "SharedFiles/QVLocalPaths.h"
 #include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/SharedSettings.h"
 
 namespace {
 
@@ -122,22 +121,7 @@ void LogController::createNewLog(const QString& name, bool noPrinting) {
 }
 
 bool LogController::isDisabledBySettings() const {
-  const QString file =
-      QVLocalPaths::prefsDirectory(true, environment_.paths) + QStringLiteral("/com.quorvane.global.plist");
-  const QVariant value =
-      PropertyList::readDictionary(file).value_or(QVariantMap()).value(QStringLiteral("disable-logging"));
-  switch (value.typeId()) {
-    case QMetaType::QString:
-      return value.toString() == QLatin1String("1");
-    case QMetaType::Bool:
-      return value.toBool();
-    case QMetaType::LongLong:
-      return value.toLongLong() == 1;
-    case QMetaType::Double:
-      return value.toDouble() == 1.0;
-    default:
-      return false;
-  }
+  return SharedSettings::isOn(QStringLiteral("disable-logging"), environment_.paths);
 }
 
 void LogController::writeHeader() {

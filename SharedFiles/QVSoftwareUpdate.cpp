@@ -6,20 +6,18 @@
 #include <utility>
 
 #include "SharedFiles/FileTrust.h"
-#include "SharedFiles/PropertyList.h"
 #include "SharedFiles/QVFileManager.h"
 #include "SharedFiles/QVLocalPaths.h"
 #include "SharedFiles/QVLog.h"
 #include "SharedFiles/QVTaskEx.h"
+#include "SharedFiles/SharedSettings.h"
 
 namespace {
 
 constexpr auto updaterName = "/Quorvane Software Update.app";
 
 bool checksAtStartup(const PathPlatform& paths) {
-  const QString file = QVLocalPaths::prefsDirectory(true, paths) + "/com.quorvane.global.plist";
-  const QVariant value =
-      PropertyList::readDictionary(file).value_or(QVariantMap()).value(QStringLiteral("SUCheckAtStartup"));
+  const QVariant value = SharedSettings::value(QStringLiteral("SUCheckAtStartup"), paths);
   return value.typeId() != QMetaType::Bool || value.toBool();
 }
 

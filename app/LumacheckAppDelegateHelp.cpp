@@ -3,13 +3,11 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QFile>
-#include <QFileInfo>
 #include <QSignalBlocker>
 #include <QUrl>
 
+#include "SharedFiles/AnalyticsPreferences.h"
 #include "SharedFiles/MakerHosts.h"
-#include "SharedFiles/PropertyList.h"
-#include "SharedFiles/QVFileManager.h"
 #include "SharedFiles/QVLocalPaths.h"
 #include "SharedFiles/QVTroubleshootingUtils.h"
 #include "app/AboutDialog.h"
@@ -21,11 +19,6 @@
 namespace {
 
 const char applicationName[] = "Lumacheck";
-const char analyticsSwitch[] = "logQC";
-
-QString analyticsPreferences(const PathPlatform& paths) {
-  return QVLocalPaths::prefsDirectory(true, paths) + "/com.quorvane.qc.plist";
-}
 
 QString page(const char* host, const QString& pathAndQuery) {
   return "http://" + QString::fromLatin1(host) + pathAndQuery;
@@ -77,17 +70,13 @@ void LumacheckAppDelegate::showPreferences() {
 }
 
 void LumacheckAppDelegate::readQCLogging() {
-  const auto stored = PropertyList::readDictionary(analyticsPreferences(services_.paths));
-  interface_.qcLoggingCheck->setChecked(stored && stored->value(analyticsSwitch).toLongLong() != 0);
+  const QVariantMap stored = AnalyticsPreferences(services_.paths).read();
+  interface_.qcLoggingCheck->setChecked(stored.value(AnalyticsPreferences::decisionKey).toLongLong() != 0);
 }
 
 // prefsToggleQCLogging:
 void LumacheckAppDelegate::prefsToggleQCLogging(const QCheckBox* sender) {
-  const QString path = analyticsPreferences(services_.paths);
-  QVariantMap stored = PropertyList::readDictionary(path).value_or(QVariantMap());
-  stored[analyticsSwitch] = sender->checkState() == Qt::Checked;
-  QVFileManager::createDirectory(QFileInfo(path).path(), false, {.paths = services_.paths});
-  PropertyList::write(stored, path);
+  AnalyticsPreferences(services_.paths).set({{AnalyticsPreferences::decisionKey, sender->checkState() == Qt::Checked}});
 }
 
 // helpUserManual:

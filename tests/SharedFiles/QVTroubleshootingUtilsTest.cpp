@@ -192,9 +192,9 @@ TEST_F(LogGatherings, GiveTheSecondArchiveOfAnHourTheTimeInItsName) {
 }
 
 TEST_F(LogGatherings, TakeAdditionalFilesEvenAlone) {
-  const QString additional = put("/work/my notes/-rf $(id).txt", "notes");
+  const QString additional = put("/my notes/-rf $(id).txt", "notes");
   ASSERT_TRUE(gather({"Lumacheck"}, {additional}));
-  EXPECT_EQ(contentsIn(desktop("Lumacheck Logs.zip"), "/work/my notes/-rf $(id).txt"), "notes");
+  EXPECT_EQ(contentsIn(desktop("Lumacheck Logs.zip"), "/my notes/-rf $(id).txt"), "notes");
 }
 
 TEST_F(LogGatherings, FailWhenAnAdditionalFileIsMissing) {

@@ -67,9 +67,7 @@ volatile int sink = 0;
 }
 
 [[gnu::noinline]] void readsBehindItsFile() {
-  char name[] = "/tmp/crasherXXXXXX";
-  const int file = mkstemp(name);
-  unlink(name);
+  const int file = memfd_create("crasher", 0);
   if (ftruncate(file, 4096) != 0) return;
   auto* const memory = static_cast<volatile char*>(mmap(nullptr, 4096, PROT_READ, MAP_SHARED, file, 0));
   if (ftruncate(file, 0) != 0) return;
