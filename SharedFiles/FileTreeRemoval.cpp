@@ -27,7 +27,9 @@ FileTreeResult TreeRemoval::remove(const FilePlace& place) {
   if (record_ != nullptr && !record_->holds(*status)) return place.failed(EBUSY);
   const bool folder = S_ISDIR(status->st_mode);
   if (folder) {
-    if (permissions_ == Permissions::forced) ::fchmodat(place.folder, place.name.c_str(), S_IRWXU, 0);
+    // A folder that stays locked shows below, with the reason.
+    if (permissions_ == Permissions::forced)
+      static_cast<void>(::fchmodat(place.folder, place.name.c_str(), S_IRWXU, 0) == 0);
     auto result = removeEntries(place);
     if (!result) return result;
   }

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "cli/pages/InterfaceDescription.h"
+
+namespace cli::pages {
+
+/// What names of movies usually end in. A shell offers such files first; the command takes others as well.
+inline constexpr std::array movieExtensions = {"mov", "qt", "m4v", "mp4"};
+
+template <typename Texts>
+std::string joined(const Texts& texts, const std::string& separator) {
+  std::string result;
+  for (const auto& text : texts) {
+    if (!result.empty()) result += separator;
+    result += text;
+  }
+  return result;
+}
+
+/// The text with `to` wherever it had `from`.
+std::string replaced(std::string text, const std::string& from, const std::string& to);
+
+/// In single quotes, for shells of the Bourne family.
+std::string quoted(const std::string& text);
+
+/// The command and its subcommands.
+std::vector<const CommandDescription*> allOf(const CommandDescription& command);
+
+/// Every name of the options that take such a value, in the command and its subcommands, each once and in order.
+std::vector<std::string> optionsTaking(const CommandDescription& command, Value value);
+
+/// Every name of the command's own options.
+std::vector<std::string> optionNames(const CommandDescription& command);
+
+/// The names that make no sense any more beside this option: its own and those that it excludes.
+std::vector<std::string> settledBy(const OptionDescription& option);
+
+/// How many arguments that are no options the command takes at most; -1 for any number.
+int mostArguments(const CommandDescription& command);
+
+}  // namespace cli::pages

@@ -1,0 +1,118 @@
+#include "cli/pages/Pages.h"
+#include "cli/pages/Words.h"
+
+namespace cli::pages {
+namespace {
+
+constexpr auto opening = R"(#compdef @NAME@
+
+_@NAME@_movies() {
+  _files -g '*.(#i)(@EXTENSIONS@)(-.)'
+}
+
+_@NAME@_first() {
+  local ret=1
+  local -a commands=(
+@SUBCOMMANDS@  )
+  _describe -t commands command commands && ret=0
+  _@NAME@_movies && ret=0
+  return ret
+}
+
+_@NAME@() {
+  local curcontext=$curcontext state line ret=1
+  typeset -A opt_args
+
+  _arguments -C -S \
+)";
+
+constexpr auto subcommandsOpening = R"(    '(-): :->first' \
+    '(-)*:: :->rest' && ret=0
+
+  case $state in
+    first)
+      _@NAME@_first && ret=0
+      ;;
+    rest)
+      case $words[1] in
+)";
+
+constexpr auto closing = R"(        *)
+          (( CURRENT <= @MOST@ )) && _@NAME@_movies && ret=0
+          ;;
+      esac
+      ;;
+  esac
+  return ret
+}
+
+_@NAME@ "$@"
+)";
+
+std::string explanation(const std::string& text) {
+  return '[' + replaced(replaced(replaced(text, "\\", "\\\\"), "[", "\\["), "]", "\\]") + ']';
+}
+
+std::string valueAction(const OptionDescription& option) {
+  switch (option.value) {
+    case Value::None:
+      return "";
+    case Value::Time:
+      return ":time: ";
+    case Value::Movie:
+    case Value::File:
+      return ":file:_files";
+  }
+  return "";
+}
+
+/// "'(--at --source-at)--at=[Where...]:time: '", one for each name of the option.
+std::string optionSpecs(const OptionDescription& option, const std::string& indent) {
+  const bool endsTheCommand = option.names.back() == "--help" || option.names.back() == "--version";
+  const std::string excluded = endsTheCommand ? "- : *" : joined(settledBy(option), " ");
+  std::string text;
+  for (const std::string& name : option.names) {
+    const std::string form = option.value == Value::None ? name : name + '=';
+    text +=
+        indent + quoted('(' + excluded + ')' + form + explanation(option.description) + valueAction(option)) + " \\\n";
+  }
+  return text;
+}
+
+std::string argumentSpecs(const CommandDescription& command, const std::string& indent) {
+  std::string text;
+  for (const ArgumentDescription& each : command.arguments) {
+    text += indent +
+            quoted((each.repeated ? "*" : "") + std::string(":") + replaced(each.description, ":", "\\:") + ":_" +
+                   "@NAME@_movies") +
+            " \\\n";
+  }
+  return text;
+}
+
+std::string subcommandCase(const CommandDescription& command) {
+  const std::string indent = "            ";
+  std::string text = "        " + command.name + ")\n          _arguments -S \\\n";
+  for (const OptionDescription& option : command.options) text += optionSpecs(option, indent);
+  text += argumentSpecs(command, indent);
+  return text + indent + "&& ret=0\n          ;;\n";
+}
+
+}  // namespace
+
+std::string zshCompletion(const CommandDescription& command) {
+  std::string text = opening, subcommands;
+  for (const OptionDescription& option : command.options) text += optionSpecs(option, "    ");
+  text += subcommandsOpening;
+  for (const CommandDescription& each : command.subcommands) {
+    text += subcommandCase(each);
+    subcommands += "    " + quoted(each.name + ":" + each.description) + '\n';
+  }
+  text += closing;
+  text = replaced(text, "@SUBCOMMANDS@", subcommands);
+  text = replaced(text, "@MOST@", std::to_string(mostArguments(command)));
+  text = replaced(text, "@EXTENSIONS@", joined(movieExtensions, "|"));
+  return replaced(text, "@NAME@", command.name);
+}
+
+}  // namespace cli::pages
