@@ -87,7 +87,8 @@ QString QVLocalPaths::logDirectory(bool user, const Platform& platform) {
 }
 
 QString QVLocalPaths::darwinCacheDirectory(const Platform& platform) {
-  constexpr int _CS_DARWIN_USER_CACHE_DIR = 65538;  // NOLINT(bugprone-reserved-identifier): the platform's own name
+  // The platform's own name. NOLINTNEXTLINE(clang-diagnostic-reserved-identifier)
+  constexpr int _CS_DARWIN_USER_CACHE_DIR = 65538;
   std::array<char, 1024> buffer{};
   const std::size_t length = platform.configurationString(_CS_DARWIN_USER_CACHE_DIR, buffer.data(), buffer.size());
   if (length == 0) return QString();

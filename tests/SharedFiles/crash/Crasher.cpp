@@ -25,7 +25,7 @@
 #include "SharedFiles/crash/CrashHandler.h"
 #include "SharedFiles/crash/ThreadCrashStack.h"
 
-extern "C" void* __libc_malloc(std::size_t size);  // NOLINT(bugprone-reserved-identifier)
+extern "C" void* __libc_malloc(std::size_t size);  // NOLINT(clang-diagnostic-reserved-identifier)
 
 namespace {
 pthread_mutex_t mallocLock = PTHREAD_MUTEX_INITIALIZER;
