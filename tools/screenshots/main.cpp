@@ -1,0 +1,276 @@
+// Pictures of the window, for the documents and for eyes.
+//
+//   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, parts.png (with a number at each part),
+//                                     console.png (the whole report), side.png (the controls of one movie), the sheets
+//                                     too-dark.png, synced.png, saving.png and consent.png, keys.png, preferences.png,
+//                                     about.png, a picture of each menu, dark.png, and the smallest window in both
+//                                     themes
+//
+// The fields show the movies in a folder that says nothing of this machine.
+
+#include <QAction>
+#include <QApplication>
+#include <QCheckBox>
+#include <QDialog>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPainter>
+#include <QPalette>
+#include <QPushButton>
+#include <QSlider>
+#include <QStyle>
+#include <QTemporaryDir>
+#include <QTextDocument>
+#include <QTimer>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <thread>
+#include <utility>
+
+#include <unistd.h>
+
+#include "SharedFiles/AnalyticsController.h"
+#include "SharedFiles/BundleInfo.h"
+#include "SharedFiles/DesktopWorkspace.h"
+#include "SharedFiles/MainThread.h"
+#include "SharedFiles/QVAlert.h"
+#include "SharedFiles/QVLog.h"
+#include "SharedFiles/UserDefaults.h"
+#include "app/ApplicationIcon.h"
+#include "app/FlattenedSave.h"
+#include "app/Glyphs.h"
+#include "app/LumacheckAppDelegate.h"
+#include "app/MainInterface.h"
+#include "app/ResultsView.h"
+#include "app/TransportBar.h"
+#include "check/GammaCheck.h"
+
+namespace {
+
+void runUntil(const std::function<bool()>& condition) {
+  QElapsedTimer timer;
+  timer.start();
+  constexpr int patience = 10000, pause = 20;
+  while (!condition() && timer.elapsed() < patience) QApplication::processEvents(QEventLoop::WaitForMoreEvents, pause);
+  for (int i = 0; i < 10; ++i) QApplication::processEvents();
+}
+
+QPalette darkPalette() {
+  QPalette dark(QColor(53, 53, 53), QColor(40, 40, 40));
+  dark.setColor(QPalette::Base, QColor(30, 30, 30));
+  dark.setColor(QPalette::Highlight, QColor(64, 128, 200));
+  dark.setColor(QPalette::Disabled, QPalette::WindowText, QColor(120, 120, 120));
+  dark.setColor(QPalette::Disabled, QPalette::ButtonText, QColor(120, 120, 120));
+  return dark;
+}
+
+/// A number in a disc, around a point.
+void drawBadge(QPainter& painter, const QPoint& middle, int number) {
+  constexpr int radius = 11;
+  QFont font = painter.font();
+  font.setBold(true);
+  painter.setFont(font);
+  painter.setPen(QPen(Qt::white, 2));
+  painter.setBrush(QColor(0xc2, 0x36, 0x22));
+  painter.drawEllipse(middle, radius, radius);
+  const QRect disc(middle - QPoint(radius, radius), QSize(2 * radius, 2 * radius));
+  painter.drawText(disc, Qt::AlignCenter, QString::number(number));
+}
+
+class Screenshots {
+ public:
+  Screenshots(QString source, QString dest, QString folder)
+      : source_(std::move(source)), dest_(std::move(dest)), folder_(std::move(folder)) {}
+
+  bool take() {
+    controller_.awakeFromNib();
+    window().show();
+    controller_.applicationDidFinishLaunching();
+    save("empty", window());
+    load();
+    save("loaded", window());
+    takeReport();
+    takeDialogs();
+    takeMenus();
+    takeSheets();
+    load();  // what the sync has edited is left behind
+    controller_.checkAction();
+    takeThemes();
+    return ok_;
+  }
+
+ private:
+  QVQTWindow& window() { return interface_.window(); }
+
+  void load() {
+    controller_.applicationOpenFiles({source_, dest_});
+    for (const auto& [side, path] : {std::pair(&interface_.source, source_), std::pair(&interface_.dest, dest_)}) {
+      side->filenameText->setText(QStringLiteral("/media/projects/spring/") + QFileInfo(path).fileName());
+    }
+    interface_.source.movieView->stepSeconds(1);
+    const auto shown = [](const SideInterface& side) { return !side.movieView->picture().isNull(); };
+    runUntil([&] { return shown(interface_.source) && shown(interface_.dest); });
+  }
+
+  void takeReport() {
+    const QSize usual = window().size();
+    controller_.checkAction();
+    save("report", window());
+    takeParts();
+    const SideInterface& side = interface_.source;
+    save("side", *side.transport->parentWidget());
+    constexpr QSize tall(960, 1500);
+    window().resize(tall);
+    const auto& view = *interface_.resultsView;
+    QApplication::processEvents();
+    const int height = qRound(view.document()->size().height()) + 2 * view.frameWidth();
+    save("console", *interface_.resultsView, {0, 0, view.width(), height});
+    window().resize(usual);
+  }
+
+  void takeParts() {
+    QPixmap picture = window().grab();
+    QPainter painter(&picture);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const SideInterface& side = interface_.source;
+    const TransportBar& bar = *side.transport;
+    int number = 0;
+    for (const QWidget* part : std::initializer_list<const QWidget*>{
+             side.filenameText, side.browseBtn, side.movieView, bar.playButton, bar.scrubber, bar.volumeSlider,
+             side.timecodeText, interface_.linkBtn, interface_.swapBtn, interface_.checkBtn, interface_.syncBtn,
+             interface_.saveBtn, interface_.saveAsBtn, interface_.resultsView}) {
+      const bool large = part->height() > 100;
+      const QPoint inside = large ? QPoint(part->width() / 2, part->height() / 2) : QPoint(part->width() / 2, -4);
+      drawBadge(painter, part->mapTo(&window(), inside), ++number);
+    }
+    painter.end();
+    write("parts", picture);
+  }
+
+  void takeThemes() {
+    QApplication::setPalette(darkPalette());
+    save("dark", window());
+    window().resize(window().minimumSize());
+    save("smallest-dark", window());
+    QApplication::setPalette(QApplication::style()->standardPalette());
+    save("smallest", window());
+  }
+
+  void takeMenus() {
+    for (const char* const name : {"fileMenu", "editMenu", "moviesMenu", "viewMenu", "helpMenu"}) {
+      auto* const menu = window().findChild<QMenu*>(QLatin1String(name));
+      menu->popup(window().mapToGlobal(QPoint()));
+      save(name, *menu);
+      menu->hide();
+    }
+  }
+
+  void takeDialogs() {
+    for (const auto& [name, action] :
+         {std::pair("preferences", interface_.menus.preferences), std::pair("about", interface_.menus.about),
+          std::pair("keys", interface_.menus.keys)}) {
+      action->trigger();
+      auto* const dialog = window().findChild<QDialog*>(QLatin1String(name));
+      save(name, *dialog);
+      dialog->close();
+    }
+  }
+
+  void takeSheets() {
+    takeSheet("too-dark", [this] {
+      QVAlert::alertSheetWithMessageText(check::tooDarkMessageText, check::tooDarkInformativeText, &window());
+    });
+    takeSheet("synced", [this] { controller_.syncMetadata(); });
+    takeSheet("saving", [this] {
+      const auto slowWriter = [](movie::Movie& /*movie*/, const std::string& /*path*/,
+                                 const movie::CopyProgress& progress) -> movie::Result<void> {
+        while (progress(3, 8)) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        return {};
+      };
+      const auto written =
+          writeFlattened(*controller_.destQTMov(), QStringLiteral("export-synced.mov"), window(), slowWriter);
+      ok_ = ok_ && written;
+    });
+    takeConsent();
+  }
+
+  /// As on the third launch without an answer.
+  void takeConsent() {
+    constexpr int launchesBefore = 2;
+    defaults_.setObject(launchesBefore, QStringLiteral("launchCount"));
+    AnalyticsController analytics({.paths = platform_,
+                                   .defaults = defaults_,
+                                   .bundle = BundleInfo::mainBundle(),
+                                   .workspace = DesktopWorkspace::standard(),
+                                   .now = [] { return QDateTime::currentDateTimeUtc(); },
+                                   .osVersion = [] { return QString(); },
+                                   .random = [] { return 0U; },
+                                   .makeConnection = {},
+                                   .endpoint = {},
+                                   .moreInfo = {},
+                                   .promptDelay = std::chrono::milliseconds(0)});
+    takeSheet("consent", [&] { analytics.loadQC(&window()); });
+  }
+
+  /// A picture of the sheet that the act brings up, which is then closed.
+  void takeSheet(const char* name, const std::function<void()>& act) {
+    bool taken = false;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, &window(), [&] {
+      QWidget* const sheet = QApplication::activeModalWidget();
+      if (sheet == nullptr || taken) return;
+      taken = true;
+      save(name, *sheet);
+      sheet->close();
+    });
+    constexpr int pause = 20;
+    timer.start(pause);
+    act();
+    runUntil([&] { return taken && QApplication::activeModalWidget() == nullptr; });
+    ok_ = ok_ && taken;
+  }
+
+  void save(const char* name, QWidget& widget, const QRect& part = {}) {
+    for (int i = 0; i < 10; ++i) QApplication::processEvents();
+    write(name, part.isNull() ? widget.grab() : widget.grab(part));
+  }
+
+  void write(const char* name, const QPixmap& picture) {
+    const QString path = folder_ + u'/' + QLatin1String(name) + QStringLiteral(".png");
+    if (picture.save(path)) return;
+    std::fprintf(stderr, "cannot write %s\n", qPrintable(path));
+    ok_ = false;
+  }
+
+  QString source_, dest_, folder_;
+  LinuxPathPlatform platform_{::getuid(), BundleInfo::mainBundle()};
+  UserDefaults defaults_{platform_, BundleInfo::mainBundle()};
+  MainInterface interface_;
+  LumacheckAppDelegate controller_{interface_, defaults_};
+  bool ok_ = true;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 4) {
+    std::fputs("usage: screenshots SOURCE DEST FOLDER\n", stderr);
+    return 2;
+  }
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  const QTemporaryDir home;
+  qputenv("HOME", home.path().toUtf8());
+  for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) qunsetenv(variable);
+  QVLog::sharedController().setLoggingDisabled(true);
+  QApplication application(argc, argv);
+  QApplication::setWindowIcon(applicationIcon());
+  const MainThread mainThread;
+  return Screenshots(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]))
+                 .take()
+             ? 0
+             : 1;
+}
