@@ -165,6 +165,11 @@ void ChildProcess::terminate() const {
   if (state_->running) ::kill(state_->identifier, SIGTERM);
 }
 
+void ChildProcess::kill() const {
+  const std::lock_guard guard(state_->mutex);
+  if (state_->running) ::kill(state_->identifier, SIGKILL);
+}
+
 void ChildProcess::waitUntilExit() const {
   std::unique_lock lock(state_->mutex);
   state_->ended.wait(lock, [this] { return !state_->running; });

@@ -18,8 +18,8 @@ enum class StandardStream { inherited, nullDevice, pipe };
 /// stays behind as a zombie whether anybody waits for it or not. It outlives this object: destruction closes the pipes
 /// and nothing else. The program gets the standard streams and no other descriptor, and the default signal handling.
 ///
-/// The description is set by one thread before the launch. isRunning, terminate, waitUntilExit and terminationStatus
-/// may be called from any thread.
+/// The description is set by one thread before the launch. isRunning, terminate, kill, waitUntilExit and
+/// terminationStatus may be called from any thread.
 class ChildProcess {
  public:
   using Environment = QMap<QString, QString>;
@@ -44,6 +44,7 @@ class ChildProcess {
 
   bool isRunning() const;
   void terminate() const;      ///< SIGTERM; nothing when it is not running
+  void kill() const;           ///< SIGKILL; the same
   void waitUntilExit() const;  ///< returns at once when it was never launched
   /// The exit status, or the number of the signal that ended it; 0 while it runs.
   std::int32_t terminationStatus() const;

@@ -28,9 +28,10 @@ int writeAll(int to, const char* bytes, std::size_t count, off_t at) {
 }
 
 /// From an offset to another or to the end of the file, whichever comes first.
-int copyThroughMemory(int from, int to, off_t at, off_t end) {
+int copyThroughMemory(int from, int to, off_t at, off_t end, const std::stop_token& stop) {
   std::vector<char> block(std::size_t{256} << 10U);
   while (at < end) {
+    if (stop.stop_requested()) return ECANCELED;
     const off_t wanted = std::min(end - at, static_cast<off_t>(block.size()));
     const ssize_t got = ::pread(from, block.data(), static_cast<std::size_t>(wanted), at);
     if (got < 0 && errno == EINTR) continue;
@@ -42,27 +43,28 @@ int copyThroughMemory(int from, int to, off_t at, off_t end) {
   return 0;
 }
 
-int copyRange(int from, int to, off_t at, off_t end) {
+int copyRange(int from, int to, off_t at, off_t end, const std::stop_token& stop) {
   constexpr off_t piece = off_t{64} << 20U;
   off_t writeAt = at;
   while (at < end) {
+    if (stop.stop_requested()) return ECANCELED;
     const auto count = static_cast<std::size_t>(std::min(end - at, piece));
     const ssize_t copied = ::copy_file_range(from, &at, to, &writeAt, count, 0);
     if (copied > 0 || (copied < 0 && errno == EINTR)) continue;
     if (copied < 0 && (errno == ENOSPC || errno == EDQUOT || errno == EIO || errno == EFBIG)) return errno;
-    return copyThroughMemory(from, to, at, end);  // not between these two, or the end of the file
+    return copyThroughMemory(from, to, at, end, stop);  // not between these two, or the end of the file
   }
   return 0;
 }
 
-int copyAllButHoles(int from, int to, off_t size) {
+int copyAllButHoles(int from, int to, off_t size, const std::stop_token& stop) {
   for (off_t at = 0; at < size;) {
     off_t data = ::lseek(from, at, SEEK_DATA);
     if (data < 0 && errno == ENXIO) return 0;  // a hole up to the end
     if (data < 0) data = at;
     off_t hole = ::lseek(from, data, SEEK_HOLE);
     if (hole <= data) hole = size;
-    if (const int number = copyRange(from, to, data, std::min(hole, size))) return number;
+    if (const int number = copyRange(from, to, data, std::min(hole, size), stop)) return number;
     at = hole;
   }
   return 0;
@@ -91,15 +93,15 @@ void copyExtendedAttributes(int from, int to) {
 
 }  // namespace
 
-int copyContents(int from, int to) {
+int copyContents(int from, int to, const std::stop_token& stop) {
   struct stat before = {}, after = {};
   if (::fstat(from, &before) != 0) return errno;
-  if (const int number = copyAllButHoles(from, to, before.st_size)) return number;
+  if (const int number = copyAllButHoles(from, to, before.st_size, stop)) return number;
   if (::fstat(from, &after) != 0) return errno;
   const off_t size = std::min(before.st_size, after.st_size);
   if (::ftruncate(to, size) != 0) return errno;
   // What has been added since; all of a file that does not tell its size.
-  return copyThroughMemory(from, to, size, toTheEnd);
+  return copyThroughMemory(from, to, size, toTheEnd, stop);
 }
 
 mode_t permissionsOfCopy(const struct stat& original, uid_t owner, gid_t group) {

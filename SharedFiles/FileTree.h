@@ -1,5 +1,6 @@
 #pragma once
 
+#include <stop_token>
 #include <string>
 
 #include <sys/types.h>
@@ -31,7 +32,9 @@ bool isFolderAt(const std::string& path);
 /// The destination must not exist, its folder must. It appears whole, by a rename, or not at all: until then the copy
 /// has a name that begins with ".lumacheck-copy-" beside it. A folder is not copied into itself. Names in folders may
 /// be any bytes.
-FileTreeResult copyTree(const std::string& source, const std::string& destination);
+///
+/// A copy that is asked to stop, from any thread, ends soon with ECANCELED as its error.
+FileTreeResult copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop = {});
 
 /// Moves by a rename. To another file system: copies as copyTree(), waits until the copy is on the disk, makes sure
 /// that the source is still what was copied and may be removed, lets the copy appear and removes what was copied. A

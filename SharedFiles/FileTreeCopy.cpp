@@ -56,6 +56,7 @@ int TreeCopy::synced(int file) const {
 FileTreeResult TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
   const auto status = from.status();
   if (!status) return from.failed(status.error());
+  if (stop_.stop_requested()) return from.failed(ECANCELED);
   record_.add(*status);
   if (S_ISDIR(status->st_mode)) return copyFolder(from, to, *status);
   if (S_ISREG(status->st_mode)) return copyRegularFile(from, to, *status);
@@ -92,7 +93,7 @@ FileTreeResult TreeCopy::copyRegularFile(const FilePlace& from, const FilePlace&
   if (!isSameFile(status, opened)) return from.failed(EAGAIN);
   const FileDescriptor made(::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!made.isOpen()) return to.failed(errno);
-  if (const int number = copyContents(source.get(), made.get())) return to.failed(number);
+  if (const int number = copyContents(source.get(), made.get(), stop_)) return to.failed(number);
   if (const int number = copyAttributes(source.get(), made.get(), status)) return to.failed(number);
   if (const int number = synced(made.get())) return to.failed(number);
   if (const int number = closingError(made.get())) return to.failed(number);
@@ -128,8 +129,8 @@ FileTreeResult PendingCopy::allowed(const FilePlace& from, const FilePlace& to) 
   return {};
 }
 
-PendingCopy::PendingCopy(FilePlace to, TreeCopy::Durability durability)
-    : to_(std::move(to)), pending_(to_.beside(pendingName())), copy_(durability) {}
+PendingCopy::PendingCopy(FilePlace to, TreeCopy::Durability durability, const std::stop_token& stop)
+    : to_(std::move(to)), pending_(to_.beside(pendingName())), copy_(durability, stop) {}
 
 PendingCopy::~PendingCopy() {
   if (made_) static_cast<void>(TreeRemoval(TreeRemoval::Permissions::forced).remove(pending_));
@@ -147,13 +148,13 @@ FileTreeResult PendingCopy::reveal() {
   return {};
 }
 
-FileTreeResult copyTree(const std::string& source, const std::string& destination) {
+FileTreeResult copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop) {
   const auto from = OpenedPlace::open(source), to = OpenedPlace::open(destination);
   if (!from) return tl::unexpected(from.error());
   if (!to) return tl::unexpected(to.error());
   auto result = PendingCopy::allowed(from->place, to->place);
   if (!result) return result;
-  PendingCopy copy(to->place, TreeCopy::Durability::later);
+  PendingCopy copy(to->place, TreeCopy::Durability::later, stop);
   result = copy.make(from->place);
   return result ? copy.reveal() : result;
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <stop_token>
 #include <utility>
 
 #include <sys/stat.h>
@@ -34,7 +35,8 @@ class TreeCopy {
  public:
   enum class Durability { later, synced };
 
-  explicit TreeCopy(Durability durability) : durability_(durability) {}
+  explicit TreeCopy(Durability durability, std::stop_token stop = {})
+      : durability_(durability), stop_(std::move(stop)) {}
 
   FileTreeResult copy(const FilePlace& from, const FilePlace& to);
   const TreeRecord& record() const { return record_; }
@@ -47,6 +49,7 @@ class TreeCopy {
   int synced(int file) const;
 
   Durability durability_;
+  std::stop_token stop_;
   TreeRecord record_;
 };
 
@@ -57,7 +60,7 @@ class PendingCopy {
   /// The error of what already forbids the copy: a destination that exists or lies in the source.
   static FileTreeResult allowed(const FilePlace& from, const FilePlace& to);
 
-  PendingCopy(FilePlace to, TreeCopy::Durability durability);
+  PendingCopy(FilePlace to, TreeCopy::Durability durability, const std::stop_token& stop = {});
   ~PendingCopy();
   PendingCopy(const PendingCopy&) = delete;
   PendingCopy& operator=(const PendingCopy&) = delete;

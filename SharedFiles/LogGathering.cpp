@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 #include <system_error>
+#include <utility>
 
 #include <sys/stat.h>
 
@@ -27,10 +28,10 @@ QString descriptionOf(const FileTreeError& error) {
 }
 
 /// Copies what stands at one path to another. What failed, or nothing.
-std::optional<QString> copied(const QString& source, const QString& destination) {
+std::optional<QString> copied(const QString& source, const QString& destination, const std::stop_token& stop) {
   const auto from = bytesOfPath(source), to = bytesOfPath(destination);
-  if (!from || !to) return descriptionOf(EINVAL);
-  const FileTreeResult result = copyTree(*from, *to);
+  if (source.isNull() || !from || !to) return descriptionOf(EINVAL);
+  const FileTreeResult result = copyTree(*from, *to, stop);
   if (!result) return descriptionOf(result.error());
   return std::nullopt;
 }
@@ -51,8 +52,11 @@ bool isThere(const QString& path) {
 
 }  // namespace
 
-LogGathering::LogGathering(const PathPlatform& paths, const FileServices& files)
-    : paths_(paths), files_(files), folder_(QVLocalPaths::tempDirectory(paths) + "/QV_App_Logs") {}
+LogGathering::LogGathering(const PathPlatform& paths, const FileServices& files, GatheringWatch watch)
+    : paths_(paths),
+      files_(files),
+      watch_(std::move(watch)),
+      folder_(QVLocalPaths::tempDirectory(paths) + "/QV_App_Logs") {}
 
 bool LogGathering::makeFolder() {
   const auto bytes = bytesOfPath(folder_);
@@ -116,11 +120,14 @@ bool LogGathering::copyLogFile(const QString& folder, const QString& name) {
     QVFileManager::createDirectory(destinationFolder, false, files_);
   }
   if (isThere(destination)) return true;
-  if (const auto failure = copied(standardisedTarget(folder + "/" + name), destination)) {
-    logToConsole("Unable to copy log: %@", *failure);
-    return false;
-  }
-  ++filesCopied_;
+  return copy(standardisedTarget(folder + "/" + name), destination, "Unable to copy log: %@");
+}
+
+bool LogGathering::copy(const QString& source, const QString& destination, const char* failureLine) {
+  const auto failure = copied(source, destination, watch_.stop);
+  if (failure && !isCancelled()) logToConsole(failureLine, *failure);
+  if (failure) return false;
+  watch_.progress({.files = ++filesCopied_});
   return true;
 }
 
@@ -132,12 +139,12 @@ bool LogGathering::copyFiles(const QStringList& paths) {
     if (!absolute.isNull() && !QVFileManager::fileExistsAtPath(destinationFolder)) {
       QVFileManager::createDirectory(destinationFolder, files_);
     }
-    const auto failure = absolute.isNull() ? descriptionOf(EINVAL) : copied(absolute, destination);
-    if (failure) {
-      logToConsole("Unable to copy file: %@", *failure);
-      return false;
-    }
-    ++filesCopied_;
+    if (!copy(absolute, destination, "Unable to copy file: %@")) return false;
   }
   return true;
+}
+
+bool LogGathering::pack(const QString& archive) {
+  watch_.progress({.files = filesCopied_, .packing = true});
+  return QVFileManager::compressFile(folder_, archive, true, files_, watch_.stop);
 }

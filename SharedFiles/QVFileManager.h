@@ -7,6 +7,7 @@
 #include <QVariantMap>
 #include <functional>
 #include <optional>
+#include <stop_token>
 
 #include <sys/types.h>
 
@@ -113,8 +114,9 @@ class QVFileManager final {
   static bool compressFile(const QString& source, const QString& archive, const FileServices& services = {});
   /// compressFile:toDestinationFile:includeParent: packs into a ZIP archive; one that is there goes to the trash first.
   /// Whether the archive exists then; one that does not hold everything is removed where the archiver tells.
+  /// Asked to stop, from any thread, it ends the archiver and leaves no archive unless that was complete already.
   static bool compressFile(const QString& source, const QString& archive, bool includeParent,
-                           const FileServices& services = {});
+                           const FileServices& services = {}, const std::stop_token& stop = {});
   /// decompressFile:toDestinationFolder: unpacks into a folder; one that is there goes to the trash first. Whether the
   /// folder exists then.
   static bool decompressFile(const QString& archive, const QString& folder, const FileServices& services = {});

@@ -4,10 +4,13 @@
 #include <algorithm>
 #include <utility>
 
+#include "SharedFiles/FileNameBytes.h"
+#include "SharedFiles/FileTree.h"
 #include "SharedFiles/LogGathering.h"
 #include "SharedFiles/QVAlert.h"
 #include "SharedFiles/QVFileManager.h"
 #include "SharedFiles/QVLocalPaths.h"
+#include "SharedFiles/QVLog.h"
 
 namespace {
 
@@ -20,6 +23,14 @@ QString archivePath(const QString& name, const TroubleshootingServices& services
   QString path = base + ".zip";
   if (!QVFileManager::fileExistsAtPath(path)) return path;
   return base + "_" + services.now().toString("yyyyMMddhhmmss") + ".zip";
+}
+
+/// What a gathering that was called off leaves: nothing, and no word to the user, who knows.
+bool cancelled(LogGathering& gathering, const QString& archive = {}) {
+  gathering.removeFolder();
+  if (const auto bytes = bytesOfPath(archive); bytes && !bytes->empty()) static_cast<void>(removeTree(*bytes));
+  QVLog::appendLog("Gathering the logs was cancelled.");
+  return false;
 }
 
 bool viewLog(const QString& fileName, const char* missing, const TroubleshootingServices& services) {
@@ -49,15 +60,18 @@ bool QVTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList& names
                                                         const QStringList& additionalFiles,
                                                         const TroubleshootingServices& services) {
   if (names.isEmpty()) return false;
-  LogGathering gathering(services.paths, services.files);
-  if (!gathering.makeFolder() || !gathering.copyLogs(names) || !gathering.copyFiles(additionalFiles)) return false;
+  LogGathering gathering(services.paths, services.files, services.watch);
+  const bool copied = gathering.makeFolder() && gathering.copyLogs(names) && gathering.copyFiles(additionalFiles);
+  if (gathering.isCancelled()) return cancelled(gathering);
+  if (!copied) return false;
   if (gathering.filesCopied() == 0) {
     if (!silent) tell("No logs found", "There were no logs available to gather.");
     return false;
   }
-  const bool packed =
-      QVFileManager::compressFile(gathering.folder(), archivePath(names.first(), services), services.files);
+  const QString archive = archivePath(names.first(), services);
+  const bool packed = gathering.pack(archive);
   gathering.removeFolder();
+  if (gathering.isCancelled()) return cancelled(gathering, packed ? archive : QString());
   if (!silent && packed) tell("Logs gathered successfully", "The gathered logs were placed on your desktop.");
   if (!silent && !packed) tell("Logs could not be gathered", "Please check your file permissions.");
   return packed;

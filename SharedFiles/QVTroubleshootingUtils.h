@@ -7,6 +7,7 @@
 
 #include "SharedFiles/DesktopWorkspace.h"
 #include "SharedFiles/FileServices.h"
+#include "SharedFiles/LogGathering.h"
 
 /// What gathering and viewing logs ask of their surroundings.
 struct TroubleshootingServices {
@@ -14,11 +15,16 @@ struct TroubleshootingServices {
   FileServices files = {};
   Workspace& workspace = DesktopWorkspace::standard();
   std::function<QDateTime()> now = [] { return QDateTime::currentDateTime(); };
+  GatheringWatch watch = {};
 };
 
 /// Gathers the logs, crash reports and preferences of applications into one archive on the desktop, and opens logs for
-/// the user. Stateless; on the main thread; the alerts are sheets without a window. Two gatherings at once would share
-/// their working folder.
+/// the user. Stateless; callable from any thread; the alerts are sheets without a window. Two gatherings at once would
+/// share their working folder.
+///
+/// A gathering that is asked to stop does so soon, at the latest when the archiver has not gone for a second: the
+/// working folder and the archive are removed, no alert is shown, a line of the log tells of it, and the answer is
+/// false.
 class QVTroubleshootingUtils final {
  public:
   QVTroubleshootingUtils() = delete;

@@ -2,11 +2,14 @@
 
 #include <QApplication>
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QLabel>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QTimer>
 #include <QVBoxLayout>
 #include <atomic>
@@ -19,49 +22,77 @@
 namespace {
 
 constexpr int shortest = 500, turn = 20;  // ms
+constexpr int narrowest = 280;
 
 class BusySheet : public QDialog {
+  Q_DECLARE_TR_FUNCTIONS(BusySheet)
+
  public:
-  BusySheet(const QString& label, QWidget& window) : QDialog(&window) {
+  /// `progress` is null for work that cannot be stopped.
+  BusySheet(const QString& label, const std::function<QString()>& progress, std::stop_source& stop, QWidget& window)
+      : QDialog(&window), progress_(progress), stop_(stop), label_(new QLabel(label)) {
     setObjectName(QStringLiteral("busy"));
     setWindowModality(Qt::WindowModal);
     setWindowTitle(label);
     auto* const bar = new QProgressBar;
     bar->setRange(0, 0);
+    bar->setMinimumWidth(narrowest);
     bar->setAccessibleName(label);
     auto* const column = new QVBoxLayout(this);
-    column->addWidget(new QLabel(label));
+    column->addWidget(label_);
     column->addWidget(bar);
+    if (progress_) addStopping(*column);
     sinceBegin_.start();
   }
 
   void follow() {
+    if (progress_) line_->setText(progress_());
     const QWidget* const modal = QApplication::activeModalWidget();
     if (modal != nullptr && modal != this) giveWay();
     if (!gaveWay_ && !isVisible() && sinceBegin_.elapsed() >= shortest) show();
   }
-  void reject() override {}
+  /// Cancelling does not take the sheet away: the work ends when it comes to that.
+  void reject() override {
+    if (!progress_) return;
+    stop_.request_stop();
+    cancelButton_->setEnabled(false);
+    label_->setText(tr("Cancelling…"));
+  }
   /// Whether the user's input can do no harm: the sheet, or a question of the work's, stands before the window.
   bool covers() const { return isVisible() || gaveWay_; }
 
  protected:
+  /// Quitting closes it.
   void closeEvent(QCloseEvent* event) override {
+    reject();
     gaveWay_ = true;
     event->accept();
   }
 
  private:
+  void addStopping(QVBoxLayout& column) {
+    line_ = new QLabel(progress_());
+    line_->setObjectName(QStringLiteral("progress"));
+    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
+    cancelButton_ = buttons->button(QDialogButtonBox::Cancel);
+    connect(buttons, &QDialogButtonBox::rejected, this, &BusySheet::reject);
+    column.addWidget(line_);
+    column.addWidget(buttons);
+  }
   void giveWay() {
     gaveWay_ = true;
     hide();
   }
 
+  const std::function<QString()>& progress_;
+  std::stop_source& stop_;
+  QLabel *label_, *line_ = nullptr;
+  QPushButton* cancelButton_ = nullptr;
   QElapsedTimer sinceBegin_;
   bool gaveWay_ = false;
 };
 
-void showUntil(const std::atomic<bool>& finished, const QString& label, QWidget& window) {
-  BusySheet sheet(label, window);
+void showUntil(const std::atomic<bool>& finished, BusySheet& sheet) {
   QEventLoop beforeSheet, loop;
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, &sheet, [&] {
@@ -72,27 +103,41 @@ void showUntil(const std::atomic<bool>& finished, const QString& label, QWidget&
   timer.start(turn);
   beforeSheet.exec(QEventLoop::ExcludeUserInputEvents);
   if (!finished) loop.exec();
+  if (!finished) sheet.reject();
   while (!finished) {  // the application quits: nobody is there to answer
     if (QWidget* const asked = QApplication::activeModalWidget()) asked->close();
     loop.processEvents(QEventLoop::WaitForMoreEvents);
   }
 }
 
-}  // namespace
-
-void runUnderBusySheet(QWidget& window, const QString& label, const std::function<void()>& work) {
+void runUnderSheet(QWidget& window, const QString& label, const std::function<void(const std::stop_token&)>& work,
+                   const std::function<QString()>& progress) {
   std::atomic<bool> finished = false;
+  std::stop_source stop;
   std::thread worker;
   try {
     worker = std::thread([&] {
       const crash::ThreadCrashStack crashStack;
-      work();
+      work(stop.get_token());
       finished = true;
     });
   } catch (const std::system_error& error) {
     QVLog::appendLog("No thread could be started: %@", QString::fromLocal8Bit(error.what()));
-    return work();
+    return work({});
   }
-  showUntil(finished, label, window);
+  {
+    BusySheet sheet(label, progress, stop, window);
+    showUntil(finished, sheet);
+  }
   worker.join();
+}
+
+}  // namespace
+
+void runUnderBusySheet(QWidget& window, const QString& label, const std::function<void()>& work) {
+  runUnderSheet(window, label, [&](const std::stop_token& /*stop*/) { work(); }, {});
+}
+
+void runUnderBusySheet(QWidget& window, const QString& label, const StoppableWork& work) {
+  runUnderSheet(window, label, work.work, work.progress);
 }

@@ -64,7 +64,7 @@ class LumacheckAppDelegate : public QObject {
   void helpQVHome();          ///< helpQVHome:
   void viewLog();             ///< viewLog:
   void viewTaskLog();         ///< viewTaskLog:
-  void gatherLogs();          ///< gatherLogs: returns when it is done; the window answers meanwhile
+  void gatherLogs();          ///< gatherLogs: returns when it is done or cancelled; the window answers meanwhile
   void manualUpdateCheck();   ///< manualUpdateCheck: opens the updater
 
   // Movie slots. A master and its display copy belong to one file; an empty slot is null.

@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QSignalBlocker>
 #include <QUrl>
+#include <mutex>
 
 #include "SharedFiles/AnalyticsPreferences.h"
 #include "SharedFiles/MakerHosts.h"
@@ -27,6 +28,25 @@ QString page(const char* host, const QString& pathAndQuery) {
 TroubleshootingServices troubleshooting(const ControllerServices& services) {
   return {.paths = services.paths, .files = {.paths = services.paths}, .workspace = services.workspace};
 }
+
+/// How far a gathering is: noted by the thread that gathers, told by the main thread.
+class NotedProgress {
+ public:
+  void note(const GatheringProgress& progress) {
+    const std::lock_guard guard(mutex_);
+    progress_ = progress;
+  }
+  QString text() const {
+    const std::lock_guard guard(mutex_);
+    const QString text = progress_.packing ? LumacheckAppDelegate::tr("Packing… Files collected: %1")
+                                           : LumacheckAppDelegate::tr("Files collected: %1");
+    return text.arg(progress_.files);
+  }
+
+ private:
+  mutable std::mutex mutex_;
+  GatheringProgress progress_;
+};
 
 }  // namespace
 
@@ -132,9 +152,14 @@ void LumacheckAppDelegate::viewTaskLog() {
 void LumacheckAppDelegate::gatherLogs() {
   if (gathering_) return;  // two would share their working folder
   gathering_ = true;
-  runUnderBusySheet(*window_, tr("Gathering logs…"), [services = troubleshooting(services_)] {
+  NotedProgress progress;
+  TroubleshootingServices services = troubleshooting(services_);
+  services.watch.progress = [&progress](const GatheringProgress& now) { progress.note(now); };
+  const auto gather = [&services](const std::stop_token& stop) {
+    services.watch.stop = stop;
     QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
-  });
+  };
+  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return progress.text(); }});
   gathering_ = false;
 }
 

@@ -1,4 +1,7 @@
 #include <QTemporaryDir>
+#include <chrono>
+#include <stop_token>
+#include <thread>
 
 #include "SharedFiles/QVTaskEx.h"
 #include "tests/SharedFiles/FileFixture.h"
@@ -133,6 +136,29 @@ TEST_F(Archives, HoldEverythingOrDoNotExist) {
   EXPECT_FALSE(QVFileManager::compressFile(source, path("a.zip"), services_));
   EXPECT_FALSE(stands(path("a.zip")));
   EXPECT_THAT(log_.entries(), ElementsAre("Error compressing file " + source + ": the archiver ended with status 1"));
+}
+
+TEST_F(Archives, ThatAreStoppedDoNotExist) {
+  std::stop_source stop;
+  makeFolder("source");
+  write("source/huge");
+  ASSERT_EQ(::truncate(QFile::encodeName(path("source/huge")).constData(), off_t{20} << 30U), 0);
+  std::thread stopper([&] {
+    while (!stands(path("a.zip"))) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    stop.request_stop();
+  });
+  EXPECT_FALSE(QVFileManager::compressFile(path("source"), path("a.zip"), true, services_, stop.get_token()));
+  stopper.join();
+  EXPECT_FALSE(stands(path("a.zip")));
+  EXPECT_FALSE(QVFileManager::compressFile(path("source"), path("b.zip"), true, services_, stop.get_token()));
+  EXPECT_FALSE(stands(path("b.zip")));
+  EXPECT_THAT(log_.entries(), IsEmpty());
+}
+
+TEST_F(Archives, AreWholeWhenNobodyStopsThem) {
+  const std::stop_source stop;
+  EXPECT_TRUE(QVFileManager::compressFile(makeSource("source"), path("a.zip"), true, services_, stop.get_token()));
+  EXPECT_TRUE(isWhole(path("a.zip")));
 }
 
 TEST_F(Archives, WriteNothingOutsideTheirFolder) {

@@ -1,5 +1,6 @@
 #include <QDialog>
 #include <QLabel>
+#include <QPushButton>
 #include <QTest>
 #include <QTimer>
 #include <atomic>
@@ -25,7 +26,22 @@ class BusySheets : public Alerts {
   void stay() const {
     while (!letGo_) std::this_thread::sleep_for(std::chrono::milliseconds(2));
   }
-  std::atomic<bool> letGo_ = false;
+  /// The same for work that the user can stop, which tells how often it has looked.
+  StoppableWork stoppable() {
+    return {.work =
+                [this](const std::stop_token& stop) {
+                  for (; !letGo_ && !stop.stop_requested(); ++turns_) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(2));
+                  }
+                  stopped_ = stop.stop_requested();
+                },
+            .progress = [this] { return turns_ == 0 ? QString("none") : QString("some"); }};
+  }
+  static QString lineOf(const QDialog& sheet) { return sheet.findChild<QLabel*>("progress")->text(); }
+  static QPushButton* cancelButton(const QDialog& sheet) { return sheet.findChild<QPushButton*>(); }
+
+  std::atomic<bool> letGo_ = false, stopped_ = false;
+  std::atomic<int> turns_ = 0;
 };
 
 TEST_F(BusySheets, StayAwayFromShortWork) {
@@ -43,6 +59,7 @@ TEST_F(BusySheets, CoverTheWindowWhileWorkGoesOn) {
        [&] {
          EXPECT_EQ(sheet()->windowModality(), Qt::WindowModal);
          EXPECT_EQ(sheet()->findChild<QLabel*>()->text(), "Working");
+         EXPECT_EQ(cancelButton(*sheet()), nullptr);
          QTest::keyClick(sheet(), Qt::Key_Escape);
          EXPECT_NE(sheet(), nullptr);
          letGo_ = true;
@@ -96,6 +113,56 @@ TEST_F(BusySheets, CloseWhatIsAskedWhenTheApplicationQuits) {
   });
   QApplication::exec();
   EXPECT_EQ(code, -1);
+}
+
+TEST_F(BusySheets, TellHowFarTheWorkIsThatCanBeStopped) {
+  when([&] { return sheet() != nullptr; },
+       [&] {
+         EXPECT_EQ(lineOf(*sheet()), "some");
+         EXPECT_TRUE(cancelButton(*sheet())->isEnabled());
+         letGo_ = true;
+       });
+  runUnderBusySheet(*window_, "Working", stoppable());
+  EXPECT_TRUE(letGo_);
+  EXPECT_FALSE(stopped_);
+}
+
+TEST_F(BusySheets, StayUntilWorkThatIsCancelledHasEnded) {
+  bool pressed = false;
+  when([&] { return sheet() != nullptr; },
+       [&] {
+         for (int i = 0; i < 2; ++i) QTest::mouseClick(cancelButton(*sheet()), Qt::LeftButton);
+         EXPECT_FALSE(cancelButton(*sheet())->isEnabled());
+         EXPECT_EQ(sheet()->findChild<QLabel*>()->text(), "Cancelling…");
+         pressed = true;
+       });
+  bool stoodYet = false;
+  StoppableWork work = stoppable();
+  work.work = [&, first = work.work](const std::stop_token& stop) {
+    first(stop);
+    MainThread::performAndWait([&] { stoodYet = sheet() != nullptr; });
+  };
+  runUnderBusySheet(*window_, "Working", work);
+  EXPECT_TRUE(pressed && stopped_ && stoodYet);
+  EXPECT_EQ(sheet(), nullptr);
+}
+
+TEST_F(BusySheets, AreCancelledByEscape) {
+  when([&] { return sheet() != nullptr; }, [&] { QTest::keyClick(sheet(), Qt::Key_Escape); });
+  runUnderBusySheet(*window_, "Working", stoppable());
+  EXPECT_TRUE(stopped_);
+}
+
+TEST_F(BusySheets, AreCancelledByQuitting) {
+  for (const bool shown : {true, false}) {
+    stopped_ = false;
+    QTimer::singleShot(0, [&] {
+      when([&] { return (sheet() != nullptr) == shown && turns_ > 0; }, [] { QCoreApplication::exit(); });
+      runUnderBusySheet(*window_, "Working", stoppable());
+    });
+    QApplication::exec();
+    EXPECT_TRUE(stopped_) << shown;
+  }
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 #include <QDir>
 #include <QFile>
 #include <QLabel>
+#include <QPushButton>
 #include <QRegularExpression>
+#include <QTest>
 #include <QTimer>
 
 #include <gmock/gmock.h>
@@ -158,6 +160,35 @@ TEST_F(Help, GathersOnceAtATime) {
   controller().gatherLogs();
   runFor(50);
   EXPECT_EQ(alerts_.size(), 2);
+  EXPECT_THAT(QDir(home_.filePath("Desktop")).entryList(QDir::Files), ElementsAre("Lumacheck Logs.zip"));
+}
+
+TEST_F(Help, GathersNothingWhenCancelled) {
+  ASSERT_TRUE(QDir(home_.path()).mkdir("Desktop"));
+  // Zeros that take no room on the disk, and the archiver many seconds.
+  put(logFile("Lumacheck.huge.log"));
+  ASSERT_TRUE(QFile(logFile("Lumacheck.huge.log")).resize(qint64{20} << 30));
+  const check::test::CapturedLog log;
+  QString line;
+  QTimer cancel;
+  cancel.callOnTimeout([&] {
+    const auto* const sheet = interface().window().findChild<QDialog*>("busy");
+    if (sheet == nullptr || !sheet->isVisible()) return;
+    line = sheet->findChild<QLabel*>("progress")->text();
+    QTest::mouseClick(sheet->findChild<QPushButton*>(), Qt::LeftButton);
+  });
+  cancel.start(5);
+  choose("gatherLogs");
+  EXPECT_EQ(line, "Packing… Files collected: 2") << "the log and the preferences";
+  EXPECT_THAT(alerts_, IsEmpty());
+  EXPECT_THAT(QDir(home_.filePath("Desktop")).entryList(QDir::Files), IsEmpty());
+  EXPECT_FALSE(QFile::exists(home_.filePath("QV_App_Logs")));
+  EXPECT_THAT(log.texts(), ElementsAre("Gathering the logs was cancelled."));
+
+  cancel.stop();
+  ASSERT_TRUE(QFile::remove(logFile("Lumacheck.huge.log")));
+  put(logFile("Lumacheck.1.log"));
+  choose("gatherLogs");
   EXPECT_THAT(QDir(home_.filePath("Desktop")).entryList(QDir::Files), ElementsAre("Lumacheck Logs.zip"));
 }
 
