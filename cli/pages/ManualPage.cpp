@@ -21,7 +21,7 @@ std::string italic(const std::string& text) {
 }
 
 std::string argument(const ArgumentDescription& each) {
-  return italic(each.name) + (each.repeated ? " ..." : "");
+  return italic(each.name) + (each.repeated ? " ...\\&" : "");
 }
 
 /// The options that have no part in a synopsis: they end the command.
