@@ -27,10 +27,6 @@ constexpr int iconSize = 64;
 constexpr int columnCharacters = 46;
 constexpr int smallestButton = 84;
 
-QString translated(const char* text) {
-  return QCoreApplication::translate("AlertPanel", text);
-}
-
 /// A read-only text that breaks anywhere if need be, as tall as it needs and scrolling where that is too much.
 class TextBlock final : public QTextEdit {
  public:
@@ -70,7 +66,7 @@ QPixmap applicationIcon(const QWidget& widget) {
 }
 
 bool isCancel(const QPushButton* button) {
-  return button && (button->text() == QLatin1String("Cancel") || button->text() == translated("Cancel"));
+  return button && (button->text() == QLatin1String("Cancel") || button->text() == AlertPanel::tr("Cancel"));
 }
 
 /// A title as a button's text: an ampersand in it is no shortcut.
@@ -122,10 +118,10 @@ QBoxLayout* AlertPanel::addTexts(const Texts& texts) {
   column->setSpacing(spacing);
   auto* const message = new TextBlock(texts.message, bold, width, screen / 5);
   message->setObjectName(QStringLiteral("messageText"));
-  message->setAccessibleName(translated("Message"));
+  message->setAccessibleName(tr("Message"));
   auto* const informative = new TextBlock(texts.informative, font(), width, screen / 3);
   informative->setObjectName(QStringLiteral("informativeText"));
-  informative->setAccessibleName(translated("Details"));
+  informative->setAccessibleName(tr("Details"));
   // NOLINTEND(cppcoreguidelines-owning-memory)
   column->addWidget(message);
   column->addWidget(informative);
@@ -137,8 +133,7 @@ QBoxLayout* AlertPanel::addTexts(const Texts& texts) {
 
 QBoxLayout* AlertPanel::addButtons(const Texts& texts) {
   // Made in the order in which Tab visits them after the default one.
-  defaultButton_ =
-      addButton(texts.defaultButton.isEmpty() ? translated("OK") : texts.defaultButton, "defaultButton", 1);
+  defaultButton_ = addButton(texts.defaultButton.isEmpty() ? tr("OK") : texts.defaultButton, "defaultButton", 1);
   if (!texts.alternateButton.isEmpty()) alternateButton_ = addButton(texts.alternateButton, "alternateButton", 0);
   if (!texts.otherButton.isEmpty()) otherButton_ = addButton(texts.otherButton, "otherButton", -1);
   defaultButton_->setDefault(true);
@@ -164,7 +159,7 @@ QPushButton* AlertPanel::addButton(const QString& title, const char* name, int c
 
 void AlertPanel::showSuppressionButton(bool on, const std::function<void(bool)>& changed) {
   // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): belongs to the panel
-  suppressionButton_ = new QCheckBox(translated("Do not show this message again"), this);
+  suppressionButton_ = new QCheckBox(tr("Do not show this message again"), this);
   suppressionButton_->setObjectName(QStringLiteral("suppressionButton"));
   suppressionButton_->setAccessibleName(suppressionButton_->text());
   suppressionButton_->setChecked(on);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QDialog>
 #include <QString>
 #include <functional>
@@ -21,6 +22,8 @@ class QPushButton;
 ///  - Taken away in any other way (hidden, closed or destroyed by the program, its parent destroyed, the application
 ///    quitting), it answers -1.
 class AlertPanel final : public QDialog {
+  Q_DECLARE_TR_FUNCTIONS(AlertPanel)
+
  public:
   /// Shown exactly as they stand, never as markup. Without a title (nil or empty) the default button is called "OK" and
   /// the other two do not exist.

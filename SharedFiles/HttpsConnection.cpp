@@ -16,10 +16,6 @@ namespace {
 /// Larger answers wait in the socket until they are thrown away.
 constexpr qint64 answerBuffer = 64 << 10;
 
-QString translated(const char* text) {
-  return QCoreApplication::translate("HttpsConnection", text);
-}
-
 QSslConfiguration securityOf(const HttpsConnection::Settings& settings) {
   QSslConfiguration security = QSslConfiguration::defaultConfiguration();
   security.setProtocol(QSsl::TlsV1_2OrLater);
@@ -89,9 +85,10 @@ class HttpsConnection::Transfer final : public QObject {
 
   /// Nil when the server has answered: what it answers to the request is no failure of the connection.
   QString failureText() const {
-    if (timedOut_) return translated("The request timed out.");
+    if (timedOut_) return QCoreApplication::translate("HttpsConnection", "The request timed out.");
     if (reply_->attribute(QNetworkRequest::RedirectionTargetAttribute).isValid()) {
-      return translated("The server leads to another address, which is not followed.");
+      return QCoreApplication::translate("HttpsConnection",
+                                         "The server leads to another address, which is not followed.");
     }
     const QNetworkReply::NetworkError error = reply_->error();
     const bool answered =

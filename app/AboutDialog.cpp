@@ -38,9 +38,8 @@ QLabel* selectable(const QString& text) {
 
 QLabel* heading() {
   const BundleInfo& bundle = BundleInfo::mainBundle();
-  auto* const label = selectable(
-      AboutDialog::tr("%1 %2").arg(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleName")),
-                                   bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString"))));
+  auto* const label = selectable(bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleName")) + u' ' +
+                                 bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString")));
   QFont font = label->font();
   font.setBold(true);
   constexpr double larger = 1.4;

@@ -1,6 +1,7 @@
 #include "app/FlattenedSave.h"
 
 #include <QCloseEvent>
+#include <QCoreApplication>
 #include <QDialog>
 #include <QDialogButtonBox>
 #include <QElapsedTimer>
@@ -39,11 +40,14 @@ struct Writing {
 /// The sheet. Cancelling does not take it away: the writing ends when it comes to that. Whoever closes it (quitting
 /// does) cancels too.
 class SavingSheet : public QDialog {
+  Q_DECLARE_TR_FUNCTIONS(SavingSheet)
+
  public:
   SavingSheet(Writing& writing, const QString& name, QWidget& window)
       : QDialog(&window), writing_(writing), label_(new QLabel(tr("Saving %1…").arg(name))), bar_(new QProgressBar) {
     setWindowModality(Qt::WindowModal);
     bar_->setRange(0, fullScale);
+    bar_->setAccessibleName(label_->text());
     auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
     cancelButton_ = buttons->button(QDialogButtonBox::Cancel);
     connect(buttons, &QDialogButtonBox::rejected, this, &SavingSheet::reject);

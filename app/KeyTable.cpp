@@ -19,7 +19,7 @@ QString textOf(const QList<QKeySequence>& keys) {
 
 /// A menu's text without what only a menu shows.
 QString plainText(QString text) {
-  return text.remove(u'&').remove(u'…');
+  return text.remove(u'&').remove(u'…').trimmed();
 }
 
 void addRow(QGridLayout& grid, const KeyRow& row) {
@@ -73,7 +73,7 @@ void KeyTable::show(QWidget& window) const {
   auto* const list = new QDialog(&window);
   list->setObjectName(name);
   list->setAttribute(Qt::WA_DeleteOnClose);
-  list->setWindowTitle(QObject::tr("Keys"));
+  list->setWindowTitle(tr("Keys"));
   auto* const column = new QVBoxLayout(list);
   column->setSizeConstraint(QLayout::SetFixedSize);
   auto* const halves = new QHBoxLayout;

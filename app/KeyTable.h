@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <QKeySequence>
 #include <QList>
 #include <QString>
@@ -22,6 +23,8 @@ struct KeyRow {
 
 /// Every key of the window: the one table that the window's shortcuts and the list under F1 are made from.
 class KeyTable {
+  Q_DECLARE_TR_FUNCTIONS(KeyTable)
+
  public:
   void add(const QString& what, const QList<QKeySequence>& keys, std::function<void()> act,
            KeyRepeat repeat = KeyRepeat::No);

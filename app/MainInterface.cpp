@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QFontDatabase>
+#include <QFontMetrics>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -10,6 +11,7 @@
 #include <QSlider>
 #include <QSplitter>
 #include <QVBoxLayout>
+#include <algorithm>
 #include <initializer_list>
 
 #include "app/PathField.h"
@@ -30,13 +32,21 @@ QVBoxLayout* columnIn(QWidget* parent) {
   return column;
 }
 
+/// The widest of the words that stand before the paths, in which both have room.
+int widest(const QFontMetrics& metrics, std::initializer_list<QString> words) {
+  int width = 0;
+  for (const QString& word : words) width = std::max(width, metrics.horizontalAdvance(word));
+  return width;
+}
+
 QLineEdit* timecodeField(const QString& name) {
   auto* const field = new QLineEdit;
   field->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
   field->setAlignment(Qt::AlignCenter);
   field->setFixedWidth(field->fontMetrics().horizontalAdvance(QStringLiteral("00:00:00;00")) + 2 * spacing + margin);
-  field->setAccessibleName(QObject::tr("%1: timecode").arg(name));
-  field->setToolTip(QObject::tr("Type a timecode and press Return to go there"));
+  //: %1: the side, "Source" or "Destination"; so in all that begins with it. Screen readers say these.
+  field->setAccessibleName(MainInterface::tr("%1: timecode").arg(name));
+  field->setToolTip(MainInterface::tr("Type a timecode and press Return to go there"));
   return field;
 }
 
@@ -47,8 +57,9 @@ MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_uniqu
   menus = MenuBar::in(*window_);
   preferences = new PreferencesDialog(*window_);
   qcLoggingCheck = preferences->qcLoggingCheck;
-  source = makeSide(QObject::tr("Source"), QObject::tr("Drop the source movie here"), makeView());
-  dest = makeSide(QObject::tr("Destination"), QObject::tr("Drop the destination movie here"), makeView());
+  source = makeSide({tr("Source"), tr("Drop the source movie here"), tr("Path of the source movie")}, makeView());
+  dest = makeSide({tr("Destination"), tr("Drop the destination movie here"), tr("Path of the destination movie")},
+                  makeView());
   activeView_ = source.movieView;
   layOut();
   orderFocus();
@@ -60,16 +71,17 @@ MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_uniqu
 
 MainInterface::~MainInterface() = default;
 
-SideInterface MainInterface::makeSide(const QString& name, const QString& hint, QVMovieView* movieView) {
+SideInterface MainInterface::makeSide(const SideTexts& texts, QVMovieView* movieView) {
+  const QString& name = texts.name;
   SideInterface side;
   side.filenameText = new PathField;
-  side.filenameText->setAccessibleName(QObject::tr("%1: path").arg(name));
-  side.filenameText->setPlaceholderText(QObject::tr("Path of the %1 movie").arg(name.toLower()));
-  side.browseBtn = new QPushButton(QObject::tr("Browse…"));
-  side.browseBtn->setAccessibleName(QObject::tr("%1: browse").arg(name));
+  side.filenameText->setAccessibleName(tr("%1: path").arg(name));
+  side.filenameText->setPlaceholderText(texts.pathHint);
+  side.browseBtn = new QPushButton(tr("Browse…"));
+  side.browseBtn->setAccessibleName(tr("%1: browse").arg(name));
   side.movieView = movieView;
-  side.movieView->setAccessibleName(QObject::tr("%1: movie").arg(name));
-  side.movieView->setHint(hint);
+  side.movieView->setAccessibleName(tr("%1: movie").arg(name));
+  side.movieView->setHint(texts.dropHint);
   side.transport = new TransportBar(side.movieView, name);
   side.timecodeText = timecodeField(name);
   side.transport->addWidget(side.timecodeText);
@@ -83,7 +95,7 @@ QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name
   row->setSpacing(spacing);
   auto* const label = new QLabel(name);
   label->setBuddy(side.filenameText);
-  label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QObject::tr("Destination")));
+  label->setMinimumWidth(widest(label->fontMetrics(), {tr("Source"), tr("Destination")}));
   row->addWidget(label);
   row->addWidget(side.filenameText, 1);
   row->addWidget(side.browseBtn);
@@ -94,14 +106,15 @@ QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name
 }
 
 QWidget* MainInterface::linkColumn() {
-  linkLabel = new QLabel(QObject::tr("Link"));
+  //: Over the switch that links the playheads
+  linkLabel = new QLabel(tr("Link"));
   linkLabel->setAlignment(Qt::AlignHCenter);
   linkBtn = new QCheckBox;
-  linkBtn->setAccessibleName(QObject::tr("Link the playheads"));
-  linkBtn->setToolTip(QObject::tr("Movies of the same length move together"));
-  swapBtn = new QPushButton(QObject::tr("Swap"));
-  swapBtn->setAccessibleName(QObject::tr("Swap source and destination"));
-  swapBtn->setToolTip(QObject::tr("Source becomes destination, and the other way round"));
+  linkBtn->setAccessibleName(tr("Link the playheads"));
+  linkBtn->setToolTip(tr("Movies of the same length move together"));
+  swapBtn = new QPushButton(tr("Swap"));
+  swapBtn->setAccessibleName(tr("Swap source and destination"));
+  swapBtn->setToolTip(tr("Source becomes destination, and the other way round"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   column->addStretch();
@@ -114,16 +127,17 @@ QWidget* MainInterface::linkColumn() {
 }
 
 QWidget* MainInterface::bottomPanel() {
-  checkBtn = new QPushButton(QObject::tr("Check"));
+  checkBtn = new QPushButton(tr("Check"));
   window_->setDefaultButton(checkBtn);
-  syncBtn = new QPushButton(QObject::tr("Sync Metadata"));
-  syncBtn->setToolTip(QObject::tr("Copies the source's colour metadata onto the destination"));
-  saveBtn = new QPushButton(QObject::tr("Save"));
-  saveBtn->setToolTip(QObject::tr("Saves the destination's metadata in place"));
-  saveAsBtn = new QPushButton(QObject::tr("Save As…"));
-  saveAsBtn->setToolTip(QObject::tr("Saves the destination as a self-contained copy"));
+  syncBtn = new QPushButton(tr("Sync Metadata"));
+  //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
+  syncBtn->setToolTip(tr("Copies the source's colour metadata onto the destination"));
+  saveBtn = new QPushButton(tr("Save"));
+  saveBtn->setToolTip(tr("Saves the destination's metadata in place"));
+  saveAsBtn = new QPushButton(tr("Save As…"));
+  saveAsBtn->setToolTip(tr("Saves the destination as a self-contained copy"));
   resultsView = new ResultsView;
-  resultsView->setAccessibleName(QObject::tr("Results"));
+  resultsView->setAccessibleName(tr("Results"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
@@ -144,9 +158,9 @@ void MainInterface::layOut() {
   auto* const row = new QHBoxLayout(movies);
   row->setContentsMargins(0, 0, 0, 0);
   row->setSpacing(margin);
-  row->addWidget(sidePanel(source, QObject::tr("Source")), 1);
+  row->addWidget(sidePanel(source, tr("Source")), 1);
   row->addWidget(linkColumn());
-  row->addWidget(sidePanel(dest, QObject::tr("Destination")), 1);
+  row->addWidget(sidePanel(dest, tr("Destination")), 1);
 
   auto* const splitter = new QSplitter(Qt::Vertical);
   splitter->addWidget(movies);
@@ -201,18 +215,18 @@ void MainInterface::addMovieKeys(KeyTable& keys) const {
     const double rate = view.movie() ? view.movie()->rate() * sign : 0;
     view.play(sign * (rate >= 1 ? qMin(2 * rate, fastest) : 1));
   };
-  keys.add(QObject::tr("Play or pause"), {Qt::Key_Space}, on([](QVMovieView& view) { view.togglePlaying(); }));
-  keys.add(QObject::tr("Play backwards; again for faster"), {Qt::Key_J}, [this, faster] { faster(activeView(), -1); });
-  keys.add(QObject::tr("Stop"), {Qt::Key_K}, on([](QVMovieView& view) { view.play(0); }));
-  keys.add(QObject::tr("Play; again for faster"), {Qt::Key_L}, [this, faster] { faster(activeView(), 1); });
-  keys.add(QObject::tr("One frame back"), {Qt::Key_Left, Qt::Key_Comma},
-           on([](QVMovieView& view) { view.stepFrames(-1); }), KeyRepeat::Yes);
-  keys.add(QObject::tr("One frame forward"), {Qt::Key_Right, Qt::Key_Period},
-           on([](QVMovieView& view) { view.stepFrames(1); }), KeyRepeat::Yes);
-  keys.add(QObject::tr("One second back"), {QKeySequence(Qt::SHIFT | Qt::Key_Left)},
+  keys.add(tr("Play or pause"), {Qt::Key_Space}, on([](QVMovieView& view) { view.togglePlaying(); }));
+  keys.add(tr("Play backwards; again for faster"), {Qt::Key_J}, [this, faster] { faster(activeView(), -1); });
+  keys.add(tr("Stop"), {Qt::Key_K}, on([](QVMovieView& view) { view.play(0); }));
+  keys.add(tr("Play; again for faster"), {Qt::Key_L}, [this, faster] { faster(activeView(), 1); });
+  keys.add(tr("One frame back"), {Qt::Key_Left, Qt::Key_Comma}, on([](QVMovieView& view) { view.stepFrames(-1); }),
+           KeyRepeat::Yes);
+  keys.add(tr("One frame forward"), {Qt::Key_Right, Qt::Key_Period}, on([](QVMovieView& view) { view.stepFrames(1); }),
+           KeyRepeat::Yes);
+  keys.add(tr("One second back"), {QKeySequence(Qt::SHIFT | Qt::Key_Left)},
            on([](QVMovieView& view) { view.stepSeconds(-1); }), KeyRepeat::Yes);
-  keys.add(QObject::tr("One second forward"), {QKeySequence(Qt::SHIFT | Qt::Key_Right)},
+  keys.add(tr("One second forward"), {QKeySequence(Qt::SHIFT | Qt::Key_Right)},
            on([](QVMovieView& view) { view.stepSeconds(1); }), KeyRepeat::Yes);
-  keys.add(QObject::tr("To the beginning"), {Qt::Key_Home}, on([](QVMovieView& view) { view.gotoBeginning(); }));
-  keys.add(QObject::tr("To the last frame"), {Qt::Key_End}, on([](QVMovieView& view) { view.gotoEnd(); }));
+  keys.add(tr("To the beginning"), {Qt::Key_Home}, on([](QVMovieView& view) { view.gotoBeginning(); }));
+  keys.add(tr("To the last frame"), {Qt::Key_End}, on([](QVMovieView& view) { view.gotoEnd(); }));
 }

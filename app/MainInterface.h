@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <functional>
 #include <memory>
 
@@ -28,6 +29,8 @@ struct SideInterface {
 
 /// The main window with its controls, laid out but not wired to a controller. The window owns the controls.
 class MainInterface {
+  Q_DECLARE_TR_FUNCTIONS(MainInterface)
+
  public:
   using MakeView = std::function<QVMovieView*()>;
 
@@ -56,7 +59,10 @@ class MainInterface {
   void addMovieKeys(KeyTable& keys) const;
 
  private:
-  static SideInterface makeSide(const QString& name, const QString& hint, QVMovieView* movieView);
+  struct SideTexts {
+    QString name, dropHint, pathHint;
+  };
+  static SideInterface makeSide(const SideTexts& texts, QVMovieView* movieView);
   static QWidget* sidePanel(const SideInterface& side, const QString& name);
   QWidget* linkColumn();
   QWidget* bottomPanel();

@@ -27,57 +27,57 @@ QAction* add(QMenu& menu, const char* name, const QString& text, const QKeySeque
 }
 
 void addFileMenu(MenuBar& bar, QMainWindow& window) {
-  QMenu& file = addMenu(window, "fileMenu", QObject::tr("&File"));
-  bar.openSource = add(file, "openSource", QObject::tr("&Open Source…"), QKeySequence(QKeySequence::Open));
+  QMenu& file = addMenu(window, "fileMenu", MenuBar::tr("&File"));
+  bar.openSource = add(file, "openSource", MenuBar::tr("&Open Source…"), QKeySequence(QKeySequence::Open));
   bar.openDest =
-      add(file, "openDest", QObject::tr("Open &Destination…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+      add(file, "openDest", MenuBar::tr("Open &Destination…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
   file.addSeparator();
-  bar.save = add(file, "save", QObject::tr("&Save"), QKeySequence(Qt::CTRL | Qt::Key_S));
-  bar.saveAs = add(file, "saveAs", QObject::tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
+  bar.save = add(file, "save", MenuBar::tr("&Save"), QKeySequence(Qt::CTRL | Qt::Key_S));
+  bar.saveAs = add(file, "saveAs", MenuBar::tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));
   file.addSeparator();
-  bar.quit = add(file, "quit", QObject::tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q));
+  bar.quit = add(file, "quit", MenuBar::tr("&Quit"), QKeySequence(Qt::CTRL | Qt::Key_Q));
 }
 
 void addEditMenu(MenuBar& bar, QMainWindow& window) {
-  QMenu& edit = addMenu(window, "editMenu", QObject::tr("&Edit"));
+  QMenu& edit = addMenu(window, "editMenu", MenuBar::tr("&Edit"));
   fillEditMenu(edit, window);
   edit.addSeparator();
-  bar.preferences = add(edit, "preferences", QObject::tr("Pr&eferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
+  bar.preferences = add(edit, "preferences", MenuBar::tr("Pr&eferences…"), QKeySequence(Qt::CTRL | Qt::Key_Comma));
 }
 
 void addMoviesMenu(MenuBar& bar, QMainWindow& window) {
-  QMenu& movies = addMenu(window, "moviesMenu", QObject::tr("&Movies"));
-  bar.check = add(movies, "check", QObject::tr("&Check"), QKeySequence(Qt::CTRL | Qt::Key_Return));
-  bar.sync = add(movies, "sync", QObject::tr("Sync &Metadata"), QKeySequence(Qt::CTRL | Qt::Key_M));
+  QMenu& movies = addMenu(window, "moviesMenu", MenuBar::tr("&Movies"));
+  bar.check = add(movies, "check", MenuBar::tr("&Check"), QKeySequence(Qt::CTRL | Qt::Key_Return));
+  bar.sync = add(movies, "sync", MenuBar::tr("Sync &Metadata"), QKeySequence(Qt::CTRL | Qt::Key_M));
   movies.addSeparator();
-  bar.swap = add(movies, "swap", QObject::tr("&Swap Movies"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
-  bar.link = add(movies, "link", QObject::tr("&Link Playheads"), QKeySequence(Qt::CTRL | Qt::Key_L));
+  bar.swap = add(movies, "swap", MenuBar::tr("&Swap Movies"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));
+  bar.link = add(movies, "link", MenuBar::tr("&Link Playheads"), QKeySequence(Qt::CTRL | Qt::Key_L));
   bar.link->setCheckable(true);
 }
 
 void addViewMenu(MenuBar& bar, QMainWindow& window) {
-  QMenu& view = addMenu(window, "viewMenu", QObject::tr("&View"));
-  bar.fullScreen = add(view, "fullScreen", QObject::tr("&Full Screen"), QKeySequence(Qt::Key_F11));
+  QMenu& view = addMenu(window, "viewMenu", MenuBar::tr("&View"));
+  bar.fullScreen = add(view, "fullScreen", MenuBar::tr("&Full Screen"), QKeySequence(Qt::Key_F11));
 }
 
 void addHelpMenu(MenuBar& bar, QMainWindow& window) {
-  QMenu& help = addMenu(window, "helpMenu", QObject::tr("&Help"));
-  bar.userManual = add(help, "userManual", QObject::tr("&User Manual"));
-  bar.keys = add(help, "keys", QObject::tr("&Keys"), QKeySequence(Qt::Key_F1));
+  QMenu& help = addMenu(window, "helpMenu", MenuBar::tr("&Help"));
+  bar.userManual = add(help, "userManual", MenuBar::tr("&User Manual"));
+  bar.keys = add(help, "keys", MenuBar::tr("&Keys"), QKeySequence(Qt::Key_F1));
   help.addSeparator();
-  bar.vextrelHome = add(help, "vextrelHome", QObject::tr("&Vextrel Home Page"));
-  bar.quorvaneHome = add(help, "quorvaneHome", QObject::tr("&Quorvane Home Page"));
-  bar.support = add(help, "support", QObject::tr("&Support"));
+  bar.vextrelHome = add(help, "vextrelHome", MenuBar::tr("&Vextrel Home Page"));
+  bar.quorvaneHome = add(help, "quorvaneHome", MenuBar::tr("&Quorvane Home Page"));
+  bar.support = add(help, "support", MenuBar::tr("&Support"));
   help.addSeparator();
-  bar.reportBug = add(help, "reportBug", QObject::tr("Report a &Bug…"));
-  bar.suggestFeature = add(help, "suggestFeature", QObject::tr("Suggest a &Feature…"));
+  bar.reportBug = add(help, "reportBug", MenuBar::tr("Report a &Bug…"));
+  bar.suggestFeature = add(help, "suggestFeature", MenuBar::tr("Suggest a &Feature…"));
   help.addSeparator();
-  bar.viewLog = add(help, "viewLog", QObject::tr("View &Log"));
-  bar.viewTaskLog = add(help, "viewTaskLog", QObject::tr("View &Task Log"));
-  bar.gatherLogs = add(help, "gatherLogs", QObject::tr("&Gather Logs…"));
+  bar.viewLog = add(help, "viewLog", MenuBar::tr("View &Log"));
+  bar.viewTaskLog = add(help, "viewTaskLog", MenuBar::tr("View &Task Log"));
+  bar.gatherLogs = add(help, "gatherLogs", MenuBar::tr("&Gather Logs…"));
   help.addSeparator();
-  bar.updateCheck = add(help, "updateCheck", QObject::tr("Check for U&pdates…"));
-  bar.about = add(help, "about", QObject::tr("&About Lumacheck"));
+  bar.updateCheck = add(help, "updateCheck", MenuBar::tr("Check for U&pdates…"));
+  bar.about = add(help, "about", MenuBar::tr("&About Lumacheck"));
 }
 
 }  // namespace

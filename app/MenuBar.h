@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoreApplication>
+
 class QAction;
 class QMainWindow;
 
@@ -7,6 +9,9 @@ class QMainWindow;
 /// action has an object name, and a shortcut or a mnemonic of its own. Edit acts by itself on the text that has the
 /// focus.
 struct MenuBar {
+  Q_DECLARE_TR_FUNCTIONS(MenuBar)
+
+ public:
   /// Fills the window's menu bar.
   static MenuBar in(QMainWindow& window);
 

@@ -2,6 +2,7 @@
 
 #include <QEvent>
 #include <QHBoxLayout>
+#include <QKeySequence>
 #include <QSignalBlocker>
 #include <initializer_list>
 
@@ -12,13 +13,19 @@ namespace {
 
 constexpr int volumeSteps = 100;
 
+/// As Qt calls the key in the user's language, here as in the list of keys.
+QString keyName(Qt::Key key) {
+  return QKeySequence(key).toString(QKeySequence::NativeText);
+}
+
 }  // namespace
 
 TransportBar::TransportBar(QVMovieView* view, const QString& side, QWidget* parent)
     : QWidget(parent),
-      stepBackButton(new GlyphButton(Glyph::StepBack, tr("%1: one frame back").arg(side), tr("Left"), this)),
-      playButton(new GlyphButton(Glyph::Play, tr("%1: play").arg(side), tr("Space"), this)),
-      stepForwardButton(new GlyphButton(Glyph::StepForward, tr("%1: one frame forward").arg(side), tr("Right"), this)),
+      stepBackButton(new GlyphButton(Glyph::StepBack, tr("%1: one frame back").arg(side), keyName(Qt::Key_Left), this)),
+      playButton(new GlyphButton(Glyph::Play, tr("%1: play").arg(side), keyName(Qt::Key_Space), this)),
+      stepForwardButton(
+          new GlyphButton(Glyph::StepForward, tr("%1: one frame forward").arg(side), keyName(Qt::Key_Right), this)),
       scrubber(new Scrubber(this)),
       muteButton(new GlyphButton(Glyph::Sound, tr("%1: sound off").arg(side), QString(), this)),
       volumeSlider(new Scrubber(this)),
@@ -101,7 +108,7 @@ void TransportBar::showPlayback() {
   }
   if (plays != (playButton->glyph() == Glyph::Pause)) {
     playButton->setGlyph(plays ? Glyph::Pause : Glyph::Play, (plays ? tr("%1: pause") : tr("%1: play")).arg(side_),
-                         tr("Space"));
+                         keyName(Qt::Key_Space));
   }
   const bool silent = view_->volume() == 0;
   if (silent != (muteButton->glyph() == Glyph::Silence)) {

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QFileInfo>
+#include <QLocale>
 #include <cstdio>
 #include <cstdlib>
 
@@ -12,6 +13,7 @@
 #include "app/MainInterface.h"
 #include "app/QuitSignals.h"
 #include "app/SingleInstance.h"
+#include "app/Translations.h"
 #include "app/player/QtSoundOutput.h"
 
 namespace {
@@ -56,6 +58,8 @@ int main(int argc, char** argv) {
   QApplication::setWindowIcon(applicationIcon());
   const MainThread mainThread;
   const QuitSignals quitSignals;
+  const Translations translations(QLocale::system().uiLanguages(),
+                                  Translations::Folders::standard(QApplication::applicationDirPath()));
 
   const QStringList files = filesOf(argc, argv);
   SingleInstance instance(SingleInstance::standardName());

@@ -13,6 +13,7 @@
 #include "SharedFiles/MainThread.h"
 #include "SharedFiles/QVPlatformException.h"
 #include "app/DroppedFiles.h"
+#include "app/MovieReasons.h"
 #include "app/MovieShape.h"
 
 struct QVMovieView::Doorbell {
@@ -40,12 +41,6 @@ QImage imageOf(const SharedFrame& frame) {
   const auto letGo = [](void* held) { std::unique_ptr<SharedFrame>(static_cast<SharedFrame*>(held)).reset(); };
   return {shown.samples.data(),  shown.width, shown.height,  qsizetype{3} * shown.width,
           QImage::Format_RGB888, letGo,       kept.release()};
-}
-
-/// The reasons of the system end without a full stop, others with one.
-QString problemOf(const QString& reason) {
-  const QString text = QVMovieView::tr("This frame cannot be shown: %1").arg(reason);
-  return text.endsWith(u'.') ? text : text + u'.';
 }
 
 }  // namespace
@@ -221,7 +216,8 @@ void QVMovieView::refresh() {
 void QVMovieView::showFrame(const std::shared_ptr<const player::ShownFrame>& frame) {
   if (!frame || frame == frame_) return;
   frame_ = frame;
-  problem_ = frame->error.empty() ? QString() : problemOf(QString::fromStdString(frame->error));
+  problem_ =
+      frame->error ? tr("This frame cannot be shown: %1").arg(MovieReasons::sentenceOf(*frame->error)) : QString();
   picture_ = imageOf(frame);
   update();
   emit pictureDidChange();

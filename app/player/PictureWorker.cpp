@@ -21,14 +21,14 @@ std::shared_ptr<const ShownFrame> madeFrame(movie::Movie& movie, const Target& t
   try {
     auto image = movie.playedFrame(target.span, request);
     if (!image) {
-      made->error = image.error().message();
+      made->error = std::move(image.error());
     } else if (!*image) {
       return nullptr;
     } else {
       made->image = std::move(**image);
     }
   } catch (const std::exception& failure) {
-    made->error = failure.what();
+    made->error = movie::MovieError{{}, {}, 0, failure.what()};
   }
   return made;
 }

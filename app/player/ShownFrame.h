@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
+#include <optional>
 
+#include "movie/quicktime/MovieError.h"
 #include "movie/quicktime/MovieTime.h"
 #include "movie/render/RgbFrame.h"
 
@@ -13,7 +14,7 @@ struct ShownFrame {
   movie::RgbFrame image;  ///< in sRGB, under the colours of the movie's image description; empty when it failed
   movie::MovieTime time;  ///< when it comes on screen
   std::uint64_t sample = 0;
-  std::string error;  ///< why there is no image
+  std::optional<movie::MovieError> error;  ///< why there is no image
 };
 
 }  // namespace player

@@ -120,7 +120,7 @@ TEST(MoviePlayer, ShowsTheFrameAtTheTimeOfTheMovieItIsGiven) {
     EXPECT_EQ(played.player.time(), at(777));
     const auto frame = played.awaited(*movie);
     ASSERT_NE(frame, nullptr);
-    EXPECT_EQ(frame->error, "");
+    EXPECT_FALSE(frame->error);
     expectNear(frame->image.samples, expectedAt(*movie, at(777)));
   }
 }
@@ -197,7 +197,7 @@ void playThrough(const std::string& path, double rate, const MovieTime& from) {
     const MovieTime time = played.player.time();
     const auto frame = played.awaited(*movie);
     ASSERT_NE(frame, nullptr) << time.value;
-    ASSERT_EQ(frame->error, "");
+    ASSERT_FALSE(frame->error);
     if (frames++ % 5 == 0) expectNear(frame->image.samples, expectedAt(*movie, time));
   }
   const auto statistics = played.player.statistics();
@@ -363,7 +363,7 @@ TEST(MoviePlayer, TellsWhyThereIsNoPicture) {
   played.player.setMovie(movie->copy());
   const auto frame = played.awaited(*movie);
   ASSERT_NE(frame, nullptr);
-  EXPECT_NE(frame->error, "");
+  EXPECT_TRUE(frame->error);
   EXPECT_TRUE(frame->image.samples.empty());
   played.player.setRate(1);
   played.pass(seconds(1));

@@ -1,0 +1,629 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de_DE" sourcelanguage="en_GB">
+<context>
+    <name>AboutDialog</name>
+    <message>
+        <source>Finds gamma and colour shifts between two movies.</source>
+        <translation>Findet Gamma- und Farbabweichungen zwischen zwei Filmen.</translation>
+    </message>
+    <message>
+        <source>Licence: GPL-3.0-or-later. It comes without any warranty.</source>
+        <translation>Lizenz: GPL-3.0-or-later. Ohne jede Gewährleistung.</translation>
+    </message>
+    <message>
+        <source>About Lumacheck</source>
+        <translation>Über Lumacheck</translation>
+    </message>
+    <message>
+        <source>It is built on:</source>
+        <translation>Verwendete Bibliotheken:</translation>
+    </message>
+</context>
+<context>
+    <name>AlertPanel</name>
+    <message>
+        <source>Cancel</source>
+        <translation>Abbrechen</translation>
+    </message>
+    <message>
+        <source>Message</source>
+        <translation>Meldung</translation>
+    </message>
+    <message>
+        <source>Details</source>
+        <translation>Einzelheiten</translation>
+    </message>
+    <message>
+        <source>OK</source>
+        <translation>OK</translation>
+    </message>
+    <message>
+        <source>Do not show this message again</source>
+        <translation>Diese Meldung nicht mehr anzeigen</translation>
+    </message>
+</context>
+<context>
+    <name>BusySheet</name>
+    <message>
+        <source>Cancelling…</source>
+        <translation>Wird abgebrochen&#xa0;…</translation>
+    </message>
+</context>
+<context>
+    <name>EditMenu</name>
+    <message>
+        <source>&amp;Undo</source>
+        <translation>&amp;Rückgängig</translation>
+    </message>
+    <message>
+        <source>&amp;Redo</source>
+        <translation>&amp;Wiederherstellen</translation>
+    </message>
+    <message>
+        <source>Cu&amp;t</source>
+        <translation>&amp;Ausschneiden</translation>
+    </message>
+    <message>
+        <source>&amp;Copy</source>
+        <translation>&amp;Kopieren</translation>
+    </message>
+    <message>
+        <source>&amp;Paste</source>
+        <translation>&amp;Einfügen</translation>
+    </message>
+    <message>
+        <source>Select &amp;All</source>
+        <translation>A&amp;lles auswählen</translation>
+    </message>
+</context>
+<context>
+    <name>HttpsConnection</name>
+    <message>
+        <source>The request timed out.</source>
+        <translation>Der Server hat nicht rechtzeitig geantwortet.</translation>
+    </message>
+    <message>
+        <source>The server leads to another address, which is not followed.</source>
+        <translation>Der Server verweist auf eine andere Adresse, der nicht gefolgt wird.</translation>
+    </message>
+</context>
+<context>
+    <name>KeyTable</name>
+    <message>
+        <source>Keys</source>
+        <translation>Tastenkürzel</translation>
+    </message>
+</context>
+<context>
+    <name>LumacheckAppDelegate</name>
+    <message>
+        <source>Leave full screen</source>
+        <translation>Vollbild verlassen</translation>
+    </message>
+    <message>
+        <source>Packing… Files collected: %1</source>
+        <translation>Wird gepackt&#xa0;… Gesammelte Dateien: %1</translation>
+    </message>
+    <message>
+        <source>Files collected: %1</source>
+        <translation>Gesammelte Dateien: %1</translation>
+    </message>
+    <message>
+        <source>Gathering logs…</source>
+        <translation>Protokolle werden gesammelt&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Movies (%1)</source>
+        <translation>Filme (%1)</translation>
+    </message>
+    <message>
+        <source>Open the source movie</source>
+        <translation>Quellfilm öffnen</translation>
+    </message>
+    <message>
+        <source>Open the destination movie</source>
+        <translation>Zielfilm öffnen</translation>
+    </message>
+    <message>
+        <source>Save the destination as</source>
+        <translation>Zielfilm speichern unter</translation>
+    </message>
+</context>
+<context>
+    <name>MainInterface</name>
+    <message>
+        <source>%1: timecode</source>
+        <extracomment>%1: the side, &quot;Source&quot; or &quot;Destination&quot;; so in all that begins with it. Screen readers say these.</extracomment>
+        <translation>%1: Timecode</translation>
+    </message>
+    <message>
+        <source>Type a timecode and press Return to go there</source>
+        <translation>Timecode eingeben und mit der Eingabetaste dorthin springen</translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation>Quelle</translation>
+    </message>
+    <message>
+        <source>Drop the source movie here</source>
+        <translation>Quellfilm hier ablegen</translation>
+    </message>
+    <message>
+        <source>Path of the source movie</source>
+        <translation>Pfad des Quellfilms</translation>
+    </message>
+    <message>
+        <source>Destination</source>
+        <translation>Ziel</translation>
+    </message>
+    <message>
+        <source>Drop the destination movie here</source>
+        <translation>Zielfilm hier ablegen</translation>
+    </message>
+    <message>
+        <source>Path of the destination movie</source>
+        <translation>Pfad des Zielfilms</translation>
+    </message>
+    <message>
+        <source>%1: path</source>
+        <translation>%1: Pfad</translation>
+    </message>
+    <message>
+        <source>Browse…</source>
+        <translation>Durchsuchen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>%1: browse</source>
+        <translation>%1: durchsuchen</translation>
+    </message>
+    <message>
+        <source>%1: movie</source>
+        <translation>%1: Film</translation>
+    </message>
+    <message>
+        <source>Link</source>
+        <extracomment>Over the switch that links the playheads</extracomment>
+        <translation>Koppeln</translation>
+    </message>
+    <message>
+        <source>Link the playheads</source>
+        <translation>Abspielköpfe koppeln</translation>
+    </message>
+    <message>
+        <source>Movies of the same length move together</source>
+        <translation>Gleich lange Filme bewegen sich gemeinsam</translation>
+    </message>
+    <message>
+        <source>Swap</source>
+        <translation>Tauschen</translation>
+    </message>
+    <message>
+        <source>Swap source and destination</source>
+        <translation>Quelle und Ziel tauschen</translation>
+    </message>
+    <message>
+        <source>Source becomes destination, and the other way round</source>
+        <translation>Die Quelle wird zum Ziel und umgekehrt</translation>
+    </message>
+    <message>
+        <source>Check</source>
+        <translation>Prüfen</translation>
+    </message>
+    <message>
+        <source>Sync Metadata</source>
+        <translation>Metadaten abgleichen</translation>
+    </message>
+    <message>
+        <source>Copies the source&apos;s colour metadata onto the destination</source>
+        <extracomment>The report is in English whatever the language, and calls this button &quot;Sync Metadata&quot;: say so in a translation.</extracomment>
+        <translation>Überträgt die Farbmetadaten der Quelle auf das Ziel (im Bericht: „Sync Metadata“)</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Saves the destination&apos;s metadata in place</source>
+        <translation>Speichert die Metadaten des Ziels in dessen Datei</translation>
+    </message>
+    <message>
+        <source>Save As…</source>
+        <translation>Speichern unter&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Saves the destination as a self-contained copy</source>
+        <translation>Speichert das Ziel als eigenständige Kopie</translation>
+    </message>
+    <message>
+        <source>Results</source>
+        <translation>Ergebnisse</translation>
+    </message>
+    <message>
+        <source>Play or pause</source>
+        <translation>Wiedergabe oder Pause</translation>
+    </message>
+    <message>
+        <source>Play backwards; again for faster</source>
+        <translation>Rückwärts abspielen; nochmals: schneller</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Stopp</translation>
+    </message>
+    <message>
+        <source>Play; again for faster</source>
+        <translation>Abspielen; nochmals: schneller</translation>
+    </message>
+    <message>
+        <source>One frame back</source>
+        <translation>Ein Bild zurück</translation>
+    </message>
+    <message>
+        <source>One frame forward</source>
+        <translation>Ein Bild vor</translation>
+    </message>
+    <message>
+        <source>One second back</source>
+        <translation>Eine Sekunde zurück</translation>
+    </message>
+    <message>
+        <source>One second forward</source>
+        <translation>Eine Sekunde vor</translation>
+    </message>
+    <message>
+        <source>To the beginning</source>
+        <translation>Zum Anfang</translation>
+    </message>
+    <message>
+        <source>To the last frame</source>
+        <translation>Zum letzten Bild</translation>
+    </message>
+</context>
+<context>
+    <name>MenuBar</name>
+    <message>
+        <source>&amp;File</source>
+        <translation>&amp;Datei</translation>
+    </message>
+    <message>
+        <source>&amp;Open Source…</source>
+        <translation>&amp;Quelle öffnen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Open &amp;Destination…</source>
+        <translation>&amp;Ziel öffnen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>&amp;Save</source>
+        <translation>&amp;Speichern</translation>
+    </message>
+    <message>
+        <source>Save &amp;As…</source>
+        <translation>Speichern &amp;unter&#xa0;…</translation>
+    </message>
+    <message>
+        <source>&amp;Quit</source>
+        <translation>&amp;Beenden</translation>
+    </message>
+    <message>
+        <source>&amp;Edit</source>
+        <translation>&amp;Bearbeiten</translation>
+    </message>
+    <message>
+        <source>Pr&amp;eferences…</source>
+        <translation>Ei&amp;nstellungen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>&amp;Movies</source>
+        <translation>&amp;Filme</translation>
+    </message>
+    <message>
+        <source>&amp;Check</source>
+        <translation>&amp;Prüfen</translation>
+    </message>
+    <message>
+        <source>Sync &amp;Metadata</source>
+        <translation>&amp;Metadaten abgleichen</translation>
+    </message>
+    <message>
+        <source>&amp;Swap Movies</source>
+        <translation>Filme &amp;tauschen</translation>
+    </message>
+    <message>
+        <source>&amp;Link Playheads</source>
+        <translation>Abspielköpfe &amp;koppeln</translation>
+    </message>
+    <message>
+        <source>&amp;View</source>
+        <translation>&amp;Ansicht</translation>
+    </message>
+    <message>
+        <source>&amp;Full Screen</source>
+        <translation>&amp;Vollbild</translation>
+    </message>
+    <message>
+        <source>&amp;Help</source>
+        <translation>&amp;Hilfe</translation>
+    </message>
+    <message>
+        <source>&amp;User Manual</source>
+        <translation>&amp;Benutzerhandbuch</translation>
+    </message>
+    <message>
+        <source>&amp;Keys</source>
+        <translation>&amp;Tastenkürzel</translation>
+    </message>
+    <message>
+        <source>&amp;Vextrel Home Page</source>
+        <translation>&amp;Vextrel-Website</translation>
+    </message>
+    <message>
+        <source>&amp;Quorvane Home Page</source>
+        <translation>&amp;Quorvane-Website</translation>
+    </message>
+    <message>
+        <source>&amp;Support</source>
+        <translation>&amp;Support</translation>
+    </message>
+    <message>
+        <source>Report a &amp;Bug…</source>
+        <translation>Fehler &amp;melden&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Suggest a &amp;Feature…</source>
+        <translation>&amp;Funktion vorschlagen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>View &amp;Log</source>
+        <translation>&amp;Protokoll anzeigen</translation>
+    </message>
+    <message>
+        <source>View &amp;Task Log</source>
+        <translation>Tas&amp;k-Protokoll anzeigen</translation>
+    </message>
+    <message>
+        <source>&amp;Gather Logs…</source>
+        <translation>Protokolle s&amp;ammeln&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Check for U&amp;pdates…</source>
+        <translation>Nach Aktualisierungen s&amp;uchen&#xa0;…</translation>
+    </message>
+    <message>
+        <source>&amp;About Lumacheck</source>
+        <translation>Üb&amp;er Lumacheck</translation>
+    </message>
+</context>
+<context>
+    <name>MovieReasons</name>
+    <message>
+        <source>the decoder module cannot be loaded: %1</source>
+        <translation>das Decoder-Modul lässt sich nicht laden: %1</translation>
+    </message>
+    <message>
+        <source>no reason given</source>
+        <translation>ohne Angabe eines Grundes</translation>
+    </message>
+    <message>
+        <source>the decoder module has no entry of that name</source>
+        <translation>das Decoder-Modul hat keinen Einsprungpunkt dieses Namens</translation>
+    </message>
+    <message>
+        <source>the decoder module belongs to another version of this program</source>
+        <translation>das Decoder-Modul gehört zu einer anderen Version dieses Programms</translation>
+    </message>
+    <message>
+        <source>there is no decoder for the codec &apos;%1&apos;</source>
+        <extracomment>%1: four characters that name the codec</extracomment>
+        <translation>für den Codec „%1“ gibt es keinen Decoder</translation>
+    </message>
+    <message>
+        <source>the decoder cannot be opened: %1</source>
+        <translation>der Decoder lässt sich nicht öffnen: %1</translation>
+    </message>
+    <message>
+        <source>there is not enough memory for a decoder</source>
+        <translation>für einen Decoder reicht der Speicher nicht</translation>
+    </message>
+    <message>
+        <source>the movie has no video track</source>
+        <translation>der Film hat keine Videospur</translation>
+    </message>
+    <message>
+        <source>there is no such track</source>
+        <translation>diese Spur gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the track holds no pictures</source>
+        <translation>die Spur enthält keine Bilder</translation>
+    </message>
+    <message>
+        <source>the video track has no image description</source>
+        <translation>die Videospur hat keine Bildbeschreibung</translation>
+    </message>
+    <message>
+        <source>the image description cannot be understood</source>
+        <translation>die Bildbeschreibung ist unverständlich</translation>
+    </message>
+    <message>
+        <source>the track&apos;s media is in another file</source>
+        <translation>die Mediendaten der Spur liegen in einer anderen Datei</translation>
+    </message>
+    <message>
+        <source>the samples lie in another file, and such references are not followed</source>
+        <translation>die Samples liegen in einer anderen Datei, und solchen Verweisen wird nicht gefolgt</translation>
+    </message>
+    <message>
+        <source>the samples are encrypted</source>
+        <translation>die Samples sind verschlüsselt</translation>
+    </message>
+    <message>
+        <source>the samples overlap</source>
+        <translation>die Samples überlappen sich</translation>
+    </message>
+    <message>
+        <source>there is no such sample</source>
+        <translation>dieses Sample gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the sample tables do not lead to the sample</source>
+        <translation>die Sample-Tabellen führen nicht zum Sample</translation>
+    </message>
+    <message>
+        <source>the sample lies past the end of the file</source>
+        <translation>das Sample liegt hinter dem Ende der Datei</translation>
+    </message>
+    <message>
+        <source>the sample %1 cannot be read: %2</source>
+        <extracomment>%1: the sample&apos;s number. %2: why</extracomment>
+        <translation>das Sample %1 lässt sich nicht lesen: %2</translation>
+    </message>
+    <message>
+        <source>the sample %1 is too large for its picture</source>
+        <translation>das Sample %1 ist zu groß für sein Bild</translation>
+    </message>
+    <message>
+        <source>there is not enough memory for the sample %1</source>
+        <translation>für das Sample %1 reicht der Speicher nicht</translation>
+    </message>
+    <message>
+        <source>the file became shorter</source>
+        <translation>die Datei ist kürzer geworden</translation>
+    </message>
+    <message>
+        <source>there is no such file</source>
+        <translation>diese Datei gibt es nicht</translation>
+    </message>
+    <message>
+        <source>there is no permission to read the file</source>
+        <translation>die Leseberechtigung für die Datei fehlt</translation>
+    </message>
+    <message>
+        <source>the system says &quot;%1&quot;</source>
+        <translation>das System meldet „%1“</translation>
+    </message>
+    <message>
+        <source>the frame cannot be decoded: %1</source>
+        <translation>das Bild lässt sich nicht decodieren: %1</translation>
+    </message>
+    <message>
+        <source>the frame cannot be used: %1</source>
+        <translation>das Bild ist nicht verwendbar: %1</translation>
+    </message>
+    <message>
+        <source>the decoder gave no picture</source>
+        <translation>der Decoder lieferte kein Bild</translation>
+    </message>
+    <message>
+        <source>the pixel format %1 lies outside of memory</source>
+        <extracomment>%1: what libav calls the pixel format, here and below</extracomment>
+        <translation>das Pixelformat %1 liegt außerhalb des Arbeitsspeichers</translation>
+    </message>
+    <message>
+        <source>the pixel format %1 has floating-point samples</source>
+        <translation>das Pixelformat %1 hat Gleitkommawerte</translation>
+    </message>
+    <message>
+        <source>the pixel format %1 is a sensor&apos;s mosaic</source>
+        <translation>das Pixelformat %1 ist das Mosaik eines Sensors</translation>
+    </message>
+    <message>
+        <source>the pixel format %1 is not known</source>
+        <translation>das Pixelformat %1 ist nicht bekannt</translation>
+    </message>
+    <message>
+        <source>%1 (atom %2 at offset %3)</source>
+        <extracomment>%1: what is wrong. %2: a path of atoms such as moov/trak. %3: a number of bytes from the file&apos;s start</extracomment>
+        <translation>%1 (Atom %2 an Position %3)</translation>
+    </message>
+    <message>
+        <source>Cannot read the movie: %1.</source>
+        <extracomment>%1: what is wrong, a clause</extracomment>
+        <translation>Der Film lässt sich nicht lesen: %1.</translation>
+    </message>
+    <message>
+        <source>Cannot read &quot;%1&quot;: %2.</source>
+        <extracomment>%1: the file. %2: what is wrong, a clause</extracomment>
+        <translation>„%1“ lässt sich nicht lesen: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesDialog</name>
+    <message>
+        <source>&amp;Send anonymous usage data to Quorvane</source>
+        <translation>Anonyme &amp;Nutzungsdaten an Quorvane senden</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>It is anonymous: when Lumacheck starts, and on which system.
+Nothing of your movies, nor their names.</source>
+        <translation>Anonym: wann Lumacheck startet und auf welchem System.
+Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
+    </message>
+</context>
+<context>
+    <name>QVMovieView</name>
+    <message>
+        <source>This movie has no pictures.</source>
+        <translation>Dieser Film enthält keine Bilder.</translation>
+    </message>
+    <message>
+        <source>This frame cannot be shown: %1</source>
+        <translation>Dieses Bild kann nicht gezeigt werden: %1</translation>
+    </message>
+</context>
+<context>
+    <name>SavingSheet</name>
+    <message>
+        <source>Saving %1…</source>
+        <translation>%1 wird gespeichert&#xa0;…</translation>
+    </message>
+    <message>
+        <source>Cancelling…</source>
+        <translation>Wird abgebrochen&#xa0;…</translation>
+    </message>
+</context>
+<context>
+    <name>TransportBar</name>
+    <message>
+        <source>%1: one frame back</source>
+        <translation>%1: ein Bild zurück</translation>
+    </message>
+    <message>
+        <source>%1: play</source>
+        <translation>%1: abspielen</translation>
+    </message>
+    <message>
+        <source>%1: one frame forward</source>
+        <translation>%1: ein Bild vor</translation>
+    </message>
+    <message>
+        <source>%1: sound off</source>
+        <translation>%1: Ton aus</translation>
+    </message>
+    <message>
+        <source>%1: position</source>
+        <translation>%1: Position</translation>
+    </message>
+    <message>
+        <source>%1: volume</source>
+        <translation>%1: Lautstärke</translation>
+    </message>
+    <message>
+        <source>Volume</source>
+        <translation>Lautstärke</translation>
+    </message>
+    <message>
+        <source>%1: pause</source>
+        <translation>%1: Pause</translation>
+    </message>
+    <message>
+        <source>%1: sound on</source>
+        <translation>%1: Ton an</translation>
+    </message>
+</context>
+</TS>
