@@ -8,6 +8,7 @@
 #include <QTextList>
 #include <QTextTable>
 #include <algorithm>
+#include <cmath>
 #include <optional>
 #include <utility>
 
@@ -20,7 +21,7 @@ namespace {
 
 constexpr double paragraphSpace = dots(2.4), itemSpace = dots(1.1), codeSpace = dots(3), figureSpace = dots(4.5);
 constexpr double itemIndent = dots(6), noteIndent = dots(5), padding = dots(2.2), barWidth = dots(0.9);
-constexpr double cellPadding = dots(1.5);
+constexpr double cellPadding = dots(1.5), rowPadding = dots(1.05);
 constexpr double dotsAPoint = dots(0.19);  // of a picture's, which has two pixels for each
 constexpr double highestPicture = dots(150);
 
@@ -204,7 +205,7 @@ void MarkdownFlow::appendTable(const QTextTable& table) {
     for (int column = 0; column < table.columns(); ++column) {
       TextBlock text(device_, {textFont(cellSize, row == 0 ? Weight::Bold : Weight::Normal)});
       text.append(table.cellAt(row, column).firstCursorPosition().block(), file_);
-      columns.count(column, text.smallestWidth(), text.idealWidth());
+      columns.count(column, std::ceil(text.smallestWidth()), std::ceil(text.idealWidth()));
     }
   }
   const std::vector<double> widths = columns.widths();
@@ -215,6 +216,8 @@ void MarkdownFlow::appendTable(const QTextTable& table) {
   for (int row = 1; row < table.rows(); ++row) {
     boxes_.push_back(tableRow(table, row, widths));
     boxes_.back().header = header;
+    // No row stands alone, neither at the foot of a page nor on top of the next.
+    boxes_.back().keepWithNext = row + 1 < table.rows() && (row == 1 || row + 2 == table.rows());
   }
 }
 
@@ -226,7 +229,7 @@ Box MarkdownFlow::tableRow(const QTextTable& table, int row, const std::vector<d
   for (int column = 0; column < table.columns(); ++column) {
     const double width = widths[static_cast<std::size_t>(column)] - 2 * cellPadding;
     cells.push_back(textOf(device_, style, table.cellAt(row, column).firstCursorPosition().block(), file_, width));
-    height = std::max(height, cells.back()->height() + 2 * cellPadding);
+    height = std::max(height, cells.back()->height() + 2 * rowPadding);
   }
   Box box;
   box.height = height;
@@ -235,7 +238,7 @@ Box MarkdownFlow::tableRow(const QTextTable& table, int row, const std::vector<d
     painter.setPen(QPen(isHeader ? accent : ruleColor, dots(isHeader ? 0.3 : 0.15)));
     painter.drawLine(QLineF(0, height, textWidth, height));
     double x = cellPadding;
-    for (std::size_t i = 0; i < cells.size(); x += widths[i++]) cells[i]->draw(painter, x, cellPadding);
+    for (std::size_t i = 0; i < cells.size(); x += widths[i++]) cells[i]->draw(painter, x, rowPadding);
   };
   return box;
 }

@@ -20,6 +20,8 @@ class TableColumns {
     double smallest = 0, ideal = 0;
   };
 
+  bool isShort(const Column& column) const;
+
   double width_, around_;
   std::vector<Column> columns_;
 };

@@ -6,13 +6,16 @@
 //                                     about.png, a picture of each menu, dark.png, and the smallest window in both
 //                                     themes
 //
-// The fields show the movies in a folder that says nothing of this machine.
+// The fields show the movies in a folder that says nothing of this machine. window.txt beside the pictures says what
+// the menus and the list of keys hold, a line for each: "menu", its title, the item's text; "keys", the keys, what they
+// do.
 
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
 #include <QMenu>
@@ -68,9 +71,30 @@ QPalette darkPalette() {
   return dark;
 }
 
+enum class BadgePlace { Above, Below, Right, End, Middle };
+
+/// The badge's middle, in the part's own coordinates.
+QPoint placeOf(BadgePlace place, const QSize& part) {
+  constexpr int away = 13, inside = 18;
+  const QPoint middle(part.width() / 2, part.height() / 2);
+  switch (place) {
+    case BadgePlace::Above:
+      return {middle.x(), -away};
+    case BadgePlace::Below:
+      return {middle.x(), part.height() + away};
+    case BadgePlace::Right:
+      return {part.width() + away, middle.y()};
+    case BadgePlace::End:
+      return {part.width() - inside, middle.y()};
+    case BadgePlace::Middle:
+      break;
+  }
+  return middle;
+}
+
 /// A number in a disc, around a point.
 void drawBadge(QPainter& painter, const QPoint& middle, int number) {
-  constexpr int radius = 11;
+  constexpr int radius = 12;
   QFont font = painter.font();
   font.setBold(true);
   painter.setFont(font);
@@ -133,19 +157,29 @@ class Screenshots {
   }
 
   void takeParts() {
+    using Where = BadgePlace;
+    const SideInterface& side = interface_.source;
+    const TransportBar& bar = *side.transport;
     QPixmap picture = window().grab();
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const SideInterface& side = interface_.source;
-    const TransportBar& bar = *side.transport;
     int number = 0;
-    for (const QWidget* part : std::initializer_list<const QWidget*>{
-             side.filenameText, side.browseBtn, side.movieView, bar.playButton, bar.scrubber, bar.volumeSlider,
-             side.timecodeText, interface_.linkBtn, interface_.swapBtn, interface_.checkBtn, interface_.syncBtn,
-             interface_.saveBtn, interface_.saveAsBtn, interface_.resultsView}) {
-      const bool large = part->height() > 100;
-      const QPoint inside = large ? QPoint(part->width() / 2, part->height() / 2) : QPoint(part->width() / 2, -4);
-      drawBadge(painter, part->mapTo(&window(), inside), ++number);
+    for (const auto& [part, where] :
+         std::initializer_list<std::pair<const QWidget*, Where>>{{side.filenameText, Where::End},
+                                                                 {side.browseBtn, Where::Right},
+                                                                 {side.movieView, Where::Middle},
+                                                                 {bar.playButton, Where::Above},
+                                                                 {bar.scrubber, Where::Above},
+                                                                 {bar.volumeSlider, Where::Above},
+                                                                 {side.timecodeText, Where::Above},
+                                                                 {interface_.linkBtn, Where::Right},
+                                                                 {interface_.swapBtn, Where::Below},
+                                                                 {interface_.checkBtn, Where::Below},
+                                                                 {interface_.syncBtn, Where::Below},
+                                                                 {interface_.saveBtn, Where::Below},
+                                                                 {interface_.saveAsBtn, Where::Below},
+                                                                 {interface_.resultsView, Where::Middle}}) {
+      drawBadge(painter, part->mapTo(&window(), placeOf(where, part->size())), ++number);
     }
     painter.end();
     write("parts", picture);
@@ -166,7 +200,28 @@ class Screenshots {
       menu->popup(window().mapToGlobal(QPoint()));
       save(name, *menu);
       menu->hide();
+      for (const QAction* action : menu->actions()) {
+        if (!action->isSeparator()) noteWords({"menu", menu->title().remove(u'&'), action->text().remove(u'&')});
+      }
     }
+    noteKeys();
+    writeWords();
+  }
+
+  void noteWords(const QStringList& words) { words_ << words.join(u'\t'); }
+
+  void noteKeys() {
+    for (const KeyRow& row : controller_.keys().rows()) {
+      QStringList names;
+      for (const QKeySequence& key : row.keys) names << key.toString();
+      noteWords({"keys", names.join(u' '), row.what});
+    }
+  }
+
+  void writeWords() {
+    QFile file(folder_ + QStringLiteral("/window.txt"));
+    const QByteArray text = words_.join(u'\n').toUtf8() + '\n';
+    ok_ = ok_ && file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
   }
 
   void takeDialogs() {
@@ -251,6 +306,7 @@ class Screenshots {
   UserDefaults defaults_{platform_, BundleInfo::mainBundle()};
   MainInterface interface_;
   LumacheckAppDelegate controller_{interface_, defaults_};
+  QStringList words_;
   bool ok_ = true;
 };
 

@@ -1,0 +1,350 @@
+#!/usr/bin/env python3
+"""The user manual is whole, and says what the program says.
+
+The environment names the PDF, the pictures in it, their movies, the program that makes the PDF, and the command:
+MANUAL_PDF, MANUAL_PICTURES, MANUAL_MOVIES, MANUAL_MAKER, LUMACHECK_PROGRAM.
+"""
+import json
+import os
+import pathlib
+import re
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+TEXTS = ROOT / "docs" / "manual"
+PDF = pathlib.Path(os.environ["MANUAL_PDF"])
+PICTURES = pathlib.Path(os.environ["MANUAL_PICTURES"])
+MOVIES = pathlib.Path(os.environ["MANUAL_MOVIES"])
+MAKER = os.environ["MANUAL_MAKER"]
+LUMACHECK = os.environ["LUMACHECK_PROGRAM"]
+
+
+def run(*command, **options):
+    return subprocess.run([str(each) for each in command], capture_output=True, text=True, **options)
+
+
+def out_of(*command, **options):
+    done = run(*command, **options)
+    if done.returncode != 0:
+        raise AssertionError(f"{command} failed: {done.stderr}")
+    return done.stdout
+
+
+def chapters():
+    return {path.name: path.read_text(encoding="utf-8") for path in sorted(TEXTS.glob("*.md"))}
+
+
+def flat(text):
+    """Without what Markdown adds, and with single blanks: lines of code are folded by hand."""
+    return re.sub(r"\s+", " ", re.sub(r"[`*]", "", text))
+
+
+def headings(text, deepest=6):
+    outside = re.sub(r"^```.*?^```", "", text, flags=re.M | re.S)
+    return [title for marks, title in re.findall(r"^(#{1,6}) (.*)$", outside, re.M) if len(marks) <= deepest]
+
+
+def anchor(title):
+    return re.sub(r"[^a-z0-9 -]", "", title.lower()).replace(" ", "-")
+
+
+def code_blocks(text):
+    return [re.sub(r"\\\n\s*", "", block) for block in re.findall(r"^```\w*\n(.*?)^```", text, re.M | re.S)]
+
+
+def make_pdf(texts, folder, **environment):
+    target = pathlib.Path(folder, "made.pdf")
+    done = run(MAKER, "1.2.3", texts, PICTURES, target, env={**os.environ, **environment})
+    return done, target
+
+
+class Document(unittest.TestCase):
+    """The PDF as a file."""
+
+    def test_opens_with_its_title_and_a_plausible_number_of_pages(self):
+        facts = dict(line.split(":", 1) for line in out_of("pdfinfo", PDF).splitlines() if ":" in line)
+        self.assertEqual(facts["Title"].strip(), "Vextrel User Manual: Lumacheck")
+        self.assertTrue(20 <= int(facts["Pages"]) <= 60, facts["Pages"])
+        self.assertIn("A4", facts["Page size"])
+
+    def test_lies_where_the_window_of_the_same_build_looks(self):
+        place = pathlib.Path(LUMACHECK).parent / "../share/quorvane/Documentation/Quorvane/Vextrel User Manual.pdf"
+        self.assertTrue(place.exists() and place.samefile(PDF), place)
+
+    def test_embeds_every_font(self):
+        rows = out_of("pdffonts", PDF).splitlines()[2:]
+        self.assertGreaterEqual(len(rows), 3)
+        for row in rows:
+            self.assertEqual(row.split()[-5], "yes", row)
+
+    def test_holds_every_picture_sharp_enough_for_print(self):
+        rows = [row.split() for row in out_of("pdfimages", "-list", PDF).splitlines()[2:]]
+        pictures = [row for row in rows if row[2] == "image"]
+        named = sum(len(re.findall(r"^!\[", text, re.M)) for text in chapters().values())
+        self.assertGreaterEqual(named, 6)
+        self.assertEqual(len(pictures), named + 1)  # the icon
+        for row in pictures:
+            self.assertGreaterEqual(min(int(row[12]), int(row[13])), 220, row)
+
+    def test_tells_every_word_of_the_texts(self):
+        pages = set(re.findall(r"\w+", out_of("pdftotext", PDF, "-")))
+        for name, text in chapters().items():
+            text = re.sub(r"\]\([^)]*\)", "]", re.sub(r"^```\w+$", "```", text, flags=re.M))
+            missing = {word for word in re.findall(r"\w+", text) if word not in pages}
+            # Long paths are broken over lines.
+            missing = {word for word in missing if not any(word.startswith(each) for each in pages if len(each) > 3)}
+            self.assertEqual(missing, set(), name)
+
+    def test_has_an_outline_and_links_that_lead_to_pages(self):
+        # pdftohtml names what lies in pages by their numbers.
+        with tempfile.TemporaryDirectory() as folder:
+            out_of("pdftohtml", "-i", "-q", "-xml", PDF, pathlib.Path(folder, "manual"))
+            xml = pathlib.Path(folder, "manual.xml").read_text(encoding="utf-8")
+        wanted = sum(len(headings(text, deepest=2)) for text in chapters().values())
+        self.assertEqual(len(re.findall(r'<item page="\d+">', xml)), wanted)
+        inside = sum(len(re.findall(r"\]\([^)]*\.md[^)]*\)", text)) for text in chapters().values())
+        self.assertGreaterEqual(len(re.findall(r'<a href="[^"]*#\d+">', xml)), wanted + inside)
+        self.assertNotRegex(xml, r'href="#')
+
+    def test_says_nothing_of_the_machine_that_made_it(self):
+        text = out_of("pdftotext", PDF, "-") + out_of("strings", PDF) if shutil.which("strings") else out_of("pdftotext", PDF, "-")
+        self.assertNotIn(str(ROOT) + "/", text)
+        self.assertNotIn(str(MOVIES), text)
+
+    def test_is_the_same_bytes_again_when_the_date_is_given(self):
+        with tempfile.TemporaryDirectory() as folder:
+            made = []
+            for _ in range(2):
+                done, target = make_pdf(TEXTS, folder, SOURCE_DATE_EPOCH="1700000000")
+                self.assertEqual(done.returncode, 0, done.stderr)
+                made.append(target.read_bytes())
+            self.assertEqual(made[0], made[1])
+            self.assertIn("2023", out_of("pdfinfo", target))
+
+    def refuses(self, text, complaint):
+        with tempfile.TemporaryDirectory() as folder:
+            pathlib.Path(folder, "a.md").write_text(text, encoding="utf-8")
+            done, target = make_pdf(folder, folder)
+            self.assertEqual(done.returncode, 1)
+            self.assertIn(complaint, done.stderr)
+            self.assertFalse(target.exists())
+
+    def test_is_not_made_with_a_link_that_leads_nowhere(self):
+        self.refuses("# One\n\nSee [two](a.md#two).\n", "A link leads nowhere: a.md#two")
+        self.refuses("# One\n\nSee [two](b.md).\n", "A link leads nowhere: b.md")
+
+    def test_is_not_made_with_a_picture_missing(self):
+        self.refuses("# One\n\n![Two](pictures/none.png)\n", "there is no picture pictures/none.png")
+
+    def test_is_not_made_of_nothing(self):
+        with tempfile.TemporaryDirectory() as folder:
+            done, _ = make_pdf(folder, folder)
+            self.assertEqual(done.returncode, 1)
+
+
+class Contents(unittest.TestCase):
+    """What the program says has its place in the manual."""
+
+    def test_links_name_headings_that_are_there(self):
+        texts = chapters()
+        known = {name + "#" + anchor(title) for name, text in texts.items() for title in headings(text)} | set(texts)
+        for name, text in texts.items():
+            for target in re.findall(r"\]\(([^)]*)\)", text):
+                if not target.startswith("pictures/"):
+                    self.assertIn(name + target if target.startswith("#") else target, known)
+
+    def test_explains_every_line_of_the_report(self):
+        source = (ROOT / "check/GammaCheck.cpp").read_text(encoding="utf-8")
+        source = re.sub(r"QVLog::\w+\(.*?;", "", source, flags=re.S)
+        lines = ["".join(re.findall(r'"((?:[^"\\]|\\.)*)"', literals))
+                 for literals in re.findall(r'QStringLiteral\(((?:\s*"(?:[^"\\]|\\.)*")+)\)', source)]
+        # Chosen within the margin, and never shown.
+        lines = [line for line in lines if line and line != " (within margin of error)"]
+        self.assertGreaterEqual(len(lines), 25)
+        report = flat(chapters()["04-report.md"])
+        for line in lines:
+            pattern = re.escape(flat(line.replace("\\n", " "))).replace(re.escape("%0.2f"), r"\d\.\d\d")
+            self.assertRegex(report, pattern)
+
+    def test_explains_what_is_said_of_a_dark_frame(self):
+        header = (ROOT / "check/GammaCheck.h").read_text(encoding="utf-8")
+        texts = re.findall(r"tooDark\w+Text\s*=\s*QStringLiteral\(([^;]*)\);", header)
+        self.assertEqual(len(texts), 2)
+        for text in texts:
+            self.assertIn(flat("".join(re.findall(r'"([^"]*)"', text))), flat(chapters()["04-report.md"]))
+
+    def window_lines(self, kind):
+        lines = (PICTURES / "window.txt").read_text(encoding="utf-8").splitlines()
+        return [line.split("\t")[1:] for line in lines if line.startswith(kind + "\t")]
+
+    def rows(self, heading):
+        text = chapters()["03-window.md"].split("\n## " + heading + "\n")[1].split("\n## ")[0]
+        return [[cell.strip() for cell in row.strip("|").split("|")] for row in re.findall(r"^\|.*\|$", text, re.M)]
+
+    def test_names_every_item_of_every_menu(self):
+        found = self.window_lines("menu")
+        self.assertGreaterEqual(len(found), 25)
+        menu, named = None, set()
+        for left, right in self.rows("Menus"):
+            menu = left if right == "" else menu
+            named |= {(menu, each.strip()) for each in left.split(",")}
+        self.assertEqual({(menu, item) for menu, item in found} - named, set())
+
+    def test_names_every_key(self):
+        found = self.window_lines("keys")
+        self.assertGreaterEqual(len(found), 25)
+        spoken = {",": "comma", ".": "full stop"}
+        told = {}
+        for keys, what in self.rows("Keys"):
+            names = [each.strip() for each in re.split(r",(?= )", keys)]
+            meanings = [each.strip() for each in what.split(", ")]
+            for i, name in enumerate(names):
+                told[name] = meanings[i] if len(meanings) == len(names) else what
+        for keys, what in found:
+            for key in keys.split(" "):
+                self.assertEqual(told.get(spoken.get(key, key)), what, key)
+
+    def test_names_every_command_and_every_option(self):
+        text = chapters()["07-command.md"]
+        commands = re.findall(r"^  (\w+)  ", out_of(LUMACHECK, "--help").split("Subcommands:")[1], re.M)
+        self.assertGreaterEqual(len(commands), 3)
+        for command in [""] + commands:
+            self.assertIn(f"lumacheck {command}".strip(), text)
+            part = text.split(f"\n## {command}\n")[1].split("\n## ")[0] if command else text
+            options = re.findall(r"^\s+(?:-\w,)?(--[\w-]+)", out_of(LUMACHECK, *filter(None, [command]), "--help"), re.M)
+            for option in options:
+                self.assertIn(option, text if option in ("--help", "--version") else part, command)
+
+    def test_names_every_exit_status(self):
+        said = out_of(LUMACHECK, "check", "--help").split("Exit status:")[1]
+        for status in re.findall(r"(?<![\w.])(\d+) [a-z]", said):
+            self.assertRegex(chapters()["07-command.md"], rf"(?m)^\| {status} \|")
+
+    def test_names_every_member_of_the_json(self):
+        done = run(LUMACHECK, "check", MOVIES / "source.mov", MOVIES / "export.mov", "--json")
+        self.assertEqual(done.returncode, 1, done.stderr)
+        text = chapters()["07-command.md"].split("\n## JSON\n")[1]
+        members = json.loads(done.stdout)
+        for name in [*members, *members["source"], *members["metadata"], *members["pixels"], *members["report"][0]]:
+            self.assertIn(f"`{name}`", text)
+
+    def test_explains_the_alerts_of_the_logs(self):
+        source = (ROOT / "SharedFiles/QVTroubleshootingUtils.cpp").read_text(encoding="utf-8")
+        text = flat(chapters()["09-troubleshooting.md"])
+        said = {part for call in re.findall(r'(?:tell|viewLog)\((.*?)\);', source, re.S)
+                for part in re.findall(r'"([A-Z][^"]*)"', call)}
+        self.assertGreaterEqual(len(said), 9)
+        for each in said:
+            self.assertIn(each, text)
+
+
+class Refusals(unittest.TestCase):
+    """Every reason not to save has an entry."""
+
+    UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "ReplacementFile",
+             "ExternalMedia", "../Movie"]
+    # What was being done when it happened, and beginnings that every reason has.
+    OTHER = ["looking at the file", "reading the file", "writing the file", "bringing the file onto the disk",
+             "setting the length of the file", "setting the time of modification", "Cannot save the movie: "]
+
+    def reasons(self):
+        for unit in self.UNITS:
+            source = (ROOT / f"movie/quicktime/{unit}.cpp").read_text(encoding="utf-8")
+            source = re.sub(r"^\s*(//|#).*$", "", source, flags=re.M)
+            for literal in re.findall(r'"((?:[^"\\\n]|\\.)*)"', re.sub(r'"\s*\n\s*"', "", source)):
+                text = literal.replace('\\"', '"')
+                if len(text.split()) > 2 and text not in self.OTHER:
+                    yield unit, text
+
+    def test_every_reason_is_explained(self):
+        text = flat(chapters()["06-sync-and-save.md"] + chapters()["09-troubleshooting.md"])
+        found = list(self.reasons())
+        self.assertGreaterEqual(len(found), 45)
+        missing = [(unit, reason) for unit, reason in found if flat(reason).strip(' ".:,') not in text]
+        self.assertEqual(missing, [])
+
+    def test_what_the_command_says_of_a_save_is_explained(self):
+        with tempfile.TemporaryDirectory() as folder:
+            shutil.copy(MOVIES / "export.mov", folder)
+            done = run(LUMACHECK, "sync", MOVIES / "source.mov", "export.mov", "--save-as", "export.mov", cwd=folder)
+            self.assertEqual(done.returncode, 2)
+            reason = done.stderr.split(": ", 2)[2].strip()
+            self.assertIn(reason, flat(chapters()["06-sync-and-save.md"]))
+
+
+class Examples(unittest.TestCase):
+    """What the manual tells to type works, and gives what it says."""
+
+    def blocks(self, beginning):
+        found = [block for text in chapters().values() for block in code_blocks(text) if block.startswith(beginning)]
+        self.assertTrue(found, beginning)
+        return found
+
+    def test_the_outputs_shown_are_what_comes(self):
+        for block in self.blocks("$ lumacheck"):
+            command, shown = block.split("\n", 1)
+            with tempfile.TemporaryDirectory() as folder:
+                for movie in ("source.mov", "export.mov"):
+                    shutil.copy(MOVIES / movie, folder)
+                done = run(LUMACHECK, *command.split()[2:], cwd=folder)
+            self.assertEqual(done.returncode, 0, command + done.stderr)
+            self.assertEqual(done.stdout, shown)
+
+    def test_the_commands_of_the_quick_start_are_understood(self):
+        with tempfile.TemporaryDirectory() as folder:
+            for movie in ("source.mov", "export.mov"):
+                shutil.copy(MOVIES / movie, folder)
+            for block in self.blocks("lumacheck check") + self.blocks("lumacheck sync"):
+                arguments = ["1" if each == "12.5" else each for each in block.split()[1:]]  # the movies last 2 s
+                self.assertLess(run(LUMACHECK, *arguments, cwd=folder).returncode, 2, block)
+
+    def test_the_example_of_the_report_is_what_the_pictures_show(self):
+        done = run(LUMACHECK, "check", MOVIES / "source.mov", MOVIES / "export.mov", "--at", "1")
+        self.assertIn("Gamma shift: 1.25 (darker)", done.stdout)
+        self.assertIn("Source gamma metadata: 2.20", done.stdout)
+        self.assertIn("Destination gamma metadata: 1.80", done.stdout)
+
+    def make_source(self, folder, name, pixels, codec):
+        tags = "-color_primaries bt709 -color_trc bt709 -colorspace bt709"
+        gamma = "-movflags +write_colr+write_gama -mov_gamma 2.2"
+        out_of("ffmpeg", *f"-v error -i {MOVIES}/source.mov -frames:v 3 -s 640x360 -pix_fmt {pixels} -c:v {codec} {tags} {gamma} {name}".split(),
+               cwd=folder)
+
+    def test_the_ffmpeg_commands_work_and_keep_the_pixels(self):
+        with tempfile.TemporaryDirectory() as folder:
+            self.make_source(folder, "source.mov", "yuv422p10", "prores_ks")
+            self.make_source(folder, "sd.mov", "yuv422p10", "prores_ks")
+            self.make_source(folder, "graphics.mov", "rgb24", "png")
+            for block in self.blocks("ffmpeg"):
+                words = block.split()
+                out_of("ffmpeg", "-y", "-v", "error", *words[1:], cwd=folder)
+                done = run(LUMACHECK, "check", words[words.index("-i") + 1], words[-1], "--json", cwd=folder)
+                self.assertEqual(json.loads(done.stdout)["pixels"]["shift"], "none", block + done.stdout)
+                if "-mov_gamma" in words:
+                    self.assertEqual(done.returncode, 0, block)
+
+    def test_the_scripts_work(self):
+        check_all, mend = self.blocks("#!/bin/sh")[0], self.blocks("shift=")[0]
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder)
+            for name in ("sources", "exports", "bin"):
+                (path / name).mkdir()
+            shutil.copy(MOVIES / "source.mov", path / "sources/a.mov")
+            shutil.copy(MOVIES / "export.mov", path / "exports/a.mov")
+            (path / "bin/lumacheck").symlink_to(LUMACHECK)
+            (path / "check-exports").write_text(check_all.replace("10 60 120", "0 1"))
+            environment = {**os.environ, "PATH": f"{path}/bin:{os.environ['PATH']}"}
+            done = run("sh", "check-exports", "sources", "exports", cwd=folder, env=environment)
+            self.assertEqual(done.returncode, 1, done.stderr)
+            self.assertEqual(done.stdout.count("exports/a.mov: 1.25"), 2, done.stdout)
+            self.assertEqual(done.stdout.count("tags differ"), 2)
+            shutil.copy(MOVIES / "source.mov", path / "exports/b.mov")
+            assignments = "source=sources/a.mov; export=exports/b.mov\n"
+            self.assertIn("Nothing to change", out_of("sh", "-c", assignments + mend, cwd=folder, env=environment))
+
+
+if __name__ == "__main__":
+    unittest.main()
