@@ -39,6 +39,14 @@ int widest(const QFontMetrics& metrics, std::initializer_list<QString> words) {
   return width;
 }
 
+/// Styles leave a long text hardly any room at its sides.
+QPushButton* button(const QString& text) {
+  auto* const made = new QPushButton(text);
+  const int roomy = made->fontMetrics().horizontalAdvance(text) + 3 * spacing;
+  made->setMinimumWidth(std::max(made->sizeHint().width(), roomy));
+  return made;
+}
+
 QLineEdit* timecodeField(const QString& name) {
   auto* const field = new QLineEdit;
   field->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
@@ -77,7 +85,7 @@ SideInterface MainInterface::makeSide(const SideTexts& texts, QVMovieView* movie
   side.filenameText = new PathField;
   side.filenameText->setAccessibleName(tr("%1: path").arg(name));
   side.filenameText->setPlaceholderText(texts.pathHint);
-  side.browseBtn = new QPushButton(tr("Browse…"));
+  side.browseBtn = button(tr("Browse…"));
   side.browseBtn->setAccessibleName(tr("%1: browse").arg(name));
   side.movieView = movieView;
   side.movieView->setAccessibleName(tr("%1: movie").arg(name));
@@ -112,7 +120,7 @@ QWidget* MainInterface::linkColumn() {
   linkBtn = new QCheckBox;
   linkBtn->setAccessibleName(tr("Link the playheads"));
   linkBtn->setToolTip(tr("Movies of the same length move together"));
-  swapBtn = new QPushButton(tr("Swap"));
+  swapBtn = button(tr("Swap"));
   swapBtn->setAccessibleName(tr("Swap source and destination"));
   swapBtn->setToolTip(tr("Source becomes destination, and the other way round"));
   auto* const panel = new QWidget;
@@ -127,14 +135,14 @@ QWidget* MainInterface::linkColumn() {
 }
 
 QWidget* MainInterface::bottomPanel() {
-  checkBtn = new QPushButton(tr("Check"));
+  checkBtn = button(tr("Check"));
   window_->setDefaultButton(checkBtn);
-  syncBtn = new QPushButton(tr("Sync Metadata"));
+  syncBtn = button(tr("Sync Metadata"));
   //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
   syncBtn->setToolTip(tr("Copies the source's colour metadata onto the destination"));
-  saveBtn = new QPushButton(tr("Save"));
+  saveBtn = button(tr("Save"));
   saveBtn->setToolTip(tr("Saves the destination's metadata in place"));
-  saveAsBtn = new QPushButton(tr("Save As…"));
+  saveAsBtn = button(tr("Save As…"));
   saveAsBtn->setToolTip(tr("Saves the destination as a self-contained copy"));
   resultsView = new ResultsView;
   resultsView->setAccessibleName(tr("Results"));
@@ -142,7 +150,6 @@ QWidget* MainInterface::bottomPanel() {
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
   row->setSpacing(spacing);
-  syncBtn->setMinimumWidth(syncBtn->sizeHint().width() + 2 * spacing);
   row->addWidget(checkBtn);
   row->addWidget(syncBtn);
   row->addStretch();

@@ -72,7 +72,22 @@ class Texts : public WindowFixture {
     return names;
   }
 
+  /// Looks at the sheet that comes up, before and after its Cancel is clicked.
+  void cancelSheet() {
+    watch_.callOnTimeout([this] {
+      const auto* const sheet = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+      if (sheet == nullptr || sheets_ > 0) return;
+      ++sheets_;
+      expectAllTranslatable();
+      sheet->findChild<QPushButton*>()->click();
+      expectAllTranslatable();
+    });
+    watch_.start(10);
+  }
+
   Bracketing bracketing_;
+  QTimer watch_;
+  int sheets_ = 0;
 };
 
 TEST_F(Texts, OfTheWindowCanBeTranslated) {
@@ -105,27 +120,25 @@ TEST_F(Texts, OfTheFilePanelsCanBeTranslated) {
   }
 }
 
-TEST_F(Texts, OfTheSheetsCanBeTranslated) {
+TEST_F(Texts, OfTheSavingSheetCanBeTranslated) {
   load(plainMovie(), retaggedMovie());
-  int seen = 0;
-  QTimer watch;
-  watch.callOnTimeout([&] {
-    const auto* const sheet = qobject_cast<QDialog*>(QApplication::activeModalWidget());
-    if (sheet == nullptr || seen > 0) return;
-    ++seen;
-    expectAllTranslatable();
-    sheet->findChild<QPushButton*>()->click();
-    EXPECT_THAT(sheet->findChild<QLabel*>()->text().toStdString(), testing::HasSubstr("⟦"));
-    expectAllTranslatable();
-  });
-  watch.start(10);
   const CopyWriter slow = [](movie::Movie& /*movie*/, const std::string& /*path*/,
                              const movie::CopyProgress& progress) -> movie::Result<void> {
     while (progress(1, 2)) std::this_thread::sleep_for(std::chrono::milliseconds(2));
     return {};
   };
+  cancelSheet();
   ASSERT_TRUE(writeFlattened(*controller().destQTMov(), home_.filePath("copy.mov"), interface().window(), slow));
-  EXPECT_EQ(seen, 1);
+  EXPECT_EQ(sheets_, 1);
+}
+
+TEST_F(Texts, OfTheGatheringSheetCanBeTranslated) {
+  const auto work = [](const std::stop_token& stop) {
+    while (!stop.stop_requested()) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  };
+  cancelSheet();
+  runUnderBusySheet(interface().window(), "1", {.work = work, .progress = [] { return QString("2"); }});
+  EXPECT_EQ(sheets_, 1);
 }
 
 TEST_F(Texts, OfAnAlertAreItsOwnButForTheControls) {

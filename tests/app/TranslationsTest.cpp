@@ -20,6 +20,7 @@
 
 #include <gmock/gmock.h>
 
+#include "SharedFiles/PropertyList.h"
 #include "app/KeyTable.h"
 #include "app/ResultsView.h"
 #include "app/Translations.h"
@@ -238,10 +239,10 @@ TEST_F(German, IsSpokenOfAFrameThatCannotBeHad) {
             "Dieses Bild kann nicht gezeigt werden: die Samples überlappen sich");
 }
 
-/// The program takes its language from its surroundings: it keeps the file of a translation mapped.
+/// The program in the surroundings of a user who speaks another language.
 class TranslatedProgram : public testing::Test {
  protected:
-  QByteArray mappedFiles(const QStringList& languageVariables) {
+  void start(const QStringList& languageVariables) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name :
          {"LANG", "LANGUAGE", "LC_ALL", "LC_MESSAGES", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
@@ -253,38 +254,48 @@ class TranslatedProgram : public testing::Test {
     for (const QString& variable : languageVariables) {
       environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
     }
-    QProcess program;
-    program.setProcessEnvironment(environment);
-    program.start(LUMACHECK_WINDOW, {});
-    EXPECT_TRUE(program.waitForStarted());
-    // Its home is written into once the window is there.
-    const QString defaults = home_.filePath(".local/share/quorvane/Preferences/com.quorvane.Lumacheck.plist");
-    EXPECT_TRUE(QTest::qWaitFor([&] { return QFile::exists(defaults); }, 20000));
-    QByteArray maps;
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] {
-          QFile file(QStringLiteral("/proc/%1/maps").arg(program.processId()));
-          maps = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-          return maps.contains("libQt6Widgets");
-        },
-        20000));
-    program.terminate();
-    EXPECT_TRUE(program.waitForFinished(20000));
-    QFile::remove(defaults);
-    return maps;
+    program_.setProcessEnvironment(environment);
+    program_.start(LUMACHECK_WINDOW, {});
+    ASSERT_TRUE(program_.waitForStarted());
+    // The launch is recorded once the translation is in place.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return stored().contains("launchCount"); }, 20000));
   }
+  QVariantMap stored() const { return PropertyList::readDictionary(defaults_).value_or(QVariantMap()); }
+  void end() {
+    program_.terminate();
+    ASSERT_TRUE(program_.waitForFinished(20000));
+    EXPECT_EQ(program_.exitCode(), 0);
+    QFile::remove(defaults_);
+  }
+  /// Translations stay mapped.
+  QByteArray mappedFiles() const {
+    QFile maps(QStringLiteral("/proc/%1/maps").arg(program_.processId()));
+    return maps.open(QIODevice::ReadOnly) ? maps.readAll() : QByteArray();
+  }
+
   const QTemporaryDir home_;
+  const QString defaults_ = home_.filePath(".local/share/quorvane/Preferences/com.quorvane.Lumacheck.plist");
+  QProcess program_;
 };
 
 TEST_F(TranslatedProgram, SpeaksTheUsersLanguage) {
-  EXPECT_TRUE(mappedFiles({"LANG=de_DE.UTF-8"}).contains("/lumacheck_de.qm"));
-  EXPECT_TRUE(mappedFiles({"LANG=fr_FR.UTF-8", "LANGUAGE=fr:de"}).contains("/lumacheck_de.qm"));
-  for (const QStringList& english : {QStringList{},
-                                     {"LC_ALL=C"},
-                                     {"LANG=en_GB.UTF-8"},
-                                     {"LANG=xx_YY.UTF-8"},
-                                     {"LANG=en_US.UTF-8", "LANGUAGE=en:de"}}) {
-    EXPECT_FALSE(mappedFiles(english).contains("/lumacheck_de.qm")) << english.join(' ').toStdString();
+  struct Row {
+    QStringList variables;
+    bool isGerman;
+  };
+  const Row rows[] = {{{"LANG=de_DE.UTF-8"}, true},
+                      {{"LANG=fr_FR.UTF-8", "LANGUAGE=fr:de"}, true},
+                      {{}, false},
+                      {{"LC_ALL=C"}, false},
+                      {{"LANG=en_GB.UTF-8"}, false},
+                      {{"LANG=xx_YY.UTF-8"}, false},
+                      {{"LANG=en_US.UTF-8", "LANGUAGE=en:de"}, false}};
+  for (const Row& row : rows) {
+    start(row.variables);
+    const QByteArray maps = mappedFiles();
+    EXPECT_TRUE(maps.contains("libQt6Widgets"));
+    EXPECT_EQ(maps.contains("/lumacheck_de.qm"), row.isGerman) << row.variables.join(' ').toStdString();
+    end();
   }
 }
 
