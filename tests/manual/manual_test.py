@@ -187,10 +187,7 @@ class Contents(unittest.TestCase):
     def test_names_every_item_of_every_menu(self):
         found = self.window_lines("menu")
         self.assertGreaterEqual(len(found), 25)
-        menu, named = None, set()
-        for left, right in self.rows("Menus"):
-            menu = left if right == "" else menu
-            named |= {(menu, each.strip()) for each in left.split(",")}
+        named = {(menu, each.strip()) for menu, items, _ in self.rows("Menus") for each in items.split(",")}
         self.assertEqual({(menu, item) for menu, item in found} - named, set())
 
     def test_names_every_key(self):
@@ -220,7 +217,9 @@ class Contents(unittest.TestCase):
 
     def test_names_every_exit_status(self):
         said = out_of(LUMACHECK, "check", "--help").split("Exit status:")[1]
-        for status in re.findall(r"(?<![\w.])(\d+) [a-z]", said):
+        found = set(re.findall(r"\b(\d+)\b", said))
+        self.assertGreaterEqual(len(found), 5)
+        for status in found:
             self.assertRegex(chapters()["07-command.md"], rf"(?m)^\| {status} \|")
 
     def test_names_every_member_of_the_json(self):

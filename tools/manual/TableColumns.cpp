@@ -34,11 +34,13 @@ std::vector<double> TableColumns::widths() const {
   // A very long text wishes for no more than a few lines' worth: else it would starve the others.
   constexpr double longest = 1.5;
   std::vector<double> wishes;
+  wishes.reserve(columns.size());
   for (const Column& column : columns) {
     wishes.push_back(std::max(std::min(column.ideal, width_ * longest) - column.smallest, 0.0));
   }
   const double wanted = std::accumulate(wishes.begin(), wishes.end(), 0.0);
   std::vector<double> widths;
+  widths.reserve(columns.size());
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const double share = wanted > 0 ? wishes[i] / wanted : 1 / static_cast<double>(columns.size());
     widths.push_back(columns[i].smallest + left * share);
