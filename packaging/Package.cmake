@@ -4,8 +4,8 @@ add_custom_command(OUTPUT ${pages}/changelog.gz
 set_property(GLOBAL APPEND PROPERTY LUMACHECK_PAGES ${pages}/changelog.gz)
 install(FILES ${pages}/changelog.gz debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumacheck)
 
-# Logs of the whole machine lie where logs lie; the machine's Library leads there.
-install(DIRECTORY DESTINATION /var/log/quorvane)
+# Logs of the whole machine, such as the superuser's, lie where logs lie; the machine's Library leads there.
+install(DIRECTORY DESTINATION /var/log/quorvane/Quorvane)
 install(CODE [[
   set(library "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/quorvane")
   file(MAKE_DIRECTORY "${library}")
