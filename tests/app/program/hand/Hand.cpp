@@ -11,10 +11,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLineEdit>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QMainWindow>
 #include <QTest>
+#include <QTextEdit>
 #include <QTimer>
 #include <QUrl>
 #include <array>
@@ -108,6 +110,8 @@ class Hand : public QObject {
         {"choose", [&] { return choose(rest); }},
         {"close", [] { return yesOrNo(later(mainWindow(), [] { mainWindow()->close(); })); }},
         {"key", [&] { return type(rest); }},
+        {"text", [&] { return textOf(rest); }},
+        {"report", [] { return reported(); }},
         {"checked", [&] { return isChecked(rest); }},
     };
     const auto found = words.find(word);
@@ -134,6 +138,19 @@ class Hand : public QObject {
       }
     }
     return "?";
+  }
+
+  static QByteArray textOf(const QString& field) {
+    for (const QWidget* const widget : QApplication::allWidgets()) {
+      const auto* const line = qobject_cast<const QLineEdit*>(widget);
+      if (line != nullptr && line->accessibleName().startsWith(field)) return line->text().toUtf8();
+    }
+    return "?";
+  }
+  static QByteArray reported() {
+    const QWidget* const window = mainWindow();
+    const auto* const console = window == nullptr ? nullptr : window->findChild<QTextEdit*>();
+    return console == nullptr ? "?" : console->toPlainText().replace(u'\n', u' ').toUtf8();
   }
 
   static constexpr std::array schemes{"http", "https", "file"};
