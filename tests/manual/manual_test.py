@@ -244,7 +244,7 @@ class Refusals(unittest.TestCase):
     """Every reason not to save has an entry."""
 
     UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "ReplacementFile",
-             "ExternalMedia", "../Movie"]
+             "ExternalMedia", "FlattenedLayout", "MovieMap", "ChunkTables", "MediaExtents", "FileCopying", "ReadableFile", "../Movie"]
     # What was being done when it happened, and beginnings that every reason has.
     OTHER = ["looking at the file", "reading the file", "writing the file", "bringing the file onto the disk",
              "setting the length of the file", "setting the time of modification", "Cannot save the movie: "]
@@ -306,9 +306,9 @@ class Examples(unittest.TestCase):
         self.assertIn("Source gamma metadata: 2.20", done.stdout)
         self.assertIn("Destination gamma metadata: 1.80", done.stdout)
 
-    def make_source(self, folder, name, pixels, codec):
+    def make_source(self, folder, name, pixels, codec, flags="", level=2.2):
         tags = "-color_primaries bt709 -color_trc bt709 -colorspace bt709"
-        gamma = "-movflags +write_colr+write_gama -mov_gamma 2.2"
+        gamma = f"-movflags +write_colr+write_gama{flags} -mov_gamma {level}"
         out_of("ffmpeg", *f"-v error -i {MOVIES}/source.mov -frames:v 3 -s 640x360 -pix_fmt {pixels} -c:v {codec} {tags} {gamma} {name}".split(),
                cwd=folder)
 
@@ -317,6 +317,9 @@ class Examples(unittest.TestCase):
             self.make_source(folder, "source.mov", "yuv422p10", "prores_ks")
             self.make_source(folder, "sd.mov", "yuv422p10", "prores_ks")
             self.make_source(folder, "graphics.mov", "rgb24", "png")
+            self.make_source(folder, "fragmented.mov", "yuv422p10", "prores_ks", "+frag_keyframe+empty_moov", 1.8)
+            refused = run(LUMACHECK, "sync", "source.mov", "fragmented.mov", cwd=folder)
+            self.assertIn("the movie is fragmented", refused.stderr)
             for block in self.blocks("ffmpeg"):
                 words = block.split()
                 out_of("ffmpeg", "-y", "-v", "error", *words[1:], cwd=folder)
@@ -324,6 +327,8 @@ class Examples(unittest.TestCase):
                 self.assertEqual(json.loads(done.stdout)["pixels"]["shift"], "none", block + done.stdout)
                 if "-mov_gamma" in words:
                     self.assertEqual(done.returncode, 0, block)
+                if "copy" in words:
+                    self.assertIn("Saved", out_of(LUMACHECK, "sync", "source.mov", words[-1], cwd=folder))
 
     def test_the_scripts_work(self):
         check_all, mend = self.blocks("#!/bin/sh")[0], self.blocks("shift=")[0]
