@@ -1,9 +1,13 @@
 #include "app/SingleInstance.h"
 
+#include <QDeadlineTimer>
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalSocket>
+#include <QLockFile>
 #include <QStandardPaths>
+#include <QThread>
 #include <cstdio>
 
 #include <unistd.h>
@@ -13,6 +17,7 @@
 namespace {
 
 constexpr int patience = 3000;  // ms that a running window has to answer
+constexpr int turn = 5;         // ms between two looks
 constexpr qint64 largestMessage = 1 << 20;
 constexpr char received = 'R';
 
@@ -41,19 +46,31 @@ QString SingleInstance::standardName() {
 }
 
 bool SingleInstance::handOver(const QStringList& files) {
-  QLocalSocket socket;
-  socket.connectToServer(name_);
-  if (socket.waitForConnected(patience)) {
-    socket.write(messageOf(files));
-    socket.flush();
-    const bool answered =
-        (socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received);
-    // One that is busy opens them when it is done.
-    if (!answered) std::fputs("Lumacheck is running already, and busy: it will open the movies later.\n", stderr);
-    return true;
-  }
+  if (told(files)) return true;
+  // Of those that start at the same time one looks and listens before the next looks again. Without the lock they may
+  // miss each other.
+  QLockFile lock(QDir(QDir::tempPath()).absoluteFilePath(name_) + QStringLiteral(".lock"));
+  const QDeadlineTimer end(patience);
+  while (!lock.tryLock(0) && lock.error() == QLockFile::LockFailedError && !end.hasExpired()) QThread::msleep(turn);
+  if (told(files)) return true;
   listen();
   return false;
+}
+
+/// Whether there is a window, and it has the paths.
+bool SingleInstance::told(const QStringList& files) const {
+  QLocalSocket socket;
+  socket.connectToServer(name_);
+  if (!socket.waitForConnected(patience)) return false;
+  socket.write(messageOf(files));
+  socket.flush();
+  if ((socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received)) {
+    return true;
+  }
+  if (socket.state() != QLocalSocket::ConnectedState) return false;  // it was about to go
+  // One that is busy opens them when it is done.
+  std::fputs("Lumacheck is running already, and busy: it will open the movies later.\n", stderr);
+  return true;
 }
 
 void SingleInstance::listen() {

@@ -13,7 +13,8 @@ class SingleInstance : public QObject {
   /// `name` tells the meeting points of different users and programs apart.
   explicit SingleInstance(const QString& name, QObject* parent = nullptr);
 
-  /// Hands the paths to the window that runs. False when there is none: then this one listens from now on.
+  /// Hands the paths to the window that runs. False when there is none, or it went without an answer: then this one
+  /// listens from now on. Of several starts at the same time one listens.
   bool handOver(const QStringList& files);
 
   /// The name for this user.
@@ -24,6 +25,7 @@ class SingleInstance : public QObject {
   void filesOpened(const QStringList& files);
 
  private:
+  bool told(const QStringList& files) const;
   void listen();
   void serve();
 

@@ -1,8 +1,15 @@
+#include <QEventLoop>
 #include <QFileInfo>
+#include <QLocalServer>
 #include <QLocalSocket>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
+#include <atomic>
+#include <barrier>
+#include <memory>
 #include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -72,6 +79,51 @@ TEST(FirstStart, TakesThePlaceOfOneThatCrashed) {
   QLocalSocket socket;
   socket.connectToServer(name);
   EXPECT_TRUE(socket.waitForConnected(1000));
+}
+
+TEST(FirstStart, IsOneOfThoseThatRace) {
+  QTemporaryDir folder;
+  for (int round = 0; round < 40; ++round) {
+    const QString name = folder.filePath(QString::number(round));
+    if (round % 2 == 1) {
+      QFile left(name);  // by one that crashed
+      ASSERT_TRUE(left.open(QIODevice::WriteOnly));
+    }
+    constexpr int starts = 4;
+    std::barrier together(starts);
+    std::atomic<int> handedOver = 0, windows = 0;
+    std::vector<std::unique_ptr<QThread>> threads;
+    for (int i = 0; i < starts; ++i) {
+      threads.emplace_back(QThread::create([&] {
+        SingleInstance start(name);
+        together.arrive_and_wait();
+        ++(start.handOver({}) ? handedOver : windows);
+        QEventLoop loop;  // the window answers
+        while (handedOver + windows < starts) loop.processEvents(QEventLoop::AllEvents, 5);
+      }));
+      threads.back()->start();
+    }
+    for (const auto& thread : threads) thread->wait();
+    ASSERT_EQ(windows, 1) << "round " << round;
+  }
+}
+
+TEST(FirstStart, IsTheNextWhereTheWindowGoesWithoutAnAnswer) {
+  QTemporaryDir folder;
+  const QString name = folder.filePath("meeting");
+  QLocalServer going;
+  ASSERT_TRUE(going.listen(name));
+  std::atomic<int> answer = -1;
+  const std::unique_ptr<QThread> second(QThread::create([&] {
+    SingleInstance start(name);
+    answer = start.handOver({"/a.mov"}) ? 1 : 0;
+  }));
+  second->start();
+  ASSERT_TRUE(going.waitForNewConnection(5000));
+  delete going.nextPendingConnection();
+  going.close();
+  second->wait();
+  EXPECT_EQ(answer, 0);
 }
 
 }  // namespace

@@ -67,20 +67,4 @@ TEST_F(RacingStarts, MakeOneWindow) {
   }
 }
 
-TEST_F(RacingStarts, BeginAnewWhereTheWindowIsAboutToGo) {
-  for (int round = 0; round < 5; ++round) {
-    race(1);
-    ASSERT_TRUE(waitUntil([&] { return launches() == 2 * round + 1; }));
-    ::kill(static_cast<pid_t>(starts_[0]->processId()), SIGTERM);
-    const auto first = std::move(starts_[0]);
-    race(1);
-    EXPECT_TRUE(first->waitForFinished(20000));
-    // Either the first still took it, or the second is the window now.
-    EXPECT_TRUE(waitUntil([&] { return launches() == 2 * round + 2 && runningCount() == 1; })) << round;
-    ::kill(static_cast<pid_t>(starts_[0]->processId()), SIGTERM);
-    EXPECT_TRUE(starts_[0]->waitForFinished(20000));
-    if (HasFailure()) return;
-  }
-}
-
 }  // namespace
