@@ -110,9 +110,10 @@ class Document(unittest.TestCase):
         self.assertNotRegex(xml, r'href="#')
 
     def test_says_nothing_of_the_machine_that_made_it(self):
-        text = out_of("pdftotext", PDF, "-") + out_of("strings", PDF) if shutil.which("strings") else out_of("pdftotext", PDF, "-")
-        self.assertNotIn(str(ROOT) + "/", text)
-        self.assertNotIn(str(MOVIES), text)
+        words = out_of("pdftotext", PDF, "-")
+        for secret in (str(ROOT) + "/", str(MOVIES), os.uname().nodename + "."):
+            self.assertNotIn(secret, words)
+            self.assertNotIn(secret.encode(), PDF.read_bytes())
 
     def test_is_the_same_bytes_again_when_the_date_is_given(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -211,7 +212,9 @@ class Contents(unittest.TestCase):
         for command in [""] + commands:
             self.assertIn(f"lumacheck {command}".strip(), text)
             part = text.split(f"\n## {command}\n")[1].split("\n## ")[0] if command else text
-            options = re.findall(r"^\s+(?:-\w,)?(--[\w-]+)", out_of(LUMACHECK, *filter(None, [command]), "--help"), re.M)
+            said = out_of(LUMACHECK, *filter(None, [command]), "--help")
+            options = re.findall(r"^\s+(?:-\w,)?(--[\w-]+)", said, re.M)
+            self.assertGreaterEqual(len(options), 2)
             for option in options:
                 self.assertIn(option, text if option in ("--help", "--version") else part, command)
 
@@ -243,8 +246,9 @@ class Contents(unittest.TestCase):
 class Refusals(unittest.TestCase):
     """Every reason not to save has an entry."""
 
-    UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "ReplacementFile",
-             "ExternalMedia", "FlattenedLayout", "MovieMap", "ChunkTables", "MediaExtents", "FileCopying", "ReadableFile", "../Movie"]
+    UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "FlattenedLayout",
+             "ReplacementFile", "ExternalMedia", "MovieMap", "ChunkTables", "MediaExtents", "FileCopying", "ReadableFile",
+             "../Movie"]
     # What was being done when it happened, and beginnings that every reason has.
     OTHER = ["looking at the file", "reading the file", "writing the file", "bringing the file onto the disk",
              "setting the length of the file", "setting the time of modification", "Cannot save the movie: "]
@@ -309,8 +313,8 @@ class Examples(unittest.TestCase):
     def make_source(self, folder, name, pixels, codec, flags="", level=2.2):
         tags = "-color_primaries bt709 -color_trc bt709 -colorspace bt709"
         gamma = f"-movflags +write_colr+write_gama{flags} -mov_gamma {level}"
-        out_of("ffmpeg", *f"-v error -i {MOVIES}/source.mov -frames:v 3 -s 640x360 -pix_fmt {pixels} -c:v {codec} {tags} {gamma} {name}".split(),
-               cwd=folder)
+        pictures = f"-frames:v 3 -s 640x360 -pix_fmt {pixels} -c:v {codec}"
+        out_of("ffmpeg", "-v", "error", "-i", MOVIES / "source.mov", *f"{pictures} {tags} {gamma} {name}".split(), cwd=folder)
 
     def test_the_ffmpeg_commands_work_and_keep_the_pixels(self):
         with tempfile.TemporaryDirectory() as folder:
