@@ -76,7 +76,7 @@ QString MovieReasons::clauseOf(const QString& reason) {
     if (!match.hasMatch()) continue;
     QStringList parts;
     for (const QString& part : match.capturedTexts().mid(1)) parts << clauseOf(part);
-    const QString text = tr(clause.text);
+    QString text = tr(clause.text);
     if (parts.isEmpty()) return text;
     return parts.size() == 1 ? text.arg(parts[0]) : text.arg(parts[0], parts[1]);
   }

@@ -17,10 +17,14 @@
 #include <QTest>
 #include <QToolButton>
 #include <QXmlStreamReader>
+#include <chrono>
+#include <thread>
 
 #include <gmock/gmock.h>
 
 #include "SharedFiles/PropertyList.h"
+#include "app/BusySheet.h"
+#include "app/FlattenedSave.h"
 #include "app/KeyTable.h"
 #include "app/ResultsView.h"
 #include "app/Translations.h"
@@ -231,6 +235,41 @@ TEST_F(German, LeavesTheReportAndTheAlertsAsTheyAre) {
   EXPECT_THAT(alerts, ElementsAre());
   choose("sync");
   EXPECT_THAT(alerts, ElementsAre("Metadata sync complete", "Please check the destination preview and save the file."));
+}
+
+TEST_F(German, IsSpokenByTheSheets) {
+  load(plainMovie(), retaggedMovie());
+  QStringList said;
+  QTimer watch;
+  watch.callOnTimeout([&] {
+    const auto* const sheet = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (sheet == nullptr || !sheet->findChild<QPushButton*>()->isEnabled()) return;
+    expectRoom(*sheet);
+    said << sheet->findChild<QLabel*>()->text() << sheet->findChild<QPushButton*>()->text();
+    sheet->findChild<QPushButton*>()->click();
+    for (const QLabel* label : sheet->findChildren<QLabel*>()) said << label->text();
+  });
+  watch.start(10);
+  const CopyWriter slow = [](movie::Movie& /*movie*/, const std::string& /*path*/,
+                             const movie::CopyProgress& progress) -> movie::Result<void> {
+    while (progress(1, 2)) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+    return {};
+  };
+  ASSERT_TRUE(writeFlattened(*controller().destQTMov(), home_.filePath("copy.mov"), interface().window(), slow));
+  EXPECT_THAT(said, ElementsAre("copy.mov wird gespeichert\u00a0…", "Abbrechen", "Wird abgebrochen\u00a0…"));
+  said.clear();
+  const auto work = [](const std::stop_token& stop) {
+    while (!stop.stop_requested()) std::this_thread::sleep_for(std::chrono::milliseconds(2));
+  };
+  runUnderBusySheet(interface().window(), "1", {.work = work, .progress = [] { return QString("2"); }});
+  EXPECT_THAT(said, ElementsAre("1", "Abbrechen", "Wird abgebrochen\u00a0…", "2"));
+}
+
+TEST_F(German, IsSpokenByTheControlsOfAnAlert) {
+  AlertPanel panel({"Source frame is too dark", "More", {}, {}, {}}, &interface().window());
+  panel.showSuppressionButton(false, [](bool) {});
+  EXPECT_EQ(panel.suppressionButton()->text(), "Diese Meldung nicht mehr anzeigen");
+  EXPECT_EQ(panel.findChild<QTextEdit*>("messageText")->accessibleName(), "Meldung");
 }
 
 TEST_F(German, IsSpokenOfAFrameThatCannotBeHad) {
