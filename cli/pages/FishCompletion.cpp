@@ -5,7 +5,8 @@ namespace cli::pages {
 namespace {
 
 constexpr auto opening =
-    R"(# What the line names before the cursor: the subcommand or "none", how many movies, and "files" after "--".
+    R"(# What the line names before the cursor: the subcommand or "none", how many movies, "files" after "--", and whether an
+# option there waits for its value.
 function __@NAME@_given
     set -l words (commandline -opc)
     set -e words[1]
@@ -26,26 +27,29 @@ function __@NAME@_given
             set movies (math $movies + 1)
         end
     end
-    printf '%s\n' $command $movies $kind
+    printf '%s\n' $command $movies $kind $taking
 end
 
 # Whether an option of that subcommand can stand here: one that none of the others, by their long names, settles.
 function __@NAME@_option -a command
     set -l given (__@NAME@_given)
     test "$given[1] $given[3]" = "$command options"; or return 1
+    set -l words (commandline -opc)
+    test $given[4] = yes; and set -e words[-1]  # it still needs to be known
     for option in $argv[2..-1]
-        string match -qr -- "^$option(=.*)?\$" (commandline -opc); and return 1
+        string match -qr -- "^$option(=.*)?\$" $words; and return 1
     end
     return 0
 end
 
 function __@NAME@_subcommand
     set -l given (__@NAME@_given)
-    test "$given" = 'none 0 options'
+    test "$given" = 'none 0 options no'
 end
 
 function __@NAME@_movie
     set -l given (__@NAME@_given)
+    test $given[4] = no; or return 1
     switch $given[1]
 )";
 

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <sstream>
 
 #include "cli/pages/Pages.h"
@@ -101,15 +102,24 @@ std::string exits(const CommandDescription& command) {
   return text;
 }
 
+char smallLetter(char letter) {
+  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+}
+
+char capital(char letter) {
+  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
+}
+
 std::string title(const CommandDescription& command, const Release& release) {
-  return ".TH " + replaced(command.name, "lumacheck", "LUMACHECK") + " 1 \"" + release.date + "\" \"Lumacheck " +
-         release.version + "\" \"User Commands\"\n";
+  std::string name = command.name;
+  std::transform(name.begin(), name.end(), name.begin(), capital);
+  return ".TH " + name + " 1 \"" + release.date + "\" \"Lumacheck " + release.version + "\" \"User Commands\"\n";
 }
 
 /// "Tells whether..." as the name section has it: small, no full stop.
 std::string name(const CommandDescription& command) {
   std::string what = command.description;
-  if (!what.empty() && what.front() >= 'A' && what.front() <= 'Z') what.front() = static_cast<char>(what.front() + 32);
+  if (!what.empty()) what.front() = smallLetter(what.front());
   return printed(command.name) + " \\- " + printed(what) + '\n';
 }
 
