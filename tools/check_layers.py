@@ -23,7 +23,8 @@ MEDIA_UNITS = {"QVQuickTime"}
 DESKTOP_UNITS = {"AlertPanel", "AnalyticsController", "DesktopWorkspace", "HttpsConnection", "LogGathering", "QVAlert", "QVQC",
                  "QVTroubleshootingUtils", "QVSoftwareUpdate"}
 PRIVILEGED = "SharedFiles/privileged/"
-PRIVILEGED_MAY_USE = {"SharedFiles/" + unit + ".h" for unit in ("BundleInfo", "FileDescriptor", "PathPlatform", "QVLocalPaths")}
+PRIVILEGED_MAY_USE = {"SharedFiles/" + unit + ".h"
+                      for unit in ("BundleInfo", "FileDescriptor", "PathPlatform", "QVLocalPaths", "SpawnSettings")}
 
 # Library headers -> the files that may include them.
 ONLY_IN = [
