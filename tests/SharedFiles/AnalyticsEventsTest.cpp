@@ -47,7 +47,8 @@ TEST_F(AnalyticsEvents, WritesWhatAStartLogs) {
 }
 
 TEST_F(AnalyticsEvents, LogsALaunchUnlessOneOfTheLastMinuteIsCached) {
-  for (const auto& [after, events] : std::vector<std::pair<qint64, int>>{{0, 1}, {59, 1}, {60, 2}, {3600, 2}}) {
+  for (const auto& [after, events] :
+       std::vector<std::pair<qint64, int>>{{0, 1}, {59, 1}, {60, 2}, {3600, 2}, {-3600, 1}}) {
     now_ = startOfTest;
     launchWith(1, true).logLoadEvent();
     controller_->willTerminate();

@@ -1,9 +1,11 @@
+#include <QElapsedTimer>
 #include <QProcess>
 #include <csignal>
 
 #include <gtest/gtest.h>
 
 #include "tests/SharedFiles/AnalyticsFixture.h"
+#include "tests/SharedFiles/HttpsServer.h"
 
 namespace {
 
@@ -25,6 +27,30 @@ TEST_F(AnalyticsKilled, LeavesAReadableCache) {
     most = read->toList().size();
   }
   EXPECT_GT(most, 4);
+}
+
+TEST_F(AnalyticsKilled, QuitsSoonWithAnUploadUnderWay) {
+  const ServerCertificate certificate = ServerCertificate::make();
+  QFile file(home_.filePath("certificate.pem"));
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write(certificate.certificate.toPem());
+  file.close();
+  using Manner = HttpsServer::Manner;
+  for (const Manner manner : {Manner::KeepsSilent, Manner::Trickles, Manner::Answers, Manner::HangsUp}) {
+    HttpsServer server(certificate);
+    server.setManner(manner);
+    QProcess program;
+    QElapsedTimer since;
+    since.start();
+    program.start(QCoreApplication::applicationFilePath(),
+                  {"--upload-and-quit", server.address().toString(), file.fileName()});
+    runUntil([&] { return program.state() == QProcess::NotRunning; });
+    EXPECT_LT(since.elapsed(), 10000);
+    EXPECT_EQ(program.exitStatus(), QProcess::NormalExit) << program.readAllStandardError().toStdString();
+    EXPECT_EQ(program.exitCode(), 0);
+    EXPECT_EQ(server.requests().size(), 1U);
+    EXPECT_EQ(PropertyList::read(cacheFile()), QVariant(QVariantList())) << "what was sent is not kept";
+  }
 }
 
 }  // namespace

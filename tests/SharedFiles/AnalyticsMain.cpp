@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "SharedFiles/HttpsConnection.h"
 #include "SharedFiles/MainThread.h"
 #include "tests/SharedFiles/AnalyticsFixture.h"
 
@@ -35,15 +36,48 @@ int recordEvents() {
   }
 }
 
+/// Posts events to an address, and quits shortly after, whatever has become of them. As in the program the controller
+/// is never destroyed.
+int uploadAndQuit(const char* address, const char* certificate) {
+  static const LinuxPathPlatform paths(::getuid(), BundleInfo::mainBundle());
+  static UserDefaults defaults(paths, analyticsBundle());
+  static NotedWorkspace workspace;
+  const MainThread mainThread;
+  const auto connect = [certificate](UrlRequest request, UrlConnectionDelegate& delegate) {
+    return HttpsConnection::start(std::move(request), delegate,
+                                  {.authorities = QSslCertificate::fromPath(QString::fromLocal8Bit(certificate))});
+  };
+  defaults.setObject(9, "launchCount");
+  defaults.setObject({}, "lastSubmission");
+  static AnalyticsController* const controller =
+      std::make_unique<AnalyticsController>(AnalyticsServices{.paths = paths,
+                                                              .defaults = defaults,
+                                                              .bundle = analyticsBundle(),
+                                                              .workspace = workspace,
+                                                              .now = [] { return QDateTime::currentDateTimeUtc(); },
+                                                              .osVersion = [] { return QStringLiteral("12.4.0"); },
+                                                              .random = [] { return 7U; },
+                                                              .makeConnection = connect,
+                                                              .endpoint = QUrl(QString::fromLocal8Bit(address)),
+                                                              .moreInfo = {}})
+          .release();
+  controller->enableQCLogging();
+  controller->setupInitialLogging();
+  constexpr int shortly = 700;
+  QTimer::singleShot(shortly, qApp, [] { QCoreApplication::quit(); });
+  return QApplication::exec();
+}
+
 }  // namespace
 
-/// Every test of the program runs in one application without a screen. As "--record-events" it is the program that the
-/// tests kill.
+/// Every test of the program runs in one application without a screen. As "--record-events" and "--upload-and-quit" it
+/// is the program that the tests look at.
 int main(int argc, char** argv) {
   qputenv("QT_QPA_PLATFORM", "offscreen");
   testing::InitGoogleTest(&argc, argv);
   const QApplication application(argc, argv);
   if (argc > 1 && std::strcmp(argv[1], "--record-events") == 0) return recordEvents();
+  if (argc > 3 && std::strcmp(argv[1], "--upload-and-quit") == 0) return uploadAndQuit(argv[2], argv[3]);
   QApplication::setQuitOnLastWindowClosed(false);
   const MainThread mainThread;
   return RUN_ALL_TESTS();

@@ -180,6 +180,61 @@ TEST_F(AnalyticsUpload, GivesUpASilentServer) {
   expectGone();
 }
 
+TEST_F(AnalyticsUpload, GivesUpAServerThatTrickles) {
+  settings_.timeOut = std::chrono::milliseconds(1500);
+  HttpsServer server(ownCertificate());
+  server.setManner(HttpsServer::Manner::Trickles);
+  upload(server.address());
+  EXPECT_THAT(log_.texts(), ElementsAre(sending_, "Connection failed - The request timed out."));
+  expectGone();
+}
+
+TEST_F(AnalyticsUpload, ThrowsAHugeAnswerAway) {
+  HttpsServer server(ownCertificate());
+  constexpr qsizetype size = qsizetype{64} << 20;
+  server.setAnswer("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(size) + "\r\n\r\n" +
+                   QByteArray(size, 'x'));
+  upload(server.address());
+  EXPECT_THAT(log_.texts(), ElementsAre(sending_));
+  expectGone();
+}
+
+TEST_F(AnalyticsUpload, TellsOfAnAnswerThatIsNone) {
+  HttpsServer server(ownCertificate());
+  for (const QByteArray& answer :
+       {QByteArray("SSH-2.0-server\r\n"), QByteArray("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nfew"),
+        "HTTP/1.1 200 OK\r\n" + QByteArray("Field: ").repeated(1 << 20)}) {
+    server.setAnswer(answer);
+    upload(server.address());
+    EXPECT_THAT(log_.texts().back(), StartsWith("Connection failed - ")) << answer.left(40).toStdString();
+    expectGone();
+  }
+}
+
+TEST_F(AnalyticsUpload, TakesTheProxyOfTheEnvironmentForATunnel) {
+  HttpsServer server(ownCertificate());
+  const TunnelProxy proxy(server.serverPort());
+  environment_.set("https_proxy", proxy.address());
+  for (const char* variable : {"no_proxy", "NO_PROXY"}) environment_.clear(variable);
+  // A name that the proxy alone may look up. The certificate is not for it, and nothing of the form goes out.
+  upload(QUrl("https://analytics.quorvane.example/appdata/qc/qc.php"));
+  EXPECT_THAT(proxy.asked(), testing::Contains("CONNECT analytics.quorvane.example:443 HTTP/1.1"));
+  EXPECT_FALSE(proxy.carried().isEmpty());
+  EXPECT_FALSE(proxy.carried().contains("form-data"));
+  EXPECT_THAT(server.requests(), IsEmpty());
+  EXPECT_THAT(log_.texts(), ElementsAre(sending_, StartsWith("Connection failed - ")));
+  expectGone();
+
+  const ServerCertificate named = ServerCertificate::make("analytics.quorvane.example");
+  settings_.authorities = {named.certificate};
+  HttpsServer trusted(named);
+  const TunnelProxy other(trusted.serverPort());
+  environment_.set("https_proxy", other.address());
+  upload(QUrl("https://analytics.quorvane.example/appdata/qc/qc.php"));
+  EXPECT_EQ(trusted.requests().size(), 1U);
+  EXPECT_FALSE(other.carried().contains("form-data"));
+}
+
 TEST_F(AnalyticsUpload, EndsSilentlyWithItsController) {
   HttpsServer server(ownCertificate());
   server.setManner(HttpsServer::Manner::KeepsSilent);

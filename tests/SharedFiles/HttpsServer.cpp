@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QSslConfiguration>
 #include <QSslSocket>
+#include <QTimer>
 #include <memory>
 #include <utility>
 
@@ -75,6 +76,43 @@ void HttpsServer::receive(QTcpSocket& socket, QByteArray& received) {
   if (speech_ == Speech::Tls && (length < 0 || received.size() < length)) return;
   requests_.push_back(received);
   received.clear();
+  if (manner_ == Manner::Trickles) return trickle(socket);
   if (manner_ == Manner::Answers) socket.write(answer_);
   if (manner_ != Manner::KeepsSilent) socket.disconnectFromHost();
+}
+
+void HttpsServer::trickle(QTcpSocket& socket) {
+  auto* const timer = new QTimer(&socket);
+  timer->callOnTimeout([this, &socket, sent = qsizetype{0}]() mutable {
+    if (sent < answer_.size()) socket.write(answer_.mid(sent++, 1));
+  });
+  timer->start(100);
+}
+
+TunnelProxy::TunnelProxy(quint16 serverPort) : serverPort_(serverPort) {
+  EXPECT_TRUE(listen(QHostAddress::LocalHost));
+  connect(this, &QTcpServer::newConnection, this, &TunnelProxy::open);
+}
+
+void TunnelProxy::open() {
+  QTcpSocket* const near = nextPendingConnection();
+  connect(near, &QIODevice::readyRead, near, [this, near] { begin(*near); });
+}
+
+void TunnelProxy::begin(QTcpSocket& near) {
+  if (!near.peek(near.bytesAvailable()).contains("\r\n\r\n")) return;
+  asked_.push_back(near.readLine().trimmed());
+  while (near.readLine() != "\r\n") {
+  }
+  near.disconnect();
+  auto* const far = new QTcpSocket(&near);
+  connect(far, &QTcpSocket::connected, &near, [&near] { near.write("HTTP/1.1 200 OK\r\n\r\n"); });
+  connect(&near, &QIODevice::readyRead, far, [this, &near, far] {
+    const QByteArray bytes = near.readAll();
+    carried_ += bytes;
+    far->write(bytes);
+  });
+  connect(far, &QIODevice::readyRead, &near, [&near, far] { near.write(far->readAll()); });
+  connect(far, &QTcpSocket::disconnected, &near, [&near] { near.disconnectFromHost(); });
+  far->connectToHost(QHostAddress(QHostAddress::LocalHost), serverPort_);
 }

@@ -16,11 +16,31 @@ struct ServerCertificate {
   static ServerCertificate make(const char* host = "localhost");
 };
 
+/// A proxy of this machine that leads every tunnel to one server. Lives in the event loop.
+class TunnelProxy final : public QTcpServer {
+ public:
+  explicit TunnelProxy(quint16 serverPort);
+
+  QByteArray address() const { return "http://127.0.0.1:" + QByteArray::number(serverPort()); }
+  /// The first line of what each connection was asked, and all that came through after it.
+  const std::vector<QByteArray>& asked() const { return asked_; }
+  const QByteArray& carried() const { return carried_; }
+
+ private:
+  void open();
+  void begin(QTcpSocket& near);
+
+  const quint16 serverPort_;
+  std::vector<QByteArray> asked_;
+  QByteArray carried_;
+};
+
 /// A server of this machine that notes what it is sent and answers as it is told. Lives in the event loop.
 class HttpsServer final : public QTcpServer {
  public:
   enum class Speech { Tls, Plain };
-  enum class Manner { Answers, HangsUp, KeepsSilent };
+  /// One that trickles sends its answer a byte at a time, ten a second.
+  enum class Manner { Answers, HangsUp, KeepsSilent, Trickles };
 
   explicit HttpsServer(ServerCertificate certificate, Speech speech = Speech::Tls);
 
@@ -39,6 +59,7 @@ class HttpsServer final : public QTcpServer {
 
  private:
   void receive(QTcpSocket& socket, QByteArray& received);
+  void trickle(QTcpSocket& socket);
 
   const ServerCertificate certificate_;
   const Speech speech_;
