@@ -4,14 +4,14 @@
 usage: check_architecture.py [ROOT]
 
 Prints one line for each of these and exits 1 when there is any:
-  - a unit (the files of one name in the layers' folders) that the page does not name
+  - a unit (the files of one name in the folders of programs) that the page does not name
   - a name on the page that looks like a unit or a path and is nowhere in the tree
 """
 import pathlib
 import re
 import sys
 
-LAYERS = ("movie", "SharedFiles", "check", "cli", "app")
+FOLDERS = ("movie", "SharedFiles", "check", "cli", "app", "tools")
 PAGE = "docs/architecture.md"
 CODE = re.compile(r"`([^`]+)`")
 UNIT = re.compile(r"^[A-Z]\w{2,}(?:\.h|\.cpp)?$")
@@ -19,7 +19,7 @@ PATH = re.compile(r"^(?:\w[\w.-]*/)+(?:[\w.-]+)?$")
 
 
 def units(root):
-    files = (file for layer in LAYERS for file in (root / layer).rglob("*") if file.suffix in (".h", ".cpp"))
+    files = (file for folder in FOLDERS for file in (root / folder).rglob("*") if file.suffix in (".h", ".cpp"))
     return sorted({file.stem for file in files})
 
 
@@ -47,7 +47,7 @@ def disagreements(root):
             yield f"{unit}: is not on the page"
     text = "\n".join(
         file.read_text(encoding="utf-8", errors="replace") + file.stem
-        for layer in LAYERS for file in (root / layer).rglob("*") if file.is_file()
+        for folder in FOLDERS for file in (root / folder).rglob("*") if file.is_file()
     )
     for name in sorted(names):
         if (UNIT.match(name) or PATH.match(name)) and not exists(name, root, text):
