@@ -1,12 +1,14 @@
 #include "SharedFiles/HttpsConnection.h"
 
 #include <QCoreApplication>
+#include <QIODevice>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QSslConfiguration>
 #include <QSslSocket>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include "SharedFiles/MainThread.h"
@@ -27,6 +29,8 @@ QSslConfiguration securityOf(const HttpsConnection::Settings& settings) {
 QNetworkRequest networkRequestOf(const UrlRequest& request, const HttpsConnection::Settings& settings) {
   QNetworkRequest made(request.url);
   made.setHeader(QNetworkRequest::ContentTypeHeader, request.contentType);
+  made.setHeader(QNetworkRequest::ContentLengthHeader, request.body.size());
+  made.setAttribute(QNetworkRequest::DoNotBufferUploadDataAttribute, true);
   made.setSslConfiguration(securityOf(settings));
   made.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
   made.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
@@ -38,14 +42,39 @@ QNetworkRequest networkRequestOf(const UrlRequest& request, const HttpsConnectio
   return made;
 }
 
+/// The bytes of a body that can be read through but once: Qt sends a request again whose connection is closed without
+/// an answer, and cannot do so without its body.
+class SentOnce final : public QIODevice {
+ public:
+  explicit SentOnce(QByteArray bytes) : bytes_(std::move(bytes)) { open(ReadOnly | Unbuffered); }
+  bool isSequential() const override { return true; }
+  bool atEnd() const override { return read_ == bytes_.size(); }
+  bool reset() override { return false; }
+  qint64 bytesAvailable() const override { return bytes_.size() - read_; }
+
+ protected:
+  qint64 readData(char* to, qint64 size) override {
+    const qint64 count = std::min(size, bytesAvailable());
+    std::copy_n(bytes_.constData() + read_, count, to);
+    read_ += count;
+    return count;
+  }
+  qint64 writeData(const char* /*from*/, qint64 /*size*/) override { return -1; }
+
+ private:
+  const QByteArray bytes_;
+  qint64 read_ = 0;
+};
+
 }  // namespace
 
 /// The request's part on the main thread.
 class HttpsConnection::Transfer final : public QObject {
  public:
-  explicit Transfer(HttpsConnection& connection) : connection_(connection.weak_from_this()) {
+  explicit Transfer(HttpsConnection& connection)
+      : connection_(connection.weak_from_this()), body_(connection.request_.body) {
     const Settings& settings = connection.settings_;
-    reply_ = manager_.post(networkRequestOf(connection.request_, settings), connection.request_.body);
+    reply_ = manager_.post(networkRequestOf(connection.request_, settings), &body_);
     reply_->setReadBufferSize(answerBuffer);
     connect(reply_, &QNetworkReply::readyRead, this, [this] { receive(); });
     connect(reply_, &QNetworkReply::finished, this, [this] { end(); });
@@ -91,6 +120,9 @@ class HttpsConnection::Transfer final : public QObject {
                                          "The server leads to another address, which is not followed.");
     }
     const QNetworkReply::NetworkError error = reply_->error();
+    if (error == QNetworkReply::ContentReSendError) {
+      return QCoreApplication::translate("HttpsConnection", "The server closed the connection without an answer.");
+    }
     const bool answered =
         error == QNetworkReply::NoError ||
         (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
@@ -99,6 +131,7 @@ class HttpsConnection::Transfer final : public QObject {
   }
 
   const std::weak_ptr<HttpsConnection> connection_;
+  SentOnce body_;
   QNetworkAccessManager manager_;
   QNetworkReply* reply_ = nullptr;
   QTimer timer_;

@@ -8,8 +8,8 @@
 #include "SharedFiles/UrlConnection.h"
 
 /// A POST over HTTPS, TLS 1.2 or later. The server's certificate must hold for the host and lead to an authority that
-/// is trusted; no redirect is followed; cookies and passwords are neither sent nor kept. The transfer lives on the main
-/// thread.
+/// is trusted; no redirect is followed; the body is sent once; cookies and passwords are neither sent nor kept. The
+/// transfer lives on the main thread.
 class HttpsConnection final : public UrlConnection, public std::enable_shared_from_this<HttpsConnection> {
   struct Made {};  ///< lets only start() construct
 

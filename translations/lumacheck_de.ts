@@ -87,6 +87,10 @@
         <source>The server leads to another address, which is not followed.</source>
         <translation>Der Server verweist auf eine andere Adresse, der nicht gefolgt wird.</translation>
     </message>
+    <message>
+        <source>The server closed the connection without an answer.</source>
+        <translation>Der Server hat die Verbindung ohne Antwort geschlossen.</translation>
+    </message>
 </context>
 <context>
     <name>KeyTable</name>

@@ -167,6 +167,7 @@ TEST_F(AnalyticsUpload, TellsOfAServerThatHangsUp) {
   server.setManner(HttpsServer::Manner::HangsUp);
   upload(server.address());
   EXPECT_THAT(log_.texts(), ElementsAre(sending_, StartsWith("Connection failed - ")));
+  EXPECT_EQ(server.requests().size(), 1U) << "nothing is sent again";
   expectGone();
 }
 
