@@ -25,6 +25,7 @@ QList<Library> libraries() {
 #endif
       {"Little CMS", LUMACHECK_LCMS_VERSION, "MIT"},
       {"libplist", LUMACHECK_LIBPLIST_VERSION, "LGPL-2.1-or-later"},
+      {"elfutils libdw", LUMACHECK_LIBDW_VERSION, "LGPL-3.0-or-later"},
       {"OpenSSL", LUMACHECK_OPENSSL_VERSION, "Apache-2.0"},
       {"zlib", LUMACHECK_ZLIB_VERSION, "Zlib"},
   };

@@ -1,3 +1,4 @@
+#include <QCheckBox>
 #include <QFile>
 #include <QLineEdit>
 
@@ -33,6 +34,24 @@ TEST_F(Lifecycle, LoadsTheLastFilesAgain) {
   EXPECT_EQ(sourcePath(), plainMovie());
   sourceView().stepFrames(2);
   EXPECT_EQ(destView().movie()->currentTime(), sourceView().movie()->currentTime());
+}
+
+TEST_F(Lifecycle, LoadsTheLastFilesOnceMoreOntoFreshSlots) {
+  launch();
+  load(plainMovie(), retaggedMovie());
+  makeController();
+  controller().awakeFromNib();
+  const auto source = controller().sourceQTMov(), dest = controller().destQTMov();
+  EXPECT_EQ(pathOf(source.get()), plainMovie());
+  EXPECT_EQ(pathOf(dest.get()), retaggedMovie());
+  interface().dest.filenameText->setText(darkerMovie());
+  controller().applicationDidFinishLaunching();
+  EXPECT_NE(controller().sourceQTMov(), source);
+  EXPECT_EQ(pathOf(controller().sourceQTMov().get()), plainMovie());
+  EXPECT_EQ(pathOf(controller().destQTMov().get()), darkerMovie()) << "what the field says by then";
+  EXPECT_EQ(sourceView().movie(), controller().sourceQTDisplayMov());
+  EXPECT_TRUE(interface().linkBtn->isEnabled());
+  EXPECT_TRUE(interface().linkBtn->isChecked());
 }
 
 TEST_F(Lifecycle, LeavesASideEmptyWhoseLastFileIsGone) {

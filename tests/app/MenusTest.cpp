@@ -144,6 +144,27 @@ TEST_F(Menus, EnterAndLeaveFullScreen) {
   EXPECT_FALSE(interface().window().isFullScreen());
 }
 
+TEST_F(Menus, BringTheWindowBackFromFullScreenAsItWas) {
+  QWidget& window = interface().window();
+  for (const Qt::WindowState before : {Qt::WindowNoState, Qt::WindowMaximized}) {
+    window.setWindowState(before);
+    if (before == Qt::WindowNoState) window.setGeometry(40, 50, 1000, 700);
+    runFor(50);
+    const QRect place = window.geometry();
+    for (const Qt::Key key : {Qt::Key_F11, Qt::Key_Escape}) {
+      choose("fullScreen");
+      EXPECT_TRUE(window.isFullScreen());
+      runFor(50);
+      QTest::keyClick(&sourceView(), key);
+      EXPECT_EQ(window.windowState() & ~Qt::WindowActive, before);
+      EXPECT_TRUE(waitUntil([&] { return window.geometry() == place; })) << before;
+    }
+  }
+  sourceView().setFocus();
+  QTest::keyClick(&sourceView(), Qt::Key_Escape);
+  EXPECT_TRUE(window.isMaximized()) << "there is no full screen to leave";
+}
+
 TEST_F(Menus, ListTheKeys) {
   choose("keys");
   auto* const list = interface().window().findChild<QDialog*>("keys");
