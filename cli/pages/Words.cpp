@@ -10,7 +10,7 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
-std::string quoted(const std::string& text) {
+std::string shellQuoted(const std::string& text) {
   return '\'' + replaced(text, "'", "'\\''") + '\'';
 }
 

@@ -25,7 +25,7 @@ std::string joined(const Texts& texts, const std::string& separator) {
 std::string replaced(std::string text, const std::string& from, const std::string& to);
 
 /// In single quotes, for shells of the Bourne family.
-std::string quoted(const std::string& text);
+std::string shellQuoted(const std::string& text);
 
 /// The command and its subcommands.
 std::vector<const CommandDescription*> allOf(const CommandDescription& command);

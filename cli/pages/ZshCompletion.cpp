@@ -71,10 +71,12 @@ std::string optionSpecs(const OptionDescription& option, const std::string& inde
   const bool endsTheCommand = option.names.back() == "--help" || option.names.back() == "--version";
   const std::string excluded = endsTheCommand ? "- : *" : joined(settledBy(option), " ");
   std::string text;
+  const std::string sign = option.value == Value::None ? "" : "=";
+  const std::string rest = sign + explanation(option.description) + valueAction(option);
   for (const std::string& name : option.names) {
-    const std::string form = option.value == Value::None ? name : name + '=';
-    text +=
-        indent + quoted('(' + excluded + ')' + form + explanation(option.description) + valueAction(option)) + " \\\n";
+    std::string spec = '(' + excluded + ')';
+    spec.append(name).append(rest);
+    text.append(indent).append(shellQuoted(spec)).append(" \\\n");
   }
   return text;
 }
@@ -83,8 +85,8 @@ std::string argumentSpecs(const CommandDescription& command, const std::string& 
   std::string text;
   for (const ArgumentDescription& each : command.arguments) {
     text += indent +
-            quoted((each.repeated ? "*" : "") + std::string(":") + replaced(each.description, ":", "\\:") + ":_" +
-                   "@NAME@_movies") +
+            shellQuoted((each.repeated ? "*" : "") + std::string(":") + replaced(each.description, ":", "\\:") + ":_" +
+                        "@NAME@_movies") +
             " \\\n";
   }
   return text;
@@ -106,7 +108,7 @@ std::string zshCompletion(const CommandDescription& command) {
   text += subcommandsOpening;
   for (const CommandDescription& each : command.subcommands) {
     text += subcommandCase(each);
-    subcommands += "    " + quoted(each.name + ":" + each.description) + '\n';
+    subcommands += "    " + shellQuoted(each.name + ":" + each.description) + '\n';
   }
   text += closing;
   text = replaced(text, "@SUBCOMMANDS@", subcommands);
