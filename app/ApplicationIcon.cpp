@@ -35,14 +35,18 @@ void drawHalves(QPainter& painter) {
 
 }  // namespace
 
-QImage applicationIconImage(int side) {
-  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
-  image.fill(Qt::transparent);
-  QPainter painter(&image);
+void drawApplicationIcon(QPainter& painter, int side) {
   painter.setRenderHint(QPainter::Antialiasing);
   painter.scale(side, side);
   drawFrame(painter);
   drawHalves(painter);
+}
+
+QImage applicationIconImage(int side) {
+  QImage image(side, side, QImage::Format_ARGB32_Premultiplied);
+  image.fill(Qt::transparent);
+  QPainter painter(&image);
+  drawApplicationIcon(painter, side);
   return image;
 }
 

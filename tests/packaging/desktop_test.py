@@ -68,6 +68,15 @@ class Desktop(unittest.TestCase):
         for side in (16, 22, 24, 32, 48, 64, 128, 256, 512):
             self.assertEqual(picture(BUILD / f"pages/icon-{side}.png"), ((side, side, 8, 6), 0), side)
 
+    def test_drawing_looks_like_the_pictures(self):
+        drawn, painted = (
+            subprocess.run(["ffmpeg", "-loglevel", "error", "-nostdin", "-i", BUILD / "pages" / name, "-frames:v", "1", "-vf",
+                            "scale=128:128", "-pix_fmt", "rgba", "-f", "rawvideo", "-"], stdout=subprocess.PIPE, check=True).stdout
+            for name in ("icon.svg", "icon-128.png"))
+        self.assertEqual(len(drawn), 128 * 128 * 4)
+        self.assertEqual(len(drawn), len(painted))
+        self.assertLess(sum(abs(a - b) for a, b in zip(drawn, painted)) / len(drawn), 2)  # edges only
+
 
 if __name__ == "__main__":
     SOURCE, BUILD = (pathlib.Path(sys.argv.pop(1)).resolve() for _ in range(2))

@@ -24,6 +24,7 @@ FILES = {
     "usr/share/doc/lumacheck/changelog.gz",
     "usr/share/doc/lumacheck/copyright",
     "usr/share/fish/vendor_completions.d/lumacheck.fish",
+    "usr/share/icons/hicolor/scalable/apps/com.quorvane.Lumacheck.svg",
     "usr/share/lumacheck/translations/lumacheck_de.qm",
     "usr/share/man/man1/Lumacheck.1.gz",
     "usr/share/man/man1/lumacheck.1.gz",
