@@ -25,13 +25,7 @@ constexpr const char* consent = "Help improve Quorvane software by submitting an
 
 class Life : public ProgramFixture {
  protected:
-  Life() {
-    put(path("data/crashline"), "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + QFile::encodeName(path("given")) + "'\n");
-    QFile::setPermissions(path("data/crashline"), QFile::ReadOwner | QFile::ExeOwner);
-    put(path("data/applications/com.quorvane.Crashline.desktop"),
-        "[Desktop Entry]\nType=Application\nName=Crashline\nExec=\"" + QFile::encodeName(path("data/crashline")) +
-            "\" %f\n");
-  }
+  Life() { writeCrashlineEntry(); }
 
   /// The files of the home, but for what other libraries keep there.
   QStringList homeFiles() const {
@@ -67,9 +61,9 @@ void Life::firstLaunch() {
   EXPECT_TRUE(waitUntil([this] { return log(1).contains("32-bit mode\n"); }));
   const std::string date = "20[0-9]{2}-[0-9]{2}-[0-9]{2} [0-9]{2}:[0-9]{2}:[0-9]{2} [+-][0-9]{4}";
   EXPECT_THAT(log(1).toStdString(),
-              testing::ContainsRegex("^" + date + " - Log started: " + date + "\n" +                    //
-                                     date + " - Version: [0-9.]+\n" +                                   //
-                                     date + " - Path: " + path("prefix/bin/Lumacheck").toStdString() +  //
+              testing::ContainsRegex("^" + date + " - Log started: " + date + "\n" +  //
+                                     date + " - Version: [0-9.]+\n" +                 //
+                                     date + " - Path: " + program().toStdString() +   //
                                      "\n" + date + " - System: macOS .+, [0-9]+ CPU\\(s\\), [0-9.]+ GB RAM\n" + date +
                                      " - Running in 32-bit mode\n"));
   EXPECT_EQ(tell("checked qcLoggingCheck"), "no");
@@ -110,7 +104,7 @@ void Life::secondStartWhileItRuns() {
   expectLog(2, testing::Eq(secondLog.toStdString()));
   const QByteArray defaultsBefore = contentOf(defaultsFile()), logBefore = log(1);
   QProcess later;
-  run(later, path("prefix/bin/Lumacheck"));
+  run(later, program());
   EXPECT_TRUE(later.waitForFinished(20000));
   EXPECT_EQ(later.exitCode(), 0);
   EXPECT_EQ(contentOf(defaultsFile()), defaultsBefore) << "no launch, no stamp";
@@ -134,8 +128,8 @@ void Life::crash() {
 
 void Life::relaunchAfterTheCrash() {
   start();
-  EXPECT_TRUE(waitUntil([this] { return !contentOf(path("given")).isEmpty(); }));
-  EXPECT_EQ(contentOf(path("given")), QFile::encodeName(library("Logs/DiagnosticReports/" + reports()[0])) + "\n");
+  EXPECT_TRUE(waitUntil([this] { return !given().isEmpty(); }));
+  EXPECT_EQ(given(), QFile::encodeName(library("Logs/DiagnosticReports/" + reports()[0])) + "\n");
   expectLog(2, HasSubstr(" - Application crashed on last launch\n"));
   expectLog(1, Not(HasSubstr("crashed")));
   expectLog(3, HasSubstr("Log started: "));
@@ -158,7 +152,7 @@ void Life::killedAndRelaunched() {
   start();
   EXPECT_EQ(endWith(SIGHUP), 0);
   EXPECT_TRUE(orderly());
-  EXPECT_EQ(contentOf(path("given")).count('\n'), 1) << "one crash, told once";
+  EXPECT_EQ(given().count('\n'), 1) << "one crash, told once";
   for (int generation = 1; generation <= 2; ++generation) expectLog(generation, Not(HasSubstr("crashed")));
   if (::getuid() != 0) {
     EXPECT_THAT(

@@ -54,7 +54,7 @@ ProgramFixture::ProgramFixture() {
   environment_.insert("QT_PLUGIN_PATH", LUMACHECK_TEST_PLUGINS);
   environment_.insert("QT_QPA_GENERIC_PLUGINS", "hand");
   environment_.insert("LUMACHECK_HAND", path("run/hand"));
-  install(LUMACHECK_WINDOW, path("prefix/bin/Lumacheck"));
+  install(LUMACHECK_WINDOW, program());
   install(LUMACHECK_CRASH_REPORT, path("prefix/lib/lumacheck/lumacheck-crash-report"));
   for (const QFileInfo& module : QDir(LUMACHECK_MODULES).entryInfoList({"*.so"})) {
     QFile::link(module.filePath(), path("prefix/lib/lumacheck/" + module.fileName()));
@@ -121,6 +121,17 @@ QStringList ProgramFixture::filesBelow(const QString& folder) {
   return files;
 }
 
+void ProgramFixture::writeCrashline(const QString& file) const {
+  put(file, "#!/bin/sh\nprintf '%s\\n' \"$@\" >> '" + QFile::encodeName(path("given")) + "'\n");
+  QFile::setPermissions(file, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+void ProgramFixture::writeCrashlineEntry() const {
+  writeCrashline(crashline());
+  put(path("data/applications/com.quorvane.Crashline.desktop"),
+      "[Desktop Entry]\nType=Application\nName=Crashline\nExec=\"" + QFile::encodeName(crashline()) + "\" %f\n");
+}
+
 void ProgramFixture::run(QProcess& process, const QString& program, const QStringList& arguments) {
   process.setProcessEnvironment(environment_);
   process.setWorkingDirectory(path("home"));
@@ -132,7 +143,7 @@ void ProgramFixture::run(QProcess& process, const QString& program, const QStrin
 void ProgramFixture::start(const QStringList& files) {
   QThread::msleep(static_cast<unsigned long>(1050 - QTime::currentTime().msec()));
   QFile::remove(path("run/hand"));
-  run(running_, path("prefix/bin/Lumacheck"), files);
+  run(running_, program(), files);
   ASSERT_TRUE(waitUntil([this] { return tell("window").contains("\"visible\":true"); }))
       << running_.readAll().toStdString();
 }

@@ -38,6 +38,14 @@ class ProgramFixture : public testing::Test {
   /// The files below a folder, sorted, as they stand below it.
   static QStringList filesBelow(const QString& folder);
 
+  /// A stand-in for the application that takes crash reports: notes in given() the files it gets. On the desktop, or
+  /// at a path.
+  void writeCrashlineEntry() const;
+  void writeCrashline(const QString& file) const;
+  QString crashline() const { return path("data/Crash Line"); }
+  QByteArray given() const { return contentOf(path("given")); }
+
+  QString program() const { return path("prefix/bin/Lumacheck"); }
   /// Starts a program, which need not go on, in the home.
   void run(QProcess& process, const QString& program, const QStringList& arguments = {});
   /// Starts the window, in a second of its own so that stamps tell, and waits until it answers.

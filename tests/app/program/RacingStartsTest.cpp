@@ -32,7 +32,7 @@ class RacingStarts : public ProgramFixture {
     for (int i = 0; i < count; ++i) {
       starts_.push_back(std::make_unique<QProcess>());
       starts_.back()->setProcessEnvironment(environment_);
-      starts_.back()->start(path("prefix/bin/Lumacheck"), QStringList());
+      starts_.back()->start(program(), QStringList());
     }
   }
   std::ptrdiff_t runningCount() {

@@ -1,0 +1,67 @@
+// The program Lumacheck, started as a user starts it.
+
+#include <QFile>
+#include <QProcess>
+#include <csignal>
+
+#include <gmock/gmock.h>
+#include <unistd.h>
+
+#include "SharedFiles/PropertyList.h"
+#include "tests/SharedFiles/QtPrinters.h"
+#include "tests/app/WindowFixture.h"
+#include "tests/app/program/ProgramFixture.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+class WindowProgram : public ProgramFixture {};
+
+TEST_F(WindowProgram, OpensTwoFilesAndEndsWhenAsked) {
+  start({plainMovie(), retaggedMovie()});
+  ASSERT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == retaggedMovie(); }));
+  EXPECT_EQ(lastFile("lastSourceFile"), plainMovie());
+  EXPECT_EQ(endWith(SIGTERM), 0);
+  EXPECT_THAT(log(1).toStdString(), HasSubstr("Log started: "));
+}
+
+TEST_F(WindowProgram, TakesFilesFromALaterStart) {
+  start({plainMovie()});
+  ASSERT_TRUE(waitUntil([&] { return lastFile("lastSourceFile") == plainMovie(); }));
+  ASSERT_TRUE(QFile::copy(retaggedMovie(), path("home/relative.mov")));
+  QProcess later;
+  run(later, program(), {"relative.mov"});
+  ASSERT_TRUE(later.waitForFinished(20000));
+  EXPECT_EQ(later.exitCode(), 0);
+  EXPECT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == path("home/relative.mov"); }));
+}
+
+TEST_F(WindowProgram, LooksForAnUpdaterUnlessTheSettingsForbidIt) {
+  for (const bool check : {true, false}) {
+    put(library("Preferences/com.quorvane.global.plist"),
+        PropertyList::toXml(QVariantMap{{"SUCheckAtStartup", check}}).value_or(""));
+    start({check ? plainMovie() : darkerMovie()});
+    // The second start shows the first one's movie again and takes its own on the other side.
+    ASSERT_TRUE(waitUntil([&] {
+      return check ? lastFile("lastSourceFile") == plainMovie() : lastFile("lastDestFile") == darkerMovie();
+    }));
+    EXPECT_EQ(endWith(SIGTERM), 0);
+    EXPECT_EQ(running_.readAll().contains("Error: unable to find software updater"), check);
+  }
+}
+
+TEST_F(WindowProgram, IsStartedByTheCommand) {
+  run(running_, LUMACHECK_PROGRAM, {plainMovie(), darkerMovie()});
+  EXPECT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == darkerMovie(); }));
+}
+
+TEST_F(WindowProgram, SaysThatThereIsNoScreen) {
+  environment_.remove("QT_QPA_PLATFORM");
+  run(running_, program());
+  EXPECT_EQ(ended(), 2);
+  EXPECT_EQ(running_.exitStatus(), QProcess::NormalExit);
+  EXPECT_THAT(running_.readAll().toStdString(), HasSubstr("there is no screen to open a window on"));
+}
+
+}  // namespace
