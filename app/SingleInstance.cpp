@@ -10,7 +10,7 @@
 #include <QThread>
 #include <cstdio>
 
-#include <unistd.h>
+#include <sys/socket.h>
 
 #include "SharedFiles/QVLog.h"
 
@@ -21,9 +21,18 @@ constexpr int turn = 5;         // ms between two looks
 constexpr qint64 largestMessage = 1 << 20;
 constexpr char received = 'R';
 
-/// One line: a JSON array of the paths.
+/// One line: a JSON array of the paths. Those that it has no room for are left out: of thousands the window opens the
+/// first.
 QByteArray messageOf(const QStringList& files) {
-  return QJsonDocument(QJsonArray::fromStringList(files)).toJson(QJsonDocument::Compact) + '\n';
+  constexpr qint64 largestCharacter = 6;  // "\u001b"
+  QJsonArray named;
+  qint64 room = largestMessage;
+  for (const QString& file : files) {
+    room -= largestCharacter * (file.size() + 1);
+    if (room < 0) break;
+    named.append(file);
+  }
+  return QJsonDocument(named).toJson(QJsonDocument::Compact) + '\n';
 }
 
 QStringList filesIn(const QByteArray& message) {
@@ -32,9 +41,18 @@ QStringList filesIn(const QByteArray& message) {
   return files;
 }
 
+/// Whether the window at the other end is the user's. Where there is no folder that only the user can write, anybody
+/// may have set up a meeting point of that name.
+bool isOf(uid_t user, const QLocalSocket& socket) {
+  ucred other{};
+  socklen_t size = sizeof other;
+  return ::getsockopt(static_cast<int>(socket.socketDescriptor()), SOL_SOCKET, SO_PEERCRED, &other, &size) == 0 &&
+         other.uid == user;
+}
+
 }  // namespace
 
-SingleInstance::SingleInstance(const QString& name, QObject* parent) : QObject(parent), name_(name) {
+SingleInstance::SingleInstance(const QString& name, uid_t user) : name_(name), user_(user) {
   server_.setSocketOptions(QLocalServer::UserAccessOption);
   connect(&server_, &QLocalServer::newConnection, this, &SingleInstance::serve);
 }
@@ -61,7 +79,7 @@ bool SingleInstance::handOver(const QStringList& files) {
 bool SingleInstance::told(const QStringList& files) const {
   QLocalSocket socket;
   socket.connectToServer(name_);
-  if (!socket.waitForConnected(patience)) return false;
+  if (!socket.waitForConnected(patience) || !isOf(user_, socket)) return false;
   socket.write(messageOf(files));
   socket.flush();
   if ((socket.bytesAvailable() > 0 || socket.waitForReadyRead(patience)) && socket.read(1) == QByteArray(1, received)) {
@@ -79,11 +97,15 @@ void SingleInstance::listen() {
   if (!server_.listen(name_)) QVLog::appendLog("Later starts cannot reach this window: %@", server_.errorString());
 }
 
+void SingleInstance::leave() {
+  server_.close();
+}
+
 void SingleInstance::serve() {
   while (QLocalSocket* const socket = server_.nextPendingConnection()) {
     connect(socket, &QLocalSocket::disconnected, socket, &QObject::deleteLater);
     connect(socket, &QLocalSocket::readyRead, this, [this, socket] {
-      if (socket->bytesAvailable() > largestMessage) return socket->abort();
+      if (socket->bytesAvailable() > largestMessage || !server_.isListening()) return socket->abort();
       if (!socket->canReadLine()) return;
       const QStringList files = filesIn(socket->readLine());
       socket->write(QByteArray(1, received));

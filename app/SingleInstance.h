@@ -4,18 +4,25 @@
 #include <QObject>
 #include <QStringList>
 
+#include <sys/types.h>
+#include <unistd.h>
+
 /// One window for a user: a second start hands its files to the first, which opens them as files from outside. The
 /// meeting point is a socket of the user's own, which others cannot reach. Main thread only.
 class SingleInstance : public QObject {
   Q_OBJECT
 
  public:
-  /// `name` tells the meeting points of different users and programs apart.
-  explicit SingleInstance(const QString& name, QObject* parent = nullptr);
+  /// `name` tells the meeting points of different users and programs apart. Nothing is told to a window of others than
+  /// `user`.
+  explicit SingleInstance(const QString& name, uid_t user = ::getuid());
 
   /// Hands the paths to the window that runs. False when there is none, or it went without an answer: then this one
   /// listens from now on. Of several starts at the same time one listens.
   bool handOver(const QStringList& files);
+
+  /// The window goes: later starts, also those that wait for an answer, are on their own from now on.
+  void leave();
 
   /// The name for this user.
   static QString standardName();
@@ -29,6 +36,7 @@ class SingleInstance : public QObject {
   void listen();
   void serve();
 
-  QString name_;
+  const QString name_;
+  const uid_t user_;
   QLocalServer server_;
 };

@@ -70,6 +70,9 @@ int main(int argc, char** argv) {
   QApplication::setQuitOnLastWindowClosed(LumacheckAppDelegate::applicationShouldTerminateAfterLastWindowClosed());
   QObject::connect(&application, &QApplication::aboutToQuit, &controller,
                    &LumacheckAppDelegate::applicationWillTerminate);
+  // Work that is still to end may run the event loop meanwhile: what comes then would be opened in a window that goes.
+  QObject::connect(&application, &QApplication::lastWindowClosed, &instance, &SingleInstance::leave);
+  QObject::connect(&application, &QApplication::aboutToQuit, &instance, &SingleInstance::leave);
   QObject::connect(&instance, &SingleInstance::filesOpened, &controller, [&](const QStringList& opened) {
     bringToFront(interface.window());
     controller.applicationOpenFiles(opened);

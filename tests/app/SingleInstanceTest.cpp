@@ -8,7 +8,6 @@
 #include <atomic>
 #include <barrier>
 #include <memory>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -25,15 +24,14 @@ class SecondStart : public testing::Test {
     QObject::connect(&first_, &SingleInstance::filesOpened, [this](const QStringList& files) { opened_ << files; });
   }
   /// A second start in this process would wait for an answer that this thread has to give: speaks for it.
-  bool handOver(const QStringList& files) {
+  bool handOver(const QStringList& files, uid_t user = ::getuid()) {
     bool done = false;
-    std::thread second([&, files] {
-      SingleInstance other(name_);
+    const std::unique_ptr<QThread> second(QThread::create([&] {
+      SingleInstance other(name_, user);
       done = other.handOver(files);
-    });
-    for (int i = 0; i < 500 && opened_.isEmpty(); ++i) QTest::qWait(2);
-    QTest::qWait(20);
-    second.join();
+    }));
+    second->start();
+    while (!second->wait(2)) QTest::qWait(2);
     return done;
   }
   QTemporaryDir folder_;
@@ -51,6 +49,26 @@ TEST_F(SecondStart, HandsItsFilesToTheWindowThatRuns) {
 TEST_F(SecondStart, WantsTheWindowEvenWithoutFiles) {
   EXPECT_TRUE(handOver({}));
   EXPECT_EQ(opened_, QList<QStringList>{QStringList()});
+}
+
+TEST_F(SecondStart, HandsOverTheFirstOfMoreFilesThanAMessageHolds) {
+  QStringList files;
+  for (int i = 0; i < 20000; ++i) files << QStringLiteral("/a/") + QString(80, u'\n') + QString::number(i);
+  EXPECT_TRUE(handOver(files));
+  ASSERT_EQ(opened_.size(), 1);
+  EXPECT_GT(opened_[0].size(), 1000);
+  EXPECT_EQ(opened_[0], files.first(opened_[0].size()));
+}
+
+TEST_F(SecondStart, TellsNothingToAWindowOfAnotherUser) {
+  EXPECT_FALSE(handOver({"/a.mov"}, ::getuid() + 1));
+  EXPECT_TRUE(opened_.isEmpty());
+}
+
+TEST_F(SecondStart, OpensAWindowOfItsOwnWhereTheFirstGoes) {
+  first_.leave();
+  EXPECT_FALSE(handOver({"/a.mov"}));
+  EXPECT_TRUE(opened_.isEmpty());
 }
 
 TEST_F(SecondStart, CannotBeMadeByOtherUsers) {
@@ -120,7 +138,7 @@ TEST(FirstStart, IsTheNextWhereTheWindowGoesWithoutAnAnswer) {
   }));
   second->start();
   ASSERT_TRUE(going.waitForNewConnection(5000));
-  delete going.nextPendingConnection();
+  std::unique_ptr<QLocalSocket>(going.nextPendingConnection()).reset();
   going.close();
   second->wait();
   EXPECT_EQ(answer, 0);
