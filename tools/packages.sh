@@ -13,13 +13,13 @@ packages_missing() {
 packages_elsewhere() {
   echo "This system has no apt-get, so install the packages yourself and call the build by hand:" >&2
   if command -v dnf >/dev/null; then
-    echo "  dnf install gcc-c++ cmake ninja-build ccache pkgconf qt6-qtbase-devel libplist-devel openssl-devel elfutils-devel bsdtar unzip iproute lcms2-devel zlib-devel expected-devel cli11-devel json-devel ffmpeg-devel ffmpeg clang clang-tools-extra compiler-rt gtest-devel gmock-devel google-benchmark-devel python3 util-linux mediainfo perl-Image-ExifTool gstreamer1 gstreamer1-plugins-good" >&2
+    echo "  dnf install gcc-c++ cmake ninja-build ccache pkgconf qt6-qtbase-devel qt6-qtmultimedia-devel qt6-qtsvg-devel qt6-linguist libplist-devel openssl-devel elfutils-devel bsdtar unzip iproute lcms2-devel zlib-devel expected-devel cli11-devel json-devel ffmpeg-devel ffmpeg clang clang-tools-extra compiler-rt gtest-devel gmock-devel google-benchmark-devel python3 util-linux mediainfo perl-Image-ExifTool gstreamer1 gstreamer1-plugins-good poppler-utils jq desktop-file-utils appstream mandoc" >&2
   elif command -v pacman >/dev/null; then
-    echo "  pacman -S --needed gcc cmake ninja ccache pkgconf qt6-base libplist openssl libelf libarchive unzip iproute2 lcms2 zlib tl-expected cli11 nlohmann-json ffmpeg clang gtest benchmark python util-linux mediainfo perl-image-exiftool gstreamer gst-plugins-good" >&2
+    echo "  pacman -S --needed gcc cmake ninja ccache pkgconf qt6-base qt6-multimedia qt6-svg qt6-tools libplist openssl libelf libarchive unzip iproute2 lcms2 zlib tl-expected cli11 nlohmann-json ffmpeg clang gtest benchmark python util-linux mediainfo perl-image-exiftool gstreamer gst-plugins-good poppler jq desktop-file-utils appstream mandoc" >&2
   elif command -v zypper >/dev/null; then
-    echo "  zypper install gcc-c++ cmake ninja ccache pkgconf qt6-base-devel libplist-devel libopenssl-devel libdw-devel bsdtar unzip iproute2 liblcms2-devel zlib-devel expected-devel cli11-devel nlohmann_json-devel ffmpeg-5-libavformat-devel ffmpeg clang gtest gmock benchmark-devel python3 util-linux mediainfo exiftool gstreamer-utils gstreamer-plugins-good" >&2
+    echo "  zypper install gcc-c++ cmake ninja ccache pkgconf qt6-base-devel qt6-multimedia-devel qt6-svg-devel qt6-linguist-devel libplist-devel libopenssl-devel libdw-devel bsdtar unzip iproute2 liblcms2-devel zlib-devel expected-devel cli11-devel nlohmann_json-devel ffmpeg-5-libavformat-devel ffmpeg clang gtest gmock benchmark-devel python3 util-linux mediainfo exiftool gstreamer-utils gstreamer-plugins-good poppler-tools jq desktop-file-utils AppStream mandoc" >&2
   elif command -v brew >/dev/null; then
-    echo "  brew install cmake ninja ccache pkgconf qt libplist openssl libarchive unzip little-cms2 zlib tl-expected cli11 nlohmann-json ffmpeg llvm googletest google-benchmark python3 media-info exiftool gstreamer" >&2
+    echo "  brew install cmake ninja ccache pkgconf qt libplist openssl libarchive unzip little-cms2 zlib tl-expected cli11 nlohmann-json ffmpeg llvm googletest google-benchmark python3 media-info exiftool gstreamer poppler jq mandoc" >&2
   else
     echo "  (the Debian names are in packages/debian.txt)" >&2
   fi
