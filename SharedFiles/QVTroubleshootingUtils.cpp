@@ -18,8 +18,11 @@ void tell(const char* message, const char* text) {
   QVAlert::alertSheetWithMessageText(message, text, nullptr);
 }
 
+/// Makes the desktop folder, too: some desktops do without.
 QString archivePath(const QString& name, const TroubleshootingServices& services) {
-  const QString base = QVLocalPaths::desktopDirectory(services.paths) + "/" + name + " Logs";
+  const QString desktop = QVLocalPaths::desktopDirectory(services.paths);
+  QVFileManager::createDirectory(desktop, false, services.files);
+  const QString base = desktop + "/" + name + " Logs";
   QString path = base + ".zip";
   if (!QVFileManager::fileExistsAtPath(path)) return path;
   return base + "_" + services.now().toString("yyyyMMddhhmmss") + ".zip";

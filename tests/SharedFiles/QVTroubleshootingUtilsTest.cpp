@@ -178,6 +178,13 @@ TEST_F(LogGatherings, SayThatThereWasNothing) {
   EXPECT_TRUE(QFile::exists(root() + "/tmp/QV_App_Logs")) << "left in place";
 }
 
+TEST_F(LogGatherings, MakeTheDesktopFolderWhereThereIsNone) {
+  put("/user/Logs/Quorvane/Lumacheck.1.log");
+  ASSERT_TRUE(QDir().rmdir(root() + "/Desktop"));
+  EXPECT_TRUE(gather({"Lumacheck"}));
+  EXPECT_EQ(desktopNames(), QStringList("Lumacheck Logs.zip"));
+}
+
 TEST_F(LogGatherings, SayThatThereIsNoArchive) {
   put("/user/Logs/Quorvane/Lumacheck.1.log");
   ASSERT_TRUE(QDir(root() + "/Desktop").removeRecursively());
