@@ -62,9 +62,10 @@ class BusySheet : public QDialog {
   bool covers() const { return isVisible() || gaveWay_; }
 
  protected:
-  /// Quitting closes it.
+  /// Quitting closes it; the user's closing it is his Cancel, and it stays until the work has ended.
   void closeEvent(QCloseEvent* event) override {
     reject();
+    if (event->spontaneous()) return event->ignore();
     gaveWay_ = true;
     event->accept();
   }

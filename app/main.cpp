@@ -3,6 +3,7 @@
 #include <QLocale>
 #include <cstdio>
 #include <cstdlib>
+#include <string_view>
 
 #include "SharedFiles/CrashReporting.h"
 #include "SharedFiles/FileNameBytes.h"
@@ -27,11 +28,28 @@ bool hasScreen() {
   return false;
 }
 
+/// Whether the command line asks for a few words and no window. They are said then.
+bool onlyAsks(int argc, char** argv) {
+  const std::string_view asked = argc == 2 ? argv[1] : "";
+  if (asked == "--version") std::puts("Lumacheck " LUMACHECK_VERSION);
+  if (asked == "--help" || asked == "-h") {
+    std::puts(
+        "Usage: Lumacheck [SOURCE [DEST]]\n\n"
+        "Opens a window on a source movie and an export of it, or hands them to the window that is open.\n"
+        "Its Help menu has the user manual. The command `lumacheck` does the same without a window.");
+  }
+  return asked == "--version" || asked == "--help" || asked == "-h";
+}
+
 /// The files named on the command line, as full paths. Options are Qt's own and gone already.
 QStringList filesOf(int argc, char** argv) {
   QStringList files;
   for (int i = 1; i < argc; ++i) {
-    if (const auto name = fileNameAsText(argv[i])) files << QFileInfo(*name).absoluteFilePath();
+    if (const auto name = fileNameAsText(argv[i])) {
+      files << QFileInfo(*name).absoluteFilePath();
+    } else {
+      std::fprintf(stderr, "Lumacheck: this name is not UTF-8, so the file is not opened: %s\n", argv[i]);
+    }
   }
   return files;
 }
@@ -46,6 +64,7 @@ void bringToFront(QWidget& window) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  if (onlyAsks(argc, argv)) return 0;
   if (!hasScreen()) {
     std::fputs("Lumacheck: there is no screen to open a window on. The command `lumacheck check` needs none.\n",
                stderr);

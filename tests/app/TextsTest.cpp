@@ -42,9 +42,10 @@ class Bracketing : public QTranslator {
 /// Nothing to translate in it: a name, a number, a letter on a key, a path.
 bool isSameInEveryLanguage(const QString& text) {
   static const QSet<QString> names{"Lumacheck", "Qt", "FFmpeg libavcodec", "FFmpeg libavformat", "FFmpeg libavutil",
-                                   "Little CMS", "libplist", "OpenSSL", "zlib",
+                                   "Little CMS", "libplist", "elfutils libdw", "OpenSSL", "zlib",
                                    // Licences
-                                   "LGPL-3.0", "GPL-2.0-or-later", "MIT", "LGPL-2.1-or-later", "Apache-2.0", "Zlib"};
+                                   "LGPL-3.0", "LGPL-3.0-or-later", "GPL-2.0-or-later", "MIT", "LGPL-2.1-or-later",
+                                   "Apache-2.0", "Zlib"};
   static const QRegularExpression version("^(Lumacheck )?[0-9][0-9a-z.+~-]*$"), key("^[A-Z,.]$"), letter("\\pL");
   return names.contains(text) || version.match(text).hasMatch() || key.match(text).hasMatch() ||
          !letter.match(text).hasMatch() || QFile::exists(text);

@@ -51,7 +51,7 @@ class WindowCrash : public ProgramFixture {
 
 TEST_F(WindowCrash, IsReportedOnceByTheNextStart) {
   writeCrashlineEntry();
-  crashOnce();
+  ASSERT_NO_FATAL_FAILURE(crashOnce());
   const QString report = reports()[0];
   EXPECT_THAT(QFileInfo(report).fileName().toStdString(), testing::MatchesRegex("Lumacheck_20.*_.*\\.crash"));
   EXPECT_EQ(QFile::permissions(library("Logs/DiagnosticReports")) & 0x0077, QFile::Permissions());
@@ -90,7 +90,7 @@ TEST_F(WindowCrash, AnOrderlyEndIsNone) {
 TEST_F(WindowCrash, IsHandedToTheApplicationInTheBundleFirst) {
   writeCrashlineEntry();
   writeBundle();
-  crashOnce();
+  ASSERT_NO_FATAL_FAILURE(crashOnce());
   QFile::remove(crashline());
   start();
   EXPECT_TRUE(waitUntil([&] { return given() == reports()[0].toUtf8() + "\n"; })) << given().toStdString();
@@ -102,7 +102,7 @@ TEST_F(WindowCrash, IsLoggedOnlyWhereTheHandOffIsTurnedOff) {
   for (const QVariant& value : {QVariant("1"), QVariant(true)}) {
     turnHandOffOff(value);
     for (const QString& report : reports()) QFile::remove(report);
-    crashOnce();
+    ASSERT_NO_FATAL_FAILURE(crashOnce());
     running_.readAll();
     start();
     EXPECT_EQ(endWith(SIGTERM), 0);

@@ -64,4 +64,24 @@ TEST_F(WindowProgram, SaysThatThereIsNoScreen) {
   EXPECT_THAT(running_.readAll().toStdString(), HasSubstr("there is no screen to open a window on"));
 }
 
+TEST_F(WindowProgram, AnswersWithoutAScreen) {
+  environment_.remove("QT_QPA_PLATFORM");
+  const std::pair<const char*, const char*> answers[] = {
+      {"--version", "Lumacheck 1."}, {"--help", "Usage: Lumacheck [SOURCE [DEST]]"}, {"-h", "Usage: Lumacheck"}};
+  for (const auto& [question, answer] : answers) {
+    run(running_, program(), {question});
+    EXPECT_EQ(ended(), 0);
+    EXPECT_THAT(running_.readAll().toStdString(), testing::StartsWith(answer));
+  }
+  EXPECT_EQ(filesBelow(path("home")), QStringList()) << "nothing but the answer";
+}
+
+TEST_F(WindowProgram, SaysWhichNameItCannotOpen) {
+  // Through a shell: Qt would encode the name.
+  run(running_, "/bin/sh", {"-c", "exec \"$0\" \"$(printf '\\377.mov')\"", program()});
+  EXPECT_TRUE(running_.waitForReadyRead());
+  EXPECT_THAT(running_.readAll().toStdString(),
+              HasSubstr("this name is not UTF-8, so the file is not opened: \xff.mov\n"));
+}
+
 }  // namespace
