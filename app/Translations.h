@@ -5,8 +5,8 @@
 #include <QTranslator>
 
 /// The window's texts in the user's language. They are English in the sources, and so is the window wherever there is
-/// no translation. The report, the alerts' own texts and the command are English in every language, and so is the log but
-/// for what others' failures are called.
+/// no translation. The report, the alerts' own texts and the command are English in every language, and so is the log,
+/// but for what others call their failures.
 class Translations {
  public:
   /// Where things lie. Folders need not exist.
