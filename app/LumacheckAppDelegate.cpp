@@ -6,10 +6,10 @@
 #include <initializer_list>
 #include <utility>
 
-#include "SharedFiles/QVCrashline.h"
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/QVQC.h"
-#include "SharedFiles/UserDefaults.h"
+#include "SharedFiles/analytics/QVQC.h"
+#include "SharedFiles/crash/QVCrashline.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/settings/UserDefaults.h"
 #include "app/MainInterface.h"
 
 LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults,

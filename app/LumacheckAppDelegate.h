@@ -7,12 +7,12 @@
 #include <mutex>
 #include <utility>
 
-#include "SharedFiles/DesktopWorkspace.h"
-#include "SharedFiles/PathPlatform.h"
-#include "app/FlattenedSave.h"
+#include "SharedFiles/foundation/PathPlatform.h"
+#include "SharedFiles/support/DesktopWorkspace.h"
 #include "app/KeyTable.h"
-#include "app/PlayableMovie.h"
-#include "app/ResultsView.h"
+#include "app/Subclasses/PlayableMovie.h"
+#include "app/dialogs/FlattenedSave.h"
+#include "app/widgets/ResultsView.h"
 
 class MainInterface;
 class QCheckBox;

@@ -1,6 +1,6 @@
 // The check button and the report.
 
-#include "SharedFiles/QVAlert.h"
+#include "SharedFiles/alerts/QVAlert.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"

@@ -7,15 +7,15 @@
 #include <QUrl>
 #include <mutex>
 
-#include "SharedFiles/AnalyticsPreferences.h"
 #include "SharedFiles/MakerHosts.h"
-#include "SharedFiles/QVLocalPaths.h"
-#include "SharedFiles/QVTroubleshootingUtils.h"
-#include "app/AboutDialog.h"
-#include "app/BusySheet.h"
+#include "SharedFiles/analytics/AnalyticsPreferences.h"
+#include "SharedFiles/foundation/QVLocalPaths.h"
+#include "SharedFiles/support/QVTroubleshootingUtils.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
-#include "app/PreferencesDialog.h"
+#include "app/dialogs/AboutDialog.h"
+#include "app/dialogs/BusySheet.h"
+#include "app/dialogs/PreferencesDialog.h"
 
 namespace {
 

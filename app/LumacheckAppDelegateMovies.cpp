@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/QVPlatformException.h"
-#include "SharedFiles/UserDefaults.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/settings/UserDefaults.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"

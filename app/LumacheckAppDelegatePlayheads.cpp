@@ -5,8 +5,8 @@
 #include <QLabel>
 #include <QLineEdit>
 
-#include "SharedFiles/QVQuickTime.h"
-#include "SharedFiles/QVTimecode.h"
+#include "SharedFiles/timecode/QVQuickTime.h"
+#include "SharedFiles/timecode/QVTimecode.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/Subclasses/QVMovieView.h"

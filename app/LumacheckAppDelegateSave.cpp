@@ -5,13 +5,13 @@
 #include <filesystem>
 #include <system_error>
 
-#include "SharedFiles/QVAlert.h"
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/QVPlatformException.h"
-#include "app/FlattenedSave.h"
+#include "SharedFiles/alerts/QVAlert.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "SharedFiles/log/QVLog.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
+#include "app/dialogs/FlattenedSave.h"
 #include "check/MetadataSync.h"
 
 namespace {

@@ -14,10 +14,10 @@
 #include <algorithm>
 #include <initializer_list>
 
-#include "app/PathField.h"
-#include "app/PreferencesDialog.h"
-#include "app/ResultsView.h"
-#include "app/TransportBar.h"
+#include "app/dialogs/PreferencesDialog.h"
+#include "app/widgets/PathField.h"
+#include "app/widgets/ResultsView.h"
+#include "app/widgets/TransportBar.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <memory>
 
-#include "SharedFiles/QVSoftwareUpdate.h"
+#include "SharedFiles/support/QVSoftwareUpdate.h"
 #include "app/KeyTable.h"
 #include "app/MenuBar.h"
 #include "app/Subclasses/QVMovieView.h"

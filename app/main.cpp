@@ -5,17 +5,17 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "SharedFiles/CrashReporting.h"
-#include "SharedFiles/FileNameBytes.h"
-#include "SharedFiles/MainThread.h"
-#include "SharedFiles/UserDefaults.h"
-#include "app/ApplicationIcon.h"
+#include "SharedFiles/crash/CrashReporting.h"
+#include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/settings/UserDefaults.h"
+#include "SharedFiles/tasks/FileNameBytes.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
-#include "app/QuitSignals.h"
-#include "app/SingleInstance.h"
-#include "app/Translations.h"
-#include "app/player/QtSoundOutput.h"
+#include "app/player/device/QtSoundOutput.h"
+#include "app/start/QuitSignals.h"
+#include "app/start/SingleInstance.h"
+#include "app/start/Translations.h"
+#include "app/widgets/ApplicationIcon.h"
 
 namespace {
 

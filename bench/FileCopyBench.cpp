@@ -7,7 +7,7 @@
 #include <QFile>
 #include <cstdio>
 
-#include "SharedFiles/FileCopy.h"
+#include "SharedFiles/files/FileCopy.h"
 
 namespace {
 

@@ -18,10 +18,10 @@
 
 #include <unistd.h>
 
-#include "SharedFiles/BundleInfo.h"
-#include "SharedFiles/MainThread.h"
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/UserDefaults.h"
+#include "SharedFiles/foundation/BundleInfo.h"
+#include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/settings/UserDefaults.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 

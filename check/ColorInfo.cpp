@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 
 namespace check {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "movie/quicktime/ImageDescription.h"
+#include "movie/atoms/ImageDescription.h"
 
 namespace check {
 

@@ -11,8 +11,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "SharedFiles/log/QVLog.h"
 
 // Two forms of one computation stand here. The guarded form asks a bitmap pixel by pixel and computes as the
 // definitions are written. The plain form reads frames in memory, where the luma depends on one integer only: the

@@ -1,6 +1,6 @@
 #include "check/FrameBitmap.h"
 
-#include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
 
 namespace check {
 

@@ -4,8 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "SharedFiles/LogFormat.h"
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/LogFormat.h"
+#include "SharedFiles/log/QVLog.h"
 #include "check/ColorInfo.h"
 #include "check/MetadataSync.h"
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 #include "check/ColorInfo.h"
 #include "movie/render/IccProfile.h"
 

@@ -1,6 +1,6 @@
 #include "check/Report.h"
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 
 namespace check {
 

@@ -3,7 +3,7 @@
 #include <cerrno>
 #include <cstring>
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 
 namespace cli {
 

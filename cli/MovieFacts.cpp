@@ -6,7 +6,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "SharedFiles/QVQuickTime.h"
+#include "SharedFiles/timecode/QVQuickTime.h"
 #include "movie/render/IccProfile.h"
 
 namespace cli {

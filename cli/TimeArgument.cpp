@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "SharedFiles/QVQuickTime.h"
-#include "SharedFiles/QVTimecode.h"
+#include "SharedFiles/timecode/QVQuickTime.h"
+#include "SharedFiles/timecode/QVTimecode.h"
 #include "movie/Movie.h"
 
 namespace cli {

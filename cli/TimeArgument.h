@@ -5,7 +5,7 @@
 
 #include <tl/expected.hpp>
 
-#include "movie/quicktime/MovieTime.h"
+#include "movie/atoms/MovieTime.h"
 
 namespace movie {
 class Movie;

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "movie/quicktime/MovieFile.h"
-#include "movie/quicktime/MovieTime.h"
+#include "movie/atoms/MovieFile.h"
+#include "movie/atoms/MovieTime.h"
 
 namespace movie {
 

@@ -7,8 +7,8 @@
 
 #include <sys/stat.h>
 
+#include "movie/atoms/MovieEdit.h"
 #include "movie/decode/DecoderModule.h"
-#include "movie/quicktime/MovieEdit.h"
 #include "movie/render/DisplayRenderer.h"
 #include "movie/render/MeasurementRenderer.h"
 #include "movie/render/Orientation.h"

@@ -8,15 +8,15 @@
 #include <vector>
 
 #include "movie/EditList.h"
+#include "movie/atoms/ImageDescription.h"
+#include "movie/atoms/MovieError.h"
+#include "movie/atoms/MovieFile.h"
+#include "movie/atoms/MovieTime.h"
+#include "movie/copy/FlattenedCopy.h"
 #include "movie/decode/MovieDecoder.h"
 #include "movie/decode/PictureStream.h"
-#include "movie/quicktime/FlattenedCopy.h"
-#include "movie/quicktime/ImageDescription.h"
-#include "movie/quicktime/MetadataSave.h"
-#include "movie/quicktime/MovieError.h"
-#include "movie/quicktime/MovieFile.h"
-#include "movie/quicktime/MovieTime.h"
 #include "movie/render/RgbFrame.h"
+#include "movie/save/MetadataSave.h"
 
 namespace movie {
 

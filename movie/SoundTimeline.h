@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "movie/quicktime/TrackInfo.h"
+#include "movie/atoms/TrackInfo.h"
 
 namespace movie {
 

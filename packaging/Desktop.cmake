@@ -10,7 +10,7 @@ manual_page(Lumacheck.1)
 # Of the window only the icon, which needs no more than Qt's drawing.
 find_package(Qt6Svg QUIET)
 if(TARGET Qt6::Svg)
-  add_executable(lumacheck_icons icons/main.cpp ${PROJECT_SOURCE_DIR}/app/ApplicationIcon.cpp)
+  add_executable(lumacheck_icons icons/main.cpp ${PROJECT_SOURCE_DIR}/app/widgets/ApplicationIcon.cpp)
   target_include_directories(lumacheck_icons PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(lumacheck_icons PRIVATE lumacheck_options Qt6::Gui Qt6::Svg)
   set(draw ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen $<TARGET_FILE:lumacheck_icons>)

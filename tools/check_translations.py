@@ -9,7 +9,7 @@ TOP is the root of the tree. Refused are, in translations/*.ts:
     stop at the end, lines, blanks around it, whether it has a mnemonic;
   - with LUPDATE, a command line that only lacks `-ts FILE`: texts that the sources have and the file has not, and the
     other way round.
-In any case, in app/MovieReasons.cpp: patterns that no reason of the movie layer fits, and reasons for a frame that
+In any case, in app/Subclasses/MovieReasons.cpp: patterns that no reason of the movie layer fits, and reasons for a frame that
 cannot be had which are in no pattern.
 """
 import pathlib
@@ -107,19 +107,19 @@ def is_said(piece, said):
 
 
 def breaches_of_reasons(top):
-    table = (top / "app/MovieReasons.cpp").read_text()
+    table = (top / "app/Subclasses/MovieReasons.cpp").read_text()
     patterns = [text.replace('\\"', '"')
                 for text in re.findall(r'QT_TRANSLATE_NOOP\("MovieReasons",\s*"((?:[^"\\]|\\.)*)"\)', table)]
     said = [words(text) for path in sorted((top / "movie").rglob("*.cpp")) for text in literals(path.read_text())]
     for pattern in patterns:
         for piece in filter(None, map(words, PLACE.split(pattern))):
             if not is_said(piece, said):
-                yield f"app/MovieReasons.cpp: no source of the movie layer says {piece!r}"
+                yield f"app/Subclasses/MovieReasons.cpp: no source of the movie layer says {piece!r}"
     for name in REASON_FILES:
         for text in literals((top / name).read_text()):
             for clause in map(words, text.split(": ")):
                 if re.fullmatch(r"[a-z][^%=/]* [^%=/]*", clause) and not any(clause in pattern for pattern in patterns):
-                    yield f"app/MovieReasons.cpp: nothing for {clause!r} of {name}"
+                    yield f"app/Subclasses/MovieReasons.cpp: nothing for {clause!r} of {name}"
 
 
 def breaches(top, lupdate):

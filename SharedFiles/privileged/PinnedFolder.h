@@ -5,8 +5,8 @@
 #include <sys/stat.h>
 #include <tl/expected.hpp>
 
-#include "SharedFiles/FileDescriptor.h"
 #include "SharedFiles/privileged/ExitStatus.h"
+#include "system/FileDescriptor.h"
 
 /// A folder held by a descriptor, so that whatever happens to the path that led there, it stays the one that was
 /// checked.

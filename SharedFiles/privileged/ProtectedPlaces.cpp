@@ -4,9 +4,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "SharedFiles/BundleInfo.h"
-#include "SharedFiles/PathPlatform.h"
-#include "SharedFiles/QVLocalPaths.h"
+#include "SharedFiles/foundation/BundleInfo.h"
+#include "SharedFiles/foundation/PathPlatform.h"
+#include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/privileged/PinnedFolder.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "SharedFiles/SpawnSettings.h"
+#include "system/SpawnSettings.h"
 
 namespace {
 

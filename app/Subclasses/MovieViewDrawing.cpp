@@ -1,7 +1,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "app/MovieShape.h"
+#include "app/Subclasses/MovieShape.h"
 #include "app/Subclasses/QVMovieView.h"
 
 namespace {

@@ -10,11 +10,11 @@
 #include <system_error>
 #include <utility>
 
-#include "SharedFiles/MainThread.h"
-#include "SharedFiles/QVPlatformException.h"
-#include "app/DroppedFiles.h"
-#include "app/MovieReasons.h"
-#include "app/MovieShape.h"
+#include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "app/Subclasses/DroppedFiles.h"
+#include "app/Subclasses/MovieReasons.h"
+#include "app/Subclasses/MovieShape.h"
 
 struct QVMovieView::Doorbell {
   QVMovieView* view = nullptr;  ///< main thread only

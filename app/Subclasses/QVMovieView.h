@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "app/PlayableMovie.h"
+#include "app/Subclasses/PlayableMovie.h"
 #include "app/player/MoviePlayer.h"
 #include "app/player/SoundPlayer.h"
 

@@ -3,7 +3,7 @@
 #include <exception>
 #include <utility>
 
-#include "SharedFiles/crash/ThreadCrashStack.h"
+#include "SharedFiles/crash/handler/ThreadCrashStack.h"
 
 namespace player {
 namespace {

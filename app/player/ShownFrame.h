@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <optional>
 
-#include "movie/quicktime/MovieError.h"
-#include "movie/quicktime/MovieTime.h"
+#include "movie/atoms/MovieError.h"
+#include "movie/atoms/MovieTime.h"
 #include "movie/render/RgbFrame.h"
 
 namespace player {

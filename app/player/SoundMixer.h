@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "movie/quicktime/MovieFile.h"
+#include "movie/atoms/MovieFile.h"
 
 namespace player {
 

@@ -5,7 +5,7 @@
 #include <system_error>
 #include <utility>
 
-#include "SharedFiles/crash/ThreadCrashStack.h"
+#include "SharedFiles/crash/handler/ThreadCrashStack.h"
 #include "app/player/SoundMixer.h"
 
 namespace player {

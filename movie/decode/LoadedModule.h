@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "movie/quicktime/MovieError.h"
+#include "movie/atoms/MovieError.h"
 
 namespace movie {
 

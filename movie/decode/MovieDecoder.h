@@ -3,9 +3,9 @@
 #include <cstdint>
 #include <memory>
 
+#include "movie/atoms/MovieFile.h"
 #include "movie/decode/Picture.h"
 #include "movie/decode/SoundStream.h"
-#include "movie/quicktime/MovieFile.h"
 
 namespace movie {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <span>
 
-#include "movie/quicktime/MovieError.h"
+#include "movie/atoms/MovieError.h"
 
 namespace movie {
 

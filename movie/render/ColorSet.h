@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "movie/quicktime/ImageDescription.h"
+#include "movie/atoms/ImageDescription.h"
 
 namespace movie {
 

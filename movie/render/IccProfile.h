@@ -5,7 +5,7 @@
 #include <span>
 #include <string>
 
-#include "movie/quicktime/ByteOrder.h"
+#include "movie/atoms/ByteOrder.h"
 
 namespace movie {
 

@@ -2,8 +2,8 @@
 
 #include <optional>
 
+#include "movie/atoms/ImageDescription.h"
 #include "movie/decode/Picture.h"
-#include "movie/quicktime/ImageDescription.h"
 #include "movie/render/RgbFrame.h"
 
 namespace movie {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "movie/quicktime/TrackInfo.h"
+#include "movie/atoms/TrackInfo.h"
 #include "movie/render/RgbFrame.h"
 
 namespace movie {

@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "app/ApplicationIcon.h"
+#include "app/widgets/ApplicationIcon.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "SharedFiles/MainThread.h"
+#include "SharedFiles/foundation/MainThread.h"
 
 /// Every test of the program runs in one application without a screen.
 int main(int argc, char** argv) {

@@ -7,8 +7,8 @@
 #include <iostream>
 #include <sstream>
 
-#include "SharedFiles/LogFolder.h"
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/LogFolder.h"
+#include "SharedFiles/log/QVLog.h"
 #include "tests/SharedFiles/EnvironmentGuard.h"
 
 /// The process's own log, in a home folder of its own, with what it prints.

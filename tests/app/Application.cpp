@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "SharedFiles/MainThread.h"
+#include "SharedFiles/foundation/MainThread.h"
 #include "tests/check/CapturedLog.h"
 
 namespace {

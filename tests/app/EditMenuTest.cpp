@@ -6,7 +6,7 @@
 #include <QMenuBar>
 #include <QTest>
 
-#include "app/ResultsView.h"
+#include "app/widgets/ResultsView.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

@@ -11,10 +11,10 @@
 
 #include <gmock/gmock.h>
 
-#include "SharedFiles/QVLocalPaths.h"
-#include "app/AboutDialog.h"
-#include "tests/SharedFiles/AlertFixture.h"
+#include "SharedFiles/foundation/QVLocalPaths.h"
+#include "app/dialogs/AboutDialog.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/alerts/AlertFixture.h"
 #include "tests/app/WindowFixture.h"
 #include "tests/check/CapturedLog.h"
 

@@ -13,9 +13,9 @@
 
 #include <gmock/gmock.h>
 
-#include "app/ResultsView.h"
-#include "tests/SharedFiles/AlertFixture.h"
+#include "app/widgets/ResultsView.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/alerts/AlertFixture.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

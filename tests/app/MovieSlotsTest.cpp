@@ -9,7 +9,7 @@
 
 #include <gmock/gmock.h>
 
-#include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
 #include "tests/app/WindowFixture.h"
 #include "tests/check/CapturedLog.h"
 

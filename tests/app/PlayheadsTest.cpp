@@ -3,7 +3,7 @@
 #include <QLineEdit>
 #include <QTest>
 
-#include "app/TransportBar.h"
+#include "app/widgets/TransportBar.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

@@ -14,7 +14,7 @@
 #include <QUrl>
 #include <random>
 
-#include "app/TransportBar.h"
+#include "app/widgets/TransportBar.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

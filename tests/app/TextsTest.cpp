@@ -16,13 +16,13 @@
 
 #include <gmock/gmock.h>
 
-#include "app/BusySheet.h"
-#include "app/FlattenedSave.h"
-#include "app/MovieReasons.h"
-#include "app/ResultsView.h"
-#include "app/TransportBar.h"
-#include "tests/SharedFiles/AlertFixture.h"
+#include "app/Subclasses/MovieReasons.h"
+#include "app/dialogs/BusySheet.h"
+#include "app/dialogs/FlattenedSave.h"
+#include "app/widgets/ResultsView.h"
+#include "app/widgets/TransportBar.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/alerts/AlertFixture.h"
 #include "tests/app/ShownTexts.h"
 #include "tests/app/WindowFixture.h"
 

@@ -10,7 +10,7 @@
 
 #include <unistd.h>
 
-#include "SharedFiles/BundleInfo.h"
+#include "SharedFiles/foundation/BundleInfo.h"
 #include "tests/support/MovieFixture.h"
 
 namespace {

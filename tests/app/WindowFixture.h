@@ -7,8 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include "SharedFiles/PathPlatform.h"
-#include "SharedFiles/UserDefaults.h"
+#include "SharedFiles/foundation/PathPlatform.h"
+#include "SharedFiles/settings/UserDefaults.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "tests/SharedFiles/EnvironmentGuard.h"

@@ -8,8 +8,8 @@
 #include <QSlider>
 #include <QTest>
 
-#include "app/ResultsView.h"
-#include "app/TransportBar.h"
+#include "app/widgets/ResultsView.h"
+#include "app/widgets/TransportBar.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

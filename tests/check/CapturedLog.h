@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 
 namespace check::test {
 

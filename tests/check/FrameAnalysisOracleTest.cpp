@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
 #include "check/FrameAnalysis.h"
 #include "tests/check/AskedBitmap.h"
 #include "tests/check/CapturedLog.h"

@@ -6,7 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "SharedFiles/QVPlatformException.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
 
 namespace literal {
 namespace {

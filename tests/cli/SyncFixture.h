@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "movie/quicktime/MovieFile.h"
+#include "movie/atoms/MovieFile.h"
 #include "tests/cli/RunProgram.h"
 #include "tests/support/AtomBuilder.h"
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "SharedFiles/QVQuickTime.h"
+#include "SharedFiles/timecode/QVQuickTime.h"
 #include "cli/TimeArgument.h"
 #include "movie/EditList.h"
 #include "movie/Movie.h"

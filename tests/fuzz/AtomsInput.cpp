@@ -2,12 +2,12 @@
 #include <limits>
 
 #include "movie/EditList.h"
-#include "movie/quicktime/ExternalMedia.h"
-#include "movie/quicktime/ImageDescription.h"
-#include "movie/quicktime/MediaExtents.h"
-#include "movie/quicktime/MovieEdit.h"
-#include "movie/quicktime/MovieFile.h"
-#include "movie/quicktime/MovieMap.h"
+#include "movie/atoms/ImageDescription.h"
+#include "movie/atoms/MovieEdit.h"
+#include "movie/atoms/MovieFile.h"
+#include "movie/copy/ExternalMedia.h"
+#include "movie/copy/MovieMap.h"
+#include "movie/save/MediaExtents.h"
 #include "tests/fuzz/FuzzInputs.h"
 #include "tests/fuzz/MemoryFile.h"
 

@@ -2,8 +2,8 @@
 #include <optional>
 #include <vector>
 
-#include "movie/quicktime/MovieEdit.h"
-#include "movie/quicktime/MovieFile.h"
+#include "movie/atoms/MovieEdit.h"
+#include "movie/atoms/MovieFile.h"
 #include "tests/fuzz/ColorChoice.h"
 #include "tests/fuzz/FuzzInputs.h"
 #include "tests/fuzz/MemoryFile.h"

@@ -4,7 +4,7 @@
 
 #include <stdlib.h>
 
-#include "movie/quicktime/FlattenedCopy.h"
+#include "movie/copy/FlattenedCopy.h"
 #include "tests/fuzz/FuzzInputs.h"
 
 namespace fuzz {

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "movie/quicktime/ByteOrder.h"
+#include "movie/atoms/ByteOrder.h"
 
 /// What the fuzzers try, one input at a time. Each function takes any bytes and returns what did not hold, or nothing.
 /// The same functions run over the committed inputs as ordinary tests. Used by one thread.

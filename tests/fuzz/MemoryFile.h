@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "movie/quicktime/ByteOrder.h"
+#include "movie/atoms/ByteOrder.h"
 
 namespace fuzz {
 

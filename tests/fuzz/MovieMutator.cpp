@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "movie/quicktime/AtomReader.h"
+#include "movie/atoms/AtomReader.h"
 
 namespace fuzz {
 

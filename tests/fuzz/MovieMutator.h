@@ -4,7 +4,7 @@
 #include <functional>
 #include <random>
 
-#include "movie/quicktime/ByteOrder.h"
+#include "movie/atoms/ByteOrder.h"
 
 namespace fuzz {
 

@@ -4,8 +4,8 @@
 #include <QTemporaryDir>
 #include <cmath>
 
-#include "SharedFiles/PropertyList.h"
-#include "SharedFiles/UserDefaults.h"
+#include "SharedFiles/settings/PropertyList.h"
+#include "SharedFiles/settings/UserDefaults.h"
 #include "tests/fuzz/FuzzInputs.h"
 
 namespace fuzz {

@@ -5,12 +5,12 @@
 #include <optional>
 #include <random>
 
-#include "movie/quicktime/MetadataSave.h"
+#include "movie/save/MetadataSave.h"
 #include "tests/fuzz/ColorChoice.h"
 #include "tests/fuzz/FuzzInputs.h"
 #include "tests/fuzz/MemoryFile.h"
 #include "tests/fuzz/SavedStateJudge.h"
-#include "tests/movie/quicktime/CrashStates.h"
+#include "tests/movie/save/CrashStates.h"
 #include "tests/support/SimulatedFile.h"
 
 namespace fuzz {

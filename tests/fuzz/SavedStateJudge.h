@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "movie/quicktime/MovieFile.h"
+#include "movie/atoms/MovieFile.h"
 
 namespace fuzz {
 

@@ -1,9 +1,9 @@
 #include <gtest/gtest.h>
 
-#include "movie/quicktime/MetadataSave.h"
+#include "movie/save/MetadataSave.h"
 #include "tests/fuzz/MemoryFile.h"
 #include "tests/fuzz/SavedStateJudge.h"
-#include "tests/movie/quicktime/SaveCases.h"
+#include "tests/movie/save/SaveCases.h"
 #include "tests/support/SimulatedFile.h"
 
 namespace fuzz {

@@ -4,8 +4,8 @@
 #include <iostream>
 
 #include "tests/fuzz/FuzzInputs.h"
-#include "tests/movie/quicktime/FlattenedMovies.h"
-#include "tests/movie/quicktime/SaveCases.h"
+#include "tests/movie/copy/FlattenedMovies.h"
+#include "tests/movie/save/SaveCases.h"
 #include "tests/support/AtomBuilder.h"
 
 namespace {

@@ -234,7 +234,7 @@ class Contents(unittest.TestCase):
             self.assertIn(f"`{name}`", text)
 
     def test_explains_the_alerts_of_the_logs(self):
-        source = (ROOT / "SharedFiles/QVTroubleshootingUtils.cpp").read_text(encoding="utf-8")
+        source = (ROOT / "SharedFiles/support/QVTroubleshootingUtils.cpp").read_text(encoding="utf-8")
         text = flat(chapters()["09-troubleshooting.md"])
         said = {part for call in re.findall(r'(?:tell|viewLog)\((.*?)\);', source, re.S)
                 for part in re.findall(r'"([A-Z][^"]*)"', call)}
@@ -248,14 +248,14 @@ class Refusals(unittest.TestCase):
 
     UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "FlattenedLayout",
              "ReplacementFile", "ExternalMedia", "MovieMap", "ChunkTables", "MediaExtents", "FileCopying", "ReadableFile",
-             "../Movie"]
+             "Movie"]
     # What was being done when it happened, and beginnings that every reason has.
     OTHER = ["looking at the file", "reading the file", "writing the file", "bringing the file onto the disk",
              "setting the length of the file", "setting the time of modification", "Cannot save the movie: "]
 
     def reasons(self):
         for unit in self.UNITS:
-            source = (ROOT / f"movie/quicktime/{unit}.cpp").read_text(encoding="utf-8")
+            source = next((ROOT / "movie").rglob(f"{unit}.cpp")).read_text(encoding="utf-8")
             source = re.sub(r"^\s*(//|#).*$", "", source, flags=re.M)
             for literal in re.findall(r'"((?:[^"\\\n]|\\.)*)"', re.sub(r'"\s*\n\s*"', "", source)):
                 text = literal.replace('\\"', '"')

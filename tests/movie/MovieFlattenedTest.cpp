@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "movie/Movie.h"
-#include "tests/movie/quicktime/FlattenedMovies.h"
+#include "tests/movie/copy/FlattenedMovies.h"
 
 namespace movie {
 namespace {

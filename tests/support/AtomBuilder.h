@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "movie/quicktime/ByteOrder.h"
-#include "movie/quicktime/TrackInfo.h"
+#include "movie/atoms/ByteOrder.h"
+#include "movie/atoms/TrackInfo.h"
 
 namespace movie::test {
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <vector>
 
-#include "movie/quicktime/WritableFile.h"
+#include "movie/save/WritableFile.h"
 
 namespace movie::test {
 

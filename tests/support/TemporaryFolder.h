@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "movie/quicktime/ByteOrder.h"
+#include "movie/atoms/ByteOrder.h"
 
 namespace movie::test {
 

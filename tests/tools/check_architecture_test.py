@@ -23,7 +23,7 @@ class Architecture(unittest.TestCase):
         self.assertEqual(self.told("`Atom`, `Table.h`, `movie/Edit`", "movie/Atom.h", "movie/Table.h", "movie/Edit.cpp"), [])
 
     def test_a_family_is_named_by_what_its_names_share(self):
-        self.assertEqual(self.told("`FileTree…`, `…Save`", "SharedFiles/FileTreeCopy.h", "app/DelegateSave.cpp"), [])
+        self.assertEqual(self.told("`FileTree…`, `…Save`", "system/FileTreeCopy.h", "app/DelegateSave.cpp"), [])
 
     def test_an_ellipsis_alone_names_nothing(self):
         self.assertEqual(self.told("`…`", "app/Atom.h"), ["Atom: is not on the page"])

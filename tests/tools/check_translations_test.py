@@ -32,7 +32,7 @@ def run_on(ts, table=TABLE, decoder='return failure("the frame cannot be decoded
         for name in check_translations.REASON_FILES:
             (top / name).parent.mkdir(parents=True, exist_ok=True)
             (top / name).write_text(decoder)
-        for name, text in {"app/MovieReasons.cpp": table, "translations/x_de.ts": ts}.items():
+        for name, text in {"app/Subclasses/MovieReasons.cpp": table, "translations/x_de.ts": ts}.items():
             (top / name).parent.mkdir(exist_ok=True)
             (top / name).write_text(text)
         lupdate = []

@@ -5,7 +5,7 @@
 #include <QPdfWriter>
 #include <utility>
 
-#include "app/ApplicationIcon.h"
+#include "app/widgets/ApplicationIcon.h"
 #include "tools/manual/TextBlock.h"
 #include "tools/manual/Typography.h"
 

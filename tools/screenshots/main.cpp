@@ -36,20 +36,20 @@
 
 #include <unistd.h>
 
-#include "SharedFiles/AnalyticsController.h"
-#include "SharedFiles/BundleInfo.h"
-#include "SharedFiles/DesktopWorkspace.h"
-#include "SharedFiles/MainThread.h"
-#include "SharedFiles/QVAlert.h"
-#include "SharedFiles/QVLog.h"
-#include "SharedFiles/UserDefaults.h"
-#include "app/ApplicationIcon.h"
-#include "app/FlattenedSave.h"
-#include "app/Glyphs.h"
+#include "SharedFiles/alerts/QVAlert.h"
+#include "SharedFiles/analytics/AnalyticsController.h"
+#include "SharedFiles/foundation/BundleInfo.h"
+#include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/settings/UserDefaults.h"
+#include "SharedFiles/support/DesktopWorkspace.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
-#include "app/ResultsView.h"
-#include "app/TransportBar.h"
+#include "app/dialogs/FlattenedSave.h"
+#include "app/widgets/ApplicationIcon.h"
+#include "app/widgets/Glyphs.h"
+#include "app/widgets/ResultsView.h"
+#include "app/widgets/TransportBar.h"
 #include "check/GammaCheck.h"
 
 namespace {

@@ -8,7 +8,7 @@
 
 #include <sys/utsname.h>
 
-#include "SharedFiles/crash/CrashFacts.h"
+#include "SharedFiles/crash/handler/CrashFacts.h"
 #include "SharedFiles/crash/report/StoppedThreads.h"
 
 namespace crash {

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "SharedFiles/crash/CrashRequest.h"
+#include "SharedFiles/crash/handler/CrashRequest.h"
 #include "SharedFiles/crash/report/ProcessImage.h"
 
 namespace crash {

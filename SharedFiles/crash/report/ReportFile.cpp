@@ -5,9 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "SharedFiles/FileDescriptor.h"
-#include "SharedFiles/crash/CrashFacts.h"
+#include "SharedFiles/crash/handler/CrashFacts.h"
 #include "SharedFiles/crash/report/CrashReport.h"
+#include "system/FileDescriptor.h"
 
 namespace crash {
 namespace {

@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "SharedFiles/crash/CrashRequest.h"
+#include "SharedFiles/crash/handler/CrashRequest.h"
 #include "SharedFiles/crash/report/CrashReport.h"
 
 namespace {

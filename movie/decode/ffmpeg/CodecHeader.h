@@ -6,8 +6,8 @@
 
 #include <tl/expected.hpp>
 
+#include "movie/atoms/ImageDescription.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
-#include "movie/quicktime/ImageDescription.h"
 
 namespace movie {
 

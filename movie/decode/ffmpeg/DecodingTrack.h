@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "movie/atoms/MovieError.h"
+#include "movie/atoms/MovieFile.h"
 #include "movie/decode/ffmpeg/SampleDecoder.h"
-#include "movie/quicktime/MovieError.h"
-#include "movie/quicktime/MovieFile.h"
 
 namespace movie {
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "movie/atoms/ImageDescription.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
-#include "movie/quicktime/ImageDescription.h"
 
 namespace movie {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "movie/quicktime/ByteOrder.h"
-#include "movie/quicktime/FourCC.h"
+#include "movie/atoms/ByteOrder.h"
+#include "movie/atoms/FourCC.h"
 
 namespace movie {
 

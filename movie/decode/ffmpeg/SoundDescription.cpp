@@ -5,7 +5,7 @@
 #include <cstring>
 #include <optional>
 
-#include "movie/quicktime/AtomReader.h"
+#include "movie/atoms/AtomReader.h"
 
 namespace movie {
 namespace {

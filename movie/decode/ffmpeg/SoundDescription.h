@@ -5,8 +5,8 @@
 
 #include <tl/expected.hpp>
 
-#include "movie/quicktime/ByteOrder.h"
-#include "movie/quicktime/FourCC.h"
+#include "movie/atoms/ByteOrder.h"
+#include "movie/atoms/FourCC.h"
 
 namespace movie {
 

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "movie/quicktime/MovieFile.h"
+#include "movie/atoms/MovieFile.h"
 
 namespace movie {
 

@@ -4,10 +4,10 @@
 #include <memory>
 #include <vector>
 
+#include "movie/atoms/MovieFile.h"
 #include "movie/decode/SoundStream.h"
 #include "movie/decode/ffmpeg/SoundDecoder.h"
 #include "movie/decode/ffmpeg/SoundRuns.h"
-#include "movie/quicktime/MovieFile.h"
 
 namespace movie {
 

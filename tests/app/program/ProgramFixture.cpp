@@ -13,7 +13,7 @@
 
 #include <unistd.h>
 
-#include "SharedFiles/PropertyList.h"
+#include "SharedFiles/settings/PropertyList.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "SharedFiles/PropertyList.h"
+#include "SharedFiles/settings/PropertyList.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/app/program/ProgramFixture.h"
 

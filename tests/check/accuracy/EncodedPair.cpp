@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <stdexcept>
 
-#include "SharedFiles/QVLog.h"
+#include "SharedFiles/log/QVLog.h"
 #include "check/GammaCheck.h"
 #include "tests/support/MovieFixture.h"
 

@@ -12,8 +12,8 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "movie/atoms/ByteOrder.h"
 #include "movie/decode/DecoderModule.h"
-#include "movie/quicktime/ByteOrder.h"
 #include "tests/support/MovieFixture.h"
 
 namespace movie::test {

@@ -5,9 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include "movie/atoms/MovieFile.h"
 #include "movie/decode/ffmpeg/DemuxedDescription.h"
 #include "movie/decode/ffmpeg/EverydayDescription.h"
-#include "movie/quicktime/MovieFile.h"
 #include "tests/support/AtomBuilder.h"
 #include "tests/support/MovieFixture.h"
 

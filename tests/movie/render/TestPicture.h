@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "movie/atoms/ImageDescription.h"
 #include "movie/decode/Picture.h"
-#include "movie/quicktime/ImageDescription.h"
 
 namespace movie::test {
 

@@ -1,0 +1,179 @@
+#include "SharedFiles/authorization/AuthorizationRight.h"
+
+#include <QFile>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <ctime>
+#include <utility>
+
+#include <unistd.h>
+
+#include "SharedFiles/foundation/BundleInfo.h"
+#include "SharedFiles/foundation/FilePackage.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "SharedFiles/log/SystemConsole.h"
+#include "SharedFiles/tasks/QVTaskEx.h"
+#include "SharedFiles/tasks/TaskPipes.h"
+
+namespace {
+
+/// What the privileged program writes once the tool runs.
+const QByteArray startedLine = QByteArrayLiteral("started\n");
+
+/// This process as polkit names it, so that no other one that gets its number inherits the right.
+QString subject(uid_t userId) {
+  QFile file(QStringLiteral("/proc/self/stat"));
+  if (!file.open(QIODevice::ReadOnly)) return {};
+  const QByteArray status = file.readAll();
+  constexpr qsizetype startTime = 19;  // counted from the state, which follows the name in parentheses
+  const QList<QByteArray> fields = status.mid(status.lastIndexOf(')') + 2).split(' ');
+  if (fields.size() <= startTime) return {};
+  return QStringLiteral("%1,%2,%3").arg(::getpid()).arg(QString::fromLatin1(fields[startTime])).arg(userId);
+}
+
+/// A right that polkit keeps for this process for some minutes; pkexec asks again after that.
+class AskedRight final : public AuthorizationRight {
+ public:
+  explicit AskedRight(const AuthorizationPrograms& programs) : programs_(programs) {}
+  bool renewsItself() const override { return true; }
+  // What polkit keeps can be revoked for the whole session only, other applications included: it runs out instead.
+  void giveUp() const override {}
+
+ private:
+  QStringList commandLine() const override {
+    // Asked is in the desktop's dialog or not at all, never on a terminal.
+    return {programs_.pkexec, QStringLiteral("--disable-internal-agent"), programs_.privileged};
+  }
+
+  AuthorizationPrograms programs_;
+};
+
+/// A right that sudo keeps for this process for some minutes.
+class PasswordRight final : public AuthorizationRight {
+ public:
+  explicit PasswordRight(const AuthorizationPrograms& programs) : programs_(programs) {}
+  bool renewsItself() const override { return false; }
+  void giveUp() const override { QVTaskEx::runTask(programs_.sudo, {QStringLiteral("-k")}); }
+
+ private:
+  QStringList commandLine() const override {
+    return {programs_.sudo, QStringLiteral("-n"), QStringLiteral("--"), programs_.privileged};
+  }
+
+  AuthorizationPrograms programs_;
+};
+
+/// Writes into a pipe that has room for it. A reader that has gone is no signal to this process.
+void writeQuietly(const FileDescriptor& pipe, const char* bytes, qsizetype count) {
+  sigset_t broken, before;
+  ::sigemptyset(&broken);
+  ::sigaddset(&broken, SIGPIPE);
+  ::pthread_sigmask(SIG_BLOCK, &broken, &before);
+  const bool gone = ::write(pipe.get(), bytes, static_cast<std::size_t>(count)) < 0 && errno == EPIPE;
+  const timespec now{};
+  if (gone && ::sigismember(&before, SIGPIPE) == 0) ::sigtimedwait(&broken, nullptr, &now);
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
+/// A text's bytes in one place, overwritten when they are no longer needed.
+class Secret {
+ public:
+  explicit Secret(const QString& text) : isText_(text.isValidUtf16()), bytes_(text.toUtf8()) {}
+  ~Secret() { ::explicit_bzero(bytes_.data(), static_cast<std::size_t>(bytes_.size())); }
+  Secret(const Secret&) = delete;
+  Secret& operator=(const Secret&) = delete;
+
+  /// Whether it fits on the one line that sudo reads.
+  bool isOneLine() const {
+    constexpr qsizetype longest = 1000;
+    return isText_ && bytes_.size() <= longest && !bytes_.contains('\n') && !bytes_.contains('\r') &&
+           !bytes_.contains('\0');
+  }
+  void writeLineTo(const FileDescriptor& pipe) const {
+    writeQuietly(pipe, bytes_.constData(), bytes_.size());
+    writeQuietly(pipe, "\n", 1);
+  }
+
+ private:
+  bool isText_;
+  QByteArray bytes_;
+};
+
+bool sudoAccepts(const QString& sudo, const QString& password) {
+  const Secret secret(password);
+  if (!secret.isOneLine()) return false;
+  ChildProcess process;
+  process.setLaunchPath(sudo);
+  process.setArguments({QStringLiteral("-S"), QStringLiteral("-p"), QString(QLatin1String("")), QStringLiteral("-v")});
+  process.setStandardInput(StandardStream::pipe);
+  process.setStandardOutput(StandardStream::nullDevice);
+  process.setStandardError(StandardStream::nullDevice);
+  process.launch();
+  secret.writeLineTo(process.standardInput);
+  process.standardInput.close();
+  process.waitUntilExit();
+  return process.terminationStatus() == 0;
+}
+
+/// Reads until the tool runs; false when the output ends before.
+bool awaitStart(const ChildProcess& process) {
+  QByteArray output;
+  while (!output.startsWith(startedLine)) {
+    const QByteArray chunk = readChunk(process.standardOutput, -1);
+    if (chunk.isEmpty()) return false;
+    output += chunk;
+  }
+  return true;
+}
+
+}  // namespace
+
+AuthorizationPrograms AuthorizationPrograms::standard() {
+  const QString folder = BundleInfo::mainBundle().executableFolder();
+  return {.pkcheck = QStringLiteral("/usr/bin/pkcheck"),
+          .pkexec = QStringLiteral("/usr/bin/pkexec"),
+          .sudo = QStringLiteral("/usr/bin/sudo"),
+          .privileged = folder.section(u'/', 0, -2) + QStringLiteral("/" LUMACHECK_PRIVILEGED_PROGRAM)};
+}
+
+std::unique_ptr<AuthorizationRight> AuthorizationRight::askUser(const AuthorizationPrograms& programs, uid_t userId) {
+  const QString process = subject(userId);
+  if (process.isEmpty() || !isExecutableFileAtPath(programs.pkcheck)) return nullptr;
+  const QStringList arguments = {QStringLiteral("--action-id"), QStringLiteral("system.privilege.admin"),
+                                 QStringLiteral("--process"), process, QStringLiteral("--allow-user-interaction")};
+  if (QVTaskEx::terminationCodeFromTask(programs.pkcheck, arguments) != 0) return nullptr;
+  return std::make_unique<AskedRight>(programs);
+}
+
+AuthorizationRight::Outcome AuthorizationRight::tryPassword(const AuthorizationPrograms& programs,
+                                                            const QString& password) {
+  if (!isExecutableFileAtPath(programs.sudo)) return {.right = nullptr, .error = ENOENT};
+  auto right = std::make_unique<PasswordRight>(programs);
+  right->giveUp();  // what was kept from before proves nothing
+  try {
+    if (sudoAccepts(programs.sudo, password)) return {.right = std::move(right)};
+    return {};
+  } catch (const QVPlatformException&) {
+    return {.right = nullptr, .error = EACCES};
+  }
+}
+
+AuthorizationRight::Start AuthorizationRight::start(const QString& tool, const QStringList& arguments) const {
+  QStringList command = commandLine();
+  auto process = std::make_shared<ChildProcess>();
+  process->setLaunchPath(command.takeFirst());
+  process->setArguments(command + QStringList(tool) + arguments);
+  process->setStandardInput(StandardStream::nullDevice);
+  process->setStandardOutput(StandardStream::pipe);
+  try {
+    process->launch();
+    if (awaitStart(*process)) return {.status = 0, .process = std::move(process)};
+  } catch (const QVPlatformException& exception) {
+    logToConsole("Unable to execute task: %@", exception.reason());
+    return {.status = cannotLaunch, .process = nullptr};
+  }
+  process->waitUntilExit();
+  const int status = process->terminationStatus();
+  return {.status = status != 0 ? status : cannotLaunch, .process = nullptr};
+}

@@ -1,0 +1,97 @@
+#include "SharedFiles/files/FileDigest.h"
+
+#include <QByteArray>
+#include <QFile>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <new>
+#include <utility>
+
+#include <fcntl.h>
+#include <openssl/evp.h>
+#include <unistd.h>
+
+#include "SharedFiles/foundation/BackgroundCalls.h"
+#include "SharedFiles/log/QVLog.h"
+#include "system/FileDescriptor.h"
+
+namespace {
+
+constexpr std::size_t blockSize = 65536;
+
+const EVP_MD* methodOf(DigestAlgorithm algorithm) {
+  switch (algorithm) {
+    case DigestAlgorithm::md5:
+      return EVP_md5();
+    case DigestAlgorithm::sha1:
+      return EVP_sha1();
+    case DigestAlgorithm::sha256:
+      return EVP_sha256();
+    case DigestAlgorithm::sha512:
+      return EVP_sha512();
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+struct FileDigest::Context {
+  using Handle = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
+
+  explicit Context(DigestAlgorithm algorithm)
+      : handle(EVP_MD_CTX_new(), &EVP_MD_CTX_free),
+        good(handle && EVP_DigestInit_ex(handle.get(), methodOf(algorithm), nullptr) == 1) {}
+
+  Handle handle;
+  bool good;
+};
+
+FileDigest::FileDigest(DigestAlgorithm algorithm) : context_(std::make_unique<Context>(algorithm)) {}
+FileDigest::~FileDigest() = default;
+FileDigest::FileDigest(FileDigest&& other) noexcept = default;
+FileDigest& FileDigest::operator=(FileDigest&& other) noexcept = default;
+
+void FileDigest::add(const void* bytes, std::size_t size) {
+  context_->good = context_->good && EVP_DigestUpdate(context_->handle.get(), bytes, size) == 1;
+}
+
+QString FileDigest::text() {
+  std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
+  unsigned int size = 0;
+  context_->good = context_->good && EVP_DigestFinal_ex(context_->handle.get(), digest.data(), &size) == 1;
+  if (!context_->good) return {};
+  return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(digest.data()), static_cast<int>(size)).toHex());
+}
+
+QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::function<bool()>& shouldContinue) {
+  const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+  if (!file.isOpen()) {
+    QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", path);
+    return {};
+  }
+  const std::unique_ptr<char[]> block(new (std::nothrow) char[blockSize]);
+  if (!block) {
+    QVLog::appendLog("Error reading file %@ - out of memory", path);
+    return {};
+  }
+  FileDigest digest(algorithm);
+  BackgroundCalls calls;
+  const auto refused = std::make_shared<std::atomic<bool>>(false);
+  for (;;) {
+    const ssize_t got = ::read(file.get(), block.get(), blockSize);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) {
+      QVLog::appendLog("Error reading file %@ - aborting...", path);
+      return {};
+    }
+    if (got == 0) return digest.text();
+    digest.add(block.get(), static_cast<std::size_t>(got));
+    // One question at a time: a slow answer must not let them pile up.
+    if (shouldContinue && !calls.isBusy())
+      calls.add([refused, shouldContinue] {
+        if (!shouldContinue()) *refused = true;
+      });
+    if (*refused) return {};
+  }
+}

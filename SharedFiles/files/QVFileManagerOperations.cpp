@@ -1,0 +1,137 @@
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+
+#include "SharedFiles/files/QVFileManager.h"
+#include "SharedFiles/foundation/QVLocalPaths.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/tasks/FileNameBytes.h"
+#include "system/FileTree.h"
+
+namespace {
+
+/// A path as text and as bytes, absolute. None, with the log line `refusal`, for a null or empty path.
+struct OperationPath {
+  QString text;
+  std::string bytes;
+};
+
+template <typename... Arguments>
+std::optional<OperationPath> operationPath(const QString& path, const char* refusal, const Arguments&... arguments) {
+  if (path.isEmpty()) {
+    QVLog::appendLog(refusal, arguments...);
+    return std::nullopt;
+  }
+  const QString text = absolutePath(path);
+  if (text.isNull()) return std::nullopt;
+  return OperationPath{text, text.toStdString()};
+}
+
+/// What was done, or else what administrator rights do after the log line.
+template <typename Privileged>
+bool orAuthorized(bool done, bool shouldAuth, const char* line, const QString& path, const Privileged& privileged) {
+  if (done || !shouldAuth) return done;
+  QVLog::appendLog(line, path);
+  return privileged();
+}
+
+bool isProtected(const OperationPath& path, const FileServices& services) {
+  return QVLocalPaths::isPathSystemDirectory(path.text, true, services.paths);
+}
+
+/// The trash folder, which is made for nobody else's eyes when it is missing.
+std::optional<QString> trashFolder(const FileServices& services) {
+  const QString folder = QVLocalPaths::trashDirectory(services.paths);
+  const auto bytes = folder.isEmpty() ? std::nullopt : bytesOfPath(folder);
+  if (!bytes || (::mkdir(bytes->c_str(), S_IRWXU) != 0 && errno != EEXIST)) return std::nullopt;
+  return folder;
+}
+
+FileTreeResult moveToTrash(const OperationPath& path, const QString& folder) {
+  const QString name = path.text.mid(path.text.lastIndexOf('/') + 1);
+  for (int attempt = 0;; ++attempt) {
+    auto result = moveTree(path.bytes, QVFileManager::uniqueFilename(folder + '/' + name).toStdString());
+    // Somebody else may have taken the free name meanwhile.
+    constexpr int enough = 100;
+    if (result || result.error().number != EEXIST || attempt == enough) return result;
+  }
+}
+
+bool trash(const OperationPath& path, const FileServices& services) {
+  struct stat status = {};
+  if (::lstat(path.bytes.c_str(), &status) != 0 && (errno == ENOENT || errno == ENOTDIR)) return true;
+  if (isProtected(path, services)) return false;
+  if (!S_ISLNK(status.st_mode)) QVFileManager::unlockFile(path.text);
+  const auto folder = trashFolder(services);
+  return folder && moveToTrash(path, *folder);
+}
+
+}  // namespace
+
+bool QVFileManager::trashFile(const QString& path, bool shouldAuth, const FileServices& services) {
+  const auto given = operationPath(path, "Error trashing file: path is nil");
+  return given && orAuthorized(trash(*given, services), shouldAuth, "Error trashing file: %@. Authorizing...", path,
+                               [&] { return services.privileges.authTrashFile(given->text); });
+}
+
+bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileServices& services) {
+  const auto given = operationPath(path, "Error removing file: path is nil");
+  return given && orAuthorized(!isProtected(*given, services) && removeTree(given->bytes), shouldAuth,
+                               "Error removing file: %@. Authorizing...", path,
+                               [&] { return services.privileges.authRemoveFile(given->text); });
+}
+
+bool QVFileManager::createDirectory(const QString& path, bool shouldAuth, const FileServices& services) {
+  const auto given = operationPath(path, "Error creating folder: path is nil");
+  return given &&
+         orAuthorized(createFolders(given->bytes).has_value(), shouldAuth, "Error creating folder: %@. Authorizing...",
+                      path, [&] { return services.privileges.authCreateDir(given->text); });
+}
+
+bool QVFileManager::copyFile(const QString& source, const QString& destination, bool shouldAuth,
+                             const FileServices& services) {
+  const auto from = operationPath(source, "Error copying file: source path is nil");
+  const auto to =
+      from ? operationPath(destination, "Error copying file %@: destination path is nil", source) : std::nullopt;
+  return to && orAuthorized(copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
+                            "Error copying file: %@. Authorizing...", source,
+                            [&] { return services.privileges.authCopyFile(from->text, to->text); });
+}
+
+bool QVFileManager::moveFile(const QString& source, const QString& destination, bool shouldAuth,
+                             const FileServices& services) {
+  const auto from = operationPath(source, "Error moving file: source path is nil");
+  const auto to =
+      from ? operationPath(destination, "Error moving file %@: destination path is nil", source) : std::nullopt;
+  if (!to) return false;
+  FileTreeResult moved = tl::unexpected(FileTreeError{EPERM, from->bytes});
+  if (!isProtected(*from, services)) moved = moveTree(from->bytes, to->bytes);
+  if (!moved && moved.error().bothRemain) {
+    QVLog::appendLog("File %@ was copied to %@, but could not be removed: %@", source, destination,
+                     QString::fromLocal8Bit(std::strerror(moved.error().number)));
+    return false;
+  }
+  return orAuthorized(moved.has_value(), shouldAuth, "Error moving file: %@. Authorizing...", source,
+                      [&] { return services.privileges.authMoveFile(from->text, to->text); });
+}
+
+bool QVFileManager::trashFile(const QString& path, const FileServices& services) {
+  return trashFile(path, true, services);
+}
+
+bool QVFileManager::removeFile(const QString& path, const FileServices& services) {
+  return removeFile(path, true, services);
+}
+
+bool QVFileManager::createDirectory(const QString& path, const FileServices& services) {
+  return createDirectory(path, true, services);
+}
+
+bool QVFileManager::copyFile(const QString& source, const QString& destination, const FileServices& services) {
+  return copyFile(source, destination, true, services);
+}
+
+bool QVFileManager::moveFile(const QString& source, const QString& destination, const FileServices& services) {
+  return moveFile(source, destination, true, services);
+}

@@ -1,0 +1,108 @@
+#include "SharedFiles/support/QVSoftwareUpdate.h"
+
+#include <QFileInfo>
+#include <mutex>
+#include <system_error>
+#include <utility>
+
+#include "SharedFiles/files/QVFileManager.h"
+#include "SharedFiles/foundation/QVLocalPaths.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/settings/SharedSettings.h"
+#include "SharedFiles/support/FileTrust.h"
+#include "SharedFiles/tasks/QVTaskEx.h"
+
+namespace {
+
+constexpr auto updaterName = "/Quorvane Software Update.app";
+
+bool checksAtStartup(const PathPlatform& paths) {
+  const QVariant value = SharedSettings::value(QStringLiteral("SUCheckAtStartup"), paths);
+  return value.typeId() != QMetaType::Bool || value.toBool();
+}
+
+QString temporaryPath(const PathPlatform& paths) {
+  return QVLocalPaths::tempDirectory(paths) + updaterName;
+}
+
+/// The path of the copy. One copy is made at a time.
+QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths) {
+  static std::mutex copying;
+  const std::lock_guard guard(copying);
+  const FileServices files = {.paths = paths};
+  QString copy = temporaryPath(paths);
+  if (QVFileManager::fileExistsAtPath(copy) || QFileInfo(copy).isSymLink()) {
+    QVFileManager::removeFile(copy, false, files);
+  }
+  QVFileManager::copyFile(updater, copy, false, files);
+  return copy;
+}
+
+/// Whether what stands at the updater's path may be started. What is installed for the whole machine may.
+bool isTrusted(const QString& updater, const PathPlatform& paths) {
+  return updater != temporaryPath(paths) || isOutOfOthersReach(updater, paths.realUserId());
+}
+
+}  // namespace
+
+SoftwareUpdateServices SoftwareUpdateServices::standard() {
+  return {.runTaskAndReturn = [](const QString& path,
+                                 const QStringList& arguments) { QVTaskEx::runTaskAndReturn(path, arguments); },
+          .openApplication = [](const QString& applicationPath) { ApplicationBundle(applicationPath).open({}); }};
+}
+
+QVSoftwareUpdate::QVSoftwareUpdate(Services services) : services_(std::move(services)) {}
+
+QVSoftwareUpdate::~QVSoftwareUpdate() {
+  for (std::thread& check : checks_) check.join();
+}
+
+void QVSoftwareUpdate::startup() {
+  if (!checksAtStartup(services_.paths)) return;
+  try {
+    checks_.emplace_back([this] { automaticallyCheckForUpdates(services_); });
+  } catch (const std::system_error& failure) {
+    QVLog::appendLog("Unable to launch Software Update - %@", failure.what());
+  }
+}
+
+QString QVSoftwareUpdate::updaterPath(const Services& services) {
+  QString installed =
+      QVLocalPaths::applicationDirectory(false, services.paths) + QStringLiteral("/Quorvane") + updaterName;
+  if (QVFileManager::fileExistsAtPath(installed)) return installed;
+  if (!services.hostBundle.isEmpty()) {
+    for (const char* folder : {"/Contents/Resources", "/Contents/MacOS"}) {
+      const QString bundled = services.hostBundle + folder + updaterName;
+      if (QVFileManager::fileExistsAtPath(bundled)) return copyToTemporaryFolder(bundled, services.paths);
+    }
+  }
+  QVLog::appendLogAndPrint("Error: unable to find software updater");
+  return {};
+}
+
+void QVSoftwareUpdate::launchSoftwareUpdate(const Services& services) {
+  const QString path = updaterPath(services);
+  if (path.isNull() || !isTrusted(path, services.paths)) {
+    QVLog::appendLog("Unable to launch Software Update - path doesn't exist");
+    return;
+  }
+  services.openApplication(path);
+}
+
+void QVSoftwareUpdate::automaticallyCheckForUpdates(const Services& services) {
+  const QString path = updaterPath(services);
+  if (path.isNull()) {
+    QVLog::appendLog("Unable to launch Software Update - path doesn't exist");
+    return;
+  }
+  if (!QFileInfo(path).isDir() || !isTrusted(path, services.paths)) {
+    QVLog::appendLog("Unable to launch Software Update - updater bundle not found.");
+    return;
+  }
+  const QString executable = ApplicationBundle(path).executable();
+  if (executable.isNull() || !QVFileManager::fileExistsAtPath(executable)) {
+    QVLog::appendLog("Unable to launch Software Update - executable path doesn't exist");
+    return;
+  }
+  services.runTaskAndReturn(executable, {QStringLiteral("-checkpath"), services.hostBundle});
+}

@@ -1,0 +1,194 @@
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <thread>
+#include <utility>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include "SharedFiles/foundation/FilePackage.h"
+#include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/foundation/QVPlatformException.h"
+#include "SharedFiles/log/QVLog.h"
+#include "SharedFiles/tasks/QVTaskEx.h"
+#include "SharedFiles/tasks/TaskPipes.h"
+
+namespace {
+
+constexpr const char* asyncDataNotification = "QVAsyncTaskDataNotification";
+constexpr const char* fileHandleData = "NSFileHandleNotificationDataItem";
+
+/// Cut toward zero; a number that 32 bits with a sign cannot hold becomes the least of them.
+std::int32_t wholeSeconds(double seconds) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  const double whole = std::trunc(seconds);
+  const bool fits = whole >= double{Limits::min()} && whole <= double{Limits::max()};
+  return fits ? static_cast<std::int32_t>(whole) : Limits::min();
+}
+
+QVTaskEx::Notification dataNotification(const QByteArray& chunk) {
+  return {asyncDataNotification, {{fileHandleData, chunk}}};
+}
+
+}  // namespace
+
+QVTaskEx::~QVTaskEx() {
+  if (const auto process = theTask_.get()) process->terminate();
+}
+
+QVTaskEx::Delegate QVTaskEx::delegate() const {
+  const std::lock_guard guard(mutex_);
+  return delegate_;
+}
+
+void QVTaskEx::setDelegate(Delegate delegate) {
+  const std::lock_guard guard(mutex_);
+  delegate_.swap(delegate);
+}
+
+QVariant QVTaskEx::object() const {
+  const std::lock_guard guard(mutex_);
+  return object_;
+}
+
+void QVTaskEx::setObject(const QVariant& object) {
+  const std::lock_guard guard(mutex_);
+  object_ = object;
+}
+
+// --- Timed runs -----------------------------------------------------------------------------------------------------
+
+/// The timer sleeps its time out even when the run ends first; then it finds no task.
+void QVTaskEx::startTimer(double timeout) {
+  std::thread([self = shared_from_this(), seconds = wholeSeconds(timeout)] { self->setupTimeout(seconds); }).detach();
+}
+
+void QVTaskEx::setupTimeout(std::int32_t seconds) {
+  std::this_thread::sleep_for(std::chrono::seconds(seconds));
+  MainThread::performAndWait([this] { timeout(); });
+}
+
+void QVTaskEx::timeout() {
+  const auto process = theTask_.get();
+  if (!process || !process->isRunning()) return;
+  QVLog::appendLogAndPrint("Task %@ timed out. Terminating...", process->launchPath());
+  process->terminate();
+}
+
+void QVTaskEx::runTaskInstance(const QString& path, const QStringList& arguments, double timeout) {
+  startTimer(timeout);
+  theTask_.set(nullptr);
+  ChildProcessSlot own;
+  runTask(path, arguments, &own);
+  theTask_.set(nullptr);
+}
+
+std::optional<QByteArray> QVTaskEx::dataFromTaskInstance(const QString& path, const QStringList& arguments,
+                                                         double timeout) {
+  return dataFromTaskInstance(path, arguments, timeout, true, true);
+}
+
+std::optional<QByteArray> QVTaskEx::dataFromTaskInstance(const QString& path, const QStringList& arguments,
+                                                         double timeout, bool logOutput, bool logError) {
+  startTimer(timeout);
+  theTask_.set(nullptr);
+  auto data = dataFromTask(path, arguments, &theTask_, std::nullopt, logOutput, logError);
+  theTask_.set(nullptr);
+  return data;
+}
+
+std::int32_t QVTaskEx::terminationCodeFromTaskInstance(const QString& path, const QStringList& arguments,
+                                                       double timeout) {
+  startTimer(timeout);
+  theTask_.set(nullptr);
+  const std::int32_t code = terminationCodeFromTask(path, arguments, &theTask_);
+  theTask_.set(nullptr);
+  return code;
+}
+
+// --- Asynchronous runs ----------------------------------------------------------------------------------------------
+
+void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate,
+                                 const QVariant& object) {
+  asyncDataFromTask(path, arguments, std::move(delegate), object, std::nullopt);
+}
+
+void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate,
+                                 const QVariant& object, const std::optional<Environment>& environment) {
+  auto process = std::make_shared<ChildProcess>();
+  process->setStandardOutput(StandardStream::pipe);
+  process->setStandardError(StandardStream::nullDevice);
+  if (environment) process->setEnvironment(*environment);
+  process->setLaunchPath(path);
+  process->setArguments(arguments);
+  {
+    const std::lock_guard guard(mutex_);
+    delegate_ = std::move(delegate);
+    object_ = object;
+    closed_ = std::make_shared<FileDescriptor>(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    theTask_.set(std::move(process));
+  }
+  std::thread([self = shared_from_this()] { self->launchAsyncTask(); }).detach();
+}
+
+void QVTaskEx::launchAsyncTask() {
+  std::shared_ptr<ChildProcess> process;
+  std::shared_ptr<FileDescriptor> closed;
+  {
+    // Together: a termination takes both away, however early it comes.
+    const std::lock_guard guard(mutex_);
+    process = theTask_.get();
+    closed = closed_;
+  }
+  if (!process) return QVLog::appendLogAndPrint("Unable to launch async task - no task set");
+  if (!isExecutableFileAtPath(process->launchPath())) {
+    return QVLog::appendLog("Unable to launch async task - task does not exist or is not executable");
+  }
+  try {
+    process->launch();
+    QByteArray chunk;
+    do {
+      chunk = readChunk(process->standardOutput, closed ? closed->get() : -1);
+      if (closed && isReadable(*closed)) break;
+      asyncTaskReturnData(dataNotification(chunk));
+    } while (!chunk.isEmpty());
+    process->standardOutput.close();
+    process->terminate();
+  } catch (const QVPlatformException& exception) {
+    QVLog::appendLogAndPrint("Exception: %@", exception.reason());
+  }
+}
+
+void QVTaskEx::asyncTaskReturnData(const Notification& notification) {
+  const QByteArray chunk = notification.userInfo.value(fileHandleData).toByteArray();
+  handToDelegate(chunk);
+  if (chunk.isEmpty()) terminateAsyncTask();
+}
+
+void QVTaskEx::handToDelegate(const QByteArray& chunk) {
+  Delegate delegate;
+  QVariant object;
+  {
+    const std::lock_guard guard(mutex_);
+    delegate = delegate_;
+    object = object_;
+  }
+  if (delegate) delegate(chunk.isEmpty() ? QByteArray("", 0) : chunk, *this, object);
+}
+
+void QVTaskEx::terminateAsyncTask() {
+  Delegate delegate;
+  std::shared_ptr<ChildProcess> process;
+  {
+    const std::lock_guard guard(mutex_);
+    delegate.swap(delegate_);
+    object_ = QVariant();
+    const std::uint64_t one = 1;
+    [[maybe_unused]] const ssize_t written = closed_ ? ::write(closed_->get(), &one, sizeof one) : 0;
+    closed_.reset();
+    process = theTask_.get();
+    theTask_.set(nullptr);
+  }
+  if (process) process->terminate();
+}

@@ -1,0 +1,261 @@
+#include "SharedFiles/timecode/QVQuickTime.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <span>
+
+#include "SharedFiles/log/LogFormat.h"
+#include "SharedFiles/timecode/QVTimecode.h"
+
+namespace {
+
+using movie::MovieTime;
+
+constexpr std::uint32_t dropFrameFlag = 1;
+
+/// A whole number as an Integer: held at its ends, 0 for what is no number or has no end.
+template <typename Integer>
+Integer heldWithin(long double whole) {
+  using Limits = std::numeric_limits<Integer>;
+  if (!std::isfinite(whole)) return 0;
+  if (whole <= static_cast<long double>(Limits::min())) return Limits::min();
+  if (whole >= static_cast<long double>(Limits::max())) return Limits::max();
+  return static_cast<Integer>(whole);
+}
+
+int roundedUp(double fps) {
+  return heldWithin<int>(std::ceil(fps));
+}
+bool isFractional(double fps) {
+  return std::ceil(fps) != std::floor(fps);
+}
+
+const movie::Track* firstTrack(const movie::Movie* movie, movie::FourCC mediaType) {
+  if (movie == nullptr) return nullptr;
+  const auto tracks = movie->tracksOfMediaType(mediaType);
+  return tracks.empty() ? nullptr : tracks.front();
+}
+
+bool isDropFrame(const movie::TimecodeStart& start) {
+  return (start.flags & dropFrameFlag) != 0;
+}
+
+std::optional<movie::TimecodeStart> timecodeStartOf(const movie::Movie* movie) {
+  return movie == nullptr ? std::nullopt : movie->timecodeStart();
+}
+
+TimingInfo timingInfoOf(const movie::Movie* movie) {
+  TimingInfo info;
+  QVQuickTime::getTimingInfoForMovie(movie, &info.timebase, &info.ntsc, &info.dropFrame);
+  return info;
+}
+
+/// Days, hours, minutes, seconds and the fraction that is left, as a movie time reads in words. The sign is dropped.
+struct ClockTime {
+  int days = 0;
+  int hours = 0, minutes = 0, seconds = 0;
+  double fraction = 0;  ///< of a second; NaN for a time without a scale
+};
+
+ClockTime clockTimeOf(const MovieTime& time) {
+  if (time.scale < 1) return {.fraction = std::numeric_limits<double>::quiet_NaN()};
+  const auto value = static_cast<std::uint64_t>(time.value);
+  const std::uint64_t magnitude = time.value < 0 ? std::uint64_t{0} - value : value;
+  const auto scale = static_cast<std::uint64_t>(time.scale);
+  const std::uint64_t whole = magnitude / scale;
+  constexpr std::uint64_t mostDays = std::numeric_limits<int>::max();
+  return {.days = static_cast<int>(std::min(whole / 86400, mostDays)),
+          .hours = static_cast<int>(whole / 3600 % 24),
+          .minutes = static_cast<int>(whole / 60 % 60),
+          .seconds = static_cast<int>(whole % 60),
+          .fraction = static_cast<double>(magnitude % scale) / static_cast<double>(scale)};
+}
+
+QString padded(int number) {
+  return formatLog("%@%i", number < 10 ? "0" : "", number);
+}
+
+struct LabelRange {
+  std::uint32_t first;
+  std::span<const char* const> texts;
+};
+
+constexpr std::array<const char*, 18> mainLabels = {"Left",
+                                                    "Right",
+                                                    "Center",
+                                                    "LFE",
+                                                    "Left Surround",
+                                                    "Right Surround",
+                                                    "Left Center",
+                                                    "Right Center",
+                                                    "Center Surround",
+                                                    "Left Surround Direct",
+                                                    "Right Surround Direct",
+                                                    "Top Center Surround",
+                                                    "Vertical Height Left",
+                                                    "Vertical Height Center",
+                                                    "Vertical Height Right",
+                                                    "Top Back Left",
+                                                    "Top Back Center",
+                                                    "Top Back Right"};
+constexpr std::array<const char*, 13> moreLabels = {"Rear Surround Left",
+                                                    "Rear Surround Right",
+                                                    "Left Wide",
+                                                    "Right Wide",
+                                                    "LFE2",
+                                                    "Left Total",
+                                                    "Right Total",
+                                                    "Hearing Impaired",
+                                                    "Narration",
+                                                    "Mono",
+                                                    "Dialogue Centric Mix",
+                                                    "Center Surround Direct",
+                                                    "Haptic"};
+constexpr std::array<const char*, 2> headphoneLabels = {"Headphones Left", "Headphones Right"};
+constexpr std::array<const char*, 2> clickLabels = {"Click Track", "Foreign Language"};
+constexpr std::array<const char*, 1> discreteLabel = {"Discrete"};
+constexpr std::array<const char*, 16> discreteLabels = {"Discrete 0",  "Discrete 1",  "Discrete 2",  "Discrete 3",
+                                                        "Discrete 4",  "Discrete 5",  "Discrete 6",  "Discrete 7",
+                                                        "Discrete 8",  "Discrete 9",  "Discrete 10", "Discrete 11",
+                                                        "Discrete 12", "Discrete 13", "Discrete 14", "Discrete 15"};
+constexpr std::array<LabelRange, 6> labelRanges = {{{1, mainLabels},
+                                                    {33, moreLabels},
+                                                    {301, headphoneLabels},
+                                                    {304, clickLabels},
+                                                    {400, discreteLabel},
+                                                    {65536, discreteLabels}}};
+
+}  // namespace
+
+double QVQuickTime::fpsFromQTTrack(const movie::Track* track) {
+  if (track == nullptr) return 0.0;
+  const movie::Media& media = track->media();
+  return fpsFromMedia(media.sampleCount(), media.duration().value, media.timeScale());
+}
+
+double QVQuickTime::fpsFromMedia(std::int64_t sampleCount, std::int64_t duration, std::int32_t timeScale) {
+  if (sampleCount <= 0 || duration == 0) return 0.0;
+  return static_cast<double>(timeScale) * static_cast<double>(sampleCount) / static_cast<double>(duration);
+}
+
+double QVQuickTime::fpsForMovie(const movie::Movie* movie) {
+  return fpsFromQTTrack(firstTrack(movie, movie::videoMedia));
+}
+
+void QVQuickTime::getTimingInfoForMovie(const movie::Movie* movie, int* timebase, bool* ntsc, bool* dropFrame) {
+  const auto start = timecodeStartOf(movie);
+  const TimingInfo info = timingInfoForRate(fpsForMovie(movie), start && isDropFrame(*start));
+  if (timebase != nullptr) *timebase = info.timebase;
+  if (ntsc != nullptr) *ntsc = info.ntsc;
+  if (dropFrame != nullptr) *dropFrame = info.dropFrame;
+}
+
+TimingInfo QVQuickTime::timingInfoForRate(double fps, bool dropFrame) {
+  for (const int timebase : {30, 24, 60}) {
+    if (timebase - 1 < fps && fps < timebase) return {.timebase = timebase, .ntsc = true, .dropFrame = dropFrame};
+  }
+  return {.timebase = roundedUp(fps), .ntsc = false, .dropFrame = dropFrame};
+}
+
+int QVQuickTime::frameCountForTimeValue(long timeValue, long timeScale, double fps) {
+  return heldWithin<int>(std::round(static_cast<long double>(timeValue) / static_cast<long double>(timeScale) *
+                                    static_cast<long double>(fps)));
+}
+
+int QVQuickTime::frameCountForQTTime(const MovieTime& time, const movie::Track* track) {
+  return frameCountForTimeValue(time.value, time.scale, static_cast<float>(fpsFromQTTrack(track)));
+}
+
+int QVQuickTime::frameCountForQTTime(const MovieTime& time, const movie::Movie* movie) {
+  return frameCountForQTTime(time, firstTrack(movie, movie::videoMedia));
+}
+
+MovieTime QVQuickTime::qtTimeFromFrame(int frame, long timeScale, double fps) {
+  const double value = std::floor(static_cast<double>(timeScale) * (static_cast<double>(frame) / fps));
+  return {.value = heldWithin<std::int64_t>(value), .scale = static_cast<std::int32_t>(timeScale)};
+}
+
+MovieTime QVQuickTime::qtTimeFromFrame(int frame, const movie::Movie* movie) {
+  return qtTimeFromFrame(frame, movie == nullptr ? 0 : movie->timeScale(), fpsForMovie(movie));
+}
+
+MovieTime QVQuickTime::lastFrameTimeForMovie(const movie::Movie* movie) {
+  if (movie == nullptr) return {};
+  const MovieTime duration = movie->duration();
+  const int frames = frameCountForQTTime(duration, movie);
+  return frames < 1 ? duration : qtTimeFromFrame(frames - 1, movie);
+}
+
+std::int64_t QVQuickTime::frameLengthForMovie(const movie::Movie* movie) {
+  return movie == nullptr ? 0 : frameLength(movie->duration().scale, fpsForMovie(movie));
+}
+
+std::int64_t QVQuickTime::frameLength(std::int32_t timeScale, double fps) {
+  return heldWithin<std::int64_t>(std::trunc(static_cast<double>(timeScale) / fps));
+}
+
+QString QVQuickTime::formattedQTTime(const MovieTime& time, double fps) {
+  const ClockTime clock = clockTimeOf(time);
+  const auto daysAsHours = clock.days >= 1 ? static_cast<std::uint32_t>(clock.days) * 24U : 0U;
+  const int hours = static_cast<int>(daysAsHours + static_cast<std::uint32_t>(clock.hours));
+  return formatLog("%@:%@:%@:%@", padded(hours), padded(clock.minutes), padded(clock.seconds),
+                   padded(heldWithin<int>(std::round(clock.fraction * fps))));
+}
+
+QString QVQuickTime::formattedQTTime(const MovieTime& time, const movie::Track* track) {
+  return formattedQTTime(time, fpsFromQTTrack(track));
+}
+
+QString QVQuickTime::formattedQTTime(const MovieTime& time, const movie::Movie* movie) {
+  return formattedQTTime(time, fpsForMovie(movie));
+}
+
+QString QVQuickTime::timecodeAtTime(const MovieTime& time, const movie::Movie* movie) {
+  if (const auto start = timecodeStartOf(movie)) {
+    const double fps = fpsForMovie(movie);
+    const int frame = frameCountForTimeValue(time.value, time.scale, fps);
+    const auto number = static_cast<std::uint32_t>(frame) + static_cast<std::uint32_t>(start->frameNumber);
+    return QVTimecode::timecodeFromFrameCount(static_cast<int>(number), roundedUp(fps), isFractional(fps),
+                                              isDropFrame(*start), 0);
+  }
+  const TimingInfo timing = timingInfoOf(movie);
+  return QVTimecode::timecodeFromFrameCount(frameCountForQTTime(time, movie), timing.timebase, timing.ntsc,
+                                            timing.dropFrame, 0);
+}
+
+MovieTime QVQuickTime::qtTimeFromTimecode(const QString& timecode, const movie::Movie* movie) {
+  const TimingInfo timing = timingInfoOf(movie);
+  const auto frameOf = [&](const QString& text, int startFrame) {
+    return QVTimecode::frameCountFromTimecode(text, timing.timebase, timing.ntsc, timing.dropFrame, startFrame);
+  };
+  const int startFrame = frameOf(timecodeAtTime(MovieTime{}, movie), 0);
+  return qtTimeFromFrame(frameOf(timecode, startFrame), movie);
+}
+
+double QVQuickTime::sampleRateFromQTTrack(const movie::Track* track) {
+  if (track == nullptr || track->mediaType() != movie::soundMedia) return 0.0;
+  const auto entry = track->media().sampleDescription(1);
+  return entry ? sampleRateOfSoundDescription(*entry) : 0.0;
+}
+
+double QVQuickTime::sampleRateOfSoundDescription(movie::ByteView entry) {
+  constexpr std::size_t versionOffset = 16, fixedRateOffset = 32, floatRateOffset = 40;
+  if (entry.size() < fixedRateOffset + 4) return 0.0;
+  const std::uint16_t version = movie::read16(entry, versionOffset);
+  if (version < 2) return movie::read32(entry, fixedRateOffset) / 65536.0;
+  if (version > 2 || entry.size() < floatRateOffset + 8) return 0.0;
+  const auto rate = std::bit_cast<double>(movie::read64(entry, floatRateOffset));
+  return std::isfinite(rate) ? rate : 0.0;
+}
+
+QString QVQuickTime::friendlyAudioChannelLabel(const AudioChannelDescription& description) {
+  for (const auto& [first, texts] : labelRanges) {
+    const std::uint32_t index = description.channelLabel - first;
+    if (index < texts.size()) return QString::fromLatin1(texts[index]);
+  }
+  return QStringLiteral("Unknown");
+}

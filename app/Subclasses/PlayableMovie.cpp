@@ -1,0 +1,74 @@
+#include "app/Subclasses/PlayableMovie.h"
+
+#include <QFile>
+#include <utility>
+
+PlayableMovie::PlayableMovie(std::unique_ptr<movie::Movie> content) : content_(std::move(content)) {}
+
+bool PlayableMovie::canInitWithFile(const QString& path) {
+  return movie::Movie::canInitWithFile(QFile::encodeName(path).toStdString());
+}
+
+std::shared_ptr<PlayableMovie> PlayableMovie::movieWithFile(const QString& path) {
+  auto opened = movie::Movie::movieWithFile(QFile::encodeName(path).toStdString());
+  return opened ? std::make_shared<PlayableMovie>(std::move(*opened)) : nullptr;
+}
+
+std::shared_ptr<PlayableMovie> PlayableMovie::movie() {
+  return std::make_shared<PlayableMovie>(movie::Movie::movie());
+}
+
+std::shared_ptr<PlayableMovie> PlayableMovie::copy() const {
+  auto copied = std::make_shared<PlayableMovie>(content_->copy());
+  copied->setIdling(idling_);
+  return copied;
+}
+
+movie::Result<void> PlayableMovie::reopen() {
+  auto opened = movie::Movie::movieWithFile(content_->path());
+  if (!opened) return tl::unexpected(std::move(opened).error());
+  const movie::MovieTime time = currentTime();
+  content_ = std::move(*opened);
+  content_->setCurrentTime(timeWithin(time));
+  return {};
+}
+
+void PlayableMovie::gotoBeginning() {
+  content_->gotoBeginning();
+  emit timeWasSet();
+  emit timeDidChange(this);
+}
+
+movie::MovieTime PlayableMovie::timeWithin(const movie::MovieTime& time) const {
+  if (time.value < 0) return {.value = 0, .scale = time.scale};
+  const movie::MovieTime end = duration();
+  return movie::compareTimes(time, end) > 0 ? end : time;
+}
+
+void PlayableMovie::setCurrentTime(const movie::MovieTime& time) {
+  content_->setCurrentTime(timeWithin(time));
+  emit timeWasSet();
+  emit timeDidChange(this);
+}
+
+bool PlayableMovie::hasVideo() const {
+  return !std::as_const(*content_).tracksOfMediaType(movie::videoMedia).empty();
+}
+
+void PlayableMovie::setRate(double rate) {
+  const double allowed = idling_ ? rate : 0;
+  if (allowed == rate_) return;
+  rate_ = allowed;
+  emit rateDidChange();
+}
+
+void PlayableMovie::playheadMoved(const movie::MovieTime& time) {
+  content_->setCurrentTime(time);
+  emit timeDidChange(this);
+}
+
+void PlayableMovie::playingEnded() {
+  if (rate_ == 0) return;
+  rate_ = 0;
+  emit rateDidChange();
+}

@@ -1,0 +1,73 @@
+#include "movie/atoms/AtomReader.h"
+
+#include <algorithm>
+
+namespace movie {
+
+namespace {
+
+constexpr std::uint32_t shortHeader = 8;
+constexpr std::uint32_t longHeader = 16;
+
+}  // namespace
+
+const char* describe(AtomDefect defect) {
+  switch (defect) {
+    case AtomDefect::SizeBelowHeader:
+      return "the size of the atom is below that of its header";
+    case AtomDefect::ReachesPastParent:
+      return "the atom reaches past the end of its parent";
+    case AtomDefect::TooMany:
+      return "its parent holds too many atoms";
+    case AtomDefect::TrailingBytes:
+      return "there are bytes behind the last atom";
+    case AtomDefect::None:
+      break;
+  }
+  return "the atom is well formed";
+}
+
+AtomHeader readAtomHeader(ByteView bytes, std::uint64_t offset, std::uint64_t left) {
+  Atom atom{0, offset, shortHeader, 0};
+  if (left < shortHeader || bytes.size() < shortHeader) return {atom, AtomDefect::TrailingBytes};
+  atom.type = read32(bytes, 4);
+  atom.size = read32(bytes, 0);
+  if (atom.size == 0 && atom.type == 0) return {atom, AtomDefect::TrailingBytes};
+  if (atom.size == 1) {
+    if (left < longHeader || bytes.size() < longHeader) return {atom, AtomDefect::ReachesPastParent};
+    atom.headerSize = longHeader;
+    atom.size = read64(bytes, shortHeader);
+  }
+  if (atom.size < atom.headerSize) return {atom, AtomDefect::SizeBelowHeader};
+  return {atom, atom.size > left ? AtomDefect::ReachesPastParent : AtomDefect::None};
+}
+
+AtomList readAtoms(ByteView bytes) {
+  return readAtoms(bytes, 0, bytes.size());
+}
+
+AtomList readAtoms(ByteView bytes, std::uint64_t begin, std::uint64_t end) {
+  AtomList list;
+  for (std::uint64_t at = begin; at < end;) {
+    const AtomHeader header = readAtomHeader(bytes.subspan(static_cast<std::size_t>(at)), at, end - at);
+    const bool tooMany = list.atoms.size() >= maximumAtomCount;
+    if (header.defect != AtomDefect::None || tooMany) {
+      list.defect = header.defect != AtomDefect::None ? header.defect : AtomDefect::TooMany;
+      list.defectOffset = at;
+      list.defectType = header.atom.type;
+      break;
+    }
+    list.atoms.push_back(header.atom);
+    at = header.atom.end();
+  }
+  return list;
+}
+
+std::optional<Atom> firstAtom(const AtomList& list, FourCC type) {
+  const auto found =
+      std::find_if(list.atoms.begin(), list.atoms.end(), [type](const Atom& atom) { return atom.type == type; });
+  if (found == list.atoms.end()) return std::nullopt;
+  return *found;
+}
+
+}  // namespace movie

@@ -1,0 +1,256 @@
+#include "movie/atoms/MovieAtoms.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+namespace movie {
+
+namespace {
+
+constexpr std::uint64_t longestDuration = std::uint64_t{1} << 62;
+
+/// A duration field; all ones mean that it is not known.
+std::uint64_t durationAt(ByteView body, std::size_t at, bool wide) {
+  const std::uint64_t value = wide ? read64(body, at) : read32(body, at);
+  const bool unknown = wide ? value > longestDuration : value == std::numeric_limits<std::uint32_t>::max();
+  return unknown ? 0 : value;
+}
+
+/// Time scale and duration of a mvhd or mdhd; a scale of 0 where they cannot be had.
+struct Clock {
+  std::int32_t scale = 0;
+  std::uint64_t duration = 0;
+};
+
+Clock clockOf(ByteView body) {
+  const bool wide = !body.empty() && body[0] == 1;
+  const std::size_t scaleAt = wide ? 20 : 12;
+  if (body.size() < scaleAt + 4 + (wide ? 8 : 4)) return {};
+  const std::uint32_t scale = read32(body, scaleAt);
+  if (scale > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) return {};
+  return {static_cast<std::int32_t>(scale), durationAt(body, scaleAt + 4, wide)};
+}
+
+void readTrackHeader(ByteView body, TrackInfo& info) {
+  const bool wide = !body.empty() && body[0] == 1;
+  const std::size_t idAt = wide ? 20 : 12;
+  const std::size_t durationStart = idAt + 8;
+  if (body.size() < durationStart + (wide ? 8 : 4)) return;
+  info.enabled = (body[3] & 1) != 0;
+  info.id = read32(body, idAt);
+  info.duration = durationAt(body, durationStart, wide);
+  const std::size_t matrixAt = wide ? 52 : 40;
+  if (body.size() < matrixAt + 36 + 8) return;
+  for (std::size_t i = 0; i < info.matrix.size(); ++i) {
+    info.matrix[i] = static_cast<std::int32_t>(read32(body, matrixAt + 4 * i));
+  }
+  info.width = read32(body, matrixAt + 36);
+  info.height = read32(body, matrixAt + 40);
+}
+
+std::vector<EditListEntry> readEditList(ByteView body) {
+  constexpr std::int64_t emptyEdit = -1;
+  constexpr auto latestTime = static_cast<std::int64_t>(longestDuration);
+  std::vector<EditListEntry> edits;
+  if (body.size() < 8) return edits;
+  const bool wide = body[0] == 1;
+  const std::size_t row = wide ? 20 : 12;
+  const std::size_t count = std::min<std::size_t>(read32(body, 4), (body.size() - 8) / row);
+  edits.reserve(count);
+  for (std::size_t at = 8; edits.size() < count; at += row) {
+    const std::int64_t time = wide ? static_cast<std::int64_t>(read64(body, at + 8))
+                                   : static_cast<std::int64_t>(static_cast<std::int32_t>(read32(body, at + 4)));
+    edits.push_back({durationAt(body, at, wide), std::clamp(time, emptyEdit, latestTime),
+                     static_cast<std::int32_t>(read32(body, at + (wide ? 16 : 8)))});
+  }
+  return edits;
+}
+
+class Parser {
+ public:
+  Parser(ByteView bytes, const BytesOrigin& origin) : bytes_(bytes), origin_(origin) {}
+
+  Result<MovieAtoms> movie(const Atom& atom);
+
+ private:
+  using Status = Result<void>;
+
+  Result<AtomList> children(const Atom& atom, const std::string& path) const {
+    return wellFormedChildren(bytes_, atom, path, origin_);
+  }
+  ByteView body(const Atom& atom) const { return bodyOf(bytes_, atom); }
+
+  Status movieHeader(const AtomList& parts, const Atom& atom, MovieAtoms& movie) const;
+  Status track(const Atom& atom, TrackAtoms& track) const;
+  Status edits(const Atom& atom, TrackAtoms& track) const;
+  Status media(const Atom& atom, TrackAtoms& track) const;
+  Status mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const;
+  Status sampleDescriptions(const Atom& atom, const std::string& path, TrackInfo& info) const;
+  Status dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const;
+  bool isExternal(const Atom& reference) const;
+  Status extends(const Atom& atom, MovieAtoms& movie) const;
+
+  ByteView bytes_;
+  const BytesOrigin& origin_;
+};
+
+Result<MovieAtoms> Parser::movie(const Atom& atom) {
+  const auto parts = children(atom, "moov");
+  if (!parts) return tl::make_unexpected(parts.error());
+  MovieAtoms movie;
+  if (auto status = movieHeader(*parts, atom, movie); !status) return tl::make_unexpected(status.error());
+  for (const Atom& part : parts->atoms) {
+    Status status;
+    if (part.type == fourCC("trak")) {
+      if (movie.tracks.size() == maximumTrackCount) {
+        return tl::make_unexpected(origin_.error("moov/trak", part.offset, "the movie has too many tracks"));
+      }
+      status = track(part, movie.tracks.emplace_back());
+    } else if (part.type == fourCC("mvex")) {
+      status = extends(part, movie);
+    }
+    if (!status) return tl::make_unexpected(status.error());
+  }
+  for (TrackAtoms& track : movie.tracks) {
+    if (track.info.mediaTimeScale <= 0) track.info.mediaTimeScale = movie.timeScale;
+  }
+  return movie;
+}
+
+Parser::Status Parser::movieHeader(const AtomList& parts, const Atom& atom, MovieAtoms& movie) const {
+  const auto header = firstAtom(parts, fourCC("mvhd"));
+  if (!header) {
+    const bool reference = firstAtom(parts, fourCC("rmra")).has_value();
+    return tl::make_unexpected(origin_.error(
+        "moov", atom.offset, reference ? "it only refers to other movies" : "the movie atom has no movie header"));
+  }
+  const Clock clock = clockOf(body(*header));
+  if (clock.scale <= 0) {
+    return tl::make_unexpected(origin_.error("moov/mvhd", header->offset, "the movie header has no time scale"));
+  }
+  movie.timeScale = clock.scale;
+  movie.duration = clock.duration;
+  return {};
+}
+
+Parser::Status Parser::track(const Atom& atom, TrackAtoms& track) const {
+  const auto parts = children(atom, "moov/trak");
+  if (!parts) return tl::make_unexpected(parts.error());
+  if (const auto header = firstAtom(*parts, fourCC("tkhd"))) readTrackHeader(body(*header), track.info);
+  if (const auto list = firstAtom(*parts, fourCC("edts"))) {
+    if (auto status = edits(*list, track); !status) return status;
+  }
+  const auto mediaAtom = firstAtom(*parts, fourCC("mdia"));
+  return mediaAtom ? media(*mediaAtom, track) : Status{};
+}
+
+Parser::Status Parser::edits(const Atom& atom, TrackAtoms& track) const {
+  const auto parts = children(atom, "moov/trak/edts");
+  if (!parts) return tl::make_unexpected(parts.error());
+  if (const auto list = firstAtom(*parts, fourCC("elst"))) track.info.edits = readEditList(body(*list));
+  return {};
+}
+
+Parser::Status Parser::media(const Atom& atom, TrackAtoms& track) const {
+  const std::string path = "moov/trak/mdia";
+  const auto parts = children(atom, path);
+  if (!parts) return tl::make_unexpected(parts.error());
+  if (const auto header = firstAtom(*parts, fourCC("mdhd"))) {
+    const Clock clock = clockOf(body(*header));
+    track.info.mediaTimeScale = clock.scale;
+    track.info.mediaDuration = clock.duration;
+  }
+  const auto handler = firstAtom(*parts, fourCC("hdlr"));
+  if (handler && handler->bodySize() >= 12) track.info.mediaType = read32(body(*handler), 8);
+  const auto information = firstAtom(*parts, fourCC("minf"));
+  return information ? mediaInformation(*information, path + "/minf", track) : Status{};
+}
+
+Parser::Status Parser::mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const {
+  const auto parts = children(atom, path);
+  if (!parts) return tl::make_unexpected(parts.error());
+  if (const auto tables = firstAtom(*parts, fourCC("stbl"))) {
+    const auto tableAtoms = children(*tables, path + "/stbl");
+    if (!tableAtoms) return tl::make_unexpected(tableAtoms.error());
+    track.tables = SampleTableAtoms::among(bytes_, *tableAtoms);
+    track.info.sampleCount = track.tables.sampleCount();
+    if (const auto list = firstAtom(*tableAtoms, fourCC("stsd"))) {
+      if (auto status = sampleDescriptions(*list, path + "/stbl/stsd", track.info); !status) return status;
+    }
+    track.tables.descriptionCount = track.info.sampleDescriptions.size();
+  }
+  const auto data = firstAtom(*parts, fourCC("dinf"));
+  return data ? dataReferences(*data, path + "/dinf", track.info) : Status{};
+}
+
+Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& path, TrackInfo& info) const {
+  constexpr std::uint64_t head = 8;
+  if (atom.bodySize() < head) return {};
+  const std::uint32_t count = read32(body(atom), 4);
+  const AtomList entries = readAtoms(bytes_, atom.bodyOffset() + head, atom.end());
+  if (entries.atoms.empty() && entries.malformed() && count > 0) {
+    return tl::make_unexpected(
+        origin_.error(path + "/" + fourCCText(entries.defectType), entries.defectOffset, describe(entries.defect)));
+  }
+  for (const Atom& entry : entries.atoms) {
+    if (info.sampleDescriptions.size() == count) break;
+    const auto begin = bytes_.begin() + static_cast<std::ptrdiff_t>(entry.offset);
+    info.sampleDescriptions.emplace_back(begin, begin + static_cast<std::ptrdiff_t>(entry.size));
+  }
+  return {};
+}
+
+Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const {
+  constexpr std::uint64_t head = 8;
+  const auto parts = children(atom, path);
+  if (!parts) return tl::make_unexpected(parts.error());
+  const auto list = firstAtom(*parts, fourCC("dref"));
+  if (!list || list->bodySize() < head) return {};
+  const AtomList references = readAtoms(bytes_, list->bodyOffset() + head, list->end());
+  for (const Bytes& description : info.sampleDescriptions) {
+    const std::size_t index = description.size() >= 16 ? read16(description, 14) : 0;  // 1-based
+    const bool named = index != 0 && index <= references.atoms.size();
+    info.external.push_back(named && isExternal(references.atoms[index - 1]));
+  }
+  return {};
+}
+
+bool Parser::isExternal(const Atom& reference) const {
+  constexpr std::uint32_t selfContained = 1;
+  // A reference with nothing behind version and flags names no other file, whatever its flag says.
+  return reference.bodySize() > 4 && (read32(body(reference), 0) & selfContained) == 0;
+}
+
+Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
+  const auto parts = children(atom, "moov/mvex");
+  if (!parts) return tl::make_unexpected(parts.error());
+  movie.fragmented = true;
+  for (const Atom& part : parts->atoms) {
+    if (part.type != fourCC("trex") || part.bodySize() < 24) continue;
+    const ByteView fields = body(part);
+    movie.fragmentDefaults.push_back(
+        {read32(fields, 4), read32(fields, 12), read32(fields, 16), read32(fields, 20), read32(fields, 8)});
+  }
+  return {};
+}
+
+}  // namespace
+
+MovieError BytesOrigin::error(const std::string& atomPath, std::uint64_t at, std::string reason) const {
+  return {file, atomPath, inflated ? offset : offset + at, std::move(reason)};
+}
+
+Result<AtomList> wellFormedChildren(ByteView bytes, const Atom& atom, const std::string& path,
+                                    const BytesOrigin& origin) {
+  AtomList list = readChildren(bytes, atom);
+  if (!list.malformed()) return list;
+  return tl::make_unexpected(
+      origin.error(path + "/" + fourCCText(list.defectType), list.defectOffset, describe(list.defect)));
+}
+
+Result<MovieAtoms> parseMovieAtom(ByteView bytes, const Atom& movie, const BytesOrigin& origin) {
+  return Parser(bytes, origin).movie(movie);
+}
+
+}  // namespace movie

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+
+#include "movie/atoms/ByteOrder.h"
+#include "movie/atoms/MovieError.h"
+
+namespace movie {
+
+/// A regular file, open for reading. The descriptor's own position is never used, so that several threads may read.
+class ReadableFile {
+ public:
+  /// Never blocks and never opens anything but a regular file: a named pipe or a device is refused unopened.
+  static Result<ReadableFile> open(const std::string& path);
+
+  ReadableFile() = default;
+  ~ReadableFile();
+  ReadableFile(ReadableFile&& other) noexcept;
+  ReadableFile& operator=(ReadableFile&& other) noexcept;
+  ReadableFile(const ReadableFile&) = delete;
+  ReadableFile& operator=(const ReadableFile&) = delete;
+
+  const std::string& path() const { return path_; }
+  int descriptor() const { return descriptor_; }
+  std::uint64_t size() const { return size_; }  ///< bytes, when it was opened
+
+  /// As many of `count` bytes from `offset` on as the file has; fewer at its end. Allocates no more than size() asks
+  /// for.
+  Result<Bytes> read(std::uint64_t offset, std::size_t count) const;
+  /// Into memory that is there; how many bytes it was.
+  Result<std::size_t> read(std::uint64_t offset, std::span<std::uint8_t> bytes) const;
+
+ private:
+  std::string path_;
+  int descriptor_ = -1;
+  std::uint64_t size_ = 0;
+};
+
+}  // namespace movie

@@ -1,0 +1,158 @@
+#include "movie/copy/ExternalMedia.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+namespace movie {
+
+namespace {
+
+std::string text(ByteView bytes) {
+  const auto end = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
+  return std::string(bytes.begin(), end);
+}
+
+std::string lastPart(const std::string& path, char separator) {
+  const std::size_t end = path.find_last_not_of(separator);
+  if (end == std::string::npos) return {};
+  const std::size_t before = path.rfind(separator, end);
+  const std::size_t begin = before == std::string::npos ? 0 : before + 1;
+  return path.substr(begin, end + 1 - begin);
+}
+
+std::string unescaped(const std::string& address) {
+  std::string plain;
+  for (std::size_t i = 0; i < address.size(); ++i) {
+    const auto digit = [&](std::size_t at) {
+      return at < address.size() && std::isxdigit(static_cast<unsigned char>(address[at])) != 0;
+    };
+    if (address[i] != '%' || !digit(i + 1) || !digit(i + 2)) {
+      plain += address[i];
+      continue;
+    }
+    plain += static_cast<char>(std::strtoul(address.substr(i + 1, 2).c_str(), nullptr, 16));
+    i += 2;
+  }
+  return plain;
+}
+
+void appendUtf8(std::string& result, std::uint32_t code) {
+  const auto tail = [&](unsigned shift) { result += static_cast<char>(0x80 | ((code >> shift) & 0x3F)); };
+  if (code < 0x80) {
+    result += static_cast<char>(code);
+  } else if (code < 0x800) {
+    result += static_cast<char>(0xC0 | (code >> 6));
+    tail(0);
+  } else if (code < 0x10000) {
+    result += static_cast<char>(0xE0 | (code >> 12));
+    tail(6);
+    tail(0);
+  } else {
+    result += static_cast<char>(0xF0 | (code >> 18));
+    tail(12);
+    tail(6);
+    tail(0);
+  }
+}
+
+std::string fromUtf16(ByteView units) {
+  std::string result;
+  for (std::size_t at = 0; at + 2 <= units.size(); at += 2) {
+    std::uint32_t code = read16(units, at);
+    const bool pair = (code & 0xFC00) == 0xD800 && at + 4 <= units.size() && (read16(units, at + 2) & 0xFC00) == 0xDC00;
+    if (pair) {
+      code = 0x10000 + ((code & 0x3FF) << 10) + (read16(units, at + 2) & 0x3FFU);
+      at += 2;
+    }
+    appendUtf8(result, code);
+  }
+  return result;
+}
+
+/// A slash in a name of the old file manager is a colon in one of ours.
+std::string ofFileManager(std::string name) {
+  std::replace(name.begin(), name.end(), '/', ':');
+  return name;
+}
+
+void addAliasNames(ByteView alias, std::vector<std::string>& names) {
+  constexpr std::size_t nameAt = 50, longestName = 63, tagsAt = 150;
+  constexpr unsigned unicodeName = 14, posixPath = 18, endOfTags = 0xFFFF;
+  std::string path, unicode;
+  for (std::size_t at = tagsAt; at + 4 <= alias.size();) {
+    const unsigned tag = read16(alias, at);
+    const std::size_t size = read16(alias, at + 2);
+    if (tag == endOfTags || size > alias.size() - at - 4) break;
+    const ByteView value = alias.subspan(at + 4, size);
+    if (tag == posixPath) path = lastPart(text(value), '/');
+    if (tag == unicodeName && size >= 2) {
+      unicode = fromUtf16(value.subspan(2, std::min<std::size_t>(size - 2, std::size_t{2} * read16(value, 0))));
+    }
+    at += 4 + size + size % 2;
+  }
+  names.push_back(path);
+  names.push_back(ofFileManager(unicode));
+  if (alias.size() <= nameAt) return;
+  const std::size_t length = std::min<std::size_t>({alias[nameAt], longestName, alias.size() - nameAt - 1});
+  names.push_back(ofFileManager(text(alias.subspan(nameAt + 1, length))));
+}
+
+std::string folderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+}
+
+std::vector<std::string> foldersOf(const std::string& path) {
+  std::vector<std::string> folders{folderOf(path)};
+  const std::unique_ptr<char, void (*)(void*)> real(::realpath(path.c_str(), nullptr), std::free);
+  if (real) folders.push_back(folderOf(real.get()));
+  return folders;
+}
+
+}  // namespace
+
+std::vector<std::string> fileNamesOf(const DataReference& reference) {
+  std::vector<std::string> names;
+  if (reference.type == fourCC("url ")) {
+    const std::string address = text(reference.data);
+    names = {lastPart(unescaped(address), '/'), lastPart(address, '/')};
+  } else if (reference.type == fourCC("alis") || reference.type == fourCC("rsrc")) {
+    addAliasNames(reference.data, names);
+  }
+  const auto useless = [](const std::string& name) {
+    return name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos;
+  };
+  names.erase(std::remove_if(names.begin(), names.end(), useless), names.end());
+  return names;
+}
+
+Result<ReadableFile> openBeside(const ReadableFile& movie, const DataReference& reference) {
+  const auto refused = [&](std::string reason) {
+    return tl::make_unexpected(MovieError{movie.path(), "moov/trak/mdia/minf/dinf/dref", 0, std::move(reason)});
+  };
+  const std::vector<std::string> names = fileNamesOf(reference);
+  if (names.empty()) {
+    return refused("some of its media is in another file that a reference of type '" + fourCCText(reference.type) +
+                   "' does not name");
+  }
+  if (reference.type == fourCC("rsrc")) {
+    return refused("some of its media is in the resource fork of \"" + names.front() + "\", which cannot be read");
+  }
+  std::optional<MovieError> unreadable;
+  for (const std::string& folder : foldersOf(movie.path())) {
+    for (const std::string& name : names) {
+      auto file = ReadableFile::open(folder + name);
+      if (file) return file;
+      if (file.error().reason != "there is no such file") unreadable = file.error();
+    }
+  }
+  if (unreadable) {
+    return refused("some of its media is in \"" + names.front() + "\", which cannot be read: " + unreadable->reason);
+  }
+  return refused("some of its media is in \"" + names.front() + "\", which is not beside it");
+}
+
+}  // namespace movie

@@ -1,0 +1,370 @@
+#include "movie/copy/FlattenedLayout.h"
+
+#include <algorithm>
+#include <limits>
+#include <map>
+#include <string>
+#include <tuple>
+#include <utility>
+
+#include "movie/atoms/FileAtoms.h"
+#include "movie/copy/ExternalMedia.h"
+
+namespace movie {
+
+namespace {
+
+constexpr std::uint64_t largestNarrow = std::numeric_limits<std::uint32_t>::max();
+
+/// A top-level atom of the movie's file.
+struct TopAtom {
+  Atom atom;
+  bool holdsChunks = false;
+  std::uint64_t newBody = 0;  ///< where its body goes
+};
+
+/// A run of another file that one or several chunks consist of.
+struct GatheredChunk {
+  std::size_t source = 0;  ///< 1-based, among the media files
+  std::uint64_t offset = 0;
+  std::uint64_t size = 0;
+  double time = 0;           ///< seconds, of the first sample in it
+  std::uint64_t placed = 0;  ///< from the start of the gathering mdat's body
+};
+
+/// Zeros at the end of a file read as an atom of no type.
+bool isPadding(FourCC type) {
+  return type == 0 || type == fourCC("free") || type == fourCC("skip") || type == fourCC("wide");
+}
+
+bool isFragment(FourCC type) {
+  for (const FourCC fragment : {fourCC("moof"), fourCC("styp"), fourCC("sidx"), fourCC("ssix"), fourCC("mfra")}) {
+    if (type == fragment) return true;
+  }
+  return false;
+}
+
+Bytes atomHeader(FourCC type, std::uint64_t bodySize, bool wide) {
+  wide = wide || bodySize + 8 > largestNarrow;
+  Bytes bytes(wide ? 16 : 8);
+  const std::uint64_t size = bytes.size() + bodySize;
+  write32(bytes, 0, wide ? 1 : static_cast<std::uint32_t>(size));
+  write32(bytes, 4, type);
+  if (wide) write32(bytes, 8, static_cast<std::uint32_t>(size >> 32));
+  if (wide) write32(bytes, 12, static_cast<std::uint32_t>(size));
+  return bytes;
+}
+
+class LayoutMaker {
+ public:
+  LayoutMaker(const MovieFile& movie, ByteView movieAtom) : movie_(movie), movieAtom_(movieAtom) {}
+
+  Result<FlattenedLayout> make();
+
+ private:
+  Result<void> walkFile();
+  Result<void> keep(const Atom& atom, bool& seenMovie);
+  Result<void> refuseItemLocations(const Atom& meta) const;
+  Result<void> claimChunks();
+  Result<void> claimOwn(std::size_t track, const Chunk& chunk);
+  Result<void> claimExternal(std::size_t track, const Chunk& chunk, const DataReference& reference);
+  Result<std::size_t> sourceOf(const DataReference& reference);
+  TopAtom* atomAround(const Chunk& chunk);
+  void dropPadding();
+  void orderGathered();
+  void placeAtoms(std::uint64_t movieSize);
+  std::uint64_t placeMovie(std::uint64_t at, std::uint64_t movieSize);
+  Result<std::vector<std::uint64_t>> newOffsets(std::size_t track);
+  Result<Bytes> relocatedMovie();
+  void describe(Bytes movieAtom);
+
+  tl::unexpected<MovieError> refusal(std::string atom, std::uint64_t offset, std::string reason) const {
+    return tl::make_unexpected(MovieError{movie_.path(), std::move(atom), offset, std::move(reason)});
+  }
+
+  const MovieFile& movie_;
+  ByteView movieAtom_;
+  MovieMap map_;
+  std::vector<TopAtom> atoms_;   ///< those that are kept, in file order, without the movie atom
+  std::size_t movieBefore_ = 0;  ///< the index in atoms_ that the movie atom came before
+  bool movieFirst_ = false;
+  FlattenedLayout layout_;
+  std::map<std::pair<FourCC, std::vector<std::uint8_t>>, std::size_t> sourceOfReference_;
+  std::map<std::tuple<std::size_t, std::uint64_t, std::uint64_t>, std::size_t> gatheredIndex_;
+  std::vector<GatheredChunk> gathered_;
+  std::vector<std::vector<std::size_t>> gatheredOf_;  ///< per track, its external chunks in their order
+  std::uint64_t gatheredSize_ = 0;
+  std::uint64_t gatheredBody_ = 0;
+  std::uint64_t movieAt_ = 0;
+  std::vector<bool> wide_;  ///< per track: its table of chunk offsets has 64 bits
+};
+
+Result<FlattenedLayout> LayoutMaker::make() {
+  if (movie_.isFragmented()) return refusal("moov/mvex", 0, "the movie is fragmented");
+  auto map = mapMovie(movieAtom_, movie_.path());
+  if (!map) return tl::make_unexpected(map.error());
+  map_ = std::move(*map);
+  if (map_.tracks.size() != movie_.tracks().size()) {
+    return refusal("moov", 0, "the changed movie atom has other tracks");
+  }
+  if (auto status = walkFile(); !status) return tl::make_unexpected(status.error());
+  if (auto status = claimChunks(); !status) return tl::make_unexpected(status.error());
+  dropPadding();
+  orderGathered();
+  auto relocated = relocatedMovie();
+  if (!relocated) return tl::make_unexpected(relocated.error());
+  describe(std::move(*relocated));
+  return std::move(layout_);
+}
+
+Result<void> LayoutMaker::walkFile() {
+  FileAtoms walk(movie_.readable());
+  bool seenMovie = false;
+  while (const auto atom = walk.next()) {
+    if (auto status = keep(*atom, seenMovie); !status) return status;
+  }
+  if (walk.readError()) return tl::make_unexpected(*walk.readError());
+  if (walk.defect() == AtomDefect::TooMany) return refusal({}, 0, "there are too many atoms in the file");
+  Atom last = walk.defective();
+  if (walk.defect() == AtomDefect::ReachesPastParent && last.type == fourCC("mdat") &&
+      movie_.size() - last.offset >= last.headerSize) {
+    // Cut off; that nothing which counts is missing shows when the chunks are looked at.
+    last.size = movie_.size() - last.offset;
+    if (auto status = keep(last, seenMovie); !status) return status;
+  }
+  if (!seenMovie) return refusal({}, 0, "the file was changed since it was opened");
+  return {};
+}
+
+Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
+  if (isFragment(atom.type)) return refusal(fourCCText(atom.type), atom.offset, "the movie is fragmented");
+  if (atom.type == fourCC("moov")) {
+    if (!seenMovie) {
+      movieBefore_ = atoms_.size();
+      movieFirst_ = std::none_of(atoms_.begin(), atoms_.end(),
+                                 [](const TopAtom& before) { return before.atom.type == fourCC("mdat"); });
+    }
+    seenMovie = true;
+    return {};
+  }
+  if (atom.type == fourCC("meta")) {
+    if (auto status = refuseItemLocations(atom); !status) return status;
+  }
+  atoms_.push_back({atom});
+  return {};
+}
+
+Result<void> LayoutMaker::refuseItemLocations(const Atom& meta) const {
+  for (const std::uint64_t skipped : {0U, 4U}) {
+    if (meta.bodySize() < skipped) continue;
+    FileAtoms walk(movie_.readable(), meta.bodyOffset() + skipped, meta.end());
+    while (const auto child = walk.next()) {
+      if (child->type == fourCC("iloc")) {
+        return refusal("meta/iloc", child->offset, "it holds places in the file that cannot be moved along");
+      }
+    }
+    if (walk.readError()) return tl::make_unexpected(*walk.readError());
+  }
+  return {};
+}
+
+Result<void> LayoutMaker::claimChunks() {
+  gatheredOf_.resize(map_.tracks.size());
+  for (std::size_t track = 0; track < map_.tracks.size(); ++track) {
+    const TrackChunks& chunks = map_.tracks[track].chunks;
+    auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+      const DataReference* const reference = chunks.externalReference(chunk.description);
+      if (chunk.size == 0) return {};
+      return reference ? claimExternal(track, chunk, *reference) : claimOwn(track, chunk);
+    });
+    if (status) continue;
+    MovieError error = status.error();
+    if (error.file.empty()) error.file = movie_.path();
+    return tl::make_unexpected(error);
+  }
+  return {};
+}
+
+TopAtom* LayoutMaker::atomAround(const Chunk& chunk) {
+  auto after =
+      std::upper_bound(atoms_.begin(), atoms_.end(), chunk.offset,
+                       [](std::uint64_t offset, const TopAtom& top) { return offset < top.atom.bodyOffset(); });
+  if (after == atoms_.begin()) return nullptr;
+  TopAtom& top = *--after;
+  const bool inside = chunk.offset <= top.atom.end() && chunk.size <= top.atom.end() - chunk.offset;
+  return inside ? &top : nullptr;
+}
+
+Result<void> LayoutMaker::claimOwn(std::size_t track, const Chunk& chunk) {
+  const std::string which =
+      "chunk " + std::to_string(chunk.index + 1) + " of track " + std::to_string(movie_.tracks()[track].id);
+  if (chunk.offset > movie_.size() || chunk.size > movie_.size() - chunk.offset) {
+    return refusal({}, 0, which + " lies past the end of the file");
+  }
+  TopAtom* const around = atomAround(chunk);
+  if (!around) return refusal({}, 0, which + " does not lie inside one atom of media data");
+  around->holdsChunks = true;
+  return {};
+}
+
+Result<std::size_t> LayoutMaker::sourceOf(const DataReference& reference) {
+  const auto key = std::pair(reference.type, Bytes(reference.data.begin(), reference.data.end()));
+  if (const auto found = sourceOfReference_.find(key); found != sourceOfReference_.end()) return found->second;
+  auto file = openBeside(movie_.readable(), reference);
+  if (!file) return tl::make_unexpected(file.error());
+  layout_.media.push_back(std::move(*file));
+  return sourceOfReference_[key] = layout_.media.size();
+}
+
+Result<void> LayoutMaker::claimExternal(std::size_t track, const Chunk& chunk, const DataReference& reference) {
+  const auto source = sourceOf(reference);
+  if (!source) return tl::make_unexpected(source.error());
+  const ReadableFile& file = layout_.media[*source - 1];
+  if (chunk.offset > file.size() || chunk.size > file.size() - chunk.offset) {
+    return refusal({}, 0,
+                   "chunk " + std::to_string(chunk.index + 1) + " of track " +
+                       std::to_string(movie_.tracks()[track].id) + " lies past the end of \"" + file.path() + "\"");
+  }
+  const double time = static_cast<double>(movie_.sampleTable(track).decodeTimeOf(chunk.firstSample)) /
+                      movie_.tracks()[track].mediaTimeScale;
+  const auto [entry, isNew] = gatheredIndex_.try_emplace({*source, chunk.offset, chunk.size}, gathered_.size());
+  if (isNew) gathered_.push_back({*source, chunk.offset, chunk.size, time});
+  gatheredOf_[track].push_back(entry->second);
+  return {};
+}
+
+void LayoutMaker::dropPadding() {
+  std::vector<TopAtom> kept;
+  std::size_t before = 0;
+  for (std::size_t i = 0; i < atoms_.size(); ++i) {
+    TopAtom& top = atoms_[i];
+    if (isPadding(top.atom.type)) {
+      if (!top.holdsChunks) continue;
+      top.atom.type = fourCC("mdat");  // else the next program to tidy up would take it for padding
+      if (i < movieBefore_) movieFirst_ = false;
+    }
+    if (i < movieBefore_) ++before;
+    kept.push_back(top);
+  }
+  atoms_ = std::move(kept);
+  movieBefore_ = before;
+}
+
+void LayoutMaker::orderGathered() {
+  std::vector<std::size_t> order(gathered_.size());
+  for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+  std::stable_sort(order.begin(), order.end(),
+                   [&](std::size_t a, std::size_t b) { return gathered_[a].time < gathered_[b].time; });
+  for (const std::size_t index : order) {
+    GatheredChunk& chunk = gathered_[index];
+    chunk.placed = gatheredSize_;
+    gatheredSize_ += chunk.size;
+    std::vector<CopiedRange>& copied = layout_.copied;
+    const bool follows = !copied.empty() && copied.back().source == chunk.source &&
+                         copied.back().from + copied.back().size == chunk.offset;
+    if (follows)
+      copied.back().size += chunk.size;
+    else
+      copied.push_back({chunk.source, chunk.offset, chunk.size, chunk.placed});
+  }
+}
+
+std::uint64_t LayoutMaker::placeMovie(std::uint64_t at, std::uint64_t movieSize) {
+  movieAt_ = at;
+  return at + movieSize + (movieFirst_ ? spaceBehindMovie : 0);
+}
+
+void LayoutMaker::placeAtoms(std::uint64_t movieSize) {
+  std::uint64_t at = 0;
+  for (std::size_t i = 0; i < atoms_.size(); ++i) {
+    if (movieFirst_ && i == movieBefore_) at = placeMovie(at, movieSize);
+    const Atom& atom = atoms_[i].atom;
+    at += atomHeader(atom.type, atom.bodySize(), atom.headerSize == 16).size();
+    atoms_[i].newBody = at;
+    at += atom.bodySize();
+  }
+  if (movieFirst_ && movieBefore_ == atoms_.size()) at = placeMovie(at, movieSize);
+  if (gatheredSize_ > 0) {
+    gatheredBody_ = at + atomHeader(fourCC("mdat"), gatheredSize_, false).size();
+    at = gatheredBody_ + gatheredSize_;
+  }
+  if (!movieFirst_) at = placeMovie(at, movieSize);
+  layout_.size = at;
+}
+
+/// A chunk without samples goes where its atom goes, or stays a number that leads nowhere.
+Result<std::vector<std::uint64_t>> LayoutMaker::newOffsets(std::size_t track) {
+  const TrackChunks& chunks = map_.tracks[track].chunks;
+  std::vector<std::uint64_t> offsets;
+  offsets.reserve(static_cast<std::size_t>(chunks.chunkCount()));
+  auto external = gatheredOf_[track].begin();
+  auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+    std::uint64_t offset = chunk.offset;
+    if (chunk.size > 0 && chunks.externalReference(chunk.description)) {
+      offset = gatheredBody_ + gathered_[*external++].placed;
+    } else if (const TopAtom* const around = atomAround(chunk)) {
+      offset = around->newBody + (chunk.offset - around->atom.bodyOffset());
+    }
+    offsets.push_back(offset);
+    return {};
+  });
+  if (!status) return tl::make_unexpected(status.error());
+  return offsets;
+}
+
+/// A wider table moves what stands behind the movie atom, which can make another table need to be wider: repeated until
+/// none does. A table never becomes narrow again, so this ends.
+Result<Bytes> LayoutMaker::relocatedMovie() {
+  for (const MovieMap::Track& track : map_.tracks) wide_.push_back(track.wide);
+  std::vector<Splice> references;
+  for (const MovieMap::Track& track : map_.tracks) {
+    if (!track.references) continue;
+    if (auto splice = selfContained(movieAtom_, *track.references)) references.push_back(std::move(*splice));
+  }
+  std::uint64_t size = movieAtom_.size();
+  for (;;) {
+    placeAtoms(size);
+    std::vector<Splice> splices = references;
+    bool widened = false;
+    for (std::size_t i = 0; i < map_.tracks.size(); ++i) {
+      const auto offsets = newOffsets(i);
+      if (!offsets) return tl::make_unexpected(offsets.error());
+      if (offsets->empty()) continue;
+      if (!wide_[i] && *std::max_element(offsets->begin(), offsets->end()) > largestNarrow) widened = wide_[i] = true;
+      splices.push_back(chunkOffsetTable(movieAtom_, *map_.tracks[i].offsets, *offsets, wide_[i]));
+    }
+    Bytes moved = spliced(movieAtom_, map_.containers, std::move(splices));
+    if (!widened && moved.size() == size) return moved;
+    size = moved.size();
+    if (size > MovieFile::maximumMovieAtomSize) return refusal("moov", 0, "the movie atom would become too large");
+  }
+}
+
+void LayoutMaker::describe(Bytes movieAtom) {
+  for (CopiedRange& range : layout_.copied) range.to += gatheredBody_;
+  std::vector<CopiedRange> own;
+  for (const TopAtom& top : atoms_) {
+    Bytes header = atomHeader(top.atom.type, top.atom.bodySize(), top.atom.headerSize == 16);
+    layout_.written.push_back({top.newBody - header.size(), std::move(header)});
+    own.push_back({0, top.atom.bodyOffset(), top.atom.bodySize(), top.newBody});
+  }
+  layout_.copied.insert(layout_.copied.begin(), own.begin(), own.end());
+  if (gatheredSize_ > 0) {
+    Bytes header = atomHeader(fourCC("mdat"), gatheredSize_, false);
+    layout_.written.push_back({gatheredBody_ - header.size(), std::move(header)});
+  }
+  const std::uint64_t behind = movieAt_ + movieAtom.size();
+  layout_.written.push_back({movieAt_, std::move(movieAtom)});
+  if (!movieFirst_) return;
+  Bytes space = atomHeader(fourCC("free"), spaceBehindMovie - 8, false);
+  space.resize(spaceBehindMovie);
+  layout_.written.push_back({behind, std::move(space)});
+}
+
+}  // namespace
+
+Result<FlattenedLayout> layOutFlattened(const MovieFile& movie, ByteView movieAtom) {
+  return LayoutMaker(movie, movieAtom).make();
+}
+
+}  // namespace movie

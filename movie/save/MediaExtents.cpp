@@ -1,0 +1,178 @@
+#include "movie/save/MediaExtents.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <optional>
+
+#include "movie/atoms/ChunkTables.h"
+#include "movie/atoms/MovieAtoms.h"
+
+namespace movie {
+
+namespace {
+
+constexpr std::uint64_t farthest = std::numeric_limits<std::uint64_t>::max();
+
+/// Big-endian fields one after the other; reading past the end marks it as bad.
+class Fields {
+ public:
+  explicit Fields(ByteView bytes) : bytes_(bytes) {}
+  std::uint64_t next(std::size_t size) {
+    if (size > bytes_.size() - at_) {
+      bad_ = true;
+      return 0;
+    }
+    std::uint64_t value = 0;
+    for (std::size_t i = 0; i < size; ++i) value = (value << 8) | bytes_[at_++];
+    return value;
+  }
+  bool bad() const { return bad_; }
+
+ private:
+  ByteView bytes_;
+  std::size_t at_ = 0;
+  bool bad_ = false;
+};
+
+/// Source: ISO/IEC 14496-12, 8.7.9.
+bool addAuxiliary(ByteView body, MediaExtents& media) {
+  Fields fields(body);
+  const auto version = fields.next(1);
+  if ((fields.next(3) & 1) != 0) fields.next(8);
+  const auto count = fields.next(4);
+  for (std::uint64_t i = 0; i < count && !fields.bad(); ++i) {
+    const auto offset = fields.next(version == 0 ? 4 : 8);
+    if (!fields.bad()) media.add(offset, 1);
+  }
+  return !fields.bad();
+}
+
+/// Source: ISO/IEC 14496-12, 8.11.3.
+bool addItems(ByteView body, MediaExtents& media) {
+  Fields fields(body);
+  const auto version = fields.next(1);
+  fields.next(3);
+  if (version > 2) return false;
+  const auto sizes = fields.next(2);
+  const std::size_t offsetSize = (sizes >> 12) & 15, lengthSize = (sizes >> 8) & 15, baseSize = (sizes >> 4) & 15;
+  const std::size_t indexSize = version == 0 ? 0 : sizes & 15;
+  if (offsetSize > 8 || lengthSize > 8 || baseSize > 8 || indexSize > 8) return false;
+  const auto items = fields.next(version < 2 ? 2 : 4);
+  for (std::uint64_t item = 0; item < items && !fields.bad(); ++item) {
+    fields.next(version < 2 ? 2 : 4);
+    const auto method = version == 0 ? 0 : fields.next(2) & 15;
+    const auto reference = fields.next(2);
+    const auto base = fields.next(baseSize);
+    const auto claimed = fields.next(2);
+    // Extents without a byte of their own are all the same.
+    const auto extents = indexSize + offsetSize + lengthSize == 0 ? std::min<std::uint64_t>(claimed, 1) : claimed;
+    for (std::uint64_t i = 0; i < extents && !fields.bad(); ++i) {
+      fields.next(indexSize);
+      const auto offset = fields.next(offsetSize);
+      const auto length = fields.next(lengthSize);
+      const bool here = method == 0 && reference == 0;
+      if (here && !fields.bad()) media.add(offset > farthest - base ? farthest : base + offset, length);
+    }
+  }
+  return !fields.bad();
+}
+
+/// What holds saio or iloc in any place the formats have for them, and in some they do not.
+bool isContainer(FourCC type) {
+  constexpr std::array types{fourCC("moov"), fourCC("trak"), fourCC("mdia"), fourCC("minf"),
+                             fourCC("stbl"), fourCC("udta"), fourCC("meta")};
+  return std::find(types.begin(), types.end(), type) != types.end();
+}
+
+/// No format nests them deeper.
+constexpr int deepest = 8;
+
+Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& file, MediaExtents& media, int depth = 0) {
+  const auto addAll = [&](const AtomList& children) -> Result<void> {
+    for (const Atom& child : children.atoms) {
+      if (auto status = addOffsets(bytes, child, file, media, depth + 1); !status) return status;
+    }
+    return {};
+  };
+  const bool saio = atom.type == fourCC("saio");
+  if (saio || atom.type == fourCC("iloc")) {
+    const ByteView body = bodyOf(bytes, atom);
+    if (saio ? addAuxiliary(body, media) : addItems(body, media)) return {};
+    return tl::make_unexpected(
+        MovieError{file, fourCCText(atom.type), atom.offset, "a table of file offsets cannot be understood"});
+  }
+  if (!isContainer(atom.type) || depth >= deepest) return {};
+  if (auto status = addAll(readChildren(bytes, atom)); !status) return status;
+  // A meta atom has version and flags before its children in ISO files; the reading that is wrong finds nothing.
+  if (atom.type != fourCC("meta") || atom.bodySize() < 4) return {};
+  return addAll(readAtoms(bytes, atom.bodyOffset() + 4, atom.end()));
+}
+
+}  // namespace
+
+void MediaExtents::add(std::uint64_t offset, std::uint64_t size) {
+  const std::uint64_t length = std::max<std::uint64_t>(size, 1);
+  const std::uint64_t end = length > farthest - offset ? farthest : offset + length;
+  if (!extents_.empty() && extents_.back().end == offset) {
+    extents_.back().end = end;
+  } else {
+    extents_.push_back({offset, end});
+  }
+}
+
+void MediaExtents::settle() {
+  std::sort(extents_.begin(), extents_.end(), [](const Extent& a, const Extent& b) { return a.begin < b.begin; });
+  std::vector<Extent> apart;
+  for (const Extent& extent : extents_) {
+    if (!apart.empty() && extent.begin <= apart.back().end) {
+      apart.back().end = std::max(apart.back().end, extent.end);
+    } else {
+      apart.push_back(extent);
+    }
+  }
+  extents_ = std::move(apart);
+}
+
+bool MediaExtents::overlaps(std::uint64_t begin, std::uint64_t end) const {
+  if (begin >= end) return false;
+  const auto after = std::upper_bound(extents_.begin(), extents_.end(), begin,
+                                      [](std::uint64_t value, const Extent& extent) { return value < extent.end; });
+  return after != extents_.end() && after->begin < end;
+}
+
+std::uint64_t MediaExtents::end() const {
+  return extents_.empty() ? 0 : extents_.back().end;
+}
+
+Result<void> addMediaOfMovie(ByteView movieAtom, const std::string& file, MediaExtents& media) {
+  const AtomHeader header = readAtomHeader(movieAtom, 0, movieAtom.size());
+  if (header.defect != AtomDefect::None) {
+    return tl::make_unexpected(MovieError{file, "moov", 0, describe(header.defect)});
+  }
+  const BytesOrigin origin{file, 0};
+  const auto movie = parseMovieAtom(movieAtom, header.atom, origin);
+  if (!movie) return tl::make_unexpected(movie.error());
+  for (const TrackAtoms& track : movie->tracks) {
+    const TrackChunks chunks(track, {});
+    auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+      if (!track.info.isExternal(chunk.description)) media.add(chunk.offset, chunk.size);
+      return {};
+    });
+    if (!status) {
+      status.error().file = file;
+      return status;
+    }
+  }
+  return addOffsets(movieAtom, header.atom, file, media);
+}
+
+Result<void> addMediaOfMeta(ByteView meta, const std::string& file, MediaExtents& media) {
+  const AtomHeader header = readAtomHeader(meta, 0, meta.size());
+  if (header.defect != AtomDefect::None) {
+    return tl::make_unexpected(MovieError{file, "meta", 0, describe(header.defect)});
+  }
+  return addOffsets(meta, header.atom, file, media);
+}
+
+}  // namespace movie

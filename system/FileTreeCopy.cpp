@@ -1,0 +1,160 @@
+#include "system/FileTreeCopy.h"
+
+#include <array>
+#include <cerrno>
+#include <climits>
+#include <random>
+#include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "system/FileContents.h"
+#include "system/FileTreeRemoval.h"
+
+namespace {
+
+bool isSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && (one.st_mode & S_IFMT) == (other.st_mode & S_IFMT);
+}
+
+/// A name beside others that nobody else takes.
+std::string pendingName() {
+  std::random_device random;
+  std::string name = ".lumacheck-copy-";
+  for (int i = 0; i < 4; ++i) name += std::to_string(random());
+  return name;
+}
+
+/// What a file system tells late, it tells when a descriptor is closed.
+int closingError(int file) {
+  const int other = ::fcntl(file, F_DUPFD_CLOEXEC, 0);
+  return other < 0 || ::close(other) != 0 ? errno : 0;
+}
+
+/// Owner and times of what is reached by its name alone: a link or special file.
+void copyOwnerAndTimes(const FilePlace& to, const struct stat& status) {
+  if (::fchownat(to.folder, to.name.c_str(), status.st_uid, status.st_gid, AT_SYMLINK_NOFOLLOW) != 0) {
+    static_cast<void>(
+        ::fchownat(to.folder, to.name.c_str(), static_cast<uid_t>(-1), status.st_gid, AT_SYMLINK_NOFOLLOW) == 0);
+  }
+  const struct timespec times[] = {status.st_atim, status.st_mtim};
+  ::utimensat(to.folder, to.name.c_str(), times, AT_SYMLINK_NOFOLLOW);
+}
+
+}  // namespace
+
+bool TreeRecord::holds(const struct stat& status) const {
+  const auto found = stamps_.find({status.st_dev, status.st_ino});
+  return found != stamps_.end() && (S_ISDIR(status.st_mode) || found->second == stampOf(status));
+}
+
+int TreeCopy::synced(int file) const {
+  return durability_ == Durability::synced && ::fsync(file) != 0 ? errno : 0;
+}
+
+FileTreeResult TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
+  const auto status = from.status();
+  if (!status) return from.failed(status.error());
+  if (stop_.stop_requested()) return from.failed(ECANCELED);
+  record_.add(*status);
+  if (S_ISDIR(status->st_mode)) return copyFolder(from, to, *status);
+  if (S_ISREG(status->st_mode)) return copyRegularFile(from, to, *status);
+  if (S_ISLNK(status->st_mode)) return copyLink(from, to, *status);
+  return copySpecialFile(from, to, *status);
+}
+
+FileTreeResult TreeCopy::copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+  const FileDescriptor source = from.openFolder();
+  if (!source.isOpen()) return from.failed(errno);
+  struct stat opened = {};
+  if (::fstat(source.get(), &opened) != 0) return from.failed(errno);
+  if (!isSameFile(status, opened)) return from.failed(EAGAIN);
+  const auto names = namesInFolder(source.get());
+  if (!names) return from.failed(names.error());
+  if (::mkdirat(to.folder, to.name.c_str(), S_IRWXU) != 0) return to.failed(errno);
+  const FileDescriptor made = to.openFolder();
+  if (!made.isOpen()) return to.failed(errno);
+  for (const std::string& name : *names) {
+    auto result = copy(from.inside(source.get(), name), to.inside(made.get(), name));
+    if (!result) return result;
+  }
+  if (const int number = copyAttributes(source.get(), made.get(), status)) return to.failed(number);
+  if (const int number = synced(made.get())) return to.failed(number);
+  return {};
+}
+
+FileTreeResult TreeCopy::copyRegularFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+  // Should something else have taken the file's place, opening it neither waits nor follows.
+  const FileDescriptor source(
+      ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  struct stat opened = {};
+  if (!source.isOpen() || ::fstat(source.get(), &opened) != 0) return from.failed(errno);
+  if (!isSameFile(status, opened)) return from.failed(EAGAIN);
+  const FileDescriptor made(::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!made.isOpen()) return to.failed(errno);
+  if (const int number = copyContents(source.get(), made.get(), stop_)) return to.failed(number);
+  if (const int number = copyAttributes(source.get(), made.get(), status)) return to.failed(number);
+  if (const int number = synced(made.get())) return to.failed(number);
+  if (const int number = closingError(made.get())) return to.failed(number);
+  return {};
+}
+
+FileTreeResult TreeCopy::copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+  std::array<char, PATH_MAX + 1> target = {};
+  const ssize_t length = ::readlinkat(from.folder, from.name.c_str(), target.data(), target.size() - 1);
+  if (length < 0) return from.failed(errno);
+  if (::symlinkat(target.data(), to.folder, to.name.c_str()) != 0) return to.failed(errno);
+  copyOwnerAndTimes(to, status);
+  return {};
+}
+
+FileTreeResult TreeCopy::copySpecialFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+  if (::mknodat(to.folder, to.name.c_str(), (status.st_mode & S_IFMT) | 0600U, status.st_rdev) != 0) {
+    return from.failed(errno);
+  }
+  copyOwnerAndTimes(to, status);
+  const auto own = to.status();
+  if (!own) return to.failed(own.error());
+  const mode_t permissions = permissionsOfCopy(status, own->st_uid, own->st_gid);
+  if (::fchmodat(to.folder, to.name.c_str(), permissions, 0) != 0) return to.failed(errno);
+  return {};
+}
+
+FileTreeResult PendingCopy::allowed(const FilePlace& from, const FilePlace& to) {
+  const auto source = from.status();
+  if (!source) return from.failed(source.error());
+  if (to.status()) return to.failed(EEXIST);
+  if (S_ISDIR(source->st_mode) && isInside(to.folder, *source)) return to.failed(EINVAL);
+  return {};
+}
+
+PendingCopy::PendingCopy(FilePlace to, TreeCopy::Durability durability, const std::stop_token& stop)
+    : to_(std::move(to)), pending_(to_.beside(pendingName())), copy_(durability, stop) {}
+
+PendingCopy::~PendingCopy() {
+  if (made_) static_cast<void>(TreeRemoval(TreeRemoval::Permissions::forced).remove(pending_));
+}
+
+FileTreeResult PendingCopy::make(const FilePlace& from) {
+  made_ = !pending_.status().has_value();
+  if (!made_) return to_.failed(EEXIST);
+  return copy_.copy(from, pending_);
+}
+
+FileTreeResult PendingCopy::reveal() {
+  if (const int number = renameWithoutReplacing(pending_, to_)) return to_.failed(number);
+  made_ = false;
+  return {};
+}
+
+FileTreeResult copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop) {
+  const auto from = OpenedPlace::open(source), to = OpenedPlace::open(destination);
+  if (!from) return tl::unexpected(from.error());
+  if (!to) return tl::unexpected(to.error());
+  auto result = PendingCopy::allowed(from->place, to->place);
+  if (!result) return result;
+  PendingCopy copy(to->place, TreeCopy::Durability::later, stop);
+  result = copy.make(from->place);
+  return result ? copy.reveal() : result;
+}

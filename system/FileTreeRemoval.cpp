@@ -1,0 +1,83 @@
+#include "system/FileTreeRemoval.h"
+
+#include <cerrno>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include "system/FileTreeCopy.h"
+
+namespace {
+
+/// Whether this process may remove an entry that belongs to `owner` from the open folder. 0 or an errno.
+int removalError(int folder, uid_t owner) {
+  struct stat status = {};
+  if (::fstat(folder, &status) != 0) return errno;
+  if (::faccessat(folder, ".", W_OK | X_OK, AT_EACCESS) != 0) return errno;
+  const uid_t user = ::geteuid();
+  const bool mayRemove = (status.st_mode & S_ISVTX) == 0 || user == 0 || user == status.st_uid || user == owner;
+  return mayRemove ? 0 : EPERM;
+}
+
+}  // namespace
+
+FileTreeResult TreeRemoval::remove(const FilePlace& place) {
+  const auto status = place.status();
+  if (!status) return place.failed(status.error());
+  if (record_ != nullptr && !record_->holds(*status)) return place.failed(EBUSY);
+  const bool folder = S_ISDIR(status->st_mode);
+  if (folder) {
+    // A folder that stays locked shows below, with the reason.
+    if (permissions_ == Permissions::forced)
+      static_cast<void>(::fchmodat(place.folder, place.name.c_str(), S_IRWXU, 0) == 0);
+    auto result = removeEntries(place);
+    if (!result) return result;
+  }
+  if (::unlinkat(place.folder, place.name.c_str(), folder ? AT_REMOVEDIR : 0) != 0) return place.failed(errno);
+  return {};
+}
+
+FileTreeResult TreeRemoval::removeEntries(const FilePlace& place) {
+  const FileDescriptor folder = place.openFolder();
+  // An empty folder can go even if nobody may look into it.
+  if (!folder.isOpen()) return errno == EACCES ? FileTreeResult() : FileTreeResult(place.failed(errno));
+  const auto names = namesInFolder(folder.get());
+  if (!names) return place.failed(names.error());
+  for (const std::string& name : *names) {
+    auto result = remove(place.inside(folder.get(), name));
+    if (!result) return result;
+  }
+  return {};
+}
+
+FileTreeResult checkRemoval(const FilePlace& place, const TreeRecord& record) {
+  const auto status = place.status();
+  if (!status) return place.failed(status.error());
+  if (!record.holds(*status)) return place.failed(EBUSY);
+  if (!S_ISDIR(status->st_mode)) return {};
+  const FileDescriptor folder = place.openFolder();
+  if (!folder.isOpen()) return place.failed(errno);
+  const auto names = namesInFolder(folder.get());
+  if (!names) return place.failed(names.error());
+  for (const std::string& name : *names) {
+    const FilePlace entry = place.inside(folder.get(), name);
+    auto result = checkRemovalFromFolder(entry);
+    if (result) result = checkRemoval(entry, record);
+    if (!result) return result;
+  }
+  return {};
+}
+
+FileTreeResult checkRemovalFromFolder(const FilePlace& place) {
+  const auto status = place.status();
+  if (!status) return place.failed(status.error());
+  const int number = removalError(place.folder, status->st_uid);
+  if (number != 0) return place.failed(number);
+  return {};
+}
+
+FileTreeResult removeTree(const std::string& path) {
+  const auto opened = OpenedPlace::open(path);
+  if (!opened) return tl::unexpected(opened.error());
+  return TreeRemoval(TreeRemoval::Permissions::kept).remove(opened->place);
+}

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "system/FilePlace.h"
+#include "system/FileTree.h"
+
+class TreeRecord;
+
+/// Removes trees.
+class TreeRemoval {
+ public:
+  /// `forced`: a folder of one's own that forbids it is made writable.
+  enum class Permissions { kept, forced };
+
+  explicit TreeRemoval(Permissions permissions) : permissions_(permissions) {}
+  /// Removes only what is recorded, and stops at anything else.
+  explicit TreeRemoval(const TreeRecord& record) : record_(&record) {}
+
+  FileTreeResult remove(const FilePlace& place);
+
+ private:
+  FileTreeResult removeEntries(const FilePlace& place);
+
+  Permissions permissions_ = Permissions::kept;
+  const TreeRecord* record_ = nullptr;
+};
+
+/// What would stop the removal of a tree: something that is not as recorded, or a folder from which this process may
+/// remove nothing. Removes nothing.
+FileTreeResult checkRemoval(const FilePlace& place, const TreeRecord& record);
+/// The same for the folder that the place is in.
+FileTreeResult checkRemovalFromFolder(const FilePlace& place);

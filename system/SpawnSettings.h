@@ -1,0 +1,46 @@
+#pragma once
+
+#include <csignal>
+
+#include <spawn.h>
+
+#include "system/FileDescriptor.h"
+
+/// What posix_spawn takes for a program that gets no descriptor but those placed, no signal blocked, and the default
+/// handling of all.
+class SpawnSettings {
+ public:
+  SpawnSettings() {
+    ::posix_spawn_file_actions_init(&actions_);
+    ::posix_spawnattr_init(&attributes_);
+    sigset_t none, all;
+    ::sigemptyset(&none);
+    ::sigfillset(&all);
+    ::posix_spawnattr_setsigmask(&attributes_, &none);
+    ::posix_spawnattr_setsigdefault(&attributes_, &all);
+    ::posix_spawnattr_setflags(&attributes_, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  }
+  ~SpawnSettings() {
+    ::posix_spawn_file_actions_destroy(&actions_);
+    ::posix_spawnattr_destroy(&attributes_);
+  }
+  SpawnSettings(const SpawnSettings&) = delete;
+  SpawnSettings& operator=(const SpawnSettings&) = delete;
+
+  /// The program's descriptor of that number, in the order of the calls. A descriptor that is not open places nothing.
+  void place(const FileDescriptor& descriptor, int number) {
+    if (descriptor.isOpen()) ::posix_spawn_file_actions_adddup2(&actions_, descriptor.get(), number);
+  }
+  void open(const char* path, int flags, int number) {
+    ::posix_spawn_file_actions_addopen(&actions_, number, path, flags, 0);
+  }
+  /// Starts the program with the descriptors below `firstClosed`. 0, or an errno. The arrays end with a null.
+  int spawn(pid_t& identifier, const char* path, char* const* arguments, char* const* environment, int firstClosed) {
+    ::posix_spawn_file_actions_addclosefrom_np(&actions_, firstClosed);
+    return ::posix_spawn(&identifier, path, &actions_, &attributes_, arguments, environment);
+  }
+
+ private:
+  posix_spawn_file_actions_t actions_{};
+  posix_spawnattr_t attributes_{};
+};
