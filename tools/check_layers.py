@@ -1,108 +1,226 @@
 #!/usr/bin/env python3
-"""Refuses what breaks the layers of the tree.
+"""Holds every folder to what its CMakeLists.txt says that it links, and the links to one direction.
 
-usage: check_layers.py [ROOT]
+usage: check_layers.py [ROOT] [--graph]
 
-Prints one line a breach (file:line: what) and exits 1 when there is any:
-  - an include that points up, or into a folder that no layer may include (tests, bench, fuzz)
-  - a movie in the units of SharedFiles that know none
-  - anything but a few units of SharedFiles in the program that runs with administrator rights, and its parts elsewhere
-  - libav outside movie/decode/ffmpeg, and in any header
-  - Qt in movie/
-  - Qt Widgets or Network outside app/ and the desktop units of SharedFiles
-  - lcms2, libplist, libcrypto, libdw, zlib and the command's own libraries outside the units that wrap them
+A room is a folder with a `lumacheck_room(...)` or `libav_module(...)` of its own. Its headers may include the rooms and
+libraries that stand behind PUBLIC or LIBS, and those that come with them; its sources also what stands behind PRIVATE;
+its main.cpp also what the folder's programs link. Prints one line a breach and exits 1 when there is any:
+  - an include of a room or of a library that the folder does not link, or of anything outside the rooms (tests, bench)
+  - an include that is not written from the root, or of a header that is not there
+  - rooms that link each other in a circle, a room that links one that stands above it in the tree, units that include
+    each other in a circle
+  - a library linked outside the places that it is reserved for (RESERVED)
+  - a room of more than 40 files
+
+--graph prints the rooms, ground floor first, with what each links.
 """
 import pathlib
 import re
 import sys
+from collections import defaultdict
 
-# From the ground up: a folder may include itself and what stands before it.
-LAYERS = ["movie/quicktime", "movie/decode", "movie/render", "movie", "SharedFiles", "check", "cli", "app"]
-SIDES = {("cli", "app"), ("app", "cli")}
-MEDIA_UNITS = {"QVQuickTime"}
-DESKTOP_UNITS = {"AlertPanel", "AnalyticsController", "DesktopWorkspace", "HttpsConnection", "LogGathering", "QVAlert", "QVQC",
-                 "QVTroubleshootingUtils", "QVSoftwareUpdate"}
-PRIVILEGED = "SharedFiles/privileged/"
-PRIVILEGED_MAY_USE = {"SharedFiles/" + unit + ".h"
-                      for unit in ("BundleInfo", "FileDescriptor", "PathPlatform", "QVLocalPaths", "SpawnSettings")}
+# From the ground up: what lies in a folder may link what lies in it and in those before it.
+FLOORS = ["system", "movie", "SharedFiles", "check", "cli", "app"]
+BESIDE = {("app", "cli")}  # two faces of one thing: neither knows the other
+MOST_FILES = 40
 
-# Library headers -> the files that may include them.
-ONLY_IN = [
-    (re.compile(r"^lib(av|sw)\w+/"), re.compile(r"^movie/decode/ffmpeg/\w+\.cpp$"), "libav"),
-    (re.compile(r"^lcms2"), re.compile(r"^movie/render/\w+\.cpp$"), "lcms2"),
-    (re.compile(r"^plist/"), re.compile(r"^SharedFiles/PropertyList\.cpp$"), "libplist"),
-    (re.compile(r"^(elfutils|dwarf)"), re.compile(r"^SharedFiles/crash/report/ProcessImage\.cpp$"), "libdw"),
-    (re.compile(r"^openssl/"), re.compile(r"^SharedFiles/FileDigest\.cpp$"), "libcrypto"),
-    (re.compile(r"^zlib\.h$"), re.compile(r"^movie/quicktime/\w+\.cpp$"), "zlib"),
-    (re.compile(r"^(CLI/|nlohmann/)"), re.compile(r"^cli/"), "a library of the command"),
+# A library's headers, and the name by which CMake links it.
+LIBRARIES = [
+    (r"libav(codec|util)/", "PkgConfig::LIBAVCODEC"),
+    (r"libavformat/", "PkgConfig::LIBAVFORMAT"),
+    (r"lcms2", "PkgConfig::LCMS2"),
+    (r"plist/", "PkgConfig::LIBPLIST"),
+    (r"(elfutils/|dwarf)", "PkgConfig::LIBDW"),
+    (r"openssl/", "PkgConfig::LIBCRYPTO"),
+    (r"zlib\.h", "ZLIB::ZLIB"),
+    (r"tl/expected", "tl::expected"),
+    (r"CLI/", "CLI11::CLI11"),
+    (r"nlohmann/", "nlohmann_json::nlohmann_json"),
+    (r"(QtMultimedia/|QAudio|QMedia)", "Qt6::Multimedia"),
+    (r"(QtNetwork/|Q(Network|Ssl|Tcp|Udp|Local(Server|Socket)|Host))", "Qt6::Network"),
+    (r"(Qt(Widgets|Gui)/|Q(Application|\w*Widget|MainWindow|\w*Dialog\w*|MessageBox|Label|\w*Button|LineEdit|\w*TextEdit|"
+     r"\w*Layout|Menu\w*|Action|Shortcut|KeySequence|Slider|Splitter|ScrollBar|ProgressBar|CheckBox|Style\w*|Image|Pixmap|"
+     r"Painter\w*|Icon|Font\w*|Color|Clipboard|Screen|Text(Document|Cursor)|DesktopServices)$)", "Qt6::Widgets"),
+    (r"Q[A-Z]|Qt\w+/", "Qt6::Core"),
 ]
-INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]')
-QT = re.compile(r"^(Q[A-Z]\w*|Qt\w+/.*)$")
-WIDGETS = re.compile(
-    r"^(QtWidgets|QtNetwork|QtGui|QtMultimedia)/|^Q(Application|Widget|MainWindow|Dialog|MessageBox|Label|PushButton|"
-    r"LineEdit|TextEdit|FileDialog|Network\w*|Tcp\w+|Udp\w+|Ssl\w+|Local(Server|Socket)|Image|Pixmap|Painter|Icon|Font|Color)$")
+# Made by CMake, with the room that makes it.
+GENERATED = {"SharedFiles/MakerHosts.h": "maker_hosts"}
+
+# Libraries that only these folders may link, and those below them.
+RESERVED = {
+    "PkgConfig::LIBAVCODEC": ["movie/decode/ffmpeg"],
+    "PkgConfig::LIBAVFORMAT": ["movie/decode/ffmpeg"],
+    "PkgConfig::LCMS2": ["movie/render"],
+    "Qt6::Core": ["SharedFiles", "check", "cli", "app"],
+    "Qt6::Widgets": ["app", "SharedFiles/alerts", "SharedFiles/analytics"],
+    "Qt6::Network": ["app", "SharedFiles/analytics"],
+    "Qt6::Multimedia": ["app/player/device"],
+    "CLI11::CLI11": ["cli"],
+    "nlohmann_json::nlohmann_json": ["cli"],
+}
+BRINGS = {"Qt6::Widgets": {"Qt6::Core"}, "Qt6::Network": {"Qt6::Core"}, "Qt6::Multimedia": {"Qt6::Core"}}
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
+CALL = re.compile(r"\b(lumacheck_room|libav_module|target_link_libraries)\(([^()]*)\)")
+KEYWORDS = {"PUBLIC", "PRIVATE", "LIBS", "FILES", "OUTPUT_NAME", "INTERFACE"}
 
 
-def layer_of(path):
-    folders = [layer for layer in LAYERS if path == layer or path.startswith(layer + "/")]
-    return max(folders, key=len) if folders else None
+def target_of(folder):
+    return folder.replace("SharedFiles/", "shared/").replace("/", "_").lower()
 
 
-def project_include_breach(path, target):
-    mine, theirs = layer_of(path), layer_of(target)
-    top = target.split("/")[0]
-    if top in ("tests", "bench", "fuzz"):
-        return f"includes {target}: nothing the program is made of may include {top}/"
-    if mine is None or theirs is None:
-        return None if theirs else f'includes "{target}": not written from the root'
-    if LAYERS.index(theirs) > LAYERS.index(mine) or (mine, theirs) in SIDES:
-        return f"includes {target}: {mine} may not look up to {theirs}"
-    if mine == "SharedFiles" and theirs.startswith("movie") and pathlib.PurePath(path).stem not in MEDIA_UNITS:
-        return f"includes {target}: of SharedFiles, only the media units know movies"
-    return privileged_breach(path, target)
+class Room:
+    def __init__(self, root, folder):
+        self.folder, self.target = folder, target_of(folder)
+        self.public, self.private, self.programs = set(), set(), set()
+        self.files = sorted(file for file in (root / folder).iterdir() if file.suffix in (".h", ".cpp"))
+        for call, words in CALL.findall(re.sub(r"#[^\n]*", "", (root / folder / "CMakeLists.txt").read_text())):
+            self.take(call, words.split())
+
+    def take(self, call, words):
+        if call == "target_link_libraries":  # a program's, or all that the folder makes when it stands in a function
+            lists = defaultdict(lambda: self.private if words[0] == "${name}" else self.programs)
+        else:
+            lists = defaultdict(set, PUBLIC=self.public, PRIVATE=self.private, LIBS=self.public)
+        links = set()
+        for word in words:
+            if word in KEYWORDS:
+                links = lists[word]
+            elif word != "lumacheck_options" and not word.startswith("$"):
+                links.add(word)
+
+    def links_for(self, file):
+        if file.suffix == ".h":
+            return self.public
+        return self.public | self.private | (self.programs if file.name == "main.cpp" else set())
 
 
-def privileged_breach(path, target):
-    if path.startswith(PRIVILEGED):
-        if not target.startswith(PRIVILEGED) and target not in PRIVILEGED_MAY_USE:
-            return f"includes {target}: what runs with administrator rights uses as little as it can"
-    elif target.startswith(PRIVILEGED):
-        return f"includes {target}: nothing but the privileged program is made of that"
-    return None
+def rooms_of(root):
+    lists = sorted(file for floor in FLOORS for file in (root / floor).rglob("CMakeLists.txt"))
+    made = [Room(root, file.parent.relative_to(root).as_posix()) for file in lists
+            if re.search(r"\b(lumacheck_room|libav_module)\(", file.read_text())]
+    return {room.target: room for room in made}
 
 
-def library_include_breach(path, target):
-    for header, allowed, name in ONLY_IN:
-        if header.search(target) and not allowed.search(path):
-            return f"includes <{target}>: {name} does not belong here"
-    if QT.search(target):
-        if path.startswith("movie/"):
-            return f"includes <{target}>: the movie layer knows no Qt"
-        unit = pathlib.PurePath(path).stem
-        if WIDGETS.search(target) and not path.startswith("app/") and unit not in DESKTOP_UNITS:
-            return f"includes <{target}>: windows and network live in app/ and the desktop units"
-    return None
+class House:
+    def __init__(self, root):
+        self.root, self.rooms = root, rooms_of(root)
 
+    def brought(self, links):
+        """What may be included of what is linked: itself, and what it brings along publicly."""
+        seen, waiting = set(), list(links)
+        while waiting:
+            each = waiting.pop()
+            if each not in seen:
+                seen.add(each)
+                waiting.extend(self.rooms[each].public if each in self.rooms else BRINGS.get(each, ()))
+        return seen
 
-def breaches(root):
-    for folder in ("movie", "SharedFiles", "check", "cli", "app"):
-        for file in sorted((root / folder).rglob("*")):
-            if file.suffix not in (".h", ".cpp"):
-                continue
-            path = file.relative_to(root).as_posix()
-            for number, line in enumerate(file.read_text(encoding="utf-8").splitlines(), 1):
-                found = INCLUDE.match(line)
-                if not found:
-                    continue
-                judge = project_include_breach if found.group(1) == '"' else library_include_breach
-                breach = judge(path, found.group(2))
-                if breach:
-                    yield f"{path}:{number}: {breach}"
+    def breaches(self):
+        yield from self.folders_without_room()
+        yield from self.circles({room.target: room.public | room.private for room in self.rooms.values()}, "rooms")
+        for room in self.rooms.values():
+            yield from self.wrong_links(room)
+            if len(room.files) > MOST_FILES:
+                yield f"{room.folder}: {len(room.files)} files; a room has {MOST_FILES} at most"
+            for file in room.files:
+                yield from self.wrong_includes(room, file)
+        yield from self.circles(self.units(), "units")
+
+    def folders_without_room(self):
+        known = {room.folder for room in self.rooms.values()}
+        for floor in FLOORS:
+            for file in sorted((self.root / floor).rglob("*")):
+                folder = file.parent.relative_to(self.root).as_posix()
+                if file.suffix in (".h", ".cpp") and folder not in known:
+                    yield f"{file.relative_to(self.root).as_posix()}: lies in no room"
+
+    def wrong_links(self, room):
+        floor = room.folder.split("/")[0]
+        for link in sorted(room.public | room.private):
+            other = self.rooms[link].folder.split("/")[0] if link in self.rooms else None
+            if other and (FLOORS.index(other) > FLOORS.index(floor) or (floor, other) in BESIDE):
+                yield f"{room.folder}: links {link}, which it may not look up to"
+            allowed = RESERVED.get(link)
+            if allowed and not any(room.folder == place or room.folder.startswith(place + "/") for place in allowed):
+                yield f"{room.folder}: links {link}, which is reserved for {', '.join(allowed)}"
+
+    def wrong_includes(self, room, file):
+        may = self.brought(room.links_for(file)) | {room.target}
+        text = file.read_text(encoding="utf-8")
+        for found in INCLUDE.finditer(text):
+            breach = self.judge(found.group(1), found.group(2), may)
+            if breach:
+                line = text.count("\n", 0, found.start(2)) + 1
+                yield f"{file.relative_to(self.root).as_posix()}:{line}: includes {found.group(2)}: {breach}"
+
+    def judge(self, kind, header, may):
+        if kind == "<":
+            library = next((name for pattern, name in LIBRARIES if re.match(pattern, header)), None)
+            return f"{library} is not linked" if library and library not in may else None
+        if header in GENERATED:
+            return None if GENERATED[header] in may else f"{GENERATED[header]} is not linked"
+        if not (self.root / header).is_file():
+            return "not there; includes are written from the root"
+        target = target_of(pathlib.PurePath(header).parent.as_posix())
+        if target not in self.rooms:
+            return "nothing the programs are made of may include that"
+        return None if target in may else f"{target} is not linked"
+
+    def units(self):
+        """A unit is a header with the source of its name; which others its header includes."""
+        graph = {}
+        for room in self.rooms.values():
+            for file in room.files:
+                if file.suffix == ".h":
+                    graph[file.relative_to(self.root).as_posix()] = {
+                        header for kind, header in INCLUDE.findall(file.read_text(encoding="utf-8")) if kind == '"'}
+        return graph
+
+    @staticmethod
+    def circles(graph, what):
+        state, path = {}, []
+
+        def visit(node):
+            state[node] = "open"
+            path.append(node)
+            for other in sorted(graph.get(node, ())):
+                if state.get(other) == "open":
+                    yield f"{what} in a circle: {' -> '.join(path[path.index(other):] + [other])}"
+                elif other in graph and other not in state:
+                    yield from visit(other)
+            path.pop()
+            state[node] = "done"
+
+        for node in sorted(graph):
+            if node not in state:
+                yield from visit(node)
+
+    def storeys(self):
+        """The rooms, each after all that it links."""
+        told, order = set(), []
+
+        def tell(target):
+            if target not in told:
+                told.add(target)
+                for link in sorted((self.rooms[target].public | self.rooms[target].private) & set(self.rooms)):
+                    tell(link)
+                order.append(self.rooms[target])
+
+        for target in sorted(self.rooms, key=lambda each: FLOORS.index(self.rooms[each].folder.split("/")[0])):
+            tell(target)
+        return order
 
 
 def main():
-    root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent)
-    found = list(breaches(root))
+    named = [word for word in sys.argv[1:] if not word.startswith("--")]
+    house = House(pathlib.Path(named[0] if named else pathlib.Path(__file__).resolve().parent.parent))
+    found = list(house.breaches())
+    if "--graph" in sys.argv[1:]:
+        for room in house.storeys():
+            links = sorted((room.public | room.private) - {"movie", "lumacheck_options"} | ({"movie"} & room.public))
+            print(f"{room.folder:28} {len(room.files):3} files  {' '.join(links)}")
     print("\n".join(found) if found else "The layers hold.")
     return 1 if found else 0
 

@@ -35,7 +35,8 @@ bool setAttribute(const std::string& path, const std::string& name, const std::s
 }
 
 std::string userAttribute(const char* name) {
-  return std::string("user.") + name;
+  std::string attribute = "user.";
+  return attribute += name;
 }
 
 /// Whether the tool did it; false too where there is none.
