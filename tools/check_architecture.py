@@ -1,63 +1,67 @@
 #!/usr/bin/env python3
-"""Holds docs/architecture.md to the tree.
+"""Holds what is told of the tree to the tree.
 
 usage: check_architecture.py [ROOT]
 
-Prints one line for each of these and exits 1 when there is any:
-  - a unit (the files of one name in the folders of programs) that the page does not name
-  - a name on the page that looks like a unit or a path and is nowhere in the tree
+The comment at the head of a room's CMakeLists.txt lists its units, a line each: `Name, Other: what they know`. A name that
+ends in `...` stands for all that begin so. docs/architecture.md names every room. Prints one line for each of these and
+exits 1 when there is any:
+  - a unit (the files of one name) that the head of its folder's CMakeLists.txt does not list
+  - a listed name that is no unit of the folder
+  - a room that the page does not name, or a path on the page that is not there
 """
 import pathlib
 import re
 import sys
 
-FOLDERS = ("movie", "SharedFiles", "check", "cli", "app", "tools")
+FLOORS = ("system", "movie", "SharedFiles", "check", "cli", "app")
 PAGE = "docs/architecture.md"
+LISTED = re.compile(r"^#   (?! )([A-Za-z][^:]*(?:: [A-Z][\w, ]*)?): ", re.MULTILINE)
 CODE = re.compile(r"`([^`]+)`")
-UNIT = re.compile(r"^[A-Z]\w{2,}(?:\.h|\.cpp)?$")
 PATH = re.compile(r"^(?:\w[\w.-]*/)+(?:[\w.-]+)?$")
 
 
-def units(root):
-    files = (file for folder in FOLDERS for file in (root / folder).rglob("*") if file.suffix in (".h", ".cpp"))
-    return sorted({file.stem for file in files})
+def rooms(root):
+    lists = (file for floor in FLOORS for file in (root / floor).rglob("CMakeLists.txt"))
+    return sorted(file.parent for file in lists if re.search(r"\b(lumacheck_room|libav_module)\(", file.read_text()))
 
 
-def is_named(unit, names):
-    """By itself, or as one of a family: `QVFileManager…` names all whose names begin so, `…Save` all that end so."""
-    for name in names:
-        plain = re.sub(r"\.(h|cpp)$", "", name.split("/")[-1])
-        if plain == unit or len(plain) > 3 and (plain.endswith("…") and unit.startswith(plain[:-1]) or
-                                                plain.startswith("…") and unit.endswith(plain[1:])):
-            return True
-    return False
+def listed(folder):
+    head = re.match(r"(?:#[^\n]*\n)*", (folder / "CMakeLists.txt").read_text(encoding="utf-8")).group()
+    return [name for line in LISTED.findall(head) for name in re.split(r"[,:]\s*", line)]
 
 
-def exists(name, root, text):
-    """A file, a folder, or a word of the code."""
-    if PATH.match(name):
-        return any(root.rglob(name)) if name.endswith("/") else (root / name).exists() or any(root.glob(name + ".*"))
-    return re.search(rf"\b{re.escape(pathlib.PurePath(name).stem)}\b", text) is not None
+def names(name, unit):
+    return unit.startswith(name[:-3]) if name.endswith("...") else name == unit
+
+
+def disagreements_of(folder, room):
+    units = {file.stem for file in folder.iterdir() if file.suffix in (".h", ".cpp")}
+    told = listed(folder)
+    for unit in sorted(units - {"main"}):
+        if not any(names(name, unit) for name in told):
+            yield f"{room}/{unit}: is not listed at the head of {room}/CMakeLists.txt"
+    for name in told:
+        if not any(names(name, unit) for unit in units):
+            yield f"{room}/CMakeLists.txt: lists {name}, which is not there"
 
 
 def disagreements(root):
-    names = {name for code in CODE.findall((root / PAGE).read_text(encoding="utf-8")) for name in re.split(r"[\s,:(]+", code)}
-    for unit in units(root):
-        if not is_named(unit, names):
-            yield f"{unit}: is not on the page"
-    text = "\n".join(
-        file.read_text(encoding="utf-8", errors="replace") + file.stem
-        for folder in FOLDERS for file in (root / folder).rglob("*") if file.is_file()
-    )
-    for name in sorted(names):
-        if (UNIT.match(name) or PATH.match(name)) and not exists(name, root, text):
-            yield f"{name}: is on the page and not in the tree"
+    page = (root / PAGE).read_text(encoding="utf-8")
+    for folder in rooms(root):
+        room = folder.relative_to(root).as_posix()
+        yield from disagreements_of(folder, room)
+        if not re.search(rf"(^|[`\s]){re.escape(room)}/?([`\s,:]|$)", page, re.MULTILINE):
+            yield f"{PAGE}: does not name the room {room}"
+    for path in sorted({code for code in CODE.findall(page) if PATH.match(code)}):
+        if not (root / path).exists() and not any(root.glob(path + ".*")):
+            yield f"{PAGE}: names {path}, which is not there"
 
 
 def main():
     root = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).resolve().parent.parent)
     found = list(disagreements(root))
-    print("\n".join(found) if found else "The page tells of the whole tree.")
+    print("\n".join(found) if found else "What is told of the tree is true.")
     return 1 if found else 0
 
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""The page of the architecture is held to the tree: what lacks on either side is told."""
+"""What is told of the tree is held to it: what lacks on either side is told."""
 import pathlib
 import sys
 import tempfile
@@ -9,36 +9,46 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "tools"))
 sys.dont_write_bytecode = True
 import check_architecture  # noqa: E402
 
+ROOM = "\n\nlumacheck_room()\n"
+
 
 class Architecture(unittest.TestCase):
-    def told(self, page, *files):
+    def told(self, head, *files, page="`movie/atoms`"):
         with tempfile.TemporaryDirectory() as folder:
             root = pathlib.Path(folder)
-            for path, text in {"docs/architecture.md": page, **dict.fromkeys(files, "")}.items():
+            texts = {"docs/architecture.md": page, "movie/atoms/CMakeLists.txt": head + ROOM, **dict.fromkeys(files, "")}
+            for path, text in texts.items():
                 (root / path).parent.mkdir(parents=True, exist_ok=True)
                 (root / path).write_text(text, encoding="utf-8")
             return list(check_architecture.disagreements(root))
 
-    def test_a_page_that_names_all_units_is_true(self):
-        self.assertEqual(self.told("`Atom`, `Table.h`, `movie/Edit`", "movie/Atom.h", "movie/Table.h", "movie/Edit.cpp"), [])
+    def test_a_head_that_lists_all_units_is_true(self):
+        head = "# Atoms: not a unit.\n#\n#   Atom, Table: what they know, at\n#     length: and more\n#   Edit: edits"
+        self.assertEqual(self.told(head, "movie/atoms/Atom.h", "movie/atoms/Table.h", "movie/atoms/Edit.cpp"), [])
 
-    def test_a_family_is_named_by_what_its_names_share(self):
-        self.assertEqual(self.told("`FileTree…`, `…Save`", "system/FileTreeCopy.h", "app/DelegateSave.cpp"), [])
+    def test_a_family_is_listed_by_how_its_names_begin(self):
+        self.assertEqual(self.told("#   Atom...: all of them", "movie/atoms/AtomReader.h", "movie/atoms/AtomWriter.h"), [])
 
-    def test_an_ellipsis_alone_names_nothing(self):
-        self.assertEqual(self.told("`…`", "app/Atom.h"), ["Atom: is not on the page"])
+    def test_what_makes_programs_need_not_be_listed(self):
+        self.assertEqual(self.told("#   Atom: one", "movie/atoms/Atom.h", "movie/atoms/main.cpp"), [])
 
-    def test_a_unit_that_is_not_named_is_told(self):
-        self.assertEqual(self.told("`Atom`", "movie/Atom.h", "check/Other.cpp"), ["Other: is not on the page"])
-
-    def test_a_name_that_only_begins_like_a_unit_does_not_name_it(self):
-        self.assertEqual(self.told("`AtomReader`", "movie/Atom.h", "movie/AtomReader.h"), ["Atom: is not on the page"])
+    def test_a_unit_that_is_not_listed_is_told(self):
+        self.assertEqual(self.told("#   Atom: one", "movie/atoms/Atom.h", "movie/atoms/AtomReader.cpp"),
+                         ["movie/atoms/AtomReader: is not listed at the head of movie/atoms/CMakeLists.txt"])
 
     def test_a_unit_that_is_gone_is_told(self):
-        self.assertEqual(self.told("`Atom`, `Gone`", "movie/Atom.h"), ["Gone: is on the page and not in the tree"])
+        self.assertEqual(self.told("#   Atom, Gone: two", "movie/atoms/Atom.h"),
+                         ["movie/atoms/CMakeLists.txt: lists Gone, which is not there"])
 
-    def test_a_path_that_is_gone_is_told(self):
-        self.assertEqual(self.told("`Atom`, `docs/gone.md`", "movie/Atom.h"), ["docs/gone.md: is on the page and not in the tree"])
+    def test_a_comment_further_down_lists_nothing(self):
+        self.assertEqual(len(self.told("#   Atom: one\n\nset(a b)\n#   Table: two", "movie/atoms/Atom.h", "movie/atoms/Table.h")), 1)
+
+    def test_a_room_that_the_page_does_not_name_is_told(self):
+        self.assertEqual(self.told("", page="movie/atoms2, x/movie/atoms"),
+                         ["docs/architecture.md: does not name the room movie/atoms"])
+
+    def test_a_path_on_the_page_that_is_gone_is_told(self):
+        self.assertEqual(self.told("", page="`movie/atoms`, `docs/gone.md`"), ["docs/architecture.md: names docs/gone.md, which is not there"])
 
 
 if __name__ == "__main__":
