@@ -178,7 +178,6 @@ Result<void> Movie::reopen() {
   if (!file) return tl::unexpected(std::move(file).error());
   if ((*file)->tracks().size() != tracks_.size()) return failure("the file now has other tracks");
   decoder_.reset();
-  stream_.reset();
   file_ = std::move(*file);
   for (const auto& track : tracks_) track->rebind(file_->tracks()[track->index_]);
   return {};
@@ -253,16 +252,6 @@ tl::unexpected<MovieError> Movie::failure(const char* reason) const {
   return tl::unexpected(MovieError{.file = path(), .atom = {}, .offset = 0, .reason = reason});
 }
 
-Result<PictureStream*> Movie::stream(std::size_t track) {
-  if (stream_) return stream_.get();
-  const auto backend = decoderBackend();
-  if (!backend) return tl::unexpected(backend.error());
-  auto made = (*backend)->makePictureStream(file_, track);
-  if (!made) return tl::unexpected(std::move(made).error());
-  stream_ = std::move(*made);
-  return stream_.get();
-}
-
 Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
   const Track* const track = firstTrack(videoMedia);
   if (!track) return failure("the movie has no video track");
@@ -327,15 +316,15 @@ Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const 
   if (!track) return failure("the movie has no video track");
   const auto description = track->media().imageDescription(1);
   if (!description) return failure("the video track has no image description");
-  const auto source = stream(track->index_);
+  const auto source = decoder(track->index_);
   if (!source) return tl::unexpected(source.error());
 
   const Orientation orientation = orientationOf(track->info().matrix);
-  StreamRequest asked{.picture = requestFor(span.sample, *description, orientation, request.width, request.height),
-                      .nextTime = {},
-                      .givenUp = request.givenUp};
+  RowRequest asked{.picture = requestFor(span.sample, *description, orientation, request.width, request.height),
+                   .nextTime = {},
+                   .givenUp = request.givenUp};
   if (request.next) asked.nextTime = request.next->sample.presentationTime;
-  const auto picture = (*source)->picture(asked);
+  const auto picture = (*source)->pictureInRow(asked);
   if (!picture) return tl::unexpected(picture.error());
   if (!*picture) return std::nullopt;
   return oriented(renderDisplayFrame(**picture, colorSetOf(*description)), orientation);

@@ -14,7 +14,6 @@
 #include "movie/atoms/MovieTime.h"
 #include "movie/copy/FlattenedCopy.h"
 #include "movie/decode/MovieDecoder.h"
-#include "movie/decode/PictureStream.h"
 #include "movie/render/RgbFrame.h"
 #include "movie/save/MetadataSave.h"
 
@@ -153,7 +152,7 @@ class Movie {
   /// Of the frames that have to be decoded to show the one at a time, the first on screen: a time not after that one.
   MovieTime decodingStartOf(const FrameSpan& span) const;
 
-  /// The frame of a span in Display style, quick for frames in a row: see PictureStream. None when it was given up.
+  /// The frame of a span in Display style, quick for frames in a row: see MovieDecoder. None when it was given up.
   Result<std::optional<RgbFrame>> playedFrame(const FrameSpan& span, const PlayedFrameRequest& request);
 
  private:
@@ -163,7 +162,6 @@ class Movie {
   Result<void> reopen();
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
-  Result<PictureStream*> stream(std::size_t track);
   tl::unexpected<MovieError> failure(const char* reason) const;
 
   std::shared_ptr<const MovieFile> file_;
@@ -171,7 +169,6 @@ class Movie {
   MovieTime currentTime_;
   std::unique_ptr<MovieDecoder> decoder_;
   std::size_t decoderTrack_ = 0;
-  std::unique_ptr<PictureStream> stream_;  ///< of the first video track
 };
 
 }  // namespace movie

@@ -32,7 +32,6 @@ REASON_FILES = [
     "movie/decode/ffmpeg/DemuxedDescription.cpp",
     "movie/decode/ffmpeg/DemuxerModule.cpp",
     "movie/decode/ffmpeg/FfmpegDecoder.cpp",
-    "movie/decode/ffmpeg/FfmpegPictureStream.cpp",
     "movie/decode/ffmpeg/FramePicture.cpp",
     "movie/decode/ffmpeg/SampleDecoder.cpp",
 ]

@@ -7,7 +7,7 @@ namespace movie {
 /// What a decoder module exports under the name `lumacheckDecoderBackend`: its one backend, alive as long as the
 /// process; null for another interface than its own.
 using DecoderModuleEntry = MovieDecoderBackend* (*)(int interfaceVersion);
-inline constexpr int decoderInterfaceVersion = 3;
+inline constexpr int decoderInterfaceVersion = 4;
 
 /// The backend of the module movie-ffmpeg.so (moduleEntry() tells where it is looked for). It is loaded at the first
 /// call, because linking libav costs more than a whole `info` run; later calls return the same. Thread-safe. Error: the

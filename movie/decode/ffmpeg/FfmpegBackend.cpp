@@ -1,6 +1,5 @@
 #include "movie/decode/DecoderModule.h"
 #include "movie/decode/ffmpeg/FfmpegDecoder.h"
-#include "movie/decode/ffmpeg/FfmpegPictureStream.h"
 #include "movie/decode/ffmpeg/SoundTrackStream.h"
 
 extern "C" {
@@ -18,10 +17,6 @@ class FfmpegBackend final : public MovieDecoderBackend {
   Result<std::unique_ptr<SoundStream>> makeSoundStream(std::shared_ptr<const MovieFile> file,
                                                        std::size_t track) override {
     return SoundTrackStream::make(std::move(file), track);
-  }
-  Result<std::unique_ptr<PictureStream>> makePictureStream(std::shared_ptr<const MovieFile> file,
-                                                           std::size_t track) override {
-    return FfmpegPictureStream::make(std::move(file), track);
   }
 };
 

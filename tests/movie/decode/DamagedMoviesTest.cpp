@@ -78,8 +78,13 @@ class DamagedMovies : public testing::Test {
     if (!file) throw std::runtime_error(file.error().message());
     const SampleTable& table = (*file)->sampleTable(0);
     const auto shown = table.presentedAt(table.presentationTimeOf(static_cast<std::uint64_t>(sample)));
-    auto picture = (*(*decoderBackend())->makeDecoder(*file, 0))->picture({*shown, {}, 32, 24});
+    const PictureRequest request{*shown, {}, 32, 24};
+    const auto decoder = (*decoderBackend())->makeDecoder(*file, 0);
+    auto picture = (*decoder)->picture(request);
     if (!picture) throw std::runtime_error(picture.error().message());
+    const auto first = (*decoder)->pictureInRow({.picture = request});
+    if (!first) throw std::runtime_error("first in a row: " + first.error().message());
+    EXPECT_EQ(first->value().planes[0].size(), picture->planes[0].size());
     return std::move(*picture);
   }
 

@@ -48,11 +48,11 @@ std::vector<FullDecode::Frame> framesIn(const std::string& listing) {
 
 DecodedMovie::DecodedMovie(const std::string& path) : file_(valueOf(MovieFile::open(path))) {
   while (track_ < file_->tracks().size() && file_->tracks()[track_].mediaType != videoMedia) ++track_;
-  decoder_ = valueOf(valueOf(decoderBackend())->makeDecoder(file_, track_));
+  decoder_ = anotherDecoder();
 }
 
-std::unique_ptr<PictureStream> DecodedMovie::stream() const {
-  return valueOf(valueOf(decoderBackend())->makePictureStream(file_, track_));
+std::unique_ptr<MovieDecoder> DecodedMovie::anotherDecoder() const {
+  return valueOf(valueOf(decoderBackend())->makeDecoder(file_, track_));
 }
 
 std::string DecodedMovie::codec() const {

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "movie/decode/MovieDecoder.h"
-#include "movie/decode/PictureStream.h"
 
 namespace movie::test {
 
@@ -15,8 +14,8 @@ class DecodedMovie {
  public:
   explicit DecodedMovie(const std::string& path);
 
-  /// A stream of the same track, which does not need this object any more.
-  std::unique_ptr<PictureStream> stream() const;
+  /// Another decoder of the same track, which does not need this object any more.
+  std::unique_ptr<MovieDecoder> anotherDecoder() const;
   MovieDecoder& decoder() const { return *decoder_; }
   const SampleTable& table() const { return file_->sampleTable(track_); }
   std::string codec() const;  ///< of the first image description
