@@ -16,8 +16,10 @@ set(LUMACHECK_MODULE_DIR lib/lumacheck)
 
 find_program(LUMACHECK_CCACHE ccache)
 if(LUMACHECK_CCACHE)
-  # What the cache has to overlook where headers are precompiled.
-  set(CMAKE_CXX_COMPILER_LAUNCHER env CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
+  # Presets and checkouts share what the cache holds: paths count from the folder of the sources, and precompiled headers
+  # by what is in them.
+  set(CMAKE_CXX_COMPILER_LAUNCHER env
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
 endif()
 
 # Half of the time of a test at -O2 goes into optimising GoogleTest.

@@ -15,6 +15,7 @@ function(precompiled_headers name)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE lumacheck_options tl::expected ${ARG_LIBS})
   target_compile_options(${name} PRIVATE ${ARG_OPTIONS})
+  add_dependencies(precompiled_headers ${name})
 endfunction()
 
 # precompiled_headers_for(TARGET KIND libs...): gives a target those that what it links lets it have. KIND: library, test.
@@ -32,6 +33,7 @@ function(precompiled_headers_for target kind)
   endif()
 endfunction()
 
+add_custom_target(precompiled_headers)
 if(LUMACHECK_PRECOMPILED)
   precompiled_headers(precompiled_library_standard HEADERS Standard.h)
   precompiled_headers(precompiled_library_core HEADERS QtCore.h LIBS Qt6::Core)

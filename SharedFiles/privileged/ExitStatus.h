@@ -1,5 +1,7 @@
 #pragma once
 
+namespace privileged {
+
 /// What the privileged program ends with when no tool ran. A tool's own status is passed on, which is 0 or 1; pkexec
 /// itself ends with 126 or 127, sudo with 1.
 enum class ExitStatus : int {
@@ -12,3 +14,5 @@ enum class ExitStatus : int {
   changed = 75,         ///< a folder became another one while it was looked at
   protectedPlace = 77,  ///< a system directory
 };
+
+}  // namespace privileged

@@ -10,6 +10,8 @@
 
 #include "SharedFiles/privileged/ToolCommand.h"
 
+namespace privileged {
+
 namespace {
 
 constexpr int folderFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
@@ -78,3 +80,5 @@ std::string parentOf(const std::string& plainPath) {
 std::string nameOf(const std::string& plainPath) {
   return plainPath.substr(plainPath.rfind('/') + 1);
 }
+
+}  // namespace privileged

@@ -8,6 +8,8 @@
 #include "SharedFiles/privileged/ExitStatus.h"
 #include "system/FileDescriptor.h"
 
+namespace privileged {
+
 /// A folder held by a descriptor, so that whatever happens to the path that led there, it stays the one that was
 /// checked.
 struct PinnedFolder {
@@ -40,3 +42,5 @@ tl::expected<PinnedEntry, ExitStatus> pinEntry(const std::string& plainPath);
 
 std::string parentOf(const std::string& plainPath);
 std::string nameOf(const std::string& plainPath);
+
+}  // namespace privileged

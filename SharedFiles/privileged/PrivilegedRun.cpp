@@ -18,6 +18,8 @@
 #include "SharedFiles/privileged/ToolCommand.h"
 #include "SharedFiles/privileged/ToolProcess.h"
 
+namespace privileged {
+
 namespace {
 
 int number(ExitStatus status) {
@@ -178,3 +180,5 @@ int runPrivileged(const std::vector<std::string>& commandLine, const PrivilegedR
   }
   return number(ExitStatus::usage);
 }
+
+}  // namespace privileged

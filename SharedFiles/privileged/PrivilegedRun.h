@@ -6,6 +6,8 @@
 
 #include "SharedFiles/privileged/ProtectedPlaces.h"
 
+namespace privileged {
+
 struct PrivilegedRun {
   ProtectedPlaces places;
   std::function<void()> started;  ///< called once, when every check is through and the tool is about to run
@@ -22,3 +24,5 @@ struct PrivilegedRun {
 /// place by one renaming. So no link is written through that stands, or is put, where the file is to go; a file that is
 /// replaced is replaced whole; and a folder that is not empty is not replaced, nor merged with another.
 int runPrivileged(const std::vector<std::string>& commandLine, const PrivilegedRun& run);
+
+}  // namespace privileged

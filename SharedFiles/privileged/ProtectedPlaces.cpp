@@ -9,6 +9,8 @@
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/privileged/PinnedFolder.h"
 
+namespace privileged {
+
 namespace {
 
 /// The program lies two folders below the prefix whose `bin` holds the application.
@@ -39,3 +41,5 @@ ProtectedPlaces systemPlaces(const std::vector<uid_t>& users) {
   };
   return places;
 }
+
+}  // namespace privileged

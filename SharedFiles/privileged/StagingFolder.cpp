@@ -10,6 +10,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+namespace privileged {
+
 namespace {
 
 std::string privateName() {
@@ -60,3 +62,5 @@ bool StagingFolder::moveToFreePlace(const std::string& entry, const PinnedEntry&
   return ::renameat2(descriptor_.get(), entry.c_str(), place.folder.descriptor.get(), place.name.c_str(),
                      RENAME_NOREPLACE) == 0;
 }
+
+}  // namespace privileged

@@ -6,6 +6,8 @@
 
 #include "SharedFiles/privileged/PinnedFolder.h"
 
+namespace privileged {
+
 /// A folder that only this process's user may enter, made inside another one and removed again once it is empty.
 class StagingFolder {
  public:
@@ -32,3 +34,5 @@ class StagingFolder {
   std::string name_;
   FileDescriptor descriptor_;
 };
+
+}  // namespace privileged

@@ -5,6 +5,8 @@
 #include <climits>
 #include <cstddef>
 
+namespace privileged {
+
 namespace {
 
 struct Form {
@@ -55,3 +57,5 @@ std::vector<std::string> componentsOf(const std::string& path) {
   }
   return components;
 }
+
+}  // namespace privileged

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+namespace privileged {
+
 enum class Tool { remove, move, copy, createFolder };
 
 /// A command line that may run with administrator rights.
@@ -23,3 +25,5 @@ bool isPlainPath(const std::string& path);
 
 /// What stands between the slashes of an absolute path; nothing for "/".
 std::vector<std::string> componentsOf(const std::string& path);
+
+}  // namespace privileged

@@ -12,6 +12,8 @@
 
 #include "system/SpawnSettings.h"
 
+namespace privileged {
+
 namespace {
 
 constexpr int firstFolder = 3;  // after the standard streams
@@ -53,3 +55,5 @@ int runTool(const std::vector<std::string>& program, std::initializer_list<ToolP
   if (!spawned(settings, identifier, arguments, number)) return static_cast<int>(ExitStatus::systemError);
   return waitFor(identifier);
 }
+
+}  // namespace privileged

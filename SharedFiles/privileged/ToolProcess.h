@@ -6,6 +6,8 @@
 
 #include "SharedFiles/privileged/PinnedFolder.h"
 
+namespace privileged {
+
 /// A path for a tool, below a folder that this process holds open.
 struct ToolPath {
   const FileDescriptor& folder;
@@ -16,3 +18,5 @@ struct ToolPath {
 /// folders and no other descriptor, the default signal handling and an environment of its own. Its status, 128 and the
 /// signal that ended it, or ExitStatus::systemError.
 int runTool(const std::vector<std::string>& program, std::initializer_list<ToolPath> paths);
+
+}  // namespace privileged

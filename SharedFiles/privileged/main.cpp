@@ -48,10 +48,10 @@ bool leaveCallersSurroundings() {
 /// Writes the line "started" once the tool runs; ends as runPrivileged() tells.
 int main(int count, char** arguments) {
   const std::vector<uid_t> users = callingUsers();
-  if (!leaveCallersSurroundings()) return static_cast<int>(ExitStatus::systemError);
+  if (!leaveCallersSurroundings()) return static_cast<int>(privileged::ExitStatus::systemError);
   const std::vector<std::string> commandLine(arguments + (count > 0 ? 1 : 0), arguments + count);
-  return runPrivileged(commandLine, {.places = systemPlaces(users), .started = [] {
-                                       std::puts("started");
-                                       std::fflush(stdout);
-                                     }});
+  return privileged::runPrivileged(commandLine, {.places = privileged::systemPlaces(users), .started = [] {
+                                                   std::puts("started");
+                                                   std::fflush(stdout);
+                                                 }});
 }

@@ -16,6 +16,8 @@
 #include "tests/SharedFiles/EnvironmentGuard.h"
 #include "tests/SharedFiles/privileged/Sandbox.h"
 
+namespace privileged {
+
 namespace {
 
 /// The program as it is installed.
@@ -116,3 +118,5 @@ TEST_F(PrivilegedProgram, RefusesEverySystemFolderWhateverItIsCalled) {
 }
 
 }  // namespace
+
+}  // namespace privileged

@@ -8,6 +8,8 @@
 
 #include "tests/SharedFiles/privileged/Sandbox.h"
 
+namespace privileged {
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -249,3 +251,5 @@ TEST_F(PrivilegedRuns, KeepHardLinksOfAReplacedFileApart) {
 }
 
 }  // namespace
+
+}  // namespace privileged

@@ -13,6 +13,8 @@
 
 #include "tests/SharedFiles/privileged/Sandbox.h"
 
+namespace privileged {
+
 namespace {
 
 constexpr int runs = 2000;
@@ -149,3 +151,5 @@ TEST_F(SwappedFolders, LeadABareToolAstray) {
 }
 
 }  // namespace
+
+}  // namespace privileged

@@ -13,6 +13,8 @@
 #include "SharedFiles/privileged/ExitStatus.h"
 #include "SharedFiles/privileged/PrivilegedRun.h"
 
+namespace privileged {
+
 /// A folder of its own in which `protected`, and all that is in it, counts as the system's.
 class Sandbox : public testing::Test {
  protected:
@@ -84,3 +86,5 @@ class Sandbox : public testing::Test {
 constexpr int refused(ExitStatus status) {
   return static_cast<int>(status);
 }
+
+}  // namespace privileged

@@ -7,6 +7,8 @@
 
 #include "SharedFiles/privileged/ToolCommand.h"
 
+namespace privileged {
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -78,3 +80,5 @@ TEST(PlainPath, HasTheComponentsBetweenItsSlashes) {
 }
 
 }  // namespace
+
+}  // namespace privileged
