@@ -10,6 +10,8 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+namespace sys {
+
 namespace {
 
 struct CloseFolder {
@@ -18,45 +20,42 @@ struct CloseFolder {
 
 }  // namespace
 
-tl::expected<struct stat, int> FilePlace::status() const {
+Result<struct stat> FilePlace::status() const {
   struct stat status = {};
-  if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return tl::unexpected(errno);
+  if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return failed(errno, Step::Look);
   return status;
 }
 
-FileDescriptor FilePlace::openFolder() const {
-  return FileDescriptor(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+Descriptor FilePlace::openFolder() const {
+  return Descriptor(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
 }
 
-tl::expected<OpenedPlace, FileTreeError> OpenedPlace::open(const std::string& path) {
+Result<OpenedPlace> OpenedPlace::open(const std::string& path) {
   const auto last = path.find_last_not_of('/');
-  if (last == std::string::npos) return tl::unexpected(FileTreeError{path.empty() ? ENOENT : EBUSY, path});
+  if (last == std::string::npos) return failure(path.empty() ? ENOENT : EBUSY, Step::Open, path);
   const std::string trimmed = path.substr(0, last + 1);
   const auto slash = trimmed.rfind('/');
   const std::string parent = slash == std::string::npos ? "." : trimmed.substr(0, slash + 1);
   const std::string name = slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
-  if (name == "." || name == "..") return tl::unexpected(FileTreeError{EINVAL, path});
-  FileDescriptor folder(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (!folder.isOpen()) return tl::unexpected(FileTreeError{errno, path});
+  if (name == "." || name == "..") return failure(EINVAL, Step::Open, path);
+  Descriptor folder(::open(parent.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.isOpen()) return failure(errno, Step::Open, path);
   const int number = folder.get();
   return OpenedPlace{std::move(folder), {number, name, trimmed}};
 }
 
-tl::expected<std::vector<std::string>, int> namesInFolder(int folder) {
-  const int own = ::openat(folder, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-  if (own < 0) return tl::unexpected(errno);
-  const std::unique_ptr<DIR, CloseFolder> entries(::fdopendir(own));
-  if (!entries) {
-    const int number = errno;
-    ::close(own);
-    return tl::unexpected(number);
-  }
+Result<std::vector<std::string>> namesInFolder(FileRef folder) {
+  const auto failed = [&folder] { return failure(errno, Step::Read, std::string(folder.path)); };
+  Descriptor own(::openat(folder.descriptor, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const std::unique_ptr<DIR, CloseFolder> entries(own.isOpen() ? ::fdopendir(own.get()) : nullptr);
+  if (!entries) return failed();
+  own.release();
   std::vector<std::string> names;
   for (errno = 0; const dirent* const entry = ::readdir(entries.get()); errno = 0) {
     if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
       names.emplace_back(entry->d_name);
   }
-  if (errno != 0) return tl::unexpected(errno);
+  if (errno != 0) return failed();
   std::sort(names.begin(), names.end());
   return names;
 }
@@ -70,7 +69,7 @@ int renameWithoutReplacing(const FilePlace& from, const FilePlace& to) {
 }
 
 bool isInside(int folder, const struct stat& other) {
-  FileDescriptor at(::openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+  Descriptor at(::openat(folder, ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
   struct stat before = {};
   while (at.isOpen()) {
     struct stat here = {};
@@ -78,7 +77,9 @@ bool isInside(int folder, const struct stat& other) {
     if (here.st_dev == other.st_dev && here.st_ino == other.st_ino) return true;
     if (here.st_dev == before.st_dev && here.st_ino == before.st_ino) return false;
     before = here;
-    at = FileDescriptor(::openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
+    at = Descriptor(::openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
   }
   return false;
 }
+
+}  // namespace sys

@@ -3,17 +3,9 @@
 #include <stop_token>
 #include <string>
 
-#include <sys/types.h>
-#include <tl/expected.hpp>
+#include "system/Error.h"
 
-/// Why work on files stopped.
-struct FileTreeError {
-  int number = 0;           ///< an errno
-  std::string path;         ///< of what it stopped at
-  bool bothRemain = false;  ///< a move's copy is complete, but not all of the source could be removed
-};
-
-using FileTreeResult = tl::expected<void, FileTreeError>;
+namespace sys {
 
 // Paths are bytes, relative to the working folder when they do not begin with a slash. A path that ends in "." or ".."
 // is refused, and so is "/". Links are worked on themselves and never followed, except on the way to the last name of a
@@ -34,16 +26,19 @@ bool isFolderAt(const std::string& path);
 /// be any bytes.
 ///
 /// A copy that is asked to stop, from any thread, ends soon with ECANCELED as its error.
-FileTreeResult copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop = {});
+Result<void> copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop = {});
 
 /// Moves by a rename. To another file system: copies as copyTree(), waits until the copy is on the disk, makes sure
 /// that the source is still what was copied and may be removed, lets the copy appear and removes what was copied. A
-/// failure leaves the source untouched and no destination, save that of a removal that began (`bothRemain`).
-FileTreeResult moveTree(const std::string& source, const std::string& destination);
+/// failure leaves the source untouched and no destination, but for one of Step::RemoveOriginal: the copy is complete
+/// then.
+Result<void> moveTree(const std::string& source, const std::string& destination);
 
 /// Makes a folder and those that are missing on the way to it, with permissions as the process's mask has them. One
 /// that exists is fine, also behind a link. A failure leaves none of them.
-FileTreeResult createFolders(const std::string& path);
+Result<void> createFolders(const std::string& path);
 
 /// Removes a file, a link, or a folder with all that is in it.
-FileTreeResult removeTree(const std::string& path);
+Result<void> removeTree(const std::string& path);
+
+}  // namespace sys

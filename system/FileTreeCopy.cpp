@@ -9,8 +9,11 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "system/FileContents.h"
+#include "system/FileAttributes.h"
+#include "system/FileCopying.h"
 #include "system/FileTreeRemoval.h"
+
+namespace sys {
 
 namespace {
 
@@ -49,14 +52,17 @@ bool TreeRecord::holds(const struct stat& status) const {
   return found != stamps_.end() && (S_ISDIR(status.st_mode) || found->second == stampOf(status));
 }
 
-int TreeCopy::synced(int file) const {
-  return durability_ == Durability::synced && ::fsync(file) != 0 ? errno : 0;
+/// What a copy still lacks when its content is there.
+Result<void> TreeCopy::settle(FileRef from, FileRef to, const struct stat& status) const {
+  auto result = inheritAttributes(from, to, status, Heir::Copy);
+  if (!result || durability_ != Durability::synced || ::fsync(to.descriptor) == 0) return result;
+  return failure(errno, Step::Sync, std::string(to.path));
 }
 
-FileTreeResult TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
+Result<void> TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
   const auto status = from.status();
-  if (!status) return from.failed(status.error());
-  if (stop_.stop_requested()) return from.failed(ECANCELED);
+  if (!status) return tl::make_unexpected(status.error());
+  if (stop_.stop_requested()) return from.failed(ECANCELED, Step::Copy);
   record_.add(*status);
   if (S_ISDIR(status->st_mode)) return copyFolder(from, to, *status);
   if (S_ISREG(status->st_mode)) return copyRegularFile(from, to, *status);
@@ -64,68 +70,66 @@ FileTreeResult TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
   return copySpecialFile(from, to, *status);
 }
 
-FileTreeResult TreeCopy::copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status) {
-  const FileDescriptor source = from.openFolder();
-  if (!source.isOpen()) return from.failed(errno);
+Result<void> TreeCopy::copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+  const Descriptor source = from.openFolder();
   struct stat opened = {};
-  if (::fstat(source.get(), &opened) != 0) return from.failed(errno);
-  if (!isSameFile(status, opened)) return from.failed(EAGAIN);
-  const auto names = namesInFolder(source.get());
-  if (!names) return from.failed(names.error());
-  if (::mkdirat(to.folder, to.name.c_str(), S_IRWXU) != 0) return to.failed(errno);
-  const FileDescriptor made = to.openFolder();
-  if (!made.isOpen()) return to.failed(errno);
+  if (!source.isOpen() || ::fstat(source.get(), &opened) != 0) return from.failed(errno, Step::Open);
+  if (!isSameFile(status, opened)) return from.failed(EAGAIN, Step::Open);
+  const auto names = namesInFolder({source.get(), from.path});
+  if (!names) return tl::make_unexpected(names.error());
+  if (::mkdirat(to.folder, to.name.c_str(), S_IRWXU) != 0) return to.failed(errno, Step::Create);
+  const Descriptor made = to.openFolder();
+  if (!made.isOpen()) return to.failed(errno, Step::Create);
   for (const std::string& name : *names) {
     auto result = copy(from.inside(source.get(), name), to.inside(made.get(), name));
     if (!result) return result;
   }
-  if (const int number = copyAttributes(source.get(), made.get(), status)) return to.failed(number);
-  if (const int number = synced(made.get())) return to.failed(number);
-  return {};
+  return settle({source.get(), from.path}, {made.get(), to.path}, status);
 }
 
-FileTreeResult TreeCopy::copyRegularFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+Result<void> TreeCopy::copyRegularFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
   // Should something else have taken the file's place, opening it neither waits nor follows.
-  const FileDescriptor source(
+  const Descriptor source(
       ::openat(from.folder, from.name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat opened = {};
-  if (!source.isOpen() || ::fstat(source.get(), &opened) != 0) return from.failed(errno);
-  if (!isSameFile(status, opened)) return from.failed(EAGAIN);
-  const FileDescriptor made(::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-  if (!made.isOpen()) return to.failed(errno);
-  if (const int number = copyContents(source.get(), made.get(), stop_)) return to.failed(number);
-  if (const int number = copyAttributes(source.get(), made.get(), status)) return to.failed(number);
-  if (const int number = synced(made.get())) return to.failed(number);
-  if (const int number = closingError(made.get())) return to.failed(number);
-  return {};
+  if (!source.isOpen() || ::fstat(source.get(), &opened) != 0) return from.failed(errno, Step::Open);
+  if (!isSameFile(status, opened)) return from.failed(EAGAIN, Step::Open);
+  const Descriptor made(::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+  if (!made.isOpen()) return to.failed(errno, Step::Create);
+  const FileRef original{source.get(), from.path}, copy{made.get(), to.path};
+  auto result = copyContents(original, copy, stop_);
+  if (result) result = settle(original, copy, status);
+  if (!result) return result;
+  const int number = closingError(made.get());
+  return number == 0 ? result : to.failed(number, Step::Write);
 }
 
-FileTreeResult TreeCopy::copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+Result<void> TreeCopy::copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status) {
   std::array<char, PATH_MAX + 1> target = {};
   const ssize_t length = ::readlinkat(from.folder, from.name.c_str(), target.data(), target.size() - 1);
-  if (length < 0) return from.failed(errno);
-  if (::symlinkat(target.data(), to.folder, to.name.c_str()) != 0) return to.failed(errno);
+  if (length < 0) return from.failed(errno, Step::Read);
+  if (::symlinkat(target.data(), to.folder, to.name.c_str()) != 0) return to.failed(errno, Step::Create);
   copyOwnerAndTimes(to, status);
   return {};
 }
 
-FileTreeResult TreeCopy::copySpecialFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
+Result<void> TreeCopy::copySpecialFile(const FilePlace& from, const FilePlace& to, const struct stat& status) {
   if (::mknodat(to.folder, to.name.c_str(), (status.st_mode & S_IFMT) | 0600U, status.st_rdev) != 0) {
-    return from.failed(errno);
+    return from.failed(errno, Step::Create);
   }
   copyOwnerAndTimes(to, status);
   const auto own = to.status();
-  if (!own) return to.failed(own.error());
+  if (!own) return tl::make_unexpected(own.error());
   const mode_t permissions = permissionsOfCopy(status, own->st_uid, own->st_gid);
-  if (::fchmodat(to.folder, to.name.c_str(), permissions, 0) != 0) return to.failed(errno);
+  if (::fchmodat(to.folder, to.name.c_str(), permissions, 0) != 0) return to.failed(errno, Step::SetAttributes);
   return {};
 }
 
-FileTreeResult PendingCopy::allowed(const FilePlace& from, const FilePlace& to) {
+Result<void> PendingCopy::allowed(const FilePlace& from, const FilePlace& to) {
   const auto source = from.status();
-  if (!source) return from.failed(source.error());
-  if (to.status()) return to.failed(EEXIST);
-  if (S_ISDIR(source->st_mode) && isInside(to.folder, *source)) return to.failed(EINVAL);
+  if (!source) return tl::make_unexpected(source.error());
+  if (to.status()) return to.failed(EEXIST, Step::Create);
+  if (S_ISDIR(source->st_mode) && isInside(to.folder, *source)) return to.failed(EINVAL, Step::Create);
   return {};
 }
 
@@ -136,19 +140,19 @@ PendingCopy::~PendingCopy() {
   if (made_) static_cast<void>(TreeRemoval(TreeRemoval::Permissions::forced).remove(pending_));
 }
 
-FileTreeResult PendingCopy::make(const FilePlace& from) {
+Result<void> PendingCopy::make(const FilePlace& from) {
   made_ = !pending_.status().has_value();
-  if (!made_) return to_.failed(EEXIST);
+  if (!made_) return to_.failed(EEXIST, Step::Create);
   return copy_.copy(from, pending_);
 }
 
-FileTreeResult PendingCopy::reveal() {
-  if (const int number = renameWithoutReplacing(pending_, to_)) return to_.failed(number);
+Result<void> PendingCopy::reveal() {
+  if (const int number = renameWithoutReplacing(pending_, to_)) return to_.failed(number, Step::Create);
   made_ = false;
   return {};
 }
 
-FileTreeResult copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop) {
+Result<void> copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop) {
   const auto from = OpenedPlace::open(source), to = OpenedPlace::open(destination);
   if (!from) return tl::unexpected(from.error());
   if (!to) return tl::unexpected(to.error());
@@ -158,3 +162,5 @@ FileTreeResult copyTree(const std::string& source, const std::string& destinatio
   result = copy.make(from->place);
   return result ? copy.reveal() : result;
 }
+
+}  // namespace sys

@@ -10,6 +10,8 @@
 #include "system/FilePlace.h"
 #include "system/FileTree.h"
 
+namespace sys {
+
 /// What a copy was made of: every file and folder of a tree, with what tells that it has changed since.
 class TreeRecord {
  public:
@@ -38,15 +40,15 @@ class TreeCopy {
   explicit TreeCopy(Durability durability, std::stop_token stop = {})
       : durability_(durability), stop_(std::move(stop)) {}
 
-  FileTreeResult copy(const FilePlace& from, const FilePlace& to);
+  Result<void> copy(const FilePlace& from, const FilePlace& to);
   const TreeRecord& record() const { return record_; }
 
  private:
-  FileTreeResult copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status);
-  FileTreeResult copyRegularFile(const FilePlace& from, const FilePlace& to, const struct stat& status);
-  FileTreeResult copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status);
-  FileTreeResult copySpecialFile(const FilePlace& from, const FilePlace& to, const struct stat& status);
-  int synced(int file) const;
+  Result<void> copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status);
+  Result<void> copyRegularFile(const FilePlace& from, const FilePlace& to, const struct stat& status);
+  Result<void> copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status);
+  Result<void> copySpecialFile(const FilePlace& from, const FilePlace& to, const struct stat& status);
+  Result<void> settle(FileRef from, FileRef to, const struct stat& status) const;
 
   Durability durability_;
   std::stop_token stop_;
@@ -58,16 +60,16 @@ class TreeCopy {
 class PendingCopy {
  public:
   /// The error of what already forbids the copy: a destination that exists or lies in the source.
-  static FileTreeResult allowed(const FilePlace& from, const FilePlace& to);
+  static Result<void> allowed(const FilePlace& from, const FilePlace& to);
 
   PendingCopy(FilePlace to, TreeCopy::Durability durability, const std::stop_token& stop = {});
   ~PendingCopy();
   PendingCopy(const PendingCopy&) = delete;
   PendingCopy& operator=(const PendingCopy&) = delete;
 
-  FileTreeResult make(const FilePlace& from);
+  Result<void> make(const FilePlace& from);
   /// Gives the copy its name.
-  FileTreeResult reveal();
+  Result<void> reveal();
   const TreeRecord& record() const { return copy_.record(); }
 
  private:
@@ -75,3 +77,5 @@ class PendingCopy {
   TreeCopy copy_;
   bool made_ = false;
 };
+
+}  // namespace sys

@@ -6,6 +6,8 @@
 
 #include "system/FileTree.h"
 
+namespace sys {
+
 namespace {
 
 /// The path and what is before each of its slashes, shortest first.
@@ -30,7 +32,7 @@ bool isFolderAt(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-FileTreeResult createFolders(const std::string& path) {
+Result<void> createFolders(const std::string& path) {
   std::vector<std::string> made;
   for (const std::string& folder : wayTo(path)) {
     if (::mkdir(folder.c_str(), 0777) == 0) {
@@ -40,7 +42,9 @@ FileTreeResult createFolders(const std::string& path) {
     const int number = errno;
     if (isFolderAt(folder)) continue;
     for (auto undone = made.crbegin(); undone != made.crend(); ++undone) ::rmdir(undone->c_str());
-    return tl::unexpected(FileTreeError{number, folder});
+    return failure(number, Step::Create, folder);
   }
   return {};
 }
+
+}  // namespace sys

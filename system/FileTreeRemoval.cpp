@@ -7,6 +7,8 @@
 
 #include "system/FileTreeCopy.h"
 
+namespace sys {
+
 namespace {
 
 /// Whether this process may remove an entry that belongs to `owner` from the open folder. 0 or an errno.
@@ -21,10 +23,10 @@ int removalError(int folder, uid_t owner) {
 
 }  // namespace
 
-FileTreeResult TreeRemoval::remove(const FilePlace& place) {
+Result<void> TreeRemoval::remove(const FilePlace& place) {
   const auto status = place.status();
-  if (!status) return place.failed(status.error());
-  if (record_ != nullptr && !record_->holds(*status)) return place.failed(EBUSY);
+  if (!status) return tl::make_unexpected(status.error());
+  if (record_ != nullptr && !record_->holds(*status)) return place.failed(EBUSY, Step::Remove);
   const bool folder = S_ISDIR(status->st_mode);
   if (folder) {
     // A folder that stays locked shows below, with the reason.
@@ -33,16 +35,17 @@ FileTreeResult TreeRemoval::remove(const FilePlace& place) {
     auto result = removeEntries(place);
     if (!result) return result;
   }
-  if (::unlinkat(place.folder, place.name.c_str(), folder ? AT_REMOVEDIR : 0) != 0) return place.failed(errno);
+  if (::unlinkat(place.folder, place.name.c_str(), folder ? AT_REMOVEDIR : 0) != 0)
+    return place.failed(errno, Step::Remove);
   return {};
 }
 
-FileTreeResult TreeRemoval::removeEntries(const FilePlace& place) {
-  const FileDescriptor folder = place.openFolder();
+Result<void> TreeRemoval::removeEntries(const FilePlace& place) {
+  const Descriptor folder = place.openFolder();
   // An empty folder can go even if nobody may look into it.
-  if (!folder.isOpen()) return errno == EACCES ? FileTreeResult() : FileTreeResult(place.failed(errno));
-  const auto names = namesInFolder(folder.get());
-  if (!names) return place.failed(names.error());
+  if (!folder.isOpen()) return errno == EACCES ? Result<void>() : Result<void>(place.failed(errno, Step::Remove));
+  const auto names = namesInFolder({folder.get(), place.path});
+  if (!names) return tl::make_unexpected(names.error());
   for (const std::string& name : *names) {
     auto result = remove(place.inside(folder.get(), name));
     if (!result) return result;
@@ -50,15 +53,15 @@ FileTreeResult TreeRemoval::removeEntries(const FilePlace& place) {
   return {};
 }
 
-FileTreeResult checkRemoval(const FilePlace& place, const TreeRecord& record) {
+Result<void> checkRemoval(const FilePlace& place, const TreeRecord& record) {
   const auto status = place.status();
-  if (!status) return place.failed(status.error());
-  if (!record.holds(*status)) return place.failed(EBUSY);
+  if (!status) return tl::make_unexpected(status.error());
+  if (!record.holds(*status)) return place.failed(EBUSY, Step::Remove);
   if (!S_ISDIR(status->st_mode)) return {};
-  const FileDescriptor folder = place.openFolder();
-  if (!folder.isOpen()) return place.failed(errno);
-  const auto names = namesInFolder(folder.get());
-  if (!names) return place.failed(names.error());
+  const Descriptor folder = place.openFolder();
+  if (!folder.isOpen()) return place.failed(errno, Step::Remove);
+  const auto names = namesInFolder({folder.get(), place.path});
+  if (!names) return tl::make_unexpected(names.error());
   for (const std::string& name : *names) {
     const FilePlace entry = place.inside(folder.get(), name);
     auto result = checkRemovalFromFolder(entry);
@@ -68,16 +71,18 @@ FileTreeResult checkRemoval(const FilePlace& place, const TreeRecord& record) {
   return {};
 }
 
-FileTreeResult checkRemovalFromFolder(const FilePlace& place) {
+Result<void> checkRemovalFromFolder(const FilePlace& place) {
   const auto status = place.status();
-  if (!status) return place.failed(status.error());
+  if (!status) return tl::make_unexpected(status.error());
   const int number = removalError(place.folder, status->st_uid);
-  if (number != 0) return place.failed(number);
+  if (number != 0) return place.failed(number, Step::Remove);
   return {};
 }
 
-FileTreeResult removeTree(const std::string& path) {
+Result<void> removeTree(const std::string& path) {
   const auto opened = OpenedPlace::open(path);
-  if (!opened) return tl::unexpected(opened.error());
+  if (!opened) return tl::make_unexpected(opened.error());
   return TreeRemoval(TreeRemoval::Permissions::kept).remove(opened->place);
 }
+
+}  // namespace sys

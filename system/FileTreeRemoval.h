@@ -3,6 +3,8 @@
 #include "system/FilePlace.h"
 #include "system/FileTree.h"
 
+namespace sys {
+
 class TreeRecord;
 
 /// Removes trees.
@@ -15,10 +17,10 @@ class TreeRemoval {
   /// Removes only what is recorded, and stops at anything else.
   explicit TreeRemoval(const TreeRecord& record) : record_(&record) {}
 
-  FileTreeResult remove(const FilePlace& place);
+  Result<void> remove(const FilePlace& place);
 
  private:
-  FileTreeResult removeEntries(const FilePlace& place);
+  Result<void> removeEntries(const FilePlace& place);
 
   Permissions permissions_ = Permissions::kept;
   const TreeRecord* record_ = nullptr;
@@ -26,6 +28,8 @@ class TreeRemoval {
 
 /// What would stop the removal of a tree: something that is not as recorded, or a folder from which this process may
 /// remove nothing. Removes nothing.
-FileTreeResult checkRemoval(const FilePlace& place, const TreeRecord& record);
+Result<void> checkRemoval(const FilePlace& place, const TreeRecord& record);
 /// The same for the folder that the place is in.
-FileTreeResult checkRemovalFromFolder(const FilePlace& place);
+Result<void> checkRemovalFromFolder(const FilePlace& place);
+
+}  // namespace sys

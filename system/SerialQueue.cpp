@@ -3,6 +3,8 @@
 #include <system_error>
 #include <utility>
 
+namespace sys {
+
 namespace {
 
 /// The queue whose operations the calling thread runs. Not a thread's number: those are given out again.
@@ -81,3 +83,5 @@ void SerialQueue::run() {
     if (waiting_.empty()) drained_.notify_all();
   }
 }
+
+}  // namespace sys

@@ -7,6 +7,8 @@
 #include <mutex>
 #include <thread>
 
+namespace sys {
+
 /// Runs operations one after another, in the order added, on one thread of its own. The thread starts with the first
 /// operation. All members may be called from any thread, from an operation too.
 class SerialQueue {
@@ -48,3 +50,5 @@ class SerialQueue {
   bool running_ = false, closed_ = false, started_ = false;
   std::thread thread_;
 };
+
+}  // namespace sys

@@ -1,28 +1,26 @@
 #include "system/SignalsHeld.h"
 
+#include <cerrno>
 #include <ctime>
-#include <initializer_list>
 
-namespace movie {
+namespace sys {
 
-SignalsHeld::SignalsHeld() {
+SignalsHeld::SignalsHeld(std::initializer_list<int> numbers) {
   sigset_t held;
   ::sigemptyset(&held);
-  for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ}) ::sigaddset(&held, signal);
+  ::sigemptyset(&raised_);
+  for (const int signal : numbers) ::sigaddset(&held, signal);
   ::pthread_sigmask(SIG_BLOCK, &held, &before_);
+  for (const int signal : {SIGPIPE, SIGXFSZ}) {
+    if (::sigismember(&held, signal) == 1 && ::sigismember(&before_, signal) == 0) ::sigaddset(&raised_, signal);
+  }
 }
 
 SignalsHeld::~SignalsHeld() {
-  if (::sigismember(&before_, SIGXFSZ) == 0) {
-    // What our own writes raised must not end the program now.
-    sigset_t ours;
-    ::sigemptyset(&ours);
-    ::sigaddset(&ours, SIGXFSZ);
-    const timespec now{0, 0};
-    while (::sigtimedwait(&ours, nullptr, &now) > 0) {
-    }
+  const timespec now{};
+  while (::sigtimedwait(&raised_, nullptr, &now) > 0 || errno == EINTR) {
   }
   ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-}  // namespace movie
+}  // namespace sys

@@ -1,20 +1,23 @@
 #pragma once
 
+#include <initializer_list>
+
 #include <signal.h>
 
-namespace movie {
+namespace sys {
 
-/// While this lives, signals that a user or a terminal ends programs with wait, as far as this thread would take them;
-/// a write past the limit of file sizes is an error and no signal. One per thread at a time.
+/// While this lives, these signals wait, as far as this thread would take them. Those that a write of this thread
+/// raises, SIGPIPE and SIGXFSZ, never come: the error that the write gives must do. On the stack only, the last made
+/// goes first.
 class SignalsHeld {
  public:
-  SignalsHeld();
+  explicit SignalsHeld(std::initializer_list<int> numbers);
   ~SignalsHeld();
   SignalsHeld(const SignalsHeld&) = delete;
   SignalsHeld& operator=(const SignalsHeld&) = delete;
 
  private:
-  sigset_t before_;
+  sigset_t raised_, before_;
 };
 
-}  // namespace movie
+}  // namespace sys

@@ -4,7 +4,9 @@
 
 #include <spawn.h>
 
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
+
+namespace sys {
 
 /// What posix_spawn takes for a program that gets no descriptor but those placed, no signal blocked, and the default
 /// handling of all.
@@ -28,7 +30,7 @@ class SpawnSettings {
   SpawnSettings& operator=(const SpawnSettings&) = delete;
 
   /// The program's descriptor of that number, in the order of the calls. A descriptor that is not open places nothing.
-  void place(const FileDescriptor& descriptor, int number) {
+  void place(const Descriptor& descriptor, int number) {
     if (descriptor.isOpen()) ::posix_spawn_file_actions_adddup2(&actions_, descriptor.get(), number);
   }
   void open(const char* path, int flags, int number) {
@@ -44,3 +46,5 @@ class SpawnSettings {
   posix_spawn_file_actions_t actions_{};
   posix_spawnattr_t attributes_{};
 };
+
+}  // namespace sys

@@ -91,7 +91,7 @@ class AnalyticsController final : public UrlConnectionDelegate {
   QVariantList cache() const;
   std::optional<QDateTime> lastCacheWrite() const;
   const QString& bundleID() const { return bundleID_; }  ///< nil without a bundle
-  SerialQueue& opQueue() { return opQueue_; }
+  sys::SerialQueue& opQueue() { return opQueue_; }
   /// generateRandomString: characters of a-z, A-Z and 0-9; of the capitals Z comes before Y. Empty for a length of 0
   /// or below.
   QString generateRandomString(std::int32_t length) const;
@@ -135,5 +135,5 @@ class AnalyticsController final : public UrlConnectionDelegate {
   std::mutex uploading_;  ///< the instance's lock
   std::function<void(bool)> showShouldLog_;
   std::unique_ptr<QObject> context_;  ///< of what is scheduled and observed; null once the application has ended
-  SerialQueue opQueue_;
+  sys::SerialQueue opQueue_;
 };

@@ -19,7 +19,7 @@
 #include "SharedFiles/tasks/FileNameBytes.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
 #include "SharedFiles/tasks/TaskPipes.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 #include "system/FilePlace.h"
 
 namespace {
@@ -93,9 +93,9 @@ bool isRefused(const QStringList& paths) {
 /// Does it with the path of everything in the folder; whether it succeeded every time. False for a folder that cannot
 /// be listed, and when a name in it is no text.
 bool forEachEntry(const QString& folder, const std::function<bool(const QString& entry)>& act) {
-  const FileDescriptor descriptor(::open(folder.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const sys::Descriptor descriptor(::open(folder.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!descriptor.isOpen()) return false;
-  const auto names = namesInFolder(descriptor.get());
+  const auto names = sys::namesInFolder({descriptor.get(), {}});
   bool succeeded = names.has_value();
   for (const std::string& name : names.value_or(std::vector<std::string>())) {
     const std::optional<QString> text = fileNameAsText(name);

@@ -1,10 +1,9 @@
 #include "SharedFiles/authorization/AuthorizationRight.h"
 
 #include <QFile>
-#include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <ctime>
+#include <string_view>
 #include <utility>
 
 #include <unistd.h>
@@ -15,6 +14,8 @@
 #include "SharedFiles/log/SystemConsole.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
 #include "SharedFiles/tasks/TaskPipes.h"
+#include "system/FileBytes.h"
+#include "system/SignalsHeld.h"
 
 namespace {
 
@@ -65,15 +66,9 @@ class PasswordRight final : public AuthorizationRight {
 };
 
 /// Writes into a pipe that has room for it. A reader that has gone is no signal to this process.
-void writeQuietly(const FileDescriptor& pipe, const char* bytes, qsizetype count) {
-  sigset_t broken, before;
-  ::sigemptyset(&broken);
-  ::sigaddset(&broken, SIGPIPE);
-  ::pthread_sigmask(SIG_BLOCK, &broken, &before);
-  const bool gone = ::write(pipe.get(), bytes, static_cast<std::size_t>(count)) < 0 && errno == EPIPE;
-  const timespec now{};
-  if (gone && ::sigismember(&before, SIGPIPE) == 0) ::sigtimedwait(&broken, nullptr, &now);
-  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+void writeQuietly(const sys::Descriptor& pipe, std::string_view bytes) {
+  const sys::SignalsHeld held({SIGPIPE});
+  sys::writeAll(pipe.get(), bytes);
 }
 
 /// A text's bytes in one place, overwritten when they are no longer needed.
@@ -90,9 +85,9 @@ class Secret {
     return isText_ && bytes_.size() <= longest && !bytes_.contains('\n') && !bytes_.contains('\r') &&
            !bytes_.contains('\0');
   }
-  void writeLineTo(const FileDescriptor& pipe) const {
-    writeQuietly(pipe, bytes_.constData(), bytes_.size());
-    writeQuietly(pipe, "\n", 1);
+  void writeLineTo(const sys::Descriptor& pipe) const {
+    writeQuietly(pipe, {bytes_.constData(), static_cast<std::size_t>(bytes_.size())});
+    writeQuietly(pipe, "\n");
   }
 
  private:

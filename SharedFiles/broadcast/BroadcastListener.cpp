@@ -40,7 +40,7 @@ void BroadcastListener::stop() {
 }
 
 void BroadcastListener::listen() {
-  const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const sys::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen() || !wakeUp_.isOpen()) {
     QVLog::appendLog("Broadcast: Socket error");
     return;
@@ -50,7 +50,7 @@ void BroadcastListener::listen() {
   }
 }
 
-bool BroadcastListener::bindPort(const FileDescriptor& socket) const {
+bool BroadcastListener::bindPort(const sys::Descriptor& socket) const {
   sockaddr_in address = {};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_ANY);
@@ -63,7 +63,7 @@ bool BroadcastListener::bindPort(const FileDescriptor& socket) const {
 }
 
 /// False when the run is to end.
-bool BroadcastListener::waitForDatagram(const FileDescriptor& socket) const {
+bool BroadcastListener::waitForDatagram(const sys::Descriptor& socket) const {
   std::array<pollfd, 2> awaited = {pollfd{wakeUp_.get(), POLLIN, 0}, pollfd{socket.get(), POLLIN, 0}};
   while (::poll(awaited.data(), awaited.size(), -1) < 0) {
     if (errno == EINTR) continue;
@@ -76,7 +76,7 @@ bool BroadcastListener::waitForDatagram(const FileDescriptor& socket) const {
 }
 
 /// False when the socket has failed.
-bool BroadcastListener::receive(const FileDescriptor& socket) {
+bool BroadcastListener::receive(const sys::Descriptor& socket) {
   std::array<char, QVBroadcast::longestDatagram> buffer;
   sockaddr_in from = {};
   socklen_t size = sizeof(from);

@@ -9,7 +9,7 @@
 #include <thread>
 
 #include "SharedFiles/broadcast/QVBroadcast.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 /// Receives the datagrams of one UDP port, one run in a life. run() blocks the thread that calls it; the rest may be
 /// called from any thread. Failures go to the log and end the run.
@@ -35,15 +35,15 @@ class BroadcastListener {
   using Clock = std::chrono::steady_clock;
 
   void listen();
-  bool bindPort(const FileDescriptor& socket) const;
-  bool waitForDatagram(const FileDescriptor& socket) const;
-  bool receive(const FileDescriptor& socket);
+  bool bindPort(const sys::Descriptor& socket) const;
+  bool waitForDatagram(const sys::Descriptor& socket) const;
+  bool receive(const sys::Descriptor& socket);
   void handOver(const QByteArray& data, const QString& sender);
   bool isLocal(const QString& sender);
 
   Settings settings_;
   const QVBroadcast::Services services_;
-  const FileDescriptor wakeUp_;  ///< readable once the run is to end
+  const sys::Descriptor wakeUp_;  ///< readable once the run is to end
 
   /// With the settings the run's own: the listing of the interfaces as it was lately. A flood of datagrams must not
   /// start a tool for each.

@@ -20,7 +20,7 @@
 #include "SharedFiles/broadcast/BroadcastListener.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/tasks/PlatformTools.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 namespace {
 
@@ -61,7 +61,7 @@ constexpr SendError sendErrors[] = {
 };
 
 /// Sends one datagram. 0 or an errno.
-int sendDatagram(const FileDescriptor& socket, const QByteArray& data, const in_addr& address, unsigned int port) {
+int sendDatagram(const sys::Descriptor& socket, const QByteArray& data, const in_addr& address, unsigned int port) {
   if (port > std::numeric_limits<in_port_t>::max()) return EINVAL;
   sockaddr_in destination = {};
   destination.sin_family = AF_INET;
@@ -139,7 +139,7 @@ std::shared_ptr<BroadcastListener> knownListener(const QVariantMap& settings, co
 
 // send:port:
 void QVBroadcast::send(const QByteArray& data, unsigned int port, const Services& services) {
-  const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  const sys::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
   if (!socket.isOpen()) {
     QVLog::appendLog("Broadcast: Socket error");
     return;

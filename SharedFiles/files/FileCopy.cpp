@@ -22,7 +22,7 @@
 #include "SharedFiles/foundation/BackgroundCalls.h"
 #include "SharedFiles/foundation/FilePackage.h"
 #include "SharedFiles/log/QVLog.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 namespace {
 
@@ -45,12 +45,12 @@ bool isSameFile(const struct stat& one, const struct stat& other) {
 
 /// An open regular file; none for anything else, which is neither waited for nor changed.
 struct OpenFile {
-  FileDescriptor descriptor;
+  sys::Descriptor descriptor;
   struct stat information {};
 
   static std::optional<OpenFile> open(const QString& path, int flags) {
     constexpr mode_t mode = 0666;
-    OpenFile file{FileDescriptor(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, mode))};
+    OpenFile file{sys::Descriptor(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, mode))};
     const bool regular = file.descriptor.isOpen() && ::fstat(file.descriptor.get(), &file.information) == 0 &&
                          S_ISREG(file.information.st_mode);
     return regular ? std::optional(std::move(file)) : std::nullopt;
@@ -58,7 +58,7 @@ struct OpenFile {
 };
 
 /// One read; 0 at the end, below 0 when it failed.
-ssize_t readBlock(const FileDescriptor& file, const Block& block) {
+ssize_t readBlock(const sys::Descriptor& file, const Block& block) {
   ssize_t got = 0;
   do {
     got = ::read(file.get(), block.get(), blockSize);
@@ -66,7 +66,7 @@ ssize_t readBlock(const FileDescriptor& file, const Block& block) {
   return got;
 }
 
-bool writeBlock(const FileDescriptor& file, const char* bytes, std::size_t size) {
+bool writeBlock(const sys::Descriptor& file, const char* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t written = ::write(file.get(), bytes, size);
     if (written < 0 && errno == EINTR) continue;
@@ -316,7 +316,7 @@ class Copy {
 
   /// Read back from the disk: what the system still holds in memory is dropped first. Nil when it cannot be read.
   QString checksumOf(const Destination& destination) {
-    const FileDescriptor& file = destination.file.descriptor;
+    const sys::Descriptor& file = destination.file.descriptor;
     ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
     if (::lseek(file.get(), 0, SEEK_SET) != 0) {
       QVLog::appendLog("Error: unable to seek within file %@", destination.path);

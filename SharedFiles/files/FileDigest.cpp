@@ -14,7 +14,7 @@
 
 #include "SharedFiles/foundation/BackgroundCalls.h"
 #include "SharedFiles/log/QVLog.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 namespace {
 
@@ -65,7 +65,7 @@ QString FileDigest::text() {
 }
 
 QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::function<bool()>& shouldContinue) {
-  const FileDescriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
+  const sys::Descriptor file(::open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC));
   if (!file.isOpen()) {
     QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", path);
     return {};

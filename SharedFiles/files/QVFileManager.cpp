@@ -18,7 +18,7 @@ constexpr std::chrono::microseconds pollPause(500);
 
 bool isTaken(const QString& path) {
   const auto bytes = bytesOfPath(path);
-  return bytes && standsAt(*bytes);
+  return bytes && sys::standsAt(*bytes);
 }
 
 std::optional<struct stat> statusOf(const QString& path) {

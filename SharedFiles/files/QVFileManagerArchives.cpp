@@ -94,7 +94,7 @@ bool QVFileManager::compressFile(const QString& source, const QString& archive, 
   if (status != 0 && !stopped) {
     QVLog::appendLog("Error compressing file %@: the archiver ended with status %i", source, status);
   }
-  if (stopped || (status != 0 && !services.tools.archivesWithDitto())) static_cast<void>(removeTree(to.toStdString()));
+  if (stopped || (status != 0 && !services.tools.archivesWithDitto())) static_cast<void>(sys::removeTree(to.toStdString()));
   return fileExistsAtPath(to);
 }
 
@@ -102,7 +102,7 @@ bool QVFileManager::decompressFile(const QString& archive, const QString& folder
   const QString from = archiverPath(archive, "Error decompressing file: source path is nil");
   const QString to = archiverPath(folder, "Error decompressing file: destination path is nil");
   if (from.isNull() || to.isNull() || !cleared(to, services)) return false;
-  const bool made = !services.tools.archivesWithDitto() && createFolders(to.toStdString());
+  const bool made = !services.tools.archivesWithDitto() && sys::createFolders(to.toStdString());
   const std::int32_t status = statusOf(services.tools.decompress(from, to));
   if (status != 0) {
     QVLog::appendLog("Error decompressing file %@: the archiver ended with status %i", archive, status);

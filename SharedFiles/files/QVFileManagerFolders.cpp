@@ -47,9 +47,9 @@ bool QVFileManager::filenameMatchesWildcard(const QString& name, const QString& 
 QStringList QVFileManager::filesInFolder(const QString& folder, const QString& wildcard) {
   const auto folderBytes = bytesOfPath(folder), wildcardBytes = bytesOfPath(wildcard);
   if (!folderBytes || !wildcardBytes) return {};
-  const FileDescriptor opened(::open(folderBytes->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const sys::Descriptor opened(::open(folderBytes->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   QStringList files;
-  for (const std::string& name : namesInFolder(opened.get()).value_or(std::vector<std::string>())) {
+  for (const std::string& name : sys::namesInFolder({opened.get(), *folderBytes}).value_or(std::vector<std::string>())) {
     const auto text = matches(name, *wildcardBytes) ? fileNameAsText(name) : std::nullopt;
     if (text) files << *text;
   }

@@ -48,13 +48,13 @@ std::optional<QString> trashFolder(const FileServices& services) {
   return folder;
 }
 
-FileTreeResult moveToTrash(const OperationPath& path, const QString& folder) {
+sys::Result<void> moveToTrash(const OperationPath& path, const QString& folder) {
   const QString name = path.text.mid(path.text.lastIndexOf('/') + 1);
   for (int attempt = 0;; ++attempt) {
-    auto result = moveTree(path.bytes, QVFileManager::uniqueFilename(folder + '/' + name).toStdString());
+    auto result = sys::moveTree(path.bytes, QVFileManager::uniqueFilename(folder + '/' + name).toStdString());
     // Somebody else may have taken the free name meanwhile.
     constexpr int enough = 100;
-    if (result || result.error().number != EEXIST || attempt == enough) return result;
+    if (result || result.error().code != EEXIST || attempt == enough) return result;
   }
 }
 
@@ -77,7 +77,7 @@ bool QVFileManager::trashFile(const QString& path, bool shouldAuth, const FileSe
 
 bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error removing file: path is nil");
-  return given && orAuthorized(!isProtected(*given, services) && removeTree(given->bytes), shouldAuth,
+  return given && orAuthorized(!isProtected(*given, services) && sys::removeTree(given->bytes), shouldAuth,
                                "Error removing file: %@. Authorizing...", path,
                                [&] { return services.privileges.authRemoveFile(given->text); });
 }
@@ -85,7 +85,7 @@ bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileS
 bool QVFileManager::createDirectory(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error creating folder: path is nil");
   return given &&
-         orAuthorized(createFolders(given->bytes).has_value(), shouldAuth, "Error creating folder: %@. Authorizing...",
+         orAuthorized(sys::createFolders(given->bytes).has_value(), shouldAuth, "Error creating folder: %@. Authorizing...",
                       path, [&] { return services.privileges.authCreateDir(given->text); });
 }
 
@@ -94,7 +94,7 @@ bool QVFileManager::copyFile(const QString& source, const QString& destination, 
   const auto from = operationPath(source, "Error copying file: source path is nil");
   const auto to =
       from ? operationPath(destination, "Error copying file %@: destination path is nil", source) : std::nullopt;
-  return to && orAuthorized(copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
+  return to && orAuthorized(sys::copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
                             "Error copying file: %@. Authorizing...", source,
                             [&] { return services.privileges.authCopyFile(from->text, to->text); });
 }
@@ -105,11 +105,11 @@ bool QVFileManager::moveFile(const QString& source, const QString& destination, 
   const auto to =
       from ? operationPath(destination, "Error moving file %@: destination path is nil", source) : std::nullopt;
   if (!to) return false;
-  FileTreeResult moved = tl::unexpected(FileTreeError{EPERM, from->bytes});
-  if (!isProtected(*from, services)) moved = moveTree(from->bytes, to->bytes);
-  if (!moved && moved.error().bothRemain) {
+  sys::Result<void> moved = sys::failure(EPERM, sys::Step::Remove, from->bytes);
+  if (!isProtected(*from, services)) moved = sys::moveTree(from->bytes, to->bytes);
+  if (!moved && moved.error().what == sys::Step::RemoveOriginal) {
     QVLog::appendLog("File %@ was copied to %@, but could not be removed: %@", source, destination,
-                     QString::fromLocal8Bit(std::strerror(moved.error().number)));
+                     QString::fromLocal8Bit(std::strerror(moved.error().code)));
     return false;
   }
   return orAuthorized(moved.has_value(), shouldAuth, "Error moving file: %@. Authorizing...", source,

@@ -13,7 +13,7 @@ namespace {
 using Seconds = std::chrono::duration<double>;
 
 bool isTaken(const QString& path) {
-  return standsAt(absolutePath(path).toStdString());
+  return sys::standsAt(absolutePath(path).toStdString());
 }
 
 void passTurn() {
@@ -46,7 +46,7 @@ bool QVFileManager::removeFile(const QString& path, double timeout, const FileSe
 
 bool QVFileManager::createDirectory(const QString& path, double timeout, const FileServices& services) {
   return createDirectory(path, services) &&
-         showsWithin(timeout, [&] { return isFolderAt(absolutePath(path).toStdString()); });
+         showsWithin(timeout, [&] { return sys::isFolderAt(absolutePath(path).toStdString()); });
 }
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, double timeout,

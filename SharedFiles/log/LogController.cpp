@@ -45,7 +45,7 @@ LogEnvironment LogEnvironment::standard() {
           .isMainThread = [] { return gettid() == getpid(); },
           .system = systemSummary,
           .output = std::cout,
-          .queue = std::make_shared<SerialQueue>()};
+          .queue = std::make_shared<sys::SerialQueue>()};
 }
 
 LogController::LogController(LogEnvironment environment)
@@ -75,12 +75,12 @@ void LogController::setFileHandle(std::shared_ptr<LogSink> handle) {
   fileHandle_.swap(handle);
 }
 
-std::shared_ptr<SerialQueue> LogController::writeQueue() const {
+std::shared_ptr<sys::SerialQueue> LogController::writeQueue() const {
   const std::lock_guard guard(fields_);
   return writeQueue_;
 }
 
-void LogController::setWriteQueue(std::shared_ptr<SerialQueue> queue) {
+void LogController::setWriteQueue(std::shared_ptr<sys::SerialQueue> queue) {
   const std::lock_guard guard(fields_);
   writeQueue_.swap(queue);
 }
@@ -166,7 +166,7 @@ void LogController::appendTextToLog(const QString& text) {
   if (entry.isEmpty()) return;
   const auto characters = static_cast<quint32>(entry.size());
   bytesInQueue_ += characters;
-  const std::shared_ptr<SerialQueue> queue = writeQueue();
+  const std::shared_ptr<sys::SerialQueue> queue = writeQueue();
   // An entry from the writer itself opens a new generation: it goes before those that wait.
   if (queue && queue->isCurrent()) return appendLogOnThread(entry);
   if (!queue || !queue->addOperation([this, entry] { appendLogOnThread(entry); })) bytesInQueue_ -= characters;
@@ -216,7 +216,7 @@ std::shared_ptr<LogSink> LogController::sink() const {
 }
 
 void LogController::finishWriting() {
-  const std::shared_ptr<SerialQueue> queue = writeQueue();
+  const std::shared_ptr<sys::SerialQueue> queue = writeQueue();
   if (!queue || queue->isCurrent()) return;
   const std::lock_guard guard(finishing_);
   queue->waitUntilAllOperationsAreFinished();
@@ -245,7 +245,7 @@ QString LogController::escapeTextForLogging(const QString& text) {
 }
 
 void LogController::willTerminate() {
-  const std::shared_ptr<SerialQueue> queue = writeQueue();
+  const std::shared_ptr<sys::SerialQueue> queue = writeQueue();
   if (queue) {
     if (queue->operationCount() < longBacklog) finishWriting();
     queue->shutDown();

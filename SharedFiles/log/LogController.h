@@ -31,7 +31,7 @@ struct LogEnvironment {
   std::function<bool()> isMainThread;
   std::function<LogSystemSummary()> system;
   std::ostream& output;                ///< standard output; outlives the log
-  std::shared_ptr<SerialQueue> queue;  ///< shut down with the log
+  std::shared_ptr<sys::SerialQueue> queue;  ///< shut down with the log
 
   /// The running program's.
   static LogEnvironment standard();
@@ -64,8 +64,8 @@ class LogController {
   /// Bytes of entry lines since the current file was made.
   quint32 bytesWritten() const { return bytesWritten_; }
   void setBytesWritten(quint32 bytes) { bytesWritten_ = bytes; }
-  std::shared_ptr<SerialQueue> writeQueue() const;
-  void setWriteQueue(std::shared_ptr<SerialQueue> queue);
+  std::shared_ptr<sys::SerialQueue> writeQueue() const;
+  void setWriteQueue(std::shared_ptr<sys::SerialQueue> queue);
   /// Characters of the entries not yet written: a hint, not exact.
   quint32 bytesInQueue() const { return bytesInQueue_; }
   void setBytesInQueue(quint32 bytes) { bytesInQueue_ = bytes; }
@@ -124,7 +124,7 @@ class LogController {
   mutable std::mutex fields_;  ///< guards the next four
   QString appName_;
   std::shared_ptr<LogSink> fileHandle_, sink_;
-  std::shared_ptr<SerialQueue> writeQueue_;
+  std::shared_ptr<sys::SerialQueue> writeQueue_;
   std::atomic<quint32> bytesWritten_ = 0, bytesInQueue_ = 0;
   std::atomic<bool> loggingDisabled_ = false, noPrinting_ = false;
 };

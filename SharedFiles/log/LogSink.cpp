@@ -1,13 +1,13 @@
 #include "SharedFiles/log/LogSink.h"
 
-#include <cerrno>
 #include <system_error>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
+#include "system/FileBytes.h"
 
 namespace {
 
@@ -22,29 +22,15 @@ bool isPipe(int descriptor) {
 std::shared_ptr<LogSink> LogFileSink::open(const QByteArray& path, IfMissing ifMissing) {
   const int flags = O_WRONLY | O_APPEND | O_CLOEXEC | (ifMissing == IfMissing::Create ? O_CREAT : 0);
   // A pipe that nobody reads fails instead of being waited for.
-  const int descriptor = ::open(path.constData(), flags | O_NONBLOCK, 0666);
-  if (descriptor < 0) return nullptr;
-  ::fcntl(descriptor, F_SETFL, flags);
-  if (isPipe(descriptor)) {
-    ::close(descriptor);
-    return nullptr;
-  }
-  return std::make_shared<LogFileSink>(descriptor);
-}
-
-LogFileSink::~LogFileSink() {
-  ::close(descriptor_);
+  sys::Descriptor descriptor(::open(path.constData(), flags | O_NONBLOCK, 0666));
+  if (!descriptor.isOpen() || isPipe(descriptor.get())) return nullptr;
+  ::fcntl(descriptor.get(), F_SETFL, flags);
+  return std::make_shared<LogFileSink>(std::move(descriptor));
 }
 
 void LogFileSink::write(const QByteArray& line) {
-  qsizetype done = 0;
-  while (done < line.size()) {
-    const ssize_t written = ::write(descriptor_, line.constData() + done, static_cast<size_t>(line.size() - done));
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) {
-      const std::string reason = std::generic_category().message(written < 0 ? errno : EIO);
-      throw QVPlatformException(QString::fromLocal8Bit(reason), QStringLiteral("NSFileHandleOperationException"));
-    }
-    done += written;
-  }
+  const int error = sys::writeAll(descriptor_.get(), {line.constData(), static_cast<std::size_t>(line.size())});
+  if (error == 0) return;
+  throw QVPlatformException(QString::fromLocal8Bit(std::generic_category().message(error)),
+                            QStringLiteral("NSFileHandleOperationException"));
 }

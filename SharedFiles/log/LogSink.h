@@ -2,6 +2,9 @@
 
 #include <QByteArray>
 #include <memory>
+#include <utility>
+
+#include "system/Descriptor.h"
 
 /// Where entry lines go. Used by one thread at a time.
 class LogSink {
@@ -20,13 +23,10 @@ class LogFileSink final : public LogSink {
   /// The path in the file system's own bytes. Null when the file cannot be opened, which a pipe cannot.
   static std::shared_ptr<LogSink> open(const QByteArray& path, IfMissing ifMissing);
 
-  explicit LogFileSink(int descriptor) : descriptor_(descriptor) {}
-  LogFileSink(const LogFileSink&) = delete;
-  LogFileSink& operator=(const LogFileSink&) = delete;
-  ~LogFileSink() override;
+  explicit LogFileSink(sys::Descriptor descriptor) : descriptor_(std::move(descriptor)) {}
 
   void write(const QByteArray& line) override;
 
  private:
-  const int descriptor_;
+  const sys::Descriptor descriptor_;
 };

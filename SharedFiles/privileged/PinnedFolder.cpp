@@ -16,14 +16,14 @@ namespace {
 
 constexpr int folderFlags = O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
 
-tl::expected<struct stat, ExitStatus> statusIn(const FileDescriptor& folder, const std::string& name) {
+tl::expected<struct stat, ExitStatus> statusIn(const sys::Descriptor& folder, const std::string& name) {
   struct stat found {};
   if (::fstatat(folder.get(), name.c_str(), &found, AT_SYMLINK_NOFOLLOW) == 0) return found;
   return tl::unexpected(errno == ENOENT ? ExitStatus::notThere : ExitStatus::systemError);
 }
 
-tl::expected<FileDescriptor, ExitStatus> openFolderIn(const FileDescriptor& parent, const std::string& name) {
-  FileDescriptor folder(::openat(parent.get(), name.c_str(), folderFlags));
+tl::expected<sys::Descriptor, ExitStatus> openFolderIn(const sys::Descriptor& parent, const std::string& name) {
+  sys::Descriptor folder(::openat(parent.get(), name.c_str(), folderFlags));
   if (folder.isOpen()) return folder;
   if (errno != ENOTDIR) return tl::unexpected(ExitStatus::notThere);
   const auto standing = statusIn(parent, name);
@@ -31,7 +31,7 @@ tl::expected<FileDescriptor, ExitStatus> openFolderIn(const FileDescriptor& pare
   return tl::unexpected(isFile ? ExitStatus::notThere : ExitStatus::changed);
 }
 
-std::string placeOf(const FileDescriptor& descriptor) {
+std::string placeOf(const sys::Descriptor& descriptor) {
   std::array<char, PATH_MAX> place{};
   const std::string link = "/proc/self/fd/" + std::to_string(descriptor.get());
   const ssize_t length = ::readlink(link.c_str(), place.data(), place.size());
@@ -39,7 +39,7 @@ std::string placeOf(const FileDescriptor& descriptor) {
 }
 
 /// The folder, if it still lies where the path says.
-tl::expected<PinnedFolder, ExitStatus> pinned(FileDescriptor descriptor, const std::string& path) {
+tl::expected<PinnedFolder, ExitStatus> pinned(sys::Descriptor descriptor, const std::string& path) {
   if (placeOf(descriptor) != path) return tl::unexpected(ExitStatus::changed);
   return PinnedFolder{std::move(descriptor), path};
 }
@@ -47,7 +47,7 @@ tl::expected<PinnedFolder, ExitStatus> pinned(FileDescriptor descriptor, const s
 }  // namespace
 
 tl::expected<PinnedFolder, ExitStatus> pinFolder(const std::string& plainPath) {
-  FileDescriptor folder(::open("/", folderFlags));
+  sys::Descriptor folder(::open("/", folderFlags));
   for (const std::string& name : componentsOf(plainPath)) {
     auto next = openFolderIn(folder, name);
     if (!next) return tl::unexpected(next.error());

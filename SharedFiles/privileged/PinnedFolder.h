@@ -6,14 +6,14 @@
 #include <tl/expected.hpp>
 
 #include "SharedFiles/privileged/ExitStatus.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 namespace privileged {
 
 /// A folder held by a descriptor, so that whatever happens to the path that led there, it stays the one that was
 /// checked.
 struct PinnedFolder {
-  FileDescriptor descriptor;  ///< opened with O_PATH
+  sys::Descriptor descriptor;  ///< opened with O_PATH
   std::string path;           ///< where it lies, without a link in it; "/" or without a slash at the end
 
   std::string pathOf(const std::string& name) const { return (path == "/" ? "" : path) + "/" + name; }

@@ -23,22 +23,22 @@ std::string privateName() {
 }
 
 /// Nobody else's, whatever has been put under its name in the meantime.
-bool isOurs(const FileDescriptor& folder) {
+bool isOurs(const sys::Descriptor& folder) {
   struct stat status {};
   return ::fstat(folder.get(), &status) == 0 && status.st_uid == ::geteuid() && (status.st_mode & 077) == 0;
 }
 
 }  // namespace
 
-StagingFolder::StagingFolder(FileDescriptor parent, std::string name, FileDescriptor descriptor)
+StagingFolder::StagingFolder(sys::Descriptor parent, std::string name, sys::Descriptor descriptor)
     : parent_(std::move(parent)), name_(std::move(name)), descriptor_(std::move(descriptor)) {}
 
 tl::expected<StagingFolder, ExitStatus> StagingFolder::makeIn(const PinnedFolder& parent) {
   const std::string name = privateName();
-  FileDescriptor held(::fcntl(parent.descriptor.get(), F_DUPFD_CLOEXEC, 0));
+  sys::Descriptor held(::fcntl(parent.descriptor.get(), F_DUPFD_CLOEXEC, 0));
   if (name.empty() || !held.isOpen() || ::mkdirat(held.get(), name.c_str(), 0700) != 0)
     return tl::unexpected(ExitStatus::cannotCreate);
-  FileDescriptor folder(::openat(held.get(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+  sys::Descriptor folder(::openat(held.get(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   StagingFolder staging(std::move(held), name, std::move(folder));
   if (!staging.descriptor_.isOpen() || !isOurs(staging.descriptor_)) return tl::unexpected(ExitStatus::changed);
   return staging;

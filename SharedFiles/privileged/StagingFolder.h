@@ -17,7 +17,7 @@ class StagingFolder {
   StagingFolder(StagingFolder&& other) noexcept = default;
   StagingFolder& operator=(StagingFolder&&) = delete;
 
-  const FileDescriptor& descriptor() const { return descriptor_; }
+  const sys::Descriptor& descriptor() const { return descriptor_; }
   const std::string& name() const { return name_; }
   bool holds(const std::string& entry) const;
 
@@ -28,11 +28,11 @@ class StagingFolder {
   bool moveToFreePlace(const std::string& entry, const PinnedEntry& place) const;
 
  private:
-  StagingFolder(FileDescriptor parent, std::string name, FileDescriptor descriptor);
+  StagingFolder(sys::Descriptor parent, std::string name, sys::Descriptor descriptor);
 
-  FileDescriptor parent_;
+  sys::Descriptor parent_;
   std::string name_;
-  FileDescriptor descriptor_;
+  sys::Descriptor descriptor_;
 };
 
 }  // namespace privileged

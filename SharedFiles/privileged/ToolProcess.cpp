@@ -19,7 +19,7 @@ namespace {
 constexpr int firstFolder = 3;  // after the standard streams
 
 /// Whether the program was started.
-bool spawned(SpawnSettings& settings, pid_t& identifier, std::vector<std::string>& arguments, int firstClosed) {
+bool spawned(sys::SpawnSettings& settings, pid_t& identifier, std::vector<std::string>& arguments, int firstClosed) {
   static const std::array<const char*, 3> environment = {"PATH=/usr/bin:/bin", "LC_ALL=C.UTF-8", nullptr};
   std::vector<char*> pointers;
   pointers.reserve(arguments.size() + 1);
@@ -40,10 +40,10 @@ int waitFor(pid_t identifier) {
 }  // namespace
 
 int runTool(const std::vector<std::string>& program, std::initializer_list<ToolPath> paths) {
-  SpawnSettings settings;
+  sys::SpawnSettings settings;
   settings.open("/dev/null", O_RDONLY, STDIN_FILENO);
   std::vector<std::string> arguments = program;
-  std::vector<FileDescriptor> held;  // above the numbers that the folders are placed on
+  std::vector<sys::Descriptor> held;  // above the numbers that the folders are placed on
   int number = firstFolder;
   for (const ToolPath& path : paths) {
     held.emplace_back(::fcntl(path.folder.get(), F_DUPFD_CLOEXEC, firstFolder + static_cast<int>(paths.size())));

@@ -10,7 +10,7 @@ namespace privileged {
 
 /// A path for a tool, below a folder that this process holds open.
 struct ToolPath {
-  const FileDescriptor& folder;
+  const sys::Descriptor& folder;
   std::string name;
 };
 

@@ -3,7 +3,6 @@
 #include <QDateTime>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 #include <QXmlStreamReader>
 #include <algorithm>
 #include <cstdlib>
@@ -13,6 +12,8 @@
 
 #include <locale.h>
 #include <plist/plist.h>
+
+#include "system/ReplacementFile.h"
 
 namespace {
 
@@ -268,6 +269,6 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
 bool PropertyList::write(const QVariant& value, const QString& path) {
   const std::optional<QByteArray> xml = toXml(value);
   if (!xml) return false;
-  QSaveFile file(path);
-  return file.open(QIODevice::WriteOnly) && file.write(*xml) == xml->size() && file.commit();
+  return sys::writeWhole(QFile::encodeName(path).toStdString(), {xml->constData(), static_cast<std::size_t>(xml->size())})
+      .has_value();
 }

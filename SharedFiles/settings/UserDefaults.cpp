@@ -21,6 +21,7 @@
 
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/settings/PropertyList.h"
+#include "system/Descriptor.h"
 
 namespace {
 
@@ -31,18 +32,13 @@ class FolderLock {
   explicit FolderLock(const QString& folder)
       : descriptor_(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     constexpr int turns = 200;
-    for (int turn = 0; turn < turns && ::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK; ++turn) {
+    for (int turn = 0; turn < turns && ::flock(descriptor_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK; ++turn) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
-  ~FolderLock() {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
-  FolderLock(const FolderLock&) = delete;
-  FolderLock& operator=(const FolderLock&) = delete;
 
  private:
-  const int descriptor_;
+  const sys::Descriptor descriptor_;
 };
 
 /// Renames what stands at the path, to a name that is free.

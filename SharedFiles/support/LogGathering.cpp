@@ -23,15 +23,15 @@ QString descriptionOf(int error) {
   return QString::fromStdString(std::generic_category().message(error));
 }
 
-QString descriptionOf(const FileTreeError& error) {
-  return descriptionOf(error.number);
+QString descriptionOf(const sys::Error& error) {
+  return descriptionOf(error.code);
 }
 
 /// Copies what stands at one path to another. What failed, or nothing.
 std::optional<QString> copied(const QString& source, const QString& destination, const std::stop_token& stop) {
   const auto from = bytesOfPath(source), to = bytesOfPath(destination);
   if (source.isNull() || !from || !to) return descriptionOf(EINVAL);
-  const FileTreeResult result = copyTree(*from, *to, stop);
+  const sys::Result<void> result = sys::copyTree(*from, *to, stop);
   if (!result) return descriptionOf(result.error());
   return std::nullopt;
 }
@@ -61,7 +61,7 @@ LogGathering::LogGathering(const PathPlatform& paths, const FileServices& files,
 bool LogGathering::makeFolder() {
   const auto bytes = bytesOfPath(folder_);
   if (bytes && isThere(folder_)) {
-    if (const FileTreeResult removed = removeTree(*bytes); !removed) {
+    if (const sys::Result<void> removed = sys::removeTree(*bytes); !removed) {
       logToConsole("Error removing existing folder: %@", descriptionOf(removed.error()));
       return false;
     }
@@ -75,7 +75,7 @@ bool LogGathering::makeFolder() {
 }
 
 void LogGathering::removeFolder() {
-  if (const auto bytes = bytesOfPath(folder_)) (void)removeTree(*bytes);
+  if (const auto bytes = bytesOfPath(folder_)) (void)sys::removeTree(*bytes);
 }
 
 bool LogGathering::copyLogs(const QStringList& names) {

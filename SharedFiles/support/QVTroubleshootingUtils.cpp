@@ -31,7 +31,7 @@ QString archivePath(const QString& name, const TroubleshootingServices& services
 /// What a gathering that was called off leaves: nothing, and no word to the user, who knows.
 bool cancelled(LogGathering& gathering, const QString& archive = {}) {
   gathering.removeFolder();
-  if (const auto bytes = bytesOfPath(archive); bytes && !bytes->empty()) static_cast<void>(removeTree(*bytes));
+  if (const auto bytes = bytesOfPath(archive); bytes && !bytes->empty()) static_cast<void>(sys::removeTree(*bytes));
   QVLog::appendLog("Gathering the logs was cancelled.");
   return false;
 }

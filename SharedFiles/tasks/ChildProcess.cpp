@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
+#include "system/FileBytes.h"
 #include "system/SpawnSettings.h"
 
 /// What the thread that waits for the program shares with its callers. The number of the process is good while
@@ -62,32 +63,32 @@ class TextArray {
 };
 
 struct Pipe {
-  FileDescriptor reading, writing;
+  sys::Descriptor reading, writing;
 };
 
 Pipe makePipe() {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) raise("no pipe: " + errorText(errno), "NSFileHandleOperationException");
-  return {FileDescriptor(ends[0]), FileDescriptor(ends[1])};
+  return {sys::Descriptor(ends[0]), sys::Descriptor(ends[1])};
 }
 
-FileDescriptor openNullDevice() {
-  FileDescriptor device(::open("/dev/null", O_RDWR | O_CLOEXEC));
+sys::Descriptor openNullDevice() {
+  sys::Descriptor device(::open("/dev/null", O_RDWR | O_CLOEXEC));
   if (!device.isOpen()) raise("no null device: " + errorText(errno), "NSFileHandleOperationException");
   return device;
 }
 
 /// Keeps descriptors above the standard ones, where placing one stream cannot overwrite another.
-FileDescriptor aboveStandardStreams(FileDescriptor descriptor) {
+sys::Descriptor aboveStandardStreams(sys::Descriptor descriptor) {
   if (descriptor.get() >= standardStreams) return descriptor;
-  FileDescriptor moved(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, standardStreams));
+  sys::Descriptor moved(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, standardStreams));
   if (!moved.isOpen()) raise("no descriptor: " + errorText(errno), "NSFileHandleOperationException");
   return moved;
 }
 
 /// The program's end of a stream; none when it is inherited. `ours` gets this process's end of a pipe.
-FileDescriptor childEnd(StandardStream stream, int number, FileDescriptor& ours) {
-  if (stream == StandardStream::inherited) return FileDescriptor();
+sys::Descriptor childEnd(StandardStream stream, int number, sys::Descriptor& ours) {
+  if (stream == StandardStream::inherited) return sys::Descriptor();
   if (stream == StandardStream::nullDevice) return aboveStandardStreams(openNullDevice());
   Pipe pipe = makePipe();
   const bool programReads = number == STDIN_FILENO;
@@ -99,8 +100,8 @@ FileDescriptor childEnd(StandardStream stream, int number, FileDescriptor& ours)
 template <typename State>
 void collect(State& state, pid_t identifier) {
   siginfo_t information{};
-  while (::waitid(P_PID, static_cast<id_t>(identifier), &information, WEXITED | WNOWAIT) != 0 && errno == EINTR) {
-  }
+  sys::untilUninterrupted(
+      [&] { return ::waitid(P_PID, static_cast<id_t>(identifier), &information, WEXITED | WNOWAIT); });
   const std::lock_guard guard(state.mutex);
   int status = 0;
   if (::waitpid(identifier, &status, WNOHANG) == identifier) {
@@ -126,7 +127,7 @@ void ChildProcess::launch() {
   }
   const std::array ends{childEnd(input_, STDIN_FILENO, standardInput), childEnd(output_, STDOUT_FILENO, standardOutput),
                         childEnd(error_, STDERR_FILENO, standardError)};
-  SpawnSettings settings;
+  sys::SpawnSettings settings;
   for (int number = 0; number < standardStreams; ++number)
     settings.place(ends[static_cast<std::size_t>(number)], number);
 

@@ -9,7 +9,7 @@
 #include <mutex>
 #include <optional>
 
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 
 /// What a standard stream of a child process is joined to.
 enum class StandardStream { inherited, nullDevice, pipe };
@@ -52,7 +52,7 @@ class ChildProcess {
 
   /// This process's ends of the pipes that were asked for, from the launch on. What the program reads from its standard
   /// input ends when `standardInput` is closed.
-  FileDescriptor standardInput, standardOutput, standardError;
+  sys::Descriptor standardInput, standardOutput, standardError;
 
  private:
   struct State;

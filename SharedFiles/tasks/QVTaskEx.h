@@ -156,5 +156,5 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   mutable std::mutex mutex_;  ///< guards what follows
   Delegate delegate_;
   QVariant object_;
-  std::shared_ptr<FileDescriptor> closed_;  ///< readable once the output's reading end counts as closed
+  std::shared_ptr<sys::Descriptor> closed_;  ///< readable once the output's reading end counts as closed
 };

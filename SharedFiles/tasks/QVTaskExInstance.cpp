@@ -126,7 +126,7 @@ void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& argumen
     const std::lock_guard guard(mutex_);
     delegate_ = std::move(delegate);
     object_ = object;
-    closed_ = std::make_shared<FileDescriptor>(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
+    closed_ = std::make_shared<sys::Descriptor>(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     theTask_.set(std::move(process));
   }
   std::thread([self = shared_from_this()] { self->launchAsyncTask(); }).detach();
@@ -134,7 +134,7 @@ void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& argumen
 
 void QVTaskEx::launchAsyncTask() {
   std::shared_ptr<ChildProcess> process;
-  std::shared_ptr<FileDescriptor> closed;
+  std::shared_ptr<sys::Descriptor> closed;
   {
     // Together: a termination takes both away, however early it comes.
     const std::lock_guard guard(mutex_);

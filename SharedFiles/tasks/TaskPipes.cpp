@@ -5,9 +5,9 @@
 #include <system_error>
 
 #include <poll.h>
-#include <unistd.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
+#include "system/FileBytes.h"
 
 namespace {
 
@@ -22,10 +22,8 @@ constexpr qsizetype chunkSize = 65536;
 /// One read; empty at the end.
 QByteArray readSome(int descriptor) {
   QByteArray chunk(chunkSize, Qt::Uninitialized);
-  ssize_t got = 0;
-  while ((got = ::read(descriptor, chunk.data(), static_cast<std::size_t>(chunk.size()))) < 0) {
-    if (errno != EINTR) raise(errno);
-  }
+  const ssize_t got = sys::readSome(descriptor, chunk.data(), static_cast<std::size_t>(chunk.size()));
+  if (got < 0) raise(errno);
   chunk.truncate(got);
   return chunk;
 }
@@ -33,16 +31,14 @@ QByteArray readSome(int descriptor) {
 /// Descriptors below 0 are passed over.
 template <std::size_t count>
 void waitForAny(std::array<pollfd, count>& descriptors) {
-  while (::poll(descriptors.data(), descriptors.size(), -1) < 0) {
-    if (errno != EINTR) raise(errno);
-  }
+  if (sys::untilUninterrupted([&] { return ::poll(descriptors.data(), descriptors.size(), -1); }) < 0) raise(errno);
 }
 
 }  // namespace
 
 TaskOutput readToEnd(ChildProcess& process) {
   TaskOutput collected;
-  const auto take = [](const pollfd& ready, FileDescriptor& end, QByteArray& buffer) {
+  const auto take = [](const pollfd& ready, sys::Descriptor& end, QByteArray& buffer) {
     if (ready.fd < 0 || ready.revents == 0) return;
     const QByteArray chunk = readSome(ready.fd);
     buffer += chunk;
@@ -58,14 +54,14 @@ TaskOutput readToEnd(ChildProcess& process) {
   return collected;
 }
 
-QByteArray readChunk(const FileDescriptor& output, int wake) {
+QByteArray readChunk(const sys::Descriptor& output, int wake) {
   std::array descriptors{pollfd{output.get(), POLLIN, 0}, pollfd{wake, POLLIN, 0}};
   waitForAny(descriptors);
   if (descriptors[1].revents != 0) return {};
   return readSome(output.get());
 }
 
-bool isReadable(const FileDescriptor& descriptor) {
+bool isReadable(const sys::Descriptor& descriptor) {
   pollfd state{descriptor.get(), POLLIN, 0};
   return ::poll(&state, 1, 0) > 0;
 }

@@ -17,7 +17,7 @@ TaskOutput readToEnd(ChildProcess& process);
 
 /// The next chunk of the process's output; empty at its end, or once `wake` (a descriptor, or -1) is readable. Throws
 /// and blocks as readToEnd.
-QByteArray readChunk(const FileDescriptor& output, int wake);
+QByteArray readChunk(const sys::Descriptor& output, int wake);
 
 /// Whether a read would return at once.
-bool isReadable(const FileDescriptor& descriptor);
+bool isReadable(const sys::Descriptor& descriptor);

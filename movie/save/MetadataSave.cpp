@@ -285,7 +285,7 @@ Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescripti
 
 Result<SaveOutcome> saveMetadata(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,
                                  FileCalls& calls) {
-  const SignalsHeld held;
+  const sys::SignalsHeld held({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ});
   auto plan = planSave(movie, edits, calls);
   if (!plan) return tl::make_unexpected(plan.error());
   if (plan->placement.place == SavePlace::Unchanged) return SaveOutcome{};

@@ -15,6 +15,7 @@
 
 #include "system/FileTree.h"
 
+namespace sys {
 namespace {
 
 namespace fs = std::filesystem;
@@ -39,7 +40,7 @@ class StoppedCopies : public testing::Test {
     return all;
   }
   /// Copies and stops once that much stands in the folder.
-  FileTreeResult copyUntil(const std::string& source, std::size_t entriesThen, std::uintmax_t bytesThen) {
+  Result<void> copyUntil(const std::string& source, std::size_t entriesThen, std::uintmax_t bytesThen) {
     std::stop_source stop;
     std::jthread stopper([&](const std::stop_token& over) {
       const auto isTime = [&] {
@@ -62,7 +63,7 @@ TEST_F(StoppedCopies, DoNotBegin) {
   stop.request_stop();
   const auto result = copyTree(folder_ + "/file", folder_ + "/copy", stop.get_token());
   ASSERT_FALSE(result);
-  EXPECT_EQ(result.error().number, ECANCELED);
+  EXPECT_EQ(result.error().code, ECANCELED);
   EXPECT_THAT(entries(), testing::ElementsAre(folder_ + "/file"));
 }
 
@@ -70,7 +71,7 @@ TEST_F(StoppedCopies, EndWithinAFile) {
   // A file without an end, for our purposes: 256 GB.
   const auto result = copyUntil("/proc/self/pagemap", 1, 1 << 20);
   ASSERT_FALSE(result);
-  EXPECT_EQ(result.error().number, ECANCELED);
+  EXPECT_EQ(result.error().code, ECANCELED);
   EXPECT_THAT(entries(), testing::IsEmpty());
 }
 
@@ -81,8 +82,9 @@ TEST_F(StoppedCopies, EndWithinAFolder) {
   for (int i = 0; i < files; ++i) std::ofstream(source + "/" + std::to_string(i)) << "content";
   const auto result = copyUntil(source, files + 10, 0);
   ASSERT_FALSE(result);
-  EXPECT_EQ(result.error().number, ECANCELED);
+  EXPECT_EQ(result.error().code, ECANCELED);
   EXPECT_EQ(entries().size(), files + 1U) << "the source and nothing else";
 }
 
 }  // namespace
+}  // namespace sys

@@ -20,6 +20,7 @@
 #include "tests/support/SmallDisk.h"
 #include "tests/system/OrdinaryUser.h"
 
+namespace sys {
 namespace {
 
 namespace fs = std::filesystem;
@@ -122,7 +123,7 @@ class FileTree : public testing::Test {
   FileTree& operator=(const FileTree&) = delete;
 
   std::string path(const std::string& name) const { return root_ + "/" + name; }
-  static int numberOf(const FileTreeResult& result) { return result ? 0 : result.error().number; }
+  static int numberOf(const Result<void>& result) { return result ? 0 : result.error().code; }
 
   std::string root_;
 };
@@ -419,10 +420,11 @@ TEST_F(FileTree, KeepsTheWholeCopyWhenTheSourceCannotGoEntirely) {
     write(path("source/disk/b"), "in the disk");
     const auto result = moveTree(path("source"), disk + "/moved");
     EXPECT_EQ(numberOf(result), EBUSY);
-    EXPECT_TRUE(!result && result.error().bothRemain);
+    EXPECT_TRUE(!result && result.error().what == Step::RemoveOriginal);
     EXPECT_TRUE(fs::exists(disk + "/moved/a") && fs::exists(disk + "/moved/disk/b"));
     ::umount(path("source/disk").c_str());
   });
 }
 
 }  // namespace
+}  // namespace sys

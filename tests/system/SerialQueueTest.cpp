@@ -10,6 +10,7 @@
 
 #include "system/SerialQueue.h"
 
+namespace sys {
 namespace {
 
 TEST(SerialQueue, RunsOperationsInTheOrderAddedOnOneThreadOfItsOwn) {
@@ -153,3 +154,4 @@ TEST(SerialQueue, KeepsTheOrderOfEachOfManyThreads) {
 }
 
 }  // namespace
+}  // namespace sys

@@ -7,21 +7,11 @@
 
 #include "SharedFiles/crash/handler/CrashFacts.h"
 #include "SharedFiles/crash/report/CrashReport.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
+#include "system/FileBytes.h"
 
 namespace crash {
 namespace {
-
-bool writeAll(int file, const std::string& text) {
-  std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t count = ::write(file, text.data() + written, text.size() - written);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return false;
-    written += static_cast<std::size_t>(count);
-  }
-  return ::fsync(file) == 0;
-}
 
 std::string nameOf(const CrashReport& report, int attempt) {
   SignalSafeText name;
@@ -44,14 +34,15 @@ bool giveName(int folder, const std::string& unfinished, const CrashReport& repo
 
 bool writeReport(const std::string& folder, const CrashReport& report) {
   ::mkdir(folder.c_str(), S_IRWXU);
-  const FileDescriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  const sys::Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   if (!directory.isOpen()) return false;
   // Begins with a dot: nobody takes it for a report before it is one.
   const std::string unfinished = "." + report.application + "-" + std::to_string(::getpid()) + ".partial";
-  const FileDescriptor file(::openat(directory.get(), unfinished.c_str(),
+  const sys::Descriptor file(::openat(directory.get(), unfinished.c_str(),
                                      O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
   if (!file.isOpen()) return false;
-  if (writeAll(file.get(), textOf(report)) && giveName(directory.get(), unfinished, report)) {
+  const bool written = sys::writeAll(file.get(), textOf(report)) == 0 && ::fsync(file.get()) == 0;
+  if (written && giveName(directory.get(), unfinished, report)) {
     ::fsync(directory.get());
     return true;
   }

@@ -14,7 +14,7 @@
 #include <sys/socket.h>
 
 #include "SharedFiles/broadcast/QVBroadcast.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 #include "tests/SharedFiles/EventLoop.h"
 #include "tests/SharedFiles/ProcessLog.h"
 
@@ -85,7 +85,7 @@ class LoopbackSocket {
   }
 
  private:
-  FileDescriptor socket_;
+  sys::Descriptor socket_;
   bool bound_ = false;
 };
 

@@ -16,7 +16,7 @@
 #include "SharedFiles/files/FileCopy.h"
 #include "SharedFiles/files/FileDigest.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
-#include "system/FileDescriptor.h"
+#include "system/Descriptor.h"
 #include "tests/SharedFiles/EventLoop.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
@@ -355,7 +355,7 @@ TEST_F(FileCopies, TellOfADestinationThatDiffersByOneByte) {
   std::thread vandal([this, &done, &flips, other] {
     const QByteArray name = QFile::encodeName(path("two"));
     while (!done) {
-      const FileDescriptor file(::open(name.constData(), O_WRONLY | O_CLOEXEC));
+      const sys::Descriptor file(::open(name.constData(), O_WRONLY | O_CLOEXEC));
       struct stat now {};
       while (!done && file.isOpen() && ::fstat(file.get(), &now) == 0) {
         if (now.st_size > 65536 && ::pwrite(file.get(), &other, 1, 0) == 1) ++flips;

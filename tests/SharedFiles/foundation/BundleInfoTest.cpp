@@ -20,8 +20,8 @@ TEST(BundleInfo, HoldsTheKeysOfTheApplication) {
 
 TEST(BundleInfo, KnowsTheRunningExecutable) {
   const BundleInfo& bundle = BundleInfo::mainBundle();
-  EXPECT_EQ(bundle.executableName(), "test_shared_core");
-  EXPECT_EQ(bundle.executablePath(), bundle.executableFolder() + "/test_shared_core");
+  EXPECT_EQ(bundle.executableName(), "test_shared_foundation");
+  EXPECT_EQ(bundle.executablePath(), bundle.executableFolder() + "/test_shared_foundation");
   EXPECT_TRUE(bundle.executableFolder().startsWith('/'));
 }
 

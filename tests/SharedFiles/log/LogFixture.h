@@ -52,7 +52,7 @@ class LogFixture : public ::testing::Test {
   void start(uid_t userId, const BundleInfo& bundleInfo) {
     log_.reset();
     paths_ = std::make_unique<TestPaths>(root_.path(), userId);
-    queue_ = std::make_shared<SerialQueue>();
+    queue_ = std::make_shared<sys::SerialQueue>();
     log_ = std::make_unique<LogController>(LogEnvironment{
         .paths = *paths_,
         .bundle = bundleInfo,
@@ -106,7 +106,7 @@ class LogFixture : public ::testing::Test {
   bool onMainThread_ = true;
   std::ostringstream output_;
   std::unique_ptr<TestPaths> paths_;
-  std::shared_ptr<SerialQueue> queue_;
+  std::shared_ptr<sys::SerialQueue> queue_;
   std::unique_ptr<LogController> log_;
 };
 

@@ -26,7 +26,7 @@ class LogProcess : public ::testing::Test {
     environment_.set("HOME", QFile::encodeName(home_.path()));
     ASSERT_EQ(chmod(QFile::encodeName(home_.path()).constData(), 0777), 0);
   }
-  QString logFile() const { return home_.path() + "/.local/share/quorvane/Logs/Quorvane/test_shared_core.1.log"; }
+  QString logFile() const { return home_.path() + "/.local/share/quorvane/Logs/Quorvane/test_shared_log.1.log"; }
   QByteArray log() const {
     QFile file(logFile());
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no log)");
@@ -65,7 +65,7 @@ TEST_F(LogProcessDeathTest, WritesWhatIsQueuedBeforeItEnds) {
       ::testing::ExitedWithCode(0), "");
   const QByteArray text = log();
   EXPECT_TRUE(text.contains(" - Log started: ")) << text.toStdString();
-  EXPECT_TRUE(text.contains("/test_shared_core\n"));
+  EXPECT_TRUE(text.contains("/test_shared_log\n"));
   EXPECT_TRUE(text.contains(" - System: macOS "));
   EXPECT_TRUE(text.contains(" - Running in 32-bit mode\n"));
   EXPECT_TRUE(text.contains(" - Gamma: 1.250000\n"));

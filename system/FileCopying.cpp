@@ -1,0 +1,126 @@
+#include "system/FileCopying.h"
+
+#include <algorithm>
+#include <limits>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace sys {
+
+namespace {
+
+constexpr std::uint64_t kernelPiece = std::uint64_t{64} << 20U;
+constexpr std::uint64_t bufferPiece = std::uint64_t{1} << 20U;
+constexpr auto largestOffset = static_cast<std::uint64_t>(std::numeric_limits<off_t>::max());
+
+/// Whether the file takes less space than it is long. Only then is it asked for its holes.
+bool isSparse(int file) {
+  constexpr off_t blockSize = 512;
+  struct stat status {};
+  return ::fstat(file, &status) == 0 && status.st_blocks < status.st_size / blockSize;
+}
+
+/// The next run of data at or behind an offset, up to `end`; none when only a hole is left.
+std::optional<std::pair<std::uint64_t, std::uint64_t>> dataFrom(int file, std::uint64_t offset, std::uint64_t end) {
+  const off_t begin = ::lseek(file, static_cast<off_t>(offset), SEEK_DATA);
+  if (begin < 0) return errno == ENXIO ? std::nullopt : std::optional(std::pair(offset, end));
+  const auto first = static_cast<std::uint64_t>(begin);
+  if (first >= end) return std::nullopt;
+  const off_t hole = ::lseek(file, begin, SEEK_HOLE);
+  return std::pair(first, hole <= begin ? end : std::min(end, static_cast<std::uint64_t>(hole)));
+}
+
+/// Whether an errno of copy_file_range says that it does not copy between these two files, and nothing of the files.
+bool meansByHand(int code) {
+  return code == EXDEV || code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
+}
+
+}  // namespace
+
+std::vector<CopiedRun> withoutHoles(int file, const CopiedRun& run) {
+  if (!isSparse(file)) return {run};
+  std::vector<CopiedRun> filled;
+  const std::uint64_t end = run.from + run.size;
+  for (std::uint64_t at = run.from; at < end;) {
+    const auto data = dataFrom(file, at, end);
+    if (!data) break;
+    filled.push_back({data->first, data->second - data->first, run.to + (data->first - run.from)});
+    at = data->second;
+  }
+  return filled;
+}
+
+Result<std::uint64_t> FileCopying::copy(FileRef from, CopiedRun run) {
+  const std::uint64_t size = run.size;
+  while (run.size > 0) {
+    if (progress_ && !progress_(done_)) return failure(ECANCELED, Step::Copy, std::string(to_.path));
+    const auto piece = copyPiece(from, run);
+    if (!piece) return piece;
+    if (*piece == 0) break;
+    if (writeback_ == Writeback::AtOnce) {
+      ::sync_file_range(to_.descriptor, static_cast<off_t>(run.to), static_cast<off_t>(*piece), SYNC_FILE_RANGE_WRITE);
+    }
+    run = {run.from + *piece, run.size - *piece, run.to + *piece};
+    done_ += *piece;
+  }
+  return size - run.size;
+}
+
+/// 0 where the file ends.
+Result<std::uint64_t> FileCopying::copyPiece(FileRef from, const CopiedRun& run) {
+  if (inKernel_) {
+    auto piece = copyInKernel(from, run);
+    if (!piece || *piece > 0) return piece;
+    inKernel_ = false;
+  }
+  return copyByHand(from, run);
+}
+
+/// 0 where the kernel does not copy between these files. Some file systems say nothing where they mean that.
+Result<std::uint64_t> FileCopying::copyInKernel(FileRef from, const CopiedRun& run) {
+  const auto size = static_cast<std::size_t>(std::min(run.size, kernelPiece));
+  const ssize_t copied = untilUninterrupted([&] {
+    return calls_.copyRange(from.descriptor, static_cast<off_t>(run.from), to_.descriptor, static_cast<off_t>(run.to),
+                            size);
+  });
+  if (copied < 0 && !meansByHand(errno)) return failure(errno, Step::Copy, std::string(to_.path));
+  return static_cast<std::uint64_t>(std::max<ssize_t>(copied, 0));
+}
+
+Result<std::uint64_t> FileCopying::copyByHand(FileRef from, const CopiedRun& run) {
+  if (!buffer_) buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(bufferPiece);
+  const std::span<std::uint8_t> piece(buffer_.get(), static_cast<std::size_t>(std::min(run.size, bufferPiece)));
+  const auto got = readAt(from, run.from, piece, calls_);
+  if (!got) return tl::make_unexpected(got.error());
+  if (auto status = writeAt(to_, run.to, piece.first(*got), calls_); !status) {
+    return tl::make_unexpected(status.error());
+  }
+  return *got;
+}
+
+Result<void> copyContents(FileRef from, FileRef to, const std::stop_token& stop, FileCalls& calls) {
+  const auto goOn = [&stop](std::uint64_t) { return !stop.stop_requested(); };
+  FileCopying copying(to, goOn, FileCopying::Writeback::Later, calls);
+  const auto before = statusOf(from, calls);
+  if (!before) return tl::make_unexpected(before.error());
+  for (const CopiedRun& run : withoutHoles(from.descriptor, {0, static_cast<std::uint64_t>(before->st_size), 0})) {
+    if (auto copied = copying.copy(from, run); !copied) return tl::make_unexpected(copied.error());
+  }
+  const auto after = statusOf(from, calls);
+  if (!after) return tl::make_unexpected(after.error());
+  const off_t end = std::min(before->st_size, after->st_size);
+  if (untilUninterrupted([&] { return calls.ftruncate(to.descriptor, end); }) != 0) {
+    return failure(errno, Step::Resize, std::string(to.path));
+  }
+  const auto size = static_cast<std::uint64_t>(end);
+  // What has been added since; all of a file that does not tell its size.
+  auto rest = copying.copy(from, {size, largestOffset - size, size});
+  return rest ? Result<void>() : tl::make_unexpected(rest.error());
+}
+
+}  // namespace sys
