@@ -17,12 +17,12 @@
 namespace {
 
 void logProblem(const movie::MovieError& error) {
-  QVLog::appendLog("%@", QString::fromStdString(movie::saveMessage(error)));
+  QVLog::appendLog("%@", QString::fromStdString(error.message(movie::Attempt::Save)));
 }
 
 movie::Result<void> canUpdate(const std::shared_ptr<PlayableMovie>& master) {
   if (master && master->content().file()) return master->content().canUpdateMovieFile();
-  return tl::make_unexpected(movie::MovieError{.file = {}, .atom = {}, .offset = 0, .reason = "no movie is loaded"});
+  return movie::failed({}, movie::Reason::NoMovieLoaded);
 }
 
 /// Whether another file took the movie's name, and is the one at `path`.

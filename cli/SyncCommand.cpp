@@ -135,7 +135,7 @@ std::optional<std::string> refusalOf(const Job& job) {
   if (!job.changesAnything()) return std::nullopt;
   const auto possible = job.dest->canUpdateMovieFile();
   if (possible) return std::nullopt;
-  return movie::saveMessage(possible.error());
+  return possible.error().message(movie::Attempt::Save);
 }
 
 void saveCopy(Job& job) {
@@ -148,7 +148,7 @@ void saveCopy(Job& job) {
     return;
   }
   job.endedBy = NotedInterrupts::signal();
-  job.complaints.push_back(movie::saveMessage(written.error()));
+  job.complaints.push_back(written.error().message(movie::Attempt::Save));
 }
 
 /// A signal that comes meanwhile changes nothing: a save that was begun is brought to its end, which is told.
@@ -156,7 +156,7 @@ void saveInPlace(Job& job) {
   if (!job.changesAnything()) return;
   const NotedInterrupts interrupts;
   const auto saved = job.dest->updateMovieFile();
-  if (!saved) return job.complaints.push_back(movie::saveMessage(saved.error()));
+  if (!saved) return job.complaints.push_back(saved.error().message(movie::Attempt::Save));
   job.savedAs = job.options.dest;
   for (const std::string& note : saved->notes) job.notes.push_back(note);
   if (saved->uncertain) job.uncertain = true;

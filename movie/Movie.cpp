@@ -94,10 +94,9 @@ bool Movie::canInitWithFile(const std::string& path) {
 }
 
 Result<std::unique_ptr<Movie>> Movie::movieWithFile(const std::string& path) {
-  auto file = MovieFile::open(path);
-  if (!file) return tl::unexpected(std::move(file).error());
+  TRY(auto file, MovieFile::open(path));
   std::unique_ptr<Movie> movie(new Movie);
-  movie->file_ = std::move(*file);
+  movie->file_ = std::move(file);
   const auto& infos = movie->file_->tracks();
   for (std::size_t i = 0; i < infos.size(); ++i)
     movie->tracks_.push_back(std::unique_ptr<Track>(new Track(infos[i], i)));
@@ -140,12 +139,12 @@ std::vector<SampleDescriptionEdit> Movie::edits() const {
 }
 
 Result<void> Movie::canUpdateMovieFile() const {
-  if (!file_) return failure("there is no movie to save");
+  if (!file_) return failure(Reason::NoMovieToSave);
   return canUpdate(*file_, edits());
 }
 
 Result<SaveOutcome> Movie::updateMovieFile() {
-  if (!file_) return failure("there is no movie to save");
+  if (!file_) return failure(Reason::NoMovieToSave);
   auto outcome = saveMetadata(*file_, edits());
   if (!outcome || outcome->place == SavePlace::Unchanged) return outcome;
   const FileStamp saved = file_->stamp();
@@ -160,25 +159,20 @@ Result<SaveOutcome> Movie::updateMovieFile() {
 }
 
 Result<void> Movie::writeToFile(const std::string& path, const CopyProgress& progress) {
-  if (!file_) return failure("there is no movie to write");
-  auto movieAtom = editedMovieAtom(file_->movieAtom(), edits());
-  if (!movieAtom) {
-    movieAtom.error().file = this->path();
-    return tl::unexpected(std::move(movieAtom).error());
-  }
+  if (!file_) return failure(Reason::NoMovieToWrite);
+  TRY(const auto movieAtom, inFile(this->path(), editedMovieAtom(file_->movieAtom(), edits())));
   const bool own = leadsTo(path, *file_);
-  auto status = writeFlattenedCopy(*file_, *movieAtom, path, progress);
+  auto status = writeFlattenedCopy(*file_, movieAtom, path, progress);
   if (!own || leadsTo(path, *file_)) return status;
   auto reopened = reopen();
   return status ? reopened : status;
 }
 
 Result<void> Movie::reopen() {
-  auto file = MovieFile::open(path());
-  if (!file) return tl::unexpected(std::move(file).error());
-  if ((*file)->tracks().size() != tracks_.size()) return failure("the file now has other tracks");
+  TRY(auto file, MovieFile::open(path()));
+  if (file->tracks().size() != tracks_.size()) return failure(Reason::OtherTracksNow);
   decoder_.reset();
-  file_ = std::move(*file);
+  file_ = std::move(file);
   for (const auto& track : tracks_) track->rebind(file_->tracks()[track->index_]);
   return {};
 }
@@ -233,41 +227,37 @@ std::optional<TimecodeStart> Movie::timecodeStart() const {
 
 Result<MovieDecoder*> Movie::decoder(std::size_t track) {
   if (decoder_ && decoderTrack_ == track) return decoder_.get();
-  const auto backend = decoderBackend();
-  if (!backend) return tl::unexpected(backend.error());
-  auto made = (*backend)->makeDecoder(file_, track);
-  if (!made) return tl::unexpected(std::move(made).error());
-  decoder_ = std::move(*made);
+  TRY(const auto backend, decoderBackend());
+  TRY(auto made, backend->makeDecoder(file_, track));
+  decoder_ = std::move(made);
   decoderTrack_ = track;
   return decoder_.get();
 }
 
 Result<Picture> Movie::pictureAt(const Track& track, const PictureRequest& request) {
-  const auto source = decoder(track.index_);
-  if (!source) return tl::unexpected(source.error());
-  return (*source)->picture(request);
+  TRY(const auto source, decoder(track.index_));
+  return source->picture(request);
 }
 
-tl::unexpected<MovieError> Movie::failure(const char* reason) const {
-  return tl::unexpected(MovieError{.file = path(), .atom = {}, .offset = 0, .reason = reason});
+tl::unexpected<MovieError> Movie::failure(Reason why) const {
+  return failed(path(), why);
 }
 
 Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
   const Track* const track = firstTrack(videoMedia);
-  if (!track) return failure("the movie has no video track");
+  if (!track) return failure(Reason::NoVideoTrack);
   const auto description = track->media().imageDescription(1);
-  if (!description) return failure("the video track has no image description");
+  if (!description) return failure(Reason::NoImageDescription);
   const auto sample = sampleOnScreen(track->info(), timeScale(), file_->sampleTable(track->index_), time);
-  if (!sample) return failure("the video track has no samples");
+  if (!sample) return failure(Reason::NoVideoSamples);
 
   const Orientation orientation = orientationOf(track->info().matrix);
   const auto pictureRequest = requestFor(*sample, *description, orientation, request.width, request.height);
-  const auto picture = pictureAt(*track, pictureRequest);
-  if (!picture) return tl::unexpected(picture.error());
+  TRY(const auto picture, pictureAt(*track, pictureRequest));
 
   const ColorSet colors = colorSetOf(*description);
-  return oriented(request.style == FrameStyle::Measurement ? renderMeasurementFrame(*picture, colors.nclc)
-                                                           : renderDisplayFrame(*picture, colors),
+  return oriented(request.style == FrameStyle::Measurement ? renderMeasurementFrame(picture, colors.nclc)
+                                                           : renderDisplayFrame(picture, colors),
                   orientation);
 }
 
@@ -313,21 +303,19 @@ MovieTime Movie::decodingStartOf(const FrameSpan& span) const {
 
 Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const PlayedFrameRequest& request) {
   const Track* const track = firstTrack(videoMedia);
-  if (!track) return failure("the movie has no video track");
+  if (!track) return failure(Reason::NoVideoTrack);
   const auto description = track->media().imageDescription(1);
-  if (!description) return failure("the video track has no image description");
-  const auto source = decoder(track->index_);
-  if (!source) return tl::unexpected(source.error());
+  if (!description) return failure(Reason::NoImageDescription);
+  TRY(const auto source, decoder(track->index_));
 
   const Orientation orientation = orientationOf(track->info().matrix);
   RowRequest asked{.picture = requestFor(span.sample, *description, orientation, request.width, request.height),
                    .nextTime = {},
                    .givenUp = request.givenUp};
   if (request.next) asked.nextTime = request.next->sample.presentationTime;
-  const auto picture = (*source)->pictureInRow(asked);
-  if (!picture) return tl::unexpected(picture.error());
-  if (!*picture) return std::nullopt;
-  return oriented(renderDisplayFrame(**picture, colorSetOf(*description)), orientation);
+  TRY(const auto picture, source->pictureInRow(asked));
+  if (!picture) return std::nullopt;
+  return oriented(renderDisplayFrame(*picture, colorSetOf(*description)), orientation);
 }
 
 }  // namespace movie

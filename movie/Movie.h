@@ -162,7 +162,7 @@ class Movie {
   Result<void> reopen();
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
-  tl::unexpected<MovieError> failure(const char* reason) const;
+  tl::unexpected<MovieError> failure(Reason why) const;
 
   std::shared_ptr<const MovieFile> file_;
   std::vector<std::unique_ptr<Track>> tracks_;

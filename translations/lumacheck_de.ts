@@ -551,6 +551,442 @@
         <extracomment>%1: the file. %2: what is wrong, a clause</extracomment>
         <translation>„%1“ lässt sich nicht lesen: %2.</translation>
     </message>
+    <message>
+        <source>there is no such folder</source>
+        <translation>diesen Ordner gibt es nicht</translation>
+    </message>
+    <message>
+        <source>there is no permission to write the file</source>
+        <translation>die Schreibberechtigung für die Datei fehlt</translation>
+    </message>
+    <message>
+        <source>there is no permission to write there</source>
+        <translation>die Berechtigung, dorthin zu schreiben, fehlt</translation>
+    </message>
+    <message>
+        <source>the file system is read-only</source>
+        <translation>das Dateisystem ist schreibgeschützt</translation>
+    </message>
+    <message>
+        <source>the disk is full</source>
+        <translation>der Datenträger ist voll</translation>
+    </message>
+    <message>
+        <source>the disk quota is used up</source>
+        <translation>das Speicherkontingent ist ausgeschöpft</translation>
+    </message>
+    <message>
+        <source>there is not enough space on the disk</source>
+        <translation>auf dem Datenträger ist nicht genug Platz</translation>
+    </message>
+    <message>
+        <source>the file would become larger than is allowed</source>
+        <translation>die Datei würde größer, als erlaubt ist</translation>
+    </message>
+    <message>
+        <source>the file would be larger than the system allows</source>
+        <translation>die Datei wäre größer, als das System erlaubt</translation>
+    </message>
+    <message>
+        <source>too many symbolic links follow each other</source>
+        <translation>zu viele symbolische Verweise folgen aufeinander</translation>
+    </message>
+    <message>
+        <source>another program has the file open for writing</source>
+        <translation>ein anderes Programm hat die Datei zum Schreiben geöffnet</translation>
+    </message>
+    <message>
+        <source>%1 (%2)</source>
+        <extracomment>%1: what is wrong. %2: what was being done, one of the next rows</extracomment>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>looking at the file</source>
+        <translation>beim Abfragen der Datei</translation>
+    </message>
+    <message>
+        <source>reading the file</source>
+        <translation>beim Lesen der Datei</translation>
+    </message>
+    <message>
+        <source>writing the file</source>
+        <translation>beim Schreiben der Datei</translation>
+    </message>
+    <message>
+        <source>bringing the file onto the disk</source>
+        <translation>beim Übertragen der Datei auf den Datenträger</translation>
+    </message>
+    <message>
+        <source>setting the length of the file</source>
+        <translation>beim Setzen der Dateilänge</translation>
+    </message>
+    <message>
+        <source>setting the time of modification</source>
+        <translation>beim Setzen der Änderungszeit</translation>
+    </message>
+    <message>
+        <source>reserving room</source>
+        <translation>beim Reservieren von Platz</translation>
+    </message>
+    <message>
+        <source>a file name cannot hold a zero byte</source>
+        <translation>ein Dateiname kann kein Nullbyte enthalten</translation>
+    </message>
+    <message>
+        <source>it is a folder</source>
+        <translation>es ist ein Ordner</translation>
+    </message>
+    <message>
+        <source>it is not a regular file</source>
+        <translation>es ist keine gewöhnliche Datei</translation>
+    </message>
+    <message>
+        <source>it has no status</source>
+        <translation>ihr Status lässt sich nicht abfragen</translation>
+    </message>
+    <message>
+        <source>the file is empty</source>
+        <translation>die Datei ist leer</translation>
+    </message>
+    <message>
+        <source>the file became shorter while it was read</source>
+        <translation>die Datei ist beim Lesen kürzer geworden</translation>
+    </message>
+    <message>
+        <source>the file was changed since it was opened</source>
+        <translation>die Datei wurde seit dem Öffnen geändert</translation>
+    </message>
+    <message>
+        <source>the file was changed on disk since it was loaded</source>
+        <translation>die Datei wurde seit dem Laden auf dem Datenträger geändert</translation>
+    </message>
+    <message>
+        <source>another program is saving the file, or has locked it</source>
+        <translation>ein anderes Programm speichert die Datei gerade oder hat sie gesperrt</translation>
+    </message>
+    <message>
+        <source>a write that would reach media data was held back</source>
+        <translation>ein Schreiben, das Mediendaten erreicht hätte, wurde zurückgehalten</translation>
+    </message>
+    <message>
+        <source>a cut that would reach media data was held back</source>
+        <translation>ein Kürzen, das Mediendaten erreicht hätte, wurde zurückgehalten</translation>
+    </message>
+    <message>
+        <source>what was written does not read back</source>
+        <translation>was geschrieben wurde, liest sich anders zurück</translation>
+    </message>
+    <message>
+        <source>another file has taken that name meanwhile</source>
+        <translation>inzwischen trägt eine andere Datei diesen Namen</translation>
+    </message>
+    <message>
+        <source>the file is complete, but whether its name would outlast a power failure is uncertain: %1</source>
+        <extracomment>%1: what the system answered</extracomment>
+        <translation>die Datei ist vollständig, doch ob ihr Name einen Stromausfall überdauern würde, ist ungewiss: %1</translation>
+    </message>
+    <message>
+        <source>it was cancelled</source>
+        <translation>es wurde abgebrochen</translation>
+    </message>
+    <message>
+        <source>the size of the atom is below that of its header</source>
+        <translation>die Größe des Atoms liegt unter der seines Kopfes</translation>
+    </message>
+    <message>
+        <source>the atom reaches past the end of its parent</source>
+        <translation>das Atom reicht über das Ende des umgebenden hinaus</translation>
+    </message>
+    <message>
+        <source>its parent holds too many atoms</source>
+        <translation>das umgebende Atom enthält zu viele Atome</translation>
+    </message>
+    <message>
+        <source>there are bytes behind the last atom</source>
+        <translation>hinter dem letzten Atom stehen noch Bytes</translation>
+    </message>
+    <message>
+        <source>there are too many atoms in the file</source>
+        <translation>die Datei enthält zu viele Atome</translation>
+    </message>
+    <message>
+        <source>it is not a movie</source>
+        <translation>es ist kein Film</translation>
+    </message>
+    <message>
+        <source>there is no movie atom</source>
+        <translation>es gibt kein Film-Atom</translation>
+    </message>
+    <message>
+        <source>there is no movie atom among its first atoms</source>
+        <translation>unter den ersten Atomen ist kein Film-Atom</translation>
+    </message>
+    <message>
+        <source>there is no movie atom; the walk over the atoms ends at a damaged one, or the file was cut</source>
+        <translation>es gibt kein Film-Atom; der Gang durch die Atome endet an einem beschädigten, oder die Datei wurde abgeschnitten</translation>
+    </message>
+    <message>
+        <source>the movie atom reaches past the end of the file</source>
+        <translation>das Film-Atom reicht über das Ende der Datei hinaus</translation>
+    </message>
+    <message>
+        <source>the movie atom reaches over other atoms of the file</source>
+        <translation>das Film-Atom reicht über andere Atome der Datei</translation>
+    </message>
+    <message>
+        <source>the movie atom is too large</source>
+        <translation>das Film-Atom ist zu groß</translation>
+    </message>
+    <message>
+        <source>the movie atom would become too large</source>
+        <translation>das Film-Atom würde zu groß</translation>
+    </message>
+    <message>
+        <source>the movie atom is malformed</source>
+        <translation>das Film-Atom ist fehlerhaft aufgebaut</translation>
+    </message>
+    <message>
+        <source>it is not one whole movie atom</source>
+        <translation>es ist kein einzelnes, vollständiges Film-Atom</translation>
+    </message>
+    <message>
+        <source>the movie atom has no movie header</source>
+        <translation>das Film-Atom hat keinen Film-Kopf</translation>
+    </message>
+    <message>
+        <source>the movie header has no time scale</source>
+        <translation>der Film-Kopf hat keine Zeitskala</translation>
+    </message>
+    <message>
+        <source>it only refers to other movies</source>
+        <translation>er verweist nur auf andere Filme</translation>
+    </message>
+    <message>
+        <source>the movie has too many tracks</source>
+        <translation>der Film hat zu viele Spuren</translation>
+    </message>
+    <message>
+        <source>the movie fragments are too large</source>
+        <translation>die Fragmente des Films sind zu groß</translation>
+    </message>
+    <message>
+        <source>the compressed movie atom is incomplete</source>
+        <translation>das komprimierte Film-Atom ist unvollständig</translation>
+    </message>
+    <message>
+        <source>the compressed movie atom claims to be too large</source>
+        <translation>das komprimierte Film-Atom gibt eine zu große Größe an</translation>
+    </message>
+    <message>
+        <source>the compressed movie atom is damaged</source>
+        <translation>das komprimierte Film-Atom ist beschädigt</translation>
+    </message>
+    <message>
+        <source>no movie atom comes out of it</source>
+        <translation>es ergibt kein Film-Atom</translation>
+    </message>
+    <message>
+        <source>the movie atom is compressed with the unknown method &apos;%1&apos;</source>
+        <extracomment>%1: four characters that name the method</extracomment>
+        <translation>das Film-Atom ist mit dem unbekannten Verfahren „%1“ komprimiert</translation>
+    </message>
+    <message>
+        <source>there is no such atom</source>
+        <translation>dieses Atom gibt es nicht</translation>
+    </message>
+    <message>
+        <source>there is no such sample description</source>
+        <translation>diese Sample-Beschreibung gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the size of the new sample description is not its length</source>
+        <translation>die Größe der neuen Sample-Beschreibung ist nicht ihre Länge</translation>
+    </message>
+    <message>
+        <source>there are several where only one can count</source>
+        <translation>es gibt mehrere, wo nur eines gelten kann</translation>
+    </message>
+    <message>
+        <source>the chunks are not in order</source>
+        <translation>die Chunks sind nicht in ihrer Reihenfolge</translation>
+    </message>
+    <message>
+        <source>a table of file offsets cannot be understood</source>
+        <translation>eine Tabelle von Dateipositionen ist unverständlich</translation>
+    </message>
+    <message>
+        <source>it holds places in the file that cannot be moved along</source>
+        <translation>es enthält Dateipositionen, die nicht mitgeführt werden können</translation>
+    </message>
+    <message>
+        <source>no movie is loaded</source>
+        <translation>es ist kein Film geladen</translation>
+    </message>
+    <message>
+        <source>there is no movie to save</source>
+        <translation>es gibt keinen Film zu speichern</translation>
+    </message>
+    <message>
+        <source>there is no movie to write</source>
+        <translation>es gibt keinen Film zu schreiben</translation>
+    </message>
+    <message>
+        <source>the file now has other tracks</source>
+        <translation>die Datei hat jetzt andere Spuren</translation>
+    </message>
+    <message>
+        <source>the changed movie atom has other tracks</source>
+        <translation>das geänderte Film-Atom hat andere Spuren</translation>
+    </message>
+    <message>
+        <source>the movie is fragmented</source>
+        <translation>der Film ist fragmentiert</translation>
+    </message>
+    <message>
+        <source>the movie atom is compressed</source>
+        <translation>das Film-Atom ist komprimiert</translation>
+    </message>
+    <message>
+        <source>its movie atom is compressed</source>
+        <translation>sein Film-Atom ist komprimiert</translation>
+    </message>
+    <message>
+        <source>an atom has no size of its own</source>
+        <translation>ein Atom hat keine eigene Größe</translation>
+    </message>
+    <message>
+        <source>its atoms do not end where the file does</source>
+        <translation>die Atome enden nicht, wo die Datei endet</translation>
+    </message>
+    <message>
+        <source>it holds several movies</source>
+        <translation>die Datei enthält mehrere Filme</translation>
+    </message>
+    <message>
+        <source>it holds a second movie</source>
+        <translation>die Datei enthält einen zweiten Film</translation>
+    </message>
+    <message>
+        <source>the atom is too large to be looked through</source>
+        <translation>das Atom ist zu groß, um durchsucht zu werden</translation>
+    </message>
+    <message>
+        <source>media data lie inside the movie atom</source>
+        <translation>Mediendaten liegen im Film-Atom</translation>
+    </message>
+    <message>
+        <source>media data lie inside a second movie atom</source>
+        <translation>Mediendaten liegen in einem zweiten Film-Atom</translation>
+    </message>
+    <message>
+        <source>media data lie past the end of the file</source>
+        <translation>Mediendaten liegen hinter dem Ende der Datei</translation>
+    </message>
+    <message>
+        <source>media data lie in the free space beside the movie atom</source>
+        <translation>Mediendaten liegen im freien Raum neben dem Film-Atom</translation>
+    </message>
+    <message>
+        <source>media data lie in the free space at the end, where the movie atom would go</source>
+        <translation>Mediendaten liegen im freien Raum am Ende, wohin das Film-Atom käme</translation>
+    </message>
+    <message>
+        <source>the last mdat has no size of its own and is too large to be given one</source>
+        <translation>das letzte mdat hat keine eigene Größe und ist zu groß, um eine zu bekommen</translation>
+    </message>
+    <message>
+        <source>the last mdat has no size of its own and cannot safely be given one</source>
+        <translation>das letzte mdat hat keine eigene Größe und kann nicht gefahrlos eine bekommen</translation>
+    </message>
+    <message>
+        <source>chunk %1 of track %2 lies past the end of the file</source>
+        <extracomment>%1: a chunk&apos;s number. %2: a track&apos;s number, here and below</extracomment>
+        <translation>Chunk %1 der Spur %2 liegt hinter dem Ende der Datei</translation>
+    </message>
+    <message>
+        <source>chunk %1 of track %2 lies past the end of &quot;%3&quot;</source>
+        <extracomment>%3: a file</extracomment>
+        <translation>Chunk %1 der Spur %2 liegt hinter dem Ende von „%3“</translation>
+    </message>
+    <message>
+        <source>chunk %1 of track %2 does not lie inside one atom of media data</source>
+        <translation>Chunk %1 der Spur %2 liegt nicht innerhalb eines Atoms mit Mediendaten</translation>
+    </message>
+    <message>
+        <source>some of its media is in another file that a reference of type &apos;%1&apos; does not name</source>
+        <extracomment>%1: four characters that name a kind of reference</extracomment>
+        <translation>ein Teil der Mediendaten liegt in einer anderen Datei, die ein Verweis der Art „%1“ nicht nennt</translation>
+    </message>
+    <message>
+        <source>some of its media is in the resource fork of &quot;%1&quot;, which cannot be read</source>
+        <extracomment>%1: a file, here and below</extracomment>
+        <translation>ein Teil der Mediendaten liegt im Resource-Zweig von „%1“, der sich nicht lesen lässt</translation>
+    </message>
+    <message>
+        <source>some of its media is in &quot;%1&quot;, which cannot be read: %2</source>
+        <extracomment>%2: why</extracomment>
+        <translation>ein Teil der Mediendaten liegt in „%1“, und diese Datei lässt sich nicht lesen: %2</translation>
+    </message>
+    <message>
+        <source>some of its media is in &quot;%1&quot;, which is not beside it</source>
+        <translation>ein Teil der Mediendaten liegt in „%1“, und diese Datei liegt nicht daneben</translation>
+    </message>
+    <message>
+        <source>the video track has no samples</source>
+        <translation>die Videospur hat keine Samples</translation>
+    </message>
+    <message>
+        <source>there is no such sound track</source>
+        <translation>diese Tonspur gibt es nicht</translation>
+    </message>
+    <message>
+        <source>the sound track has no samples</source>
+        <translation>die Tonspur hat keine Samples</translation>
+    </message>
+    <message>
+        <source>the track has no sound description</source>
+        <translation>die Spur hat keine Tonbeschreibung</translation>
+    </message>
+    <message>
+        <source>the sound description is too short</source>
+        <translation>die Tonbeschreibung ist zu kurz</translation>
+    </message>
+    <message>
+        <source>a sound of %1 channels cannot be played</source>
+        <translation>Ton mit %1 Kanälen lässt sich nicht abspielen</translation>
+    </message>
+    <message>
+        <source>the rate of the sound is out of bounds</source>
+        <translation>die Abtastrate des Tons liegt außerhalb der Grenzen</translation>
+    </message>
+    <message>
+        <source>the rate of the sound changes within the track</source>
+        <translation>die Abtastrate des Tons wechselt innerhalb der Spur</translation>
+    </message>
+    <message>
+        <source>the kind of sound changes within the track</source>
+        <translation>die Art des Tons wechselt innerhalb der Spur</translation>
+    </message>
+    <message>
+        <source>the sound reaches past the end of the file</source>
+        <translation>der Ton reicht über das Ende der Datei hinaus</translation>
+    </message>
+    <message>
+        <source>a sample of the sound is too large</source>
+        <translation>ein Sample des Tons ist zu groß</translation>
+    </message>
+    <message>
+        <source>the sound cannot be decoded: %1</source>
+        <translation>der Ton lässt sich nicht decodieren: %1</translation>
+    </message>
+    <message>
+        <source>Cannot save the movie: %1.</source>
+        <translation>Der Film lässt sich nicht speichern: %1.</translation>
+    </message>
+    <message>
+        <source>Cannot save &quot;%1&quot;: %2.</source>
+        <translation>„%1“ lässt sich nicht speichern: %2.</translation>
+    </message>
 </context>
 <context>
     <name>PreferencesDialog</name>

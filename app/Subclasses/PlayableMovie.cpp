@@ -25,10 +25,9 @@ std::shared_ptr<PlayableMovie> PlayableMovie::copy() const {
 }
 
 movie::Result<void> PlayableMovie::reopen() {
-  auto opened = movie::Movie::movieWithFile(content_->path());
-  if (!opened) return tl::unexpected(std::move(opened).error());
+  TRY(auto opened, movie::Movie::movieWithFile(content_->path()));
   const movie::MovieTime time = currentTime();
-  content_ = std::move(*opened);
+  content_ = std::move(opened);
   content_->setCurrentTime(timeWithin(time));
   return {};
 }

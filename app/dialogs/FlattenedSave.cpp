@@ -99,10 +99,6 @@ void showUntilFinished(Writing& writing, const QString& name, QWidget& window) {
   if (!writing.finished) writing.cancelled = true;
 }
 
-tl::unexpected<movie::MovieError> noThread(const std::string& path, const std::system_error& error) {
-  return tl::make_unexpected(movie::MovieError{path, {}, 0, "the system says \"" + error.code().message() + "\""});
-}
-
 }  // namespace
 
 movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress) {
@@ -123,7 +119,7 @@ movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& pa
       writing.finished = true;
     });
   } catch (const std::system_error& error) {
-    return noThread(target, error);
+    return movie::failed(target, {movie::Reason::SystemSays, {movie::verbatim(error.code().message())}});
   }
   showUntilFinished(writing, QFileInfo(path).fileName(), window);
   writer.join();

@@ -28,7 +28,7 @@ std::shared_ptr<const ShownFrame> madeFrame(movie::Movie& movie, const Target& t
       made->image = std::move(**image);
     }
   } catch (const std::exception& failure) {
-    made->error = movie::MovieError{{}, {}, 0, failure.what()};
+    made->error = movie::MovieError{{}, {}, 0, movie::verbatim(failure.what())};
   }
   return made;
 }

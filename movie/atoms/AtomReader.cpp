@@ -11,20 +11,17 @@ constexpr std::uint32_t longHeader = 16;
 
 }  // namespace
 
-const char* describe(AtomDefect defect) {
+Reason describe(AtomDefect defect) {
   switch (defect) {
     case AtomDefect::SizeBelowHeader:
-      return "the size of the atom is below that of its header";
+      return Reason::SizeBelowHeader;
     case AtomDefect::ReachesPastParent:
-      return "the atom reaches past the end of its parent";
+      return Reason::ReachesPastParent;
     case AtomDefect::TooMany:
-      return "its parent holds too many atoms";
-    case AtomDefect::TrailingBytes:
-      return "there are bytes behind the last atom";
-    case AtomDefect::None:
-      break;
+      return Reason::TooManyInParent;
+    default:
+      return Reason::TrailingBytes;
   }
-  return "the atom is well formed";
 }
 
 AtomHeader readAtomHeader(ByteView bytes, std::uint64_t offset, std::uint64_t left) {

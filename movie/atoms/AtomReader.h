@@ -6,6 +6,7 @@
 
 #include "movie/atoms/ByteOrder.h"
 #include "movie/atoms/FourCC.h"
+#include "movie/atoms/MovieError.h"
 
 namespace movie {
 
@@ -51,8 +52,7 @@ struct AtomList {
   bool malformed() const { return defect != AtomDefect::None && defect != AtomDefect::TrailingBytes; }
 };
 
-/// A clause for a message, such as "the atom reaches past the end of its parent".
-const char* describe(AtomDefect defect);
+Reason describe(AtomDefect defect);
 
 /// The atoms of `bytes`, in order. Stops at the first malformed header; what stands before it is returned. A size of 0,
 /// which reaches to the end of a file, has no such meaning inside another atom.

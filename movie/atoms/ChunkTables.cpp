@@ -134,9 +134,7 @@ struct TrackChunks::Walk {
 
 Result<void> TrackChunks::visit(const std::function<Result<void>(const Chunk&)>& visit) const {
   Walk walk{tables_.sampleToChunk.value_or(ByteView{}), rowsIn(tables_.sampleToChunk, 12)};
-  if (!walk.ascending()) {
-    return tl::make_unexpected(MovieError{{}, "moov/trak/mdia/minf/stbl/stsc", 0, "the chunks are not in order"});
-  }
+  if (!walk.ascending()) return failed({}, Reason::ChunksOutOfOrder, "moov/trak/mdia/minf/stbl/stsc");
   const std::uint64_t count = chunkCount();
   Chunk chunk;
   for (; chunk.index < count; ++chunk.index) {
@@ -147,7 +145,7 @@ Result<void> TrackChunks::visit(const std::function<Result<void>(const Chunk&)>&
                                        : read32(*tables_.chunkOffset, tableHead + 4 * row);
     chunk.description = descriptionIndex(description, tables_.descriptionCount);
     chunk.size = samplesSize(chunk.firstSample, here, chunk.description);
-    if (auto status = visit(chunk); !status) return status;
+    TRY(visit(chunk));
     chunk.firstSample += here;
   }
   return {};

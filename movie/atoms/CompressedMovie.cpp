@@ -10,10 +10,6 @@ namespace movie {
 
 namespace {
 
-tl::unexpected<MovieError> failure(std::string reason) {
-  return tl::make_unexpected(MovieError{{}, {}, 0, std::move(reason)});
-}
-
 /// One zlib stream, ended on every path.
 class Inflater {
  public:
@@ -55,17 +51,15 @@ Result<Bytes> inflateMovie(ByteView bytes, const Atom& compressed) {
   const auto method = firstAtom(parts, fourCC("dcom"));
   const auto data = firstAtom(parts, fourCC("cmvd"));
   if (!method || method->bodySize() < 4 || !data || data->bodySize() < 4) {
-    return failure("the compressed movie atom is incomplete");
+    return failed({}, Reason::CompressedIncomplete);
   }
   const FourCC algorithm = read32(bodyOf(bytes, *method), 0);
-  if (algorithm != fourCC("zlib")) {
-    return failure("the movie atom is compressed with the unknown method '" + fourCCText(algorithm) + "'");
-  }
+  if (algorithm != fourCC("zlib")) return failed({}, {Reason::UnknownCompression, {verbatim(fourCCText(algorithm))}});
   const ByteView body = bodyOf(bytes, *data);
   const std::uint32_t declared = read32(body, 0);
-  if (declared > maximumInflatedSize) return failure("the compressed movie atom claims to be too large");
+  if (declared > maximumInflatedSize) return failed({}, Reason::CompressedTooLarge);
   auto inflated = Inflater().run(body.subspan(4), declared);
-  if (!inflated) return failure("the compressed movie atom is damaged");
+  if (!inflated) return failed({}, Reason::CompressedDamaged);
   return std::move(*inflated);
 }
 

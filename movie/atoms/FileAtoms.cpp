@@ -15,7 +15,7 @@ bool FileAtoms::load() {
   if (at_ >= windowAt_ && at_ + longHeader <= windowAt_ + window_.size()) return true;
   auto bytes = file_.read(at_, windowSize);
   if (!bytes) {
-    error_ = std::move(bytes.error());
+    read_ = tl::make_unexpected(std::move(bytes).error());
     return false;
   }
   window_ = std::move(*bytes);

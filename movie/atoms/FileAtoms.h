@@ -25,7 +25,7 @@ class FileAtoms {
   AtomDefect defect() const { return defect_; }
   /// The atom at which the walk stopped; its size is what the header claims.
   const Atom& defective() const { return defective_; }
-  const std::optional<MovieError>& readError() const { return error_; }
+  const Result<void>& readStatus() const { return read_; }  ///< Error: a read failed
 
  private:
   bool load();
@@ -39,7 +39,7 @@ class FileAtoms {
   std::uint64_t windowAt_ = 0;
   AtomDefect defect_ = AtomDefect::None;
   Atom defective_;
-  std::optional<MovieError> error_;
+  Result<void> read_;
 };
 
 }  // namespace movie

@@ -96,21 +96,18 @@ class Parser {
 };
 
 Result<MovieAtoms> Parser::movie(const Atom& atom) {
-  const auto parts = children(atom, "moov");
-  if (!parts) return tl::make_unexpected(parts.error());
+  TRY(const auto parts, children(atom, "moov"));
   MovieAtoms movie;
-  if (auto status = movieHeader(*parts, atom, movie); !status) return tl::make_unexpected(status.error());
-  for (const Atom& part : parts->atoms) {
-    Status status;
+  TRY(movieHeader(parts, atom, movie));
+  for (const Atom& part : parts.atoms) {
     if (part.type == fourCC("trak")) {
       if (movie.tracks.size() == maximumTrackCount) {
-        return tl::make_unexpected(origin_.error("moov/trak", part.offset, "the movie has too many tracks"));
+        return origin_.failure("moov/trak", part.offset, Reason::TooManyTracks);
       }
-      status = track(part, movie.tracks.emplace_back());
+      TRY(track(part, movie.tracks.emplace_back()));
     } else if (part.type == fourCC("mvex")) {
-      status = extends(part, movie);
+      TRY(extends(part, movie));
     }
-    if (!status) return tl::make_unexpected(status.error());
   }
   for (TrackAtoms& track : movie.tracks) {
     if (track.info.mediaTimeScale <= 0) track.info.mediaTimeScale = movie.timeScale;
@@ -122,65 +119,57 @@ Parser::Status Parser::movieHeader(const AtomList& parts, const Atom& atom, Movi
   const auto header = firstAtom(parts, fourCC("mvhd"));
   if (!header) {
     const bool reference = firstAtom(parts, fourCC("rmra")).has_value();
-    return tl::make_unexpected(origin_.error(
-        "moov", atom.offset, reference ? "it only refers to other movies" : "the movie atom has no movie header"));
+    return origin_.failure("moov", atom.offset, reference ? Reason::ReferenceMovie : Reason::NoMovieHeader);
   }
   const Clock clock = clockOf(body(*header));
-  if (clock.scale <= 0) {
-    return tl::make_unexpected(origin_.error("moov/mvhd", header->offset, "the movie header has no time scale"));
-  }
+  if (clock.scale <= 0) return origin_.failure("moov/mvhd", header->offset, Reason::NoTimeScale);
   movie.timeScale = clock.scale;
   movie.duration = clock.duration;
   return {};
 }
 
 Parser::Status Parser::track(const Atom& atom, TrackAtoms& track) const {
-  const auto parts = children(atom, "moov/trak");
-  if (!parts) return tl::make_unexpected(parts.error());
-  if (const auto header = firstAtom(*parts, fourCC("tkhd"))) readTrackHeader(body(*header), track.info);
-  if (const auto list = firstAtom(*parts, fourCC("edts"))) {
-    if (auto status = edits(*list, track); !status) return status;
+  TRY(const auto parts, children(atom, "moov/trak"));
+  if (const auto header = firstAtom(parts, fourCC("tkhd"))) readTrackHeader(body(*header), track.info);
+  if (const auto list = firstAtom(parts, fourCC("edts"))) {
+    TRY(edits(*list, track));
   }
-  const auto mediaAtom = firstAtom(*parts, fourCC("mdia"));
+  const auto mediaAtom = firstAtom(parts, fourCC("mdia"));
   return mediaAtom ? media(*mediaAtom, track) : Status{};
 }
 
 Parser::Status Parser::edits(const Atom& atom, TrackAtoms& track) const {
-  const auto parts = children(atom, "moov/trak/edts");
-  if (!parts) return tl::make_unexpected(parts.error());
-  if (const auto list = firstAtom(*parts, fourCC("elst"))) track.info.edits = readEditList(body(*list));
+  TRY(const auto parts, children(atom, "moov/trak/edts"));
+  if (const auto list = firstAtom(parts, fourCC("elst"))) track.info.edits = readEditList(body(*list));
   return {};
 }
 
 Parser::Status Parser::media(const Atom& atom, TrackAtoms& track) const {
   const std::string path = "moov/trak/mdia";
-  const auto parts = children(atom, path);
-  if (!parts) return tl::make_unexpected(parts.error());
-  if (const auto header = firstAtom(*parts, fourCC("mdhd"))) {
+  TRY(const auto parts, children(atom, path));
+  if (const auto header = firstAtom(parts, fourCC("mdhd"))) {
     const Clock clock = clockOf(body(*header));
     track.info.mediaTimeScale = clock.scale;
     track.info.mediaDuration = clock.duration;
   }
-  const auto handler = firstAtom(*parts, fourCC("hdlr"));
+  const auto handler = firstAtom(parts, fourCC("hdlr"));
   if (handler && handler->bodySize() >= 12) track.info.mediaType = read32(body(*handler), 8);
-  const auto information = firstAtom(*parts, fourCC("minf"));
+  const auto information = firstAtom(parts, fourCC("minf"));
   return information ? mediaInformation(*information, path + "/minf", track) : Status{};
 }
 
 Parser::Status Parser::mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const {
-  const auto parts = children(atom, path);
-  if (!parts) return tl::make_unexpected(parts.error());
-  if (const auto tables = firstAtom(*parts, fourCC("stbl"))) {
-    const auto tableAtoms = children(*tables, path + "/stbl");
-    if (!tableAtoms) return tl::make_unexpected(tableAtoms.error());
-    track.tables = SampleTableAtoms::among(bytes_, *tableAtoms);
+  TRY(const auto parts, children(atom, path));
+  if (const auto tables = firstAtom(parts, fourCC("stbl"))) {
+    TRY(const auto tableAtoms, children(*tables, path + "/stbl"));
+    track.tables = SampleTableAtoms::among(bytes_, tableAtoms);
     track.info.sampleCount = track.tables.sampleCount();
-    if (const auto list = firstAtom(*tableAtoms, fourCC("stsd"))) {
-      if (auto status = sampleDescriptions(*list, path + "/stbl/stsd", track.info); !status) return status;
+    if (const auto list = firstAtom(tableAtoms, fourCC("stsd"))) {
+      TRY(sampleDescriptions(*list, path + "/stbl/stsd", track.info));
     }
     track.tables.descriptionCount = track.info.sampleDescriptions.size();
   }
-  const auto data = firstAtom(*parts, fourCC("dinf"));
+  const auto data = firstAtom(parts, fourCC("dinf"));
   return data ? dataReferences(*data, path + "/dinf", track.info) : Status{};
 }
 
@@ -190,8 +179,7 @@ Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& p
   const std::uint32_t count = read32(body(atom), 4);
   const AtomList entries = readAtoms(bytes_, atom.bodyOffset() + head, atom.end());
   if (entries.atoms.empty() && entries.malformed() && count > 0) {
-    return tl::make_unexpected(
-        origin_.error(path + "/" + fourCCText(entries.defectType), entries.defectOffset, describe(entries.defect)));
+    return origin_.failure(path + "/" + fourCCText(entries.defectType), entries.defectOffset, describe(entries.defect));
   }
   for (const Atom& entry : entries.atoms) {
     if (info.sampleDescriptions.size() == count) break;
@@ -203,9 +191,8 @@ Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& p
 
 Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const {
   constexpr std::uint64_t head = 8;
-  const auto parts = children(atom, path);
-  if (!parts) return tl::make_unexpected(parts.error());
-  const auto list = firstAtom(*parts, fourCC("dref"));
+  TRY(const auto parts, children(atom, path));
+  const auto list = firstAtom(parts, fourCC("dref"));
   if (!list || list->bodySize() < head) return {};
   const AtomList references = readAtoms(bytes_, list->bodyOffset() + head, list->end());
   for (const Bytes& description : info.sampleDescriptions) {
@@ -223,10 +210,9 @@ bool Parser::isExternal(const Atom& reference) const {
 }
 
 Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
-  const auto parts = children(atom, "moov/mvex");
-  if (!parts) return tl::make_unexpected(parts.error());
+  TRY(const auto parts, children(atom, "moov/mvex"));
   movie.fragmented = true;
-  for (const Atom& part : parts->atoms) {
+  for (const Atom& part : parts.atoms) {
     if (part.type != fourCC("trex") || part.bodySize() < 24) continue;
     const ByteView fields = body(part);
     movie.fragmentDefaults.push_back(
@@ -237,16 +223,15 @@ Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
 
 }  // namespace
 
-MovieError BytesOrigin::error(const std::string& atomPath, std::uint64_t at, std::string reason) const {
-  return {file, atomPath, inflated ? offset : offset + at, std::move(reason)};
+tl::unexpected<MovieError> BytesOrigin::failure(const std::string& atomPath, std::uint64_t at, Clause why) const {
+  return failed(file, std::move(why), atomPath, inflated ? offset : offset + at);
 }
 
 Result<AtomList> wellFormedChildren(ByteView bytes, const Atom& atom, const std::string& path,
                                     const BytesOrigin& origin) {
   AtomList list = readChildren(bytes, atom);
   if (!list.malformed()) return list;
-  return tl::make_unexpected(
-      origin.error(path + "/" + fourCCText(list.defectType), list.defectOffset, describe(list.defect)));
+  return origin.failure(path + "/" + fourCCText(list.defectType), list.defectOffset, describe(list.defect));
 }
 
 Result<MovieAtoms> parseMovieAtom(ByteView bytes, const Atom& movie, const BytesOrigin& origin) {

@@ -20,7 +20,7 @@ struct BytesOrigin {
   std::uint64_t offset = 0;  ///< of the bytes' start in the file
   bool inflated = false;     ///< offsets inside the bytes are no places in the file: all are told as `offset`
 
-  MovieError error(const std::string& atomPath, std::uint64_t at, std::string reason) const;
+  tl::unexpected<MovieError> failure(const std::string& atomPath, std::uint64_t at, Clause why) const;
 };
 
 /// The children of an atom that was read from `bytes`, or which of them is malformed. `path` is the atom's own.

@@ -18,10 +18,6 @@ constexpr std::uint64_t listHead = 8;  // version, flags and the count of a stsd
 /// How many atoms may stand around one that is looked into; no format nests them deeper.
 constexpr std::size_t deepest = 8;
 
-tl::unexpected<MovieError> failure(std::string atom, std::uint64_t offset, std::string reason) {
-  return tl::make_unexpected(MovieError{{}, std::move(atom), offset, std::move(reason)});
-}
-
 void write64(Bytes& bytes, std::size_t at, std::uint64_t value) {
   write32(bytes, at, static_cast<std::uint32_t>(value >> 32));
   write32(bytes, at + 4, static_cast<std::uint32_t>(value));
@@ -83,7 +79,7 @@ bool splice(Bytes& bytes, const AtomPath& around, std::uint64_t at, std::uint64_
 /// From the movie atom down to a track's stsd.
 Result<AtomPath> pathToDescriptions(ByteView bytes, std::size_t track) {
   const auto movie = wholeAtom(bytes);
-  if (!movie || movie->type != fourCC("moov")) return failure("moov", 0, "the movie atom is malformed");
+  if (!movie || movie->type != fourCC("moov")) return failed({}, Reason::MovieMalformed, "moov");
   AtomPath path{*movie};
   std::string name = "moov";
   std::size_t index = track;
@@ -91,7 +87,7 @@ Result<AtomPath> pathToDescriptions(ByteView bytes, std::size_t track) {
   for (const FourCC type : steps) {
     const auto atom = childOf(bytes, path.back(), type, std::exchange(index, 0));
     name += '/' + fourCCText(type);
-    if (!atom) return failure(name, path.back().offset, "there is no such atom");
+    if (!atom) return failed({}, Reason::NoSuchAtom, name, path.back().offset);
     path.push_back(*atom);
   }
   return path;
@@ -107,19 +103,16 @@ AtomList descriptionsIn(ByteView bytes, const Atom& list) {
 
 Result<void> replaceDescription(Bytes& bytes, const SampleDescriptionEdit& edit) {
   const std::string name = "moov/trak/mdia/minf/stbl/stsd";
-  const auto path = pathToDescriptions(bytes, edit.track);
-  if (!path) return tl::make_unexpected(path.error());
-  const AtomList entries = descriptionsIn(bytes, path->back());
-  if (edit.description >= entries.atoms.size()) {
-    return failure(name, path->back().offset, "there is no such sample description");
-  }
+  TRY(const auto path, pathToDescriptions(bytes, edit.track));
+  const AtomList entries = descriptionsIn(bytes, path.back());
+  if (edit.description >= entries.atoms.size()) return failed({}, Reason::NoSuchDescription, name, path.back().offset);
   const AtomHeader header = readAtomHeader(edit.entry, 0, edit.entry.size());
   if (header.defect != AtomDefect::None || header.atom.size != edit.entry.size()) {
-    return failure(name, path->back().offset, "the size of the new sample description is not its length");
+    return failed({}, Reason::DescriptionSizeWrong, name, path.back().offset);
   }
   const Atom& old = entries.atoms[edit.description];
-  if (!splice(bytes, *path, old.offset, old.size, edit.entry)) {
-    return failure(name, path->back().offset, "the movie atom would become too large");
+  if (!splice(bytes, path, old.offset, old.size, edit.entry)) {
+    return failed({}, Reason::MovieWouldBeTooLarge, name, path.back().offset);
   }
   return {};
 }
@@ -240,10 +233,10 @@ class Skeleton {
 Result<Bytes> editedMovieAtom(ByteView movieAtom, const std::vector<SampleDescriptionEdit>& edits) {
   Bytes bytes(movieAtom.begin(), movieAtom.end());
   const auto movie = wholeAtom(bytes);
-  if (!movie || movie->type != fourCC("moov")) return failure("moov", 0, "the movie atom is malformed");
-  if (!splice(bytes, {*movie}, movie->end(), 0, {})) return failure("moov", 0, "the movie atom is too large");
+  if (!movie || movie->type != fourCC("moov")) return failed({}, Reason::MovieMalformed, "moov");
+  if (!splice(bytes, {*movie}, movie->end(), 0, {})) return failed({}, Reason::MovieTooLarge, "moov");
   for (const SampleDescriptionEdit& edit : edits) {
-    if (auto status = replaceDescription(bytes, edit); !status) return tl::make_unexpected(status.error());
+    TRY(replaceDescription(bytes, edit));
   }
   return bytes;
 }

@@ -1,12 +1,85 @@
 #include "movie/atoms/MovieError.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <system_error>
+
 namespace movie {
 
-std::string MovieError::message() const {
-  std::string text = file.empty() ? "Cannot read the movie: " : "Cannot read \"" + file + "\": ";
-  text += reason;
-  if (!atom.empty()) text += " (atom " + atom + " at offset " + std::to_string(offset) + ")";
-  return text + ".";
+namespace {
+
+constexpr const char* texts[] = {
+#define REASON(name, text) text,
+#include "movie/atoms/ReasonList.h"
+};
+
+/// What an error number means to somebody who reads a file, writes one in place, or makes a new one.
+struct SystemReason {
+  int number;
+  Reason reading, writing, creating;
+};
+
+constexpr SystemReason systemReasons[] = {
+    {ENOENT, Reason::NoSuchFile, Reason::NoSuchFile, Reason::NoSuchFolder},
+    {ENOTDIR, Reason::NoSuchFile, Reason::NoSuchFile, Reason::NoSuchFolder},
+    {EACCES, Reason::NoPermissionToRead, Reason::NoPermissionToWrite, Reason::NoPermissionThere},
+    {EPERM, Reason::NoPermissionToRead, Reason::NoPermissionToWrite, Reason::NoPermissionThere},
+    {EROFS, Reason::SystemSays, Reason::ReadOnlyFileSystem, Reason::ReadOnlyFileSystem},
+    {ENOSPC, Reason::SystemSays, Reason::DiskFull, Reason::NotEnoughSpace},
+    {EDQUOT, Reason::SystemSays, Reason::QuotaUsedUp, Reason::NotEnoughSpace},
+    {EFBIG, Reason::SystemSays, Reason::WouldBecomeTooLarge, Reason::WouldBeTooLarge},
+    {EISDIR, Reason::SystemSays, Reason::IsFolder, Reason::SystemSays},
+    {ETXTBSY, Reason::SystemSays, Reason::OpenForWriting, Reason::SystemSays},
+    {EAGAIN, Reason::SystemSays, Reason::OpenForWriting, Reason::SystemSays},
+    {ELOOP, Reason::SystemSays, Reason::SystemSays, Reason::TooManyLinks},
+};
+
+}  // namespace
+
+std::string Clause::text(const Language& language) const {
+  if (reason == Reason::Verbatim) return words;
+  const char* const english = texts[static_cast<std::size_t>(reason)];
+  const std::string whole = language ? language(english) : english;
+  std::string filled;
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    const std::size_t place =
+        whole[at] == '%' && at + 1 < whole.size() ? static_cast<std::size_t>(whole[at + 1] - '1') : places.size();
+    if (place < places.size()) {
+      filled += places[place].text(language);
+      ++at;
+    } else {
+      filled += whole[at];
+    }
+  }
+  return filled;
+}
+
+Clause verbatim(std::string words) {
+  Clause clause(Reason::Verbatim);
+  clause.words = std::move(words);
+  return clause;
+}
+
+Clause systemReason(int number, Access access) {
+  const auto* const row = std::find_if(std::begin(systemReasons), std::end(systemReasons),
+                                       [number](const SystemReason& each) { return each.number == number; });
+  auto reason = Reason::SystemSays;
+  if (row != std::end(systemReasons)) {
+    reason = access == Access::Read ? row->reading : access == Access::Write ? row->writing : row->creating;
+  }
+  if (reason != Reason::SystemSays) return reason;
+  return {reason, {verbatim(std::generic_category().message(number))}};
+}
+
+std::string MovieError::message(Attempt attempt, const Language& language) const {
+  Clause clause = why;
+  if (!atom.empty()) clause = {Reason::InAtom, {why, verbatim(atom), verbatim(std::to_string(offset))}};
+  const bool reading = attempt == Attempt::Read;
+  const Clause sentence =
+      file.empty() ? Clause(reading ? Reason::CannotRead : Reason::CannotSave, {clause})
+                   : Clause(reading ? Reason::CannotReadFile : Reason::CannotSaveFile, {verbatim(file), clause});
+  return sentence.text(language);
 }
 
 }  // namespace movie

@@ -30,24 +30,22 @@ struct TopLevel {
 
 constexpr std::uint64_t longestDuration = std::uint64_t{1} << 62;
 
-MovieError noMovieAtom(const ReadableFile& file, const FileAtoms& walk) {
-  if (walk.readError()) return *walk.readError();
+/// Why a walk that came to its end found none.
+tl::unexpected<MovieError> noMovieAtom(const ReadableFile& file, const FileAtoms& walk) {
   const Atom& last = walk.defective();
   switch (walk.defect()) {
     case AtomDefect::TooMany:
-      return {file.path(), {}, 0, "there is no movie atom among its first atoms"};
+      return failed(file.path(), Reason::NoMovieAmongFirst);
     case AtomDefect::SizeBelowHeader:
     case AtomDefect::ReachesPastParent:
       if (last.type == fourCC("moov")) {
         const bool cut = walk.defect() == AtomDefect::ReachesPastParent;
-        return {file.path(), "moov", last.offset,
-                cut ? "the movie atom reaches past the end of the file" : describe(walk.defect())};
+        return failed(file.path(), cut ? Reason::MoviePastEnd : describe(walk.defect()), "moov", last.offset);
       }
-      if (last.offset == 0) return {file.path(), {}, 0, "it is not a movie"};
-      return {file.path(), fourCCText(last.type), last.offset,
-              "there is no movie atom; the walk over the atoms ends at a damaged one, or the file was cut"};
+      if (last.offset == 0) return failed(file.path(), Reason::NotMovie);
+      return failed(file.path(), Reason::NoMovieBeforeDamage, fourCCText(last.type), last.offset);
     default:
-      return {file.path(), {}, 0, "there is no movie atom"};
+      return failed(file.path(), Reason::NoMovieAtom);
   }
 }
 
@@ -60,32 +58,30 @@ Result<TopLevel> findMovie(const ReadableFile& file) {
       return found;
     }
     if (atom->type == fourCC("ftyp") && found.majorBrand == 0 && atom->bodySize() >= 4) {
-      const auto brand = file.read(atom->bodyOffset(), 4);
-      if (!brand) return tl::make_unexpected(brand.error());
-      if (brand->size() == 4) found.majorBrand = read32(*brand, 0);
+      TRY(const auto brand, file.read(atom->bodyOffset(), 4));
+      if (brand.size() == 4) found.majorBrand = read32(brand, 0);
     }
   }
-  return tl::make_unexpected(noMovieAtom(file, walk));
+  TRY(walk.readStatus());
+  return noMovieAtom(file, walk);
 }
 
 /// The whole movie atom. Its children are walked first, by their headers, so that a movie atom whose size has grown
 /// over the media data is refused before it is loaded.
 Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
-  const auto failure = [&](std::string reason) {
-    return tl::make_unexpected(MovieError{file.path(), "moov", movie.offset, std::move(reason)});
-  };
-  if (movie.size > MovieFile::maximumMovieAtomSize) return failure("the movie atom is too large");
+  const auto failure = [&](Reason why) { return failed(file.path(), why, "moov", movie.offset); };
+  if (movie.size > MovieFile::maximumMovieAtomSize) return failure(Reason::MovieTooLarge);
   FileAtoms children(file, movie.bodyOffset(), movie.end());
   for (std::size_t count = 0; count <= maximumAtomCount; ++count) {
     const auto child = children.next();
     if (!child) break;
     for (const FourCC topLevel : {fourCC("mdat"), fourCC("moof"), fourCC("ftyp"), fourCC("moov")}) {
-      if (child->type == topLevel) return failure("the movie atom reaches over other atoms of the file");
+      if (child->type == topLevel) return failure(Reason::MovieOverOthers);
     }
   }
-  if (children.readError()) return tl::make_unexpected(*children.readError());
+  TRY(children.readStatus());
   auto bytes = file.read(movie.offset, static_cast<std::size_t>(movie.size));
-  if (bytes && bytes->size() != movie.size) return failure("the file became shorter while it was read");
+  if (bytes && bytes->size() != movie.size) return failure(Reason::BecameShorterWhileRead);
   return bytes;
 }
 
@@ -94,11 +90,11 @@ Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& movie, BytesOrigin& o
   const auto compressed = firstAtom(readChildren(bytes, movie), fourCC("cmov"));
   if (!compressed) return movie;
   auto inflated = inflateMovie(bytes, *compressed);
-  if (!inflated) return tl::make_unexpected(origin.error("moov/cmov", compressed->offset, inflated.error().reason));
+  if (!inflated) return origin.failure("moov/cmov", compressed->offset, inflated.error().why);
   bytes = std::move(*inflated);
   origin.inflated = true;
   const auto inner = firstAtom(readAtoms(bytes), fourCC("moov"));
-  if (!inner) return tl::make_unexpected(origin.error("moov/cmov", 0, "no movie atom comes out of it"));
+  if (!inner) return origin.failure("moov/cmov", 0, Reason::CompressedWithoutMovie);
   return *inner;
 }
 
@@ -152,45 +148,40 @@ MovieFile::MovieFile(Private, ReadableFile file) : file_(std::move(file)) {}
 MovieFile::~MovieFile() = default;
 
 Result<std::shared_ptr<const MovieFile>> MovieFile::open(const std::string& path) {
-  auto file = ReadableFile::open(path);
-  if (!file) return tl::make_unexpected(file.error());
-  if (file->size() == 0) return tl::make_unexpected(MovieError{path, {}, 0, "the file is empty"});
-  auto movie = std::make_shared<MovieFile>(Private{}, std::move(*file));
-  if (auto status = movie->load(); !status) return tl::make_unexpected(status.error());
+  TRY(auto file, ReadableFile::open(path));
+  if (file.size() == 0) return failed(path, Reason::EmptyFile);
+  auto movie = std::make_shared<MovieFile>(Private{}, std::move(file));
+  TRY(movie->load());
   return movie;
 }
 
 Result<void> MovieFile::load() {
   struct stat onDisk {};
-  if (::fstat(descriptor(), &onDisk) != 0) return tl::make_unexpected(MovieError{path(), {}, 0, "it has no status"});
+  if (::fstat(descriptor(), &onDisk) != 0) return failed(path(), Reason::NoStatus);
   stamp_ = {onDisk.st_dev, onDisk.st_ino, static_cast<std::uint64_t>(onDisk.st_size), onDisk.st_mtim.tv_sec,
             onDisk.st_mtim.tv_nsec};
-  const auto top = findMovie(file_);
-  if (!top) return tl::make_unexpected(top.error());
-  movieAtomOffset_ = top->movie.offset;
-  auto bytes = loadMovieAtom(file_, top->movie);
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  majorBrand_ = top->majorBrand;
+  TRY(const auto top, findMovie(file_));
+  movieAtomOffset_ = top.movie.offset;
+  TRY(auto bytes, loadMovieAtom(file_, top.movie));
+  majorBrand_ = top.majorBrand;
   lazy_ = std::make_unique<Lazy>();
-  lazy_->movieAtom = std::move(*bytes);
+  lazy_->movieAtom = std::move(bytes);
 
-  BytesOrigin origin{path(), top->movie.offset};
-  Atom outer = top->movie;
+  BytesOrigin origin{path(), top.movie.offset};
+  Atom outer = top.movie;
   outer.offset = 0;
-  const auto atom = inflateIfCompressed(lazy_->movieAtom, outer, origin);
-  if (!atom) return tl::make_unexpected(atom.error());
-  lazy_->whole = *atom;
+  TRY(const auto atom, inflateIfCompressed(lazy_->movieAtom, outer, origin));
+  lazy_->whole = atom;
   compressed_ = origin.inflated;
 
-  auto movie = parseMovieAtom(lazy_->movieAtom, *atom, origin);
-  if (!movie) return tl::make_unexpected(movie.error());
-  timeScale_ = movie->timeScale;
-  duration_ = movie->duration;
-  fragmented_ = movie->fragmented;
+  TRY(auto movie, parseMovieAtom(lazy_->movieAtom, atom, origin));
+  timeScale_ = movie.timeScale;
+  duration_ = movie.duration;
+  fragmented_ = movie.fragmented;
   if (fragmented_) {
-    if (auto status = loadFragments(*movie, top->movie.end()); !status) return status;
+    TRY(loadFragments(movie, top.movie.end()));
   }
-  for (TrackAtoms& track : movie->tracks) {
+  for (TrackAtoms& track : movie.tracks) {
     tracks_.push_back(std::move(track.info));
     lazy_->atoms.push_back(track.tables);
   }
@@ -209,12 +200,10 @@ Result<void> MovieFile::loadFragments(const MovieAtoms& movie, std::uint64_t beg
   FileAtoms walk(file_, begin, file_.size());
   while (const auto atom = walk.next()) {
     if (atom->type != fourCC("moof")) continue;
-    if (auto status = collector.add(file_, *atom); !status) return status;
+    TRY(collector.add(file_, *atom));
   }
-  if (walk.readError()) return tl::make_unexpected(*walk.readError());
-  if (walk.defect() == AtomDefect::TooMany) {
-    return tl::make_unexpected(MovieError{path(), {}, 0, "there are too many atoms in the file"});
-  }
+  TRY(walk.readStatus());
+  if (walk.defect() == AtomDefect::TooMany) return failed(path(), Reason::TooManyAtoms);
   lazy_->fragments = collector.take();
   return {};
 }
@@ -255,23 +244,18 @@ DescriptionRun MovieFile::descriptionRunOf(std::size_t track, std::uint64_t samp
 }
 
 Result<SampleLocation> MovieFile::locateSample(std::size_t track, std::uint64_t sample) const {
-  const auto failure = [&](std::string reason) {
-    return tl::make_unexpected(MovieError{path(), {}, 0, std::move(reason)});
-  };
-  if (track >= tracks_.size()) return failure("there is no such track");
+  const auto failure = [&](Reason why) { return failed(path(), why); };
+  if (track >= tracks_.size()) return failure(Reason::NoSuchTrack);
   const auto place = lazy_->locate(track, sample);
-  if (!place) return failure("the sample tables do not lead to the sample");
-  if (tracks_[track].isExternal(place->description)) return failure("the track's media is in another file");
-  if (place->offset > size() || place->size > size() - place->offset) {
-    return failure("the sample lies past the end of the file");
-  }
+  if (!place) return failure(Reason::SampleNotFound);
+  if (tracks_[track].isExternal(place->description)) return failure(Reason::MediaElsewhere);
+  if (place->offset > size() || place->size > size() - place->offset) return failure(Reason::SamplePastEnd);
   return *place;
 }
 
 Result<Bytes> MovieFile::readSample(std::size_t track, std::uint64_t sample, std::size_t limit) const {
-  const auto place = locateSample(track, sample);
-  if (!place) return tl::make_unexpected(place.error());
-  return file_.read(place->offset, static_cast<std::size_t>(std::min<std::uint64_t>(place->size, limit)));
+  TRY(const auto place, locateSample(track, sample));
+  return file_.read(place.offset, static_cast<std::size_t>(std::min<std::uint64_t>(place.size, limit)));
 }
 
 }  // namespace movie

@@ -137,29 +137,24 @@ Result<void> FragmentCollector::add(const ReadableFile& file, const Atom& fragme
   BytesOrigin origin{file_, fragment.offset};
   total_ += fragment.size;
   if (fragment.size > maximumFragmentSize || total_ > maximumFragmentTotal) {
-    return tl::make_unexpected(origin.error("moof", 0, "the movie fragments are too large"));
+    return origin.failure("moof", 0, Reason::FragmentsTooLarge);
   }
-  const auto bytes = file.read(fragment.offset, static_cast<std::size_t>(fragment.size));
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  if (bytes->size() != fragment.size) {
-    return tl::make_unexpected(origin.error("moof", 0, "the file became shorter while it was read"));
-  }
+  TRY(const auto bytes, file.read(fragment.offset, static_cast<std::size_t>(fragment.size)));
+  if (bytes.size() != fragment.size) return origin.failure("moof", 0, Reason::BecameShorterWhileRead);
   Atom atom = fragment;
   atom.offset = 0;
-  const auto parts = wellFormedChildren(*bytes, atom, "moof", origin);
-  if (!parts) return tl::make_unexpected(parts.error());
+  TRY(const auto parts, wellFormedChildren(bytes, atom, "moof", origin));
   Place place{fragment.offset, fragment.offset};
-  for (const Atom& part : parts->atoms) {
+  for (const Atom& part : parts.atoms) {
     if (part.type != fourCC("traf")) continue;
-    if (auto status = addTrack(*bytes, part, origin, place); !status) return status;
+    TRY(addTrack(bytes, part, origin, place));
   }
   return {};
 }
 
 Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const BytesOrigin& origin, Place& place) {
-  const auto parts = wellFormedChildren(bytes, atom, "moof/traf", origin);
-  if (!parts) return tl::make_unexpected(parts.error());
-  const auto header = firstAtom(*parts, fourCC("tfhd"));
+  TRY(const auto parts, wellFormedChildren(bytes, atom, "moof/traf", origin));
+  const auto header = firstAtom(parts, fourCC("tfhd"));
   if (!header || header->bodySize() < 8) return {};
   const ByteView body = bodyOf(bytes, *header);
   const std::uint32_t flags = flagsOf(body);
@@ -182,10 +177,10 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
   defaults.size = fields.nextIf((flags & hasDefaultSize) != 0, movieDefaults.size);
   defaults.flags = fields.nextIf((flags & hasDefaultFlags) != 0, movieDefaults.flags);
 
-  defaults.decodeStart = decodeStartOf(bytes, *parts);
+  defaults.decodeStart = decodeStartOf(bytes, parts);
   place.next = defaults.base;
   TrackFragments& track = tracks_[index->second];
-  for (const Atom& part : parts->atoms) {
+  for (const Atom& part : parts.atoms) {
     if (part.type != fourCC("trun") || part.bodySize() < 8) continue;
     addRun(bodyOf(bytes, part), defaults, place, track);
     defaults.decodeStart.reset();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <system_error>
 #include <utility>
 
 #include <fcntl.h>
@@ -13,43 +12,30 @@ namespace movie {
 
 namespace {
 
-std::string reasonOf(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-      return "there is no such file";
-    case EACCES:
-    case EPERM:
-      return "there is no permission to read the file";
-    default:
-      return "the system says \"" + std::generic_category().message(error) + "\"";
-  }
+/// Of a failed system call, `number` being errno.
+tl::unexpected<MovieError> failure(const std::string& path, int number) {
+  return failed(path, systemReason(number, Access::Read));
 }
 
-/// Why a file of that mode is no movie; empty for a regular file.
-std::string refusalOf(mode_t mode) {
+Result<void> refuseUnlessRegular(const std::string& path, mode_t mode) {
   if (S_ISREG(mode)) return {};
-  return S_ISDIR(mode) ? "it is a folder" : "it is not a regular file";
-}
-
-tl::unexpected<MovieError> failure(const std::string& path, std::string reason) {
-  return tl::make_unexpected(MovieError{path, {}, 0, std::move(reason)});
+  return failed(path, S_ISDIR(mode) ? Reason::IsFolder : Reason::NotRegularFile);
 }
 
 }  // namespace
 
 Result<ReadableFile> ReadableFile::open(const std::string& path) {
-  if (path.find('\0') != std::string::npos) return failure(path, "a file name cannot hold a zero byte");
+  if (path.find('\0') != std::string::npos) return failed(path, Reason::ZeroByteInName);
   struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return failure(path, reasonOf(errno));
-  if (auto refusal = refusalOf(status.st_mode); !refusal.empty()) return failure(path, std::move(refusal));
+  if (::stat(path.c_str(), &status) != 0) return failure(path, errno);
+  TRY(refuseUnlessRegular(path, status.st_mode));
 
   ReadableFile file;
   file.path_ = path;
   file.descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   // What the name leads to can have changed since.
-  if (file.descriptor_ < 0 || ::fstat(file.descriptor_, &status) != 0) return failure(path, reasonOf(errno));
-  if (auto refusal = refusalOf(status.st_mode); !refusal.empty()) return failure(path, std::move(refusal));
+  if (file.descriptor_ < 0 || ::fstat(file.descriptor_, &status) != 0) return failure(path, errno);
+  TRY(refuseUnlessRegular(path, status.st_mode));
   file.size_ = static_cast<std::uint64_t>(status.st_size);
   return file;
 }
@@ -72,9 +58,8 @@ ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
 Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const {
   if (offset >= size_) return Bytes{};
   Bytes bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - offset)));
-  const auto done = read(offset, std::span(bytes));
-  if (!done) return tl::make_unexpected(done.error());
-  bytes.resize(*done);
+  TRY(const auto done, read(offset, std::span(bytes)));
+  bytes.resize(done);
   return bytes;
 }
 
@@ -84,7 +69,7 @@ Result<std::size_t> ReadableFile::read(std::uint64_t offset, std::span<std::uint
     const ssize_t got =
         ::pread(descriptor_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
     if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return failure(path_, reasonOf(errno));
+    if (got < 0) return failure(path_, errno);
     if (got == 0) break;
     done += static_cast<std::size_t>(got);
   }

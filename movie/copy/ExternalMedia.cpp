@@ -130,29 +130,23 @@ std::vector<std::string> fileNamesOf(const DataReference& reference) {
 }
 
 Result<ReadableFile> openBeside(const ReadableFile& movie, const DataReference& reference) {
-  const auto refused = [&](std::string reason) {
-    return tl::make_unexpected(MovieError{movie.path(), "moov/trak/mdia/minf/dinf/dref", 0, std::move(reason)});
+  const auto refused = [&](Clause why) {
+    return failed(movie.path(), std::move(why), "moov/trak/mdia/minf/dinf/dref");
   };
   const std::vector<std::string> names = fileNamesOf(reference);
-  if (names.empty()) {
-    return refused("some of its media is in another file that a reference of type '" + fourCCText(reference.type) +
-                   "' does not name");
-  }
-  if (reference.type == fourCC("rsrc")) {
-    return refused("some of its media is in the resource fork of \"" + names.front() + "\", which cannot be read");
-  }
+  if (names.empty()) return refused({Reason::MediaUnnamed, {verbatim(fourCCText(reference.type))}});
+  const Clause likeliest = verbatim(names.front());
+  if (reference.type == fourCC("rsrc")) return refused({Reason::MediaInResourceFork, {likeliest}});
   std::optional<MovieError> unreadable;
   for (const std::string& folder : foldersOf(movie.path())) {
     for (const std::string& name : names) {
       auto file = ReadableFile::open(folder + name);
       if (file) return file;
-      if (file.error().reason != "there is no such file") unreadable = file.error();
+      if (!file.error().is(Reason::NoSuchFile)) unreadable = file.error();
     }
   }
-  if (unreadable) {
-    return refused("some of its media is in \"" + names.front() + "\", which cannot be read: " + unreadable->reason);
-  }
-  return refused("some of its media is in \"" + names.front() + "\", which is not beside it");
+  if (unreadable) return refused({Reason::MediaUnreadable, {likeliest, unreadable->why}});
+  return refused({Reason::MediaNotBeside, {likeliest}});
 }
 
 }  // namespace movie

@@ -40,24 +40,21 @@ class RangeCopier {
 
   Result<void> copy(const ReadableFile& source, CopiedRange range) {
     while (range.size > 0) {
-      const auto piece = inKernel_ ? kernelCopy(source, range) : bufferedCopy(source, range);
-      if (!piece) return tl::make_unexpected(piece.error());
+      TRY(const auto piece, inKernel_ ? kernelCopy(source, range) : bufferedCopy(source, range));
       // Starts the way to the disk, which the final sync then finds mostly done.
-      ::sync_file_range(target_.descriptor(), static_cast<off_t>(range.to), static_cast<off_t>(*piece),
+      ::sync_file_range(target_.descriptor(), static_cast<off_t>(range.to), static_cast<off_t>(piece),
                         SYNC_FILE_RANGE_WRITE);
-      range.from += *piece;
-      range.to += *piece;
-      range.size -= *piece;
-      done_ += *piece;
-      if (*piece > 0 && !report()) return cancelled();
+      range.from += piece;
+      range.to += piece;
+      range.size -= piece;
+      done_ += piece;
+      if (piece > 0 && !report()) return cancelled();
     }
     return {};
   }
 
   bool report() const { return !progress_ || progress_(done_, all_); }
-  tl::unexpected<MovieError> cancelled() const {
-    return tl::make_unexpected(MovieError{target_.path(), {}, 0, cancelledReason});
-  }
+  tl::unexpected<MovieError> cancelled() const { return failed(target_.path(), Reason::Cancelled); }
 
  private:
   /// How much it was; nothing when the rest is to be copied the other way.
@@ -83,15 +80,10 @@ class RangeCopier {
   Result<std::uint64_t> bufferedCopy(const ReadableFile& source, const CopiedRange& range) {
     buffer_.resize(static_cast<std::size_t>(bufferPiece));
     const auto size = static_cast<std::size_t>(std::min(range.size, bufferPiece));
-    const auto got = source.read(range.from, std::span(buffer_).first(size));
-    if (!got) return tl::make_unexpected(got.error());
-    if (*got == 0) {
-      return tl::make_unexpected(MovieError{source.path(), {}, 0, "the file became shorter while it was read"});
-    }
-    if (auto status = target_.write(range.to, ByteView(buffer_).first(*got)); !status) {
-      return tl::make_unexpected(status.error());
-    }
-    return *got;
+    TRY(const auto got, source.read(range.from, std::span(buffer_).first(size)));
+    if (got == 0) return failed(source.path(), Reason::BecameShorterWhileRead);
+    TRY(target_.write(range.to, ByteView(buffer_).first(got)));
+    return got;
   }
 
   ReplacementFile& target_;
@@ -131,7 +123,7 @@ Result<void> copyRanges(const std::vector<const ReadableFile*>& sources, const s
   RangeCopier copier(target, progress, all);
   if (!copier.report()) return copier.cancelled();
   for (const CopiedRange& range : ranges) {
-    if (auto status = copier.copy(*sources[range.source], range); !status) return status;
+    TRY(copier.copy(*sources[range.source], range));
   }
   return {};
 }

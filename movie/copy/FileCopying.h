@@ -12,9 +12,6 @@ namespace movie {
 /// Told after each piece how many bytes there are and how many there will be; false cancels.
 using CopyProgress = std::function<bool(std::uint64_t done, std::uint64_t all)>;
 
-/// What an operation that was cancelled gives as its reason.
-inline constexpr const char* cancelledReason = "it was cancelled";
-
 /// A run of bytes and where it goes.
 struct CopiedRange {
   std::size_t source = 0;  ///< which file

@@ -63,18 +63,18 @@ FileState stateWhenOpened(const MovieFile& movie) {
 }
 
 tl::unexpected<MovieError> changedMeanwhile(const ReadableFile& file) {
-  return tl::make_unexpected(MovieError{file.path(), {}, 0, "the file was changed since it was opened"});
+  return failed(file.path(), Reason::ChangedSinceOpened);
 }
 
 Result<void> fill(ReplacementFile& target, const FlattenedLayout& layout,
                   const std::vector<const ReadableFile*>& sources, const CopyProgress& progress) {
-  if (auto status = target.resize(layout.size); !status) return status;
+  TRY(target.resize(layout.size));
   const std::vector<CopiedRange> ranges = withoutHoles(sources, layout.copied);
   for (const CopiedRange& range : ranges) {
-    if (auto status = target.reserve(range.to, range.size); !status) return status;
+    TRY(target.reserve(range.to, range.size));
   }
   for (const PlacedBytes& placed : layout.written) {
-    if (auto status = target.write(placed.offset, placed.bytes); !status) return status;
+    TRY(target.write(placed.offset, placed.bytes));
   }
   return copyRanges(sources, ranges, target, progress);
 }
@@ -84,11 +84,10 @@ Result<void> fill(ReplacementFile& target, const FlattenedLayout& layout,
 Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, const std::string& path,
                                 const CopyProgress& progress, CopyCalls& calls) {
   const FileSizeSignalBlocked blocked;
-  const auto layout = layOutFlattened(movie, movieAtom);
-  if (!layout) return tl::make_unexpected(layout.error());
+  TRY(const auto layout, layOutFlattened(movie, movieAtom));
 
   std::vector<const ReadableFile*> sources{&movie.readable()};
-  for (const ReadableFile& file : layout->media) sources.push_back(&file);
+  for (const ReadableFile& file : layout.media) sources.push_back(&file);
   std::vector<FileState> states;
   for (const ReadableFile* const source : sources) {
     states.push_back(stateOf(*source));
@@ -96,13 +95,12 @@ Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, cons
   }
   if (!(states.front() == stateWhenOpened(movie))) return changedMeanwhile(movie.readable());
 
-  auto target = ReplacementFile::create(path, calls);
-  if (!target) return tl::make_unexpected(target.error());
-  if (auto status = fill(*target, *layout, sources, progress); !status) return status;
+  TRY(auto target, ReplacementFile::create(path, calls));
+  TRY(fill(target, layout, sources, progress));
   for (std::size_t i = 0; i < sources.size(); ++i) {
     if (!(stateOf(*sources[i]) == states[i])) return changedMeanwhile(*sources[i]);
   }
-  return target->publish();
+  return target.publish();
 }
 
 }  // namespace movie

@@ -16,8 +16,8 @@ namespace movie {
 /// opened again. `progress` counts the bytes taken over from files, holes left out, on the calling thread. SIGXFSZ does
 /// not reach the thread meanwhile.
 ///
-/// Errors: a layout that is refused, what cannot be read or written, a source that changed meanwhile, cancelled
-/// (cancelledReason). The error's file is the one to blame.
+/// Errors: a layout that is refused, what cannot be read or written, a source that changed meanwhile, Cancelled. The
+/// error's file is the one to blame.
 Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, const std::string& path,
                                 const CopyProgress& progress = {}, CopyCalls& calls = systemCopyCalls());
 

@@ -78,9 +78,10 @@ class LayoutMaker {
   Result<Bytes> relocatedMovie();
   void describe(Bytes movieAtom);
 
-  tl::unexpected<MovieError> refusal(std::string atom, std::uint64_t offset, std::string reason) const {
-    return tl::make_unexpected(MovieError{movie_.path(), std::move(atom), offset, std::move(reason)});
+  tl::unexpected<MovieError> refusal(Clause why, std::string atom = {}, std::uint64_t offset = 0) const {
+    return failed(movie_.path(), std::move(why), std::move(atom), offset);
   }
+  tl::unexpected<MovieError> refusal(Reason why, std::size_t track, const Chunk& chunk, std::string file = {}) const;
 
   const MovieFile& movie_;
   ByteView movieAtom_;
@@ -100,20 +101,16 @@ class LayoutMaker {
 };
 
 Result<FlattenedLayout> LayoutMaker::make() {
-  if (movie_.isFragmented()) return refusal("moov/mvex", 0, "the movie is fragmented");
-  auto map = mapMovie(movieAtom_, movie_.path());
-  if (!map) return tl::make_unexpected(map.error());
-  map_ = std::move(*map);
-  if (map_.tracks.size() != movie_.tracks().size()) {
-    return refusal("moov", 0, "the changed movie atom has other tracks");
-  }
-  if (auto status = walkFile(); !status) return tl::make_unexpected(status.error());
-  if (auto status = claimChunks(); !status) return tl::make_unexpected(status.error());
+  if (movie_.isFragmented()) return refusal(Reason::Fragmented, "moov/mvex");
+  TRY(auto map, mapMovie(movieAtom_, movie_.path()));
+  map_ = std::move(map);
+  if (map_.tracks.size() != movie_.tracks().size()) return refusal(Reason::OtherTracksInEdit, "moov");
+  TRY(walkFile());
+  TRY(claimChunks());
   dropPadding();
   orderGathered();
-  auto relocated = relocatedMovie();
-  if (!relocated) return tl::make_unexpected(relocated.error());
-  describe(std::move(*relocated));
+  TRY(auto relocated, relocatedMovie());
+  describe(std::move(relocated));
   return std::move(layout_);
 }
 
@@ -121,23 +118,23 @@ Result<void> LayoutMaker::walkFile() {
   FileAtoms walk(movie_.readable());
   bool seenMovie = false;
   while (const auto atom = walk.next()) {
-    if (auto status = keep(*atom, seenMovie); !status) return status;
+    TRY(keep(*atom, seenMovie));
   }
-  if (walk.readError()) return tl::make_unexpected(*walk.readError());
-  if (walk.defect() == AtomDefect::TooMany) return refusal({}, 0, "there are too many atoms in the file");
+  TRY(walk.readStatus());
+  if (walk.defect() == AtomDefect::TooMany) return refusal(Reason::TooManyAtoms);
   Atom last = walk.defective();
   if (walk.defect() == AtomDefect::ReachesPastParent && last.type == fourCC("mdat") &&
       movie_.size() - last.offset >= last.headerSize) {
     // Cut off; that nothing which counts is missing shows when the chunks are looked at.
     last.size = movie_.size() - last.offset;
-    if (auto status = keep(last, seenMovie); !status) return status;
+    TRY(keep(last, seenMovie));
   }
-  if (!seenMovie) return refusal({}, 0, "the file was changed since it was opened");
+  if (!seenMovie) return refusal(Reason::ChangedSinceOpened);
   return {};
 }
 
 Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
-  if (isFragment(atom.type)) return refusal(fourCCText(atom.type), atom.offset, "the movie is fragmented");
+  if (isFragment(atom.type)) return refusal(Reason::Fragmented, fourCCText(atom.type), atom.offset);
   if (atom.type == fourCC("moov")) {
     if (!seenMovie) {
       movieBefore_ = atoms_.size();
@@ -148,7 +145,7 @@ Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
     return {};
   }
   if (atom.type == fourCC("meta")) {
-    if (auto status = refuseItemLocations(atom); !status) return status;
+    TRY(refuseItemLocations(atom));
   }
   atoms_.push_back({atom});
   return {};
@@ -159,11 +156,9 @@ Result<void> LayoutMaker::refuseItemLocations(const Atom& meta) const {
     if (meta.bodySize() < skipped) continue;
     FileAtoms walk(movie_.readable(), meta.bodyOffset() + skipped, meta.end());
     while (const auto child = walk.next()) {
-      if (child->type == fourCC("iloc")) {
-        return refusal("meta/iloc", child->offset, "it holds places in the file that cannot be moved along");
-      }
+      if (child->type == fourCC("iloc")) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
     }
-    if (walk.readError()) return tl::make_unexpected(*walk.readError());
+    TRY(walk.readStatus());
   }
   return {};
 }
@@ -172,15 +167,11 @@ Result<void> LayoutMaker::claimChunks() {
   gatheredOf_.resize(map_.tracks.size());
   for (std::size_t track = 0; track < map_.tracks.size(); ++track) {
     const TrackChunks& chunks = map_.tracks[track].chunks;
-    auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+    TRY(inFile(movie_.path(), chunks.visit([&](const Chunk& chunk) -> Result<void> {
       const DataReference* const reference = chunks.externalReference(chunk.description);
       if (chunk.size == 0) return {};
       return reference ? claimExternal(track, chunk, *reference) : claimOwn(track, chunk);
-    });
-    if (status) continue;
-    MovieError error = status.error();
-    if (error.file.empty()) error.file = movie_.path();
-    return tl::make_unexpected(error);
+    })));
   }
   return {};
 }
@@ -195,14 +186,19 @@ TopAtom* LayoutMaker::atomAround(const Chunk& chunk) {
   return inside ? &top : nullptr;
 }
 
+tl::unexpected<MovieError> LayoutMaker::refusal(Reason why, std::size_t track, const Chunk& chunk,
+                                                std::string file) const {
+  return refusal({why,
+                  {verbatim(std::to_string(chunk.index + 1)), verbatim(std::to_string(movie_.tracks()[track].id)),
+                   verbatim(std::move(file))}});
+}
+
 Result<void> LayoutMaker::claimOwn(std::size_t track, const Chunk& chunk) {
-  const std::string which =
-      "chunk " + std::to_string(chunk.index + 1) + " of track " + std::to_string(movie_.tracks()[track].id);
   if (chunk.offset > movie_.size() || chunk.size > movie_.size() - chunk.offset) {
-    return refusal({}, 0, which + " lies past the end of the file");
+    return refusal(Reason::ChunkPastEnd, track, chunk);
   }
   TopAtom* const around = atomAround(chunk);
-  if (!around) return refusal({}, 0, which + " does not lie inside one atom of media data");
+  if (!around) return refusal(Reason::ChunkOutsideAtoms, track, chunk);
   around->holdsChunks = true;
   return {};
 }
@@ -210,25 +206,21 @@ Result<void> LayoutMaker::claimOwn(std::size_t track, const Chunk& chunk) {
 Result<std::size_t> LayoutMaker::sourceOf(const DataReference& reference) {
   const auto key = std::pair(reference.type, Bytes(reference.data.begin(), reference.data.end()));
   if (const auto found = sourceOfReference_.find(key); found != sourceOfReference_.end()) return found->second;
-  auto file = openBeside(movie_.readable(), reference);
-  if (!file) return tl::make_unexpected(file.error());
-  layout_.media.push_back(std::move(*file));
+  TRY(auto file, openBeside(movie_.readable(), reference));
+  layout_.media.push_back(std::move(file));
   return sourceOfReference_[key] = layout_.media.size();
 }
 
 Result<void> LayoutMaker::claimExternal(std::size_t track, const Chunk& chunk, const DataReference& reference) {
-  const auto source = sourceOf(reference);
-  if (!source) return tl::make_unexpected(source.error());
-  const ReadableFile& file = layout_.media[*source - 1];
+  TRY(const auto source, sourceOf(reference));
+  const ReadableFile& file = layout_.media[source - 1];
   if (chunk.offset > file.size() || chunk.size > file.size() - chunk.offset) {
-    return refusal({}, 0,
-                   "chunk " + std::to_string(chunk.index + 1) + " of track " +
-                       std::to_string(movie_.tracks()[track].id) + " lies past the end of \"" + file.path() + "\"");
+    return refusal(Reason::ChunkPastEndOf, track, chunk, file.path());
   }
   const double time = static_cast<double>(movie_.sampleTable(track).decodeTimeOf(chunk.firstSample)) /
                       movie_.tracks()[track].mediaTimeScale;
-  const auto [entry, isNew] = gatheredIndex_.try_emplace({*source, chunk.offset, chunk.size}, gathered_.size());
-  if (isNew) gathered_.push_back({*source, chunk.offset, chunk.size, time});
+  const auto [entry, isNew] = gatheredIndex_.try_emplace({source, chunk.offset, chunk.size}, gathered_.size());
+  if (isNew) gathered_.push_back({source, chunk.offset, chunk.size, time});
   gatheredOf_[track].push_back(entry->second);
   return {};
 }
@@ -298,7 +290,7 @@ Result<std::vector<std::uint64_t>> LayoutMaker::newOffsets(std::size_t track) {
   std::vector<std::uint64_t> offsets;
   offsets.reserve(static_cast<std::size_t>(chunks.chunkCount()));
   auto external = gatheredOf_[track].begin();
-  auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+  TRY(chunks.visit([&](const Chunk& chunk) -> Result<void> {
     std::uint64_t offset = chunk.offset;
     if (chunk.size > 0 && chunks.externalReference(chunk.description)) {
       offset = gatheredBody_ + gathered_[*external++].placed;
@@ -307,8 +299,7 @@ Result<std::vector<std::uint64_t>> LayoutMaker::newOffsets(std::size_t track) {
     }
     offsets.push_back(offset);
     return {};
-  });
-  if (!status) return tl::make_unexpected(status.error());
+  }));
   return offsets;
 }
 
@@ -327,16 +318,15 @@ Result<Bytes> LayoutMaker::relocatedMovie() {
     std::vector<Splice> splices = references;
     bool widened = false;
     for (std::size_t i = 0; i < map_.tracks.size(); ++i) {
-      const auto offsets = newOffsets(i);
-      if (!offsets) return tl::make_unexpected(offsets.error());
-      if (offsets->empty()) continue;
-      if (!wide_[i] && *std::max_element(offsets->begin(), offsets->end()) > largestNarrow) widened = wide_[i] = true;
-      splices.push_back(chunkOffsetTable(movieAtom_, *map_.tracks[i].offsets, *offsets, wide_[i]));
+      TRY(const auto offsets, newOffsets(i));
+      if (offsets.empty()) continue;
+      if (!wide_[i] && *std::max_element(offsets.begin(), offsets.end()) > largestNarrow) widened = wide_[i] = true;
+      splices.push_back(chunkOffsetTable(movieAtom_, *map_.tracks[i].offsets, offsets, wide_[i]));
     }
     Bytes moved = spliced(movieAtom_, map_.containers, std::move(splices));
     if (!widened && moved.size() == size) return moved;
     size = moved.size();
-    if (size > MovieFile::maximumMovieAtomSize) return refusal("moov", 0, "the movie atom would become too large");
+    if (size > MovieFile::maximumMovieAtomSize) return refusal(Reason::MovieWouldBeTooLarge, "moov");
   }
 }
 

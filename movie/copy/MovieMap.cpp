@@ -8,7 +8,6 @@ namespace movie {
 namespace {
 
 constexpr std::uint64_t listHead = 8;  // version, flags, count
-constexpr const char* otherOffsets = "it holds places in the file that cannot be moved along";
 
 void append32(Bytes& bytes, std::uint32_t value) {
   bytes.resize(bytes.size() + 4);
@@ -54,8 +53,8 @@ class Mapper {
   Result<void> sampleTable(const Atom& atom, const std::string& path, MovieMap::Track& track);
   std::vector<DataReference> references(const std::optional<Atom>& list) const;
 
-  tl::unexpected<MovieError> refusal(const std::string& path, const Atom& atom, const char* reason) const {
-    return tl::make_unexpected(origin_.error(path, atom.offset, reason));
+  tl::unexpected<MovieError> refusal(const std::string& path, const Atom& atom, Reason why) const {
+    return origin_.failure(path, atom.offset, why);
   }
 
   ByteView bytes_;
@@ -68,7 +67,7 @@ Result<AtomList> Mapper::enter(const Atom& atom, const std::string& path) {
   auto children = wellFormedChildren(bytes_, atom, path, origin_);
   if (!children) return children;
   map_.containers.push_back(atom);
-  if (auto status = refuseOtherOffsets(*children, path); !status) return tl::make_unexpected(status.error());
+  TRY(refuseOtherOffsets(*children, path));
   return children;
 }
 
@@ -76,7 +75,7 @@ Result<std::optional<Atom>> Mapper::only(const AtomList& list, const char (&type
   std::optional<Atom> found;
   for (const Atom& atom : list.atoms) {
     if (atom.type != fourCC(type)) continue;
-    if (found) return refusal(path + "/" + type, atom, "there are several where only one can count");
+    if (found) return refusal(path + "/" + type, atom, Reason::SeveralWhereOneCounts);
     found = atom;
   }
   return found;
@@ -84,13 +83,13 @@ Result<std::optional<Atom>> Mapper::only(const AtomList& list, const char (&type
 
 Result<void> Mapper::refuseOtherOffsets(const AtomList& list, const std::string& path) const {
   for (const Atom& atom : list.atoms) {
-    if (atom.type == fourCC("saio")) return refusal(path + "/saio", atom, otherOffsets);
+    if (atom.type == fourCC("saio")) return refusal(path + "/saio", atom, Reason::OffsetsImmovable);
     if (atom.type == fourCC("meta") && holdsItemLocations(bytes_, atom)) {
-      return refusal(path + "/meta/iloc", atom, otherOffsets);
+      return refusal(path + "/meta/iloc", atom, Reason::OffsetsImmovable);
     }
     if (atom.type != fourCC("udta")) continue;
     const AtomList inside = readChildren(bytes_, atom);
-    if (auto status = refuseOtherOffsets(inside, path + "/udta"); !status) return status;
+    TRY(refuseOtherOffsets(inside, path + "/udta"));
   }
   return {};
 }
@@ -98,73 +97,56 @@ Result<void> Mapper::refuseOtherOffsets(const AtomList& list, const std::string&
 Result<MovieMap> Mapper::map() {
   const AtomList all = readAtoms(bytes_);
   if (all.atoms.size() != 1 || all.atoms[0].type != fourCC("moov") || all.atoms[0].size != bytes_.size()) {
-    return tl::make_unexpected(origin_.error("moov", 0, "it is not one whole movie atom"));
+    return origin_.failure("moov", 0, Reason::NotOneMovieAtom);
   }
   const Atom movie = all.atoms[0];
-  const auto parts = enter(movie, "moov");
-  if (!parts) return tl::make_unexpected(parts.error());
-  if (const auto compressed = firstAtom(*parts, fourCC("cmov"))) {
-    return refusal("moov/cmov", *compressed, "the movie atom is compressed");
+  TRY(const auto parts, enter(movie, "moov"));
+  if (const auto compressed = firstAtom(parts, fourCC("cmov"))) {
+    return refusal("moov/cmov", *compressed, Reason::Compressed);
   }
-  if (const auto extends = firstAtom(*parts, fourCC("mvex"))) {
-    return refusal("moov/mvex", *extends, "the movie is fragmented");
-  }
-  const auto parsed = parseMovieAtom(bytes_, movie, origin_);
-  if (!parsed) return tl::make_unexpected(parsed.error());
-  for (const Atom& atom : parts->atoms) {
+  if (const auto extends = firstAtom(parts, fourCC("mvex"))) return refusal("moov/mvex", *extends, Reason::Fragmented);
+  TRY(const auto parsed, parseMovieAtom(bytes_, movie, origin_));
+  for (const Atom& atom : parts.atoms) {
     if (atom.type != fourCC("trak")) continue;
-    auto mapped = track(atom, parsed->tracks[map_.tracks.size()]);
-    if (!mapped) return tl::make_unexpected(mapped.error());
-    map_.tracks.push_back(std::move(*mapped));
+    TRY(auto mapped, track(atom, parsed.tracks[map_.tracks.size()]));
+    map_.tracks.push_back(std::move(mapped));
   }
   return std::move(map_);
 }
 
 Result<MovieMap::Track> Mapper::track(const Atom& atom, const TrackAtoms& parsed) {
   MovieMap::Track track{TrackChunks(parsed, {}), {}, {}, parsed.tables.wideOffsets};
-  const auto parts = enter(atom, "moov/trak");
-  if (!parts) return tl::make_unexpected(parts.error());
-  const auto media = only(*parts, "mdia", "moov/trak");
-  if (!media) return tl::make_unexpected(media.error());
-  if (!*media) return track;
-  const auto mediaParts = enter(**media, "moov/trak/mdia");
-  if (!mediaParts) return tl::make_unexpected(mediaParts.error());
-  const auto information = only(*mediaParts, "minf", "moov/trak/mdia");
-  if (!information) return tl::make_unexpected(information.error());
-  if (!*information) return track;
-  if (auto status = mediaInformation(**information, track); !status) return tl::make_unexpected(status.error());
+  TRY(const auto parts, enter(atom, "moov/trak"));
+  TRY(const auto media, only(parts, "mdia", "moov/trak"));
+  if (!media) return track;
+  TRY(const auto mediaParts, enter(*media, "moov/trak/mdia"));
+  TRY(const auto information, only(mediaParts, "minf", "moov/trak/mdia"));
+  if (!information) return track;
+  TRY(mediaInformation(*information, track));
   track.chunks = TrackChunks(parsed, references(track.references));
   return track;
 }
 
 Result<void> Mapper::mediaInformation(const Atom& atom, MovieMap::Track& track) {
   const std::string path = "moov/trak/mdia/minf";
-  const auto parts = enter(atom, path);
-  if (!parts) return tl::make_unexpected(parts.error());
-  const auto data = only(*parts, "dinf", path);
-  if (!data) return tl::make_unexpected(data.error());
-  if (*data) {
-    const auto inside = enter(**data, path + "/dinf");
-    if (!inside) return tl::make_unexpected(inside.error());
-    const auto list = only(*inside, "dref", path + "/dinf");
-    if (!list) return tl::make_unexpected(list.error());
-    track.references = *list;
-    if (*list) map_.containers.push_back(**list);
+  TRY(const auto parts, enter(atom, path));
+  TRY(const auto data, only(parts, "dinf", path));
+  if (data) {
+    TRY(const auto inside, enter(*data, path + "/dinf"));
+    TRY(const auto list, only(inside, "dref", path + "/dinf"));
+    track.references = list;
+    if (list) map_.containers.push_back(*list);
   }
-  const auto table = only(*parts, "stbl", path);
-  if (!table) return tl::make_unexpected(table.error());
-  return *table ? sampleTable(**table, path + "/stbl", track) : Result<void>{};
+  TRY(const auto table, only(parts, "stbl", path));
+  return table ? sampleTable(*table, path + "/stbl", track) : Result<void>{};
 }
 
 Result<void> Mapper::sampleTable(const Atom& atom, const std::string& path, MovieMap::Track& track) {
-  const auto parts = enter(atom, path);
-  if (!parts) return tl::make_unexpected(parts.error());
-  const auto narrow = only(*parts, "stco", path);
-  if (!narrow) return tl::make_unexpected(narrow.error());
-  const auto wide = only(*parts, "co64", path);
-  if (!wide) return tl::make_unexpected(wide.error());
-  if (*narrow && *wide) return refusal(path + "/co64", **wide, "there are several where only one can count");
-  track.offsets = *narrow ? *narrow : *wide;
+  TRY(const auto parts, enter(atom, path));
+  TRY(const auto narrow, only(parts, "stco", path));
+  TRY(const auto wide, only(parts, "co64", path));
+  if (narrow && wide) return refusal(path + "/co64", *wide, Reason::SeveralWhereOneCounts);
+  track.offsets = narrow ? narrow : wide;
   return {};
 }
 

@@ -5,7 +5,6 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -64,28 +63,6 @@ class Descriptor {
   int number_;
 };
 
-std::string reasonOf(int error) {
-  switch (error) {
-    case ENOENT:
-    case ENOTDIR:
-      return "there is no such folder";
-    case EACCES:
-    case EPERM:
-      return "there is no permission to write there";
-    case EROFS:
-      return "the file system is read-only";
-    case ENOSPC:
-    case EDQUOT:
-      return "there is not enough space on the disk";
-    case EFBIG:
-      return "the file would be larger than the system allows";
-    case ELOOP:
-      return "too many symbolic links follow each other";
-    default:
-      return "the system says \"" + std::generic_category().message(error) + "\"";
-  }
-}
-
 /// "/a" of "/a/b", "." of "b", "/" of "/b".
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -143,7 +120,7 @@ bool mustBeKept(const std::string& name) {
 }  // namespace
 
 tl::unexpected<MovieError> ReplacementFile::failure(int number) const {
-  return tl::make_unexpected(MovieError{path_, {}, 0, reasonOf(number)});
+  return failed(path_, systemReason(number, Access::Create));
 }
 
 ReplacementFile::ReplacementFile(ReplacementFile&& other) noexcept
@@ -163,25 +140,24 @@ ReplacementFile::~ReplacementFile() {
 
 Result<ReplacementFile> ReplacementFile::create(const std::string& path, CopyCalls& calls) {
   ReplacementFile file(path, calls);
-  if (auto status = file.settleTarget(); !status) return tl::make_unexpected(status.error());
+  TRY(file.settleTarget());
 
   const Descriptor existing(untilUninterrupted(
       [&] { return calls.open(file.folder_, file.name_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW, 0); }));
   if (existing.number() < 0) {
     if (errno != ENOENT) return file.failure(errno);
-    if (auto made = file.createFile(0666); !made) return tl::make_unexpected(made.error());
+    TRY(file.createFile(0666));
     return file;
   }
   file.replaces_ = true;
   // What replaces a file must not be readable to more people than it was, not even before it is complete.
-  if (auto made = file.createFile(0600); !made) return tl::make_unexpected(made.error());
-  if (auto taken = file.takeOver(existing.number()); !taken) return tl::make_unexpected(taken.error());
+  TRY(file.createFile(0600));
+  TRY(file.takeOver(existing.number()));
   return file;
 }
 
 Result<void> ReplacementFile::settleTarget() {
-  const auto refused = [&](const char* reason) { return tl::make_unexpected(MovieError{path_, {}, 0, reason}); };
-  if (path_.find('\0') != std::string::npos) return refused("a file name cannot hold a zero byte");
+  if (path_.find('\0') != std::string::npos) return failed(path_, Reason::ZeroByteInName);
   constexpr int mostLinks = 40;
   std::string target = path_;
   struct stat status {};
@@ -191,8 +167,8 @@ Result<void> ReplacementFile::settleTarget() {
       break;
     }
     if (!S_ISLNK(status.st_mode)) {
-      if (S_ISDIR(status.st_mode)) return refused("it is a folder");
-      if (!S_ISREG(status.st_mode)) return refused("it is not a regular file");
+      if (S_ISDIR(status.st_mode)) return failed(path_, Reason::IsFolder);
+      if (!S_ISREG(status.st_mode)) return failed(path_, Reason::NotRegularFile);
       if (::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return failure(errno);
       break;
     }
@@ -307,7 +283,7 @@ Result<void> ReplacementFile::takeOwnName() {
 /// A link never takes the place of another file, and a rename does so only where that is meant.
 Result<void> ReplacementFile::takeName() {
   if (replaces_ && ownName_.empty()) {
-    if (auto status = takeOwnName(); !status) return status;
+    TRY(takeOwnName());
   }
   const auto rename = [this](unsigned flags) {
     return untilUninterrupted([&] { return calls_->rename(folder_, ownName_.c_str(), name_.c_str(), flags); });
@@ -316,9 +292,7 @@ Result<void> ReplacementFile::takeName() {
                                 : rename(replaces_ ? 0 : RENAME_NOREPLACE);
   const bool cannotTell = result != 0 && (errno == EINVAL || errno == ENOSYS);
   if (cannotTell && !ownName_.empty() && !replaces_) result = rename(0);
-  if (result != 0 && errno == EEXIST) {
-    return tl::make_unexpected(MovieError{path_, {}, 0, "another file has taken that name meanwhile"});
-  }
+  if (result != 0 && errno == EEXIST) return failed(path_, Reason::NameTaken);
   if (result != 0) return failure(errno);
   ownName_.clear();
   return {};
@@ -326,15 +300,11 @@ Result<void> ReplacementFile::takeName() {
 
 Result<void> ReplacementFile::publish() {
   if (untilUninterrupted([this] { return calls_->fsync(file_); }) != 0) return failure(errno);
-  if (auto status = takeName(); !status) return status;
+  TRY(takeName());
   const int synced = untilUninterrupted([this] { return calls_->fsync(folder_); });
   // EBADF: a folder that may not be listed. EINVAL: a file system that syncs no folders.
   if (synced != 0 && errno != EBADF && errno != EINVAL) {
-    return tl::make_unexpected(MovieError{
-        path_,
-        {},
-        0,
-        "the file is complete, but whether its name would outlast a power failure is uncertain: " + reasonOf(errno)});
+    return failed(path_, {Reason::NameUncertain, {systemReason(errno, Access::Create)}});
   }
   return {};
 }

@@ -10,12 +10,10 @@ namespace {
 using Loaded = Result<MovieDecoderBackend*>;
 
 Loaded loadBackend() {
-  const auto entry = moduleEntry("movie-ffmpeg.so", "lumacheckDecoderBackend");
-  if (!entry) return tl::make_unexpected(entry.error());
-  MovieDecoderBackend* const backend = reinterpret_cast<DecoderModuleEntry>(*entry)(decoderInterfaceVersion);
+  TRY(const auto entry, moduleEntry("movie-ffmpeg.so", "lumacheckDecoderBackend"));
+  MovieDecoderBackend* const backend = reinterpret_cast<DecoderModuleEntry>(entry)(decoderInterfaceVersion);
   if (backend != nullptr) return backend;
-  return tl::make_unexpected(
-      MovieError{"movie-ffmpeg.so", {}, 0, "the decoder module belongs to another version of this program"});
+  return failed("movie-ffmpeg.so", Reason::ModuleOfOtherVersion);
 }
 
 /// The one load of this process. The end of the process waits for it.

@@ -9,10 +9,6 @@
 namespace movie {
 namespace {
 
-tl::unexpected<MovieError> failure(const std::string& path, const std::string& reason) {
-  return tl::make_unexpected(MovieError{path, {}, 0, reason});
-}
-
 /// Of the running program; empty when the system does not tell.
 std::string executableFolder() {
   std::array<char, 4096> path{};
@@ -36,11 +32,10 @@ Result<void*> moduleEntry(const std::string& moduleName, const char* entry) {
   void* const module = ::dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
   if (module == nullptr) {
     const char* const said = ::dlerror();
-    return failure(path,
-                   std::string("the decoder module cannot be loaded: ") + (said != nullptr ? said : "no reason given"));
+    return failed(path, {Reason::ModuleUnloadable, {said != nullptr ? verbatim(said) : Reason::NoReasonGiven}});
   }
   void* const symbol = ::dlsym(module, entry);
-  if (symbol == nullptr) return failure(path, "the decoder module has no entry of that name");
+  if (symbol == nullptr) return failed(path, Reason::ModuleWithoutEntry);
   return symbol;
 }
 

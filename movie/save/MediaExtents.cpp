@@ -91,7 +91,7 @@ constexpr int deepest = 8;
 Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& file, MediaExtents& media, int depth = 0) {
   const auto addAll = [&](const AtomList& children) -> Result<void> {
     for (const Atom& child : children.atoms) {
-      if (auto status = addOffsets(bytes, child, file, media, depth + 1); !status) return status;
+      TRY(addOffsets(bytes, child, file, media, depth + 1));
     }
     return {};
   };
@@ -99,11 +99,10 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
   if (saio || atom.type == fourCC("iloc")) {
     const ByteView body = bodyOf(bytes, atom);
     if (saio ? addAuxiliary(body, media) : addItems(body, media)) return {};
-    return tl::make_unexpected(
-        MovieError{file, fourCCText(atom.type), atom.offset, "a table of file offsets cannot be understood"});
+    return failed(file, Reason::OffsetsUnreadable, fourCCText(atom.type), atom.offset);
   }
   if (!isContainer(atom.type) || depth >= deepest) return {};
-  if (auto status = addAll(readChildren(bytes, atom)); !status) return status;
+  TRY(addAll(readChildren(bytes, atom)));
   // A meta atom has version and flags before its children in ISO files; the reading that is wrong finds nothing.
   if (atom.type != fourCC("meta") || atom.bodySize() < 4) return {};
   return addAll(readAtoms(bytes, atom.bodyOffset() + 4, atom.end()));
@@ -147,31 +146,22 @@ std::uint64_t MediaExtents::end() const {
 
 Result<void> addMediaOfMovie(ByteView movieAtom, const std::string& file, MediaExtents& media) {
   const AtomHeader header = readAtomHeader(movieAtom, 0, movieAtom.size());
-  if (header.defect != AtomDefect::None) {
-    return tl::make_unexpected(MovieError{file, "moov", 0, describe(header.defect)});
-  }
+  if (header.defect != AtomDefect::None) return failed(file, describe(header.defect), "moov");
   const BytesOrigin origin{file, 0};
-  const auto movie = parseMovieAtom(movieAtom, header.atom, origin);
-  if (!movie) return tl::make_unexpected(movie.error());
-  for (const TrackAtoms& track : movie->tracks) {
+  TRY(const auto movie, parseMovieAtom(movieAtom, header.atom, origin));
+  for (const TrackAtoms& track : movie.tracks) {
     const TrackChunks chunks(track, {});
-    auto status = chunks.visit([&](const Chunk& chunk) -> Result<void> {
+    TRY(inFile(file, chunks.visit([&](const Chunk& chunk) -> Result<void> {
       if (!track.info.isExternal(chunk.description)) media.add(chunk.offset, chunk.size);
       return {};
-    });
-    if (!status) {
-      status.error().file = file;
-      return status;
-    }
+    })));
   }
   return addOffsets(movieAtom, header.atom, file, media);
 }
 
 Result<void> addMediaOfMeta(ByteView meta, const std::string& file, MediaExtents& media) {
   const AtomHeader header = readAtomHeader(meta, 0, meta.size());
-  if (header.defect != AtomDefect::None) {
-    return tl::make_unexpected(MovieError{file, "meta", 0, describe(header.defect)});
-  }
+  if (header.defect != AtomDefect::None) return failed(file, describe(header.defect), "meta");
   return addOffsets(meta, header.atom, file, media);
 }
 

@@ -82,8 +82,8 @@ class Saver {
 /// Takes away what an interrupted save left.
 Saver::Status Saver::recover() {
   if (survey_.fileSize != survey_.end) {
-    if (auto status = file_.resize(survey_.end); !status) return status;
-    if (auto status = file_.sync(); !status) return status;
+    TRY(file_.resize(survey_.end));
+    TRY(file_.sync());
     note("The end of the file, which an interrupted save had left, was cut away.");
   }
   if (!survey_.secondMovie) return {};
@@ -98,9 +98,8 @@ Saver::Status Saver::sizeOpenMediaData() {
 }
 
 Saver::Status Saver::reserve() {
-  const auto made = file_.reserve(tail_, new_.size());
-  if (!made) return tl::make_unexpected(made.error());
-  if (*made == WritableFile::Reservation::Unsupported) {
+  TRY(const auto made, file_.reserve(tail_, new_.size()));
+  if (made == WritableFile::Reservation::Unsupported) {
     note("The file system cannot reserve room; the save takes it as it goes.");
   }
   return {};
@@ -110,16 +109,16 @@ Saver::Status Saver::reserve() {
 /// write that was cut short too, is either zeros, a `free` without a size or an atom that reaches past the end of the
 /// file, and so can be told from anything else by the next save.
 Saver::Status Saver::appendHeader() {
-  if (auto status = file_.resize(tail_ + headerSize_); !status) return status;
+  TRY(file_.resize(tail_ + headerSize_));
   Bytes header(new_.begin(), new_.begin() + static_cast<std::ptrdiff_t>(headerSize_));
   write32(header, typeAt, fourCC("free"));
   const bool inSeveralSectors = tail_ % sectorSize > sectorSize - headerSize_;
   if (inSeveralSectors) {
-    if (auto status = file_.sync(); !status) return status;
+    TRY(file_.sync());
   }
-  if (auto status = file_.write(tail_ + typeAt, bytesOf(fourCC("free"))); !status) return status;
+  TRY(file_.write(tail_ + typeAt, bytesOf(fourCC("free"))));
   if (inSeveralSectors) {
-    if (auto status = file_.sync(); !status) return status;
+    TRY(file_.sync());
   }
   return write(tail_, header);
 }
@@ -129,10 +128,9 @@ Saver::Status Saver::appendBody() {
 }
 
 Saver::Status Saver::checkTail() {
-  const auto bytes = file_.read(tail_, new_.size() + 1);
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  if (std::equal(bytes->begin(), bytes->end(), new_.begin(), new_.end())) return {};
-  return tl::make_unexpected(MovieError{file_.path(), "moov", tail_, "what was written does not read back"});
+  TRY(const auto bytes, file_.read(tail_, new_.size() + 1));
+  if (std::equal(bytes.begin(), bytes.end(), new_.begin(), new_.end())) return {};
+  return failed(file_.path(), Reason::WrittenWrongly, "moov", tail_);
 }
 
 /// All that comes before the commit.
@@ -140,9 +138,9 @@ Saver::Status Saver::prepare() {
   using Step = Status (Saver::*)();
   const auto becomeMovie = [this] { return write(tail_ + typeAt, bytesOf(fourCC("moov"))); };
   for (const Step step : {&Saver::reserve, &Saver::sizeOpenMediaData, &Saver::appendHeader, &Saver::appendBody}) {
-    if (auto status = (this->*step)(); !status) return status;
+    TRY((this->*step)());
   }
-  if (auto status = becomeMovie(); !status) return status;
+  TRY(becomeMovie());
   return checkTail();
 }
 
@@ -154,18 +152,15 @@ void Saver::rollBack() {
 
 SaveOutcome Saver::uncertain(const MovieError& error) {
   outcome_.uncertain = true;
-  note("It is uncertain whether the save counts: " + saveMessage(error));
+  note("It is uncertain whether the save counts: " + error.message(Attempt::Save));
   return std::move(outcome_);
 }
 
 Result<SaveOutcome> Saver::saveInSector() {
-  const auto read = file_.read(old_.offset, new_.size());
-  if (!read) return tl::make_unexpected(read.error());
-  if (read->size() != new_.size()) {
-    return tl::make_unexpected(MovieError{file_.path(), "moov", old_.offset, "the file became shorter"});
-  }
-  const auto first = std::mismatch(read->begin(), read->end(), new_.begin()).first - read->begin();
-  const auto behind = std::mismatch(read->rbegin(), read->rend(), new_.rbegin()).first - read->rbegin();
+  TRY(const auto read, file_.read(old_.offset, new_.size()));
+  if (read.size() != new_.size()) return failed(file_.path(), Reason::BecameShorter, "moov", old_.offset);
+  const auto first = std::mismatch(read.begin(), read.end(), new_.begin()).first - read.begin();
+  const auto behind = std::mismatch(read.rbegin(), read.rend(), new_.rbegin()).first - read.rbegin();
   const auto count = static_cast<std::ptrdiff_t>(new_.size()) - first - behind;
   outcome_.place = SavePlace::Sector;
   const ByteView changed = new_.subspan(static_cast<std::size_t>(first), static_cast<std::size_t>(count));
@@ -184,10 +179,10 @@ Saver::Status Saver::widenSlot() {
 
 Saver::Status Saver::fillSlot() {
   const std::uint64_t end = placement_.slotBegin + new_.size();
-  if (auto status = file_.write(placement_.slotBegin + headerSize_, new_.subspan(headerSize_)); !status) return status;
+  TRY(file_.write(placement_.slotBegin + headerSize_, new_.subspan(headerSize_)));
   if (end != placement_.slotEnd) {
     const auto left = static_cast<std::uint32_t>(placement_.slotEnd - end);
-    if (auto status = file_.write(end, bytesOf(left, fourCC("free"))); !status) return status;
+    TRY(file_.write(end, bytesOf(left, fourCC("free"))));
   }
   return file_.sync();
 }
@@ -198,7 +193,7 @@ Saver::Status Saver::openSlot() {
 }
 
 Saver::Status Saver::cutTail() {
-  if (auto status = file_.resize(tail_); !status) return status;
+  TRY(file_.resize(tail_));
   return file_.sync();
 }
 
@@ -207,14 +202,14 @@ void Saver::moveIntoSlot() {
   using Step = Status (Saver::*)();
   for (const Step step : {&Saver::widenSlot, &Saver::fillSlot, &Saver::openSlot}) {
     if (auto status = (this->*step)(); !status) {
-      note("The movie atom stays at the end of the file: " + saveMessage(status.error()));
+      note("The movie atom stays at the end of the file: " + status.error().message(Attempt::Save));
       return;
     }
   }
   outcome_.place = SavePlace::Slot;
   if (auto status = cutTail(); !status) {
     note("A second copy of the movie atom stays at the end of the file until the next save: " +
-         saveMessage(status.error()));
+         status.error().message(Attempt::Save));
   }
 }
 
@@ -232,11 +227,10 @@ void Saver::tellPlace() {
 
 Result<SaveOutcome> Saver::save() {
   if (!file_.isLocked()) note("The file system has no locks; nothing keeps another program from saving the file too.");
-  const auto names = file_.names();
-  if (!names) return tl::make_unexpected(names.error());
-  outcome_.names = *names;
-  if (*names > 1) note("The file has " + std::to_string(*names) + " names and was changed under all of them.");
-  if (auto status = recover(); !status) return tl::make_unexpected(status.error());
+  TRY(const auto names, file_.names());
+  outcome_.names = names;
+  if (names > 1) note("The file has " + std::to_string(names) + " names and was changed under all of them.");
+  TRY(recover());
   if (placement_.place == SavePlace::Sector) return saveInSector();
 
   tail_ = survey_.end;
@@ -258,38 +252,26 @@ struct Plan {
 };
 
 Result<Plan> planSave(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, FileCalls& calls) {
-  auto file = WritableFile::open(movie.path(), calls);
-  if (!file) return tl::make_unexpected(file.error());
-  auto survey = surveyForSave(*file, movie);
-  if (!survey) return tl::make_unexpected(survey.error());
-  auto placement = placeMovie(*survey, movie, edits);
-  if (!placement) return tl::make_unexpected(placement.error());
-  file->protect(survey->media);
-  return Plan{std::move(*file), std::move(*survey), std::move(*placement)};
+  TRY(auto file, WritableFile::open(movie.path(), calls));
+  TRY(auto survey, surveyForSave(file, movie));
+  TRY(auto placement, placeMovie(survey, movie, edits));
+  file.protect(survey.media);
+  return Plan{std::move(file), std::move(survey), std::move(placement)};
 }
 
 }  // namespace
 
-std::string saveMessage(const MovieError& error) {
-  std::string text = error.file.empty() ? "Cannot save the movie: " : "Cannot save \"" + error.file + "\": ";
-  text += error.reason;
-  if (!error.atom.empty()) text += " (atom " + error.atom + " at offset " + std::to_string(error.offset) + ")";
-  return text + ".";
-}
-
 Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, FileCalls& calls) {
-  const auto plan = planSave(movie, edits, calls);
-  if (!plan) return tl::make_unexpected(plan.error());
+  TRY(planSave(movie, edits, calls));
   return {};
 }
 
 Result<SaveOutcome> saveMetadata(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,
                                  FileCalls& calls) {
   const sys::SignalsHeld held({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ});
-  auto plan = planSave(movie, edits, calls);
-  if (!plan) return tl::make_unexpected(plan.error());
-  if (plan->placement.place == SavePlace::Unchanged) return SaveOutcome{};
-  return Saver(plan->file, movie.stamp(), plan->survey, plan->placement).save();
+  TRY(auto plan, planSave(movie, edits, calls));
+  if (plan.placement.place == SavePlace::Unchanged) return SaveOutcome{};
+  return Saver(plan.file, movie.stamp(), plan.survey, plan.placement).save();
 }
 
 }  // namespace movie

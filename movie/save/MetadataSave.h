@@ -25,9 +25,6 @@ struct SaveOutcome {
   std::vector<std::string> notes;
 };
 
-/// One sentence for a person on why a file was not saved.
-std::string saveMessage(const MovieError& error);
-
 /// Whether saveMetadata() would begin, now; the error's reason says why not. Nothing is changed. Where nothing is
 /// edited yet, the answer counts for edits that need room.
 Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,

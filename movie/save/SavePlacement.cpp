@@ -63,13 +63,9 @@ bool placeInSlot(const SaveSurvey& survey, const Neighbours& around, SavePlaceme
 Result<void> checkOpenMediaData(const SaveSurvey& survey, const std::string& file) {
   if (!survey.openMediaData) return {};
   const Atom& data = survey.atoms.back();
-  const auto refusal = [&](const char* reason) {
-    return tl::make_unexpected(MovieError{file, "mdat", data.offset, reason});
-  };
-  if (data.size > std::numeric_limits<std::uint32_t>::max()) {
-    return refusal("the last mdat has no size of its own and is too large to be given one");
-  }
-  if (!inOneSector(data.offset)) return refusal("the last mdat has no size of its own and cannot safely be given one");
+  const auto refusal = [&](Reason why) { return failed(file, why, "mdat", data.offset); };
+  if (data.size > std::numeric_limits<std::uint32_t>::max()) return refusal(Reason::OpenMediaTooLarge);
+  if (!inOneSector(data.offset)) return refusal(Reason::OpenMediaUnsafe);
   return {};
 }
 
@@ -80,8 +76,7 @@ Result<void> checkEnd(const SaveSurvey& survey, const std::string& file) {
   while (first > 0 && isFree(survey.atoms[first - 1])) --first;
   if (first == survey.atoms.size() || !survey.media.overlaps(survey.atoms[first].offset, survey.end)) return {};
   const Atom& space = survey.atoms[first];
-  return tl::make_unexpected(MovieError{file, fourCCText(space.type), space.offset,
-                                        "media data lie in the free space at the end, where the movie atom would go"});
+  return failed(file, Reason::MediaAtEnd, fourCCText(space.type), space.offset);
 }
 
 }  // namespace
@@ -89,16 +84,11 @@ Result<void> checkEnd(const SaveSurvey& survey, const std::string& file) {
 Result<SavePlacement> placeMovie(const SaveSurvey& survey, const MovieFile& loaded,
                                  const std::vector<SampleDescriptionEdit>& edits) {
   const Atom& old = survey.movieAtom();
-  auto edited = editedMovieAtom(loaded.movieAtom(), edits);
-  if (!edited) {
-    edited.error().file = loaded.path();
-    return tl::make_unexpected(edited.error());
-  }
-  SavePlacement placement{SavePlace::Tail, std::move(*edited)};
+  TRY(auto edited, inFile(loaded.path(), editedMovieAtom(loaded.movieAtom(), edits)));
+  SavePlacement placement{SavePlace::Tail, std::move(edited)};
   const Neighbours around = neighboursOf(survey);
   if (survey.media.overlaps(survey.atoms[around.first].offset, survey.atoms[around.last].end())) {
-    return tl::make_unexpected(
-        MovieError{loaded.path(), "moov", old.offset, "media data lie in the free space beside the movie atom"});
+    return failed(loaded.path(), Reason::MediaBesideMovie, "moov", old.offset);
   }
   const bool unchanged = std::ranges::equal(placement.movie, loaded.movieAtom());
   if (unchanged && !edits.empty()) {
@@ -119,8 +109,8 @@ Result<SavePlacement> placeMovie(const SaveSurvey& survey, const MovieFile& load
   }
   // At the very end, with nothing free beside it, it stays at the end.
   if (survey.movie + 1 == survey.atoms.size() && around.first == around.last) placement.place = SavePlace::Tail;
-  if (auto status = checkOpenMediaData(survey, loaded.path()); !status) return tl::make_unexpected(status.error());
-  if (auto status = checkEnd(survey, loaded.path()); !status) return tl::make_unexpected(status.error());
+  TRY(checkOpenMediaData(survey, loaded.path()));
+  TRY(checkEnd(survey, loaded.path()));
   if (unchanged) placement.place = SavePlace::Unchanged;
   return placement;
 }

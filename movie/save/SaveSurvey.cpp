@@ -23,15 +23,14 @@ class Surveyor {
     using Step = Result<void> (Surveyor::*)();
     for (const Step step : {&Surveyor::compareStamp, &Surveyor::walk, &Surveyor::settleMovies, &Surveyor::compareMovie,
                             &Surveyor::collectMedia, &Surveyor::checkMedia}) {
-      if (auto status = (this->*step)(); !status) return tl::make_unexpected(status.error());
+      TRY((this->*step)());
     }
     return std::move(found_);
   }
 
  private:
-  tl::unexpected<MovieError> refusal(std::string reason, const Atom& atom = {}) const {
-    return tl::make_unexpected(MovieError{file_.path(), atom.size == 0 ? std::string() : fourCCText(atom.type),
-                                          atom.offset, std::move(reason)});
+  tl::unexpected<MovieError> refusal(Reason why, const Atom& atom = {}) const {
+    return failed(file_.path(), why, atom.size == 0 ? std::string() : fourCCText(atom.type), atom.offset);
   }
 
   Result<void> compareStamp();
@@ -50,22 +49,20 @@ class Surveyor {
 };
 
 Result<void> Surveyor::compareStamp() {
-  const auto now = file_.stamp();
-  if (!now) return tl::make_unexpected(now.error());
-  if (*now != loaded_.stamp()) return refusal("the file was changed on disk since it was loaded");
-  found_.fileSize = now->size;
-  found_.end = now->size;
-  if (loaded_.isCompressed()) return refusal("its movie atom is compressed");
-  if (loaded_.isFragmented()) return refusal("the movie is fragmented");
+  TRY(const auto now, file_.stamp());
+  if (now != loaded_.stamp()) return refusal(Reason::ChangedSinceLoaded);
+  found_.fileSize = now.size;
+  found_.end = now.size;
+  if (loaded_.isCompressed()) return refusal(Reason::ItsMovieCompressed);
+  if (loaded_.isFragmented()) return refusal(Reason::Fragmented);
   return {};
 }
 
 Result<void> Surveyor::walk() {
   std::uint64_t at = 0;
   while (at < found_.fileSize) {
-    const auto bytes = file_.read(at, longHeader);
-    if (!bytes) return tl::make_unexpected(bytes.error());
-    auto [atom, defect] = readAtomHeader(*bytes, at, found_.fileSize - at);
+    TRY(const auto bytes, file_.read(at, longHeader));
+    auto [atom, defect] = readAtomHeader(bytes, at, found_.fileSize - at);
     const bool open = defect == AtomDefect::SizeBelowHeader && atom.size == 0 && atom.headerSize == 8;
     if (open && atom.type == fourCC("mdat")) {
       atom.size = found_.fileSize - at;
@@ -73,7 +70,7 @@ Result<void> Surveyor::walk() {
     } else if (defect != AtomDefect::None) {
       return checkRest(at);
     }
-    if (auto status = take(atom); !status) return status;
+    TRY(take(atom));
     at = atom.end();
   }
   return {};
@@ -82,9 +79,9 @@ Result<void> Surveyor::walk() {
 Result<void> Surveyor::take(const Atom& atom) {
   constexpr std::array ofFragments{fourCC("moof"), fourCC("styp"), fourCC("sidx"), fourCC("ssix"), fourCC("mfra")};
   if (std::find(ofFragments.begin(), ofFragments.end(), atom.type) != ofFragments.end()) {
-    return refusal("the movie is fragmented", atom);
+    return refusal(Reason::Fragmented, atom);
   }
-  if (found_.atoms.size() == mostAtoms) return refusal("there are too many atoms in the file");
+  if (found_.atoms.size() == mostAtoms) return refusal(Reason::TooManyAtoms);
   found_.atoms.push_back(atom);
   return {};
 }
@@ -93,12 +90,12 @@ Result<bool> Surveyor::onlyZeros(std::uint64_t begin) const {
   constexpr std::size_t piece = std::size_t{1} << 20;
   if (found_.fileSize - begin > MovieFile::maximumMovieAtomSize) return false;
   for (std::uint64_t at = begin; at < found_.fileSize;) {
-    const auto bytes = file_.read(at, static_cast<std::size_t>(std::min<std::uint64_t>(piece, found_.fileSize - at)));
-    if (!bytes) return tl::make_unexpected(bytes.error());
-    if (bytes->empty() || std::any_of(bytes->begin(), bytes->end(), [](std::uint8_t byte) { return byte != 0; })) {
+    TRY(const auto bytes,
+        file_.read(at, static_cast<std::size_t>(std::min<std::uint64_t>(piece, found_.fileSize - at))));
+    if (bytes.empty() || std::any_of(bytes.begin(), bytes.end(), [](std::uint8_t byte) { return byte != 0; })) {
       return false;
     }
-    at += bytes->size();
+    at += bytes.size();
   }
   return true;
 }
@@ -107,21 +104,19 @@ Result<bool> Surveyor::onlyZeros(std::uint64_t begin) const {
 /// the type becomes `free`; then the size is written, larger than what is there; then the body follows. Only such a
 /// rest may be cut.
 Result<void> Surveyor::checkRest(std::uint64_t begin) {
-  const auto head = file_.read(begin, longHeader);
-  if (!head) return tl::make_unexpected(head.error());
-  const auto [atom, defect] = readAtomHeader(*head, begin, found_.fileSize - begin);
+  TRY(const auto head, file_.read(begin, longHeader));
+  const auto [atom, defect] = readAtomHeader(head, begin, found_.fileSize - begin);
   constexpr std::array<std::uint8_t, 4> freeType{'f', 'r', 'e', 'e'};
-  bool started = head->size() >= 8 && read32(*head, 0) == 0;
+  bool started = head.size() >= 8 && read32(head, 0) == 0;
   for (std::size_t i = 0; i < 4 && started; ++i) {
-    started = (*head)[4 + i] == 0 || (*head)[4 + i] == freeType[i];
+    started = head[4 + i] == 0 || head[4 + i] == freeType[i];
   }
-  const auto zeros = onlyZeros(started ? begin + 8 : begin);
-  if (!zeros) return tl::make_unexpected(zeros.error());
-  const bool incomplete = head->size() >= 8 && atom.type == fourCC("free") &&
+  TRY(const auto zeros, onlyZeros(started ? begin + 8 : begin));
+  const bool incomplete = head.size() >= 8 && atom.type == fourCC("free") &&
                           (defect == AtomDefect::ReachesPastParent || found_.fileSize - begin <= longHeader);
-  if (!*zeros && !incomplete) {
-    if (head->size() >= 8 && read32(*head, 0) == 0) return refusal("an atom has no size of its own", atom);
-    return refusal("its atoms do not end where the file does", atom);
+  if (!zeros && !incomplete) {
+    if (head.size() >= 8 && read32(head, 0) == 0) return refusal(Reason::NoSizeOfItsOwn, atom);
+    return refusal(Reason::AtomsEndElsewhere, atom);
   }
   found_.end = begin;
   return {};
@@ -133,16 +128,15 @@ Result<void> Surveyor::settleMovies() {
     if (found_.atoms[i].type == fourCC("moov")) movies.push_back(i);
   }
   if (movies.empty() || found_.atoms[movies[0]].offset != loaded_.movieAtomOffset()) {
-    return refusal("the file was changed on disk since it was loaded");
+    return refusal(Reason::ChangedSinceLoaded);
   }
   found_.movie = movies[0];
   if (movies.size() == 1) return {};
   const Atom& second = found_.atoms[movies[1]];
-  if (movies.size() > 2 || movies[1] + 1 != found_.atoms.size()) return refusal("it holds several movies", second);
-  if (second.size > MovieFile::maximumMovieAtomSize) return refusal("it holds a second movie", second);
-  const auto bytes = file_.read(second.offset, static_cast<std::size_t>(second.size));
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  if (!equalButForColors(loaded_.movieAtom(), *bytes)) return refusal("it holds a second movie", second);
+  if (movies.size() > 2 || movies[1] + 1 != found_.atoms.size()) return refusal(Reason::SeveralMovies, second);
+  if (second.size > MovieFile::maximumMovieAtomSize) return refusal(Reason::SecondMovie, second);
+  TRY(const auto bytes, file_.read(second.offset, static_cast<std::size_t>(second.size)));
+  if (!equalButForColors(loaded_.movieAtom(), bytes)) return refusal(Reason::SecondMovie, second);
   found_.secondMovie = true;
   return {};
 }
@@ -150,23 +144,19 @@ Result<void> Surveyor::settleMovies() {
 Result<void> Surveyor::compareMovie() {
   const Atom& movie = found_.movieAtom();
   const ByteView loaded = loaded_.movieAtom();
-  const auto bytes =
-      file_.read(movie.offset, static_cast<std::size_t>(std::min<std::uint64_t>(movie.size, loaded.size() + 1)));
-  if (!bytes) return tl::make_unexpected(bytes.error());
-  if (!std::equal(bytes->begin(), bytes->end(), loaded.begin(), loaded.end())) {
-    return refusal("the file was changed on disk since it was loaded");
-  }
+  TRY(const auto bytes,
+      file_.read(movie.offset, static_cast<std::size_t>(std::min<std::uint64_t>(movie.size, loaded.size() + 1))));
+  if (!std::equal(bytes.begin(), bytes.end(), loaded.begin(), loaded.end())) return refusal(Reason::ChangedSinceLoaded);
   return {};
 }
 
 Result<void> Surveyor::collectMedia() {
-  if (auto status = addMediaOfMovie(loaded_.movieAtom(), file_.path(), found_.media); !status) return status;
+  TRY(addMediaOfMovie(loaded_.movieAtom(), file_.path(), found_.media));
   for (const Atom& atom : found_.atoms) {
     if (atom.type != fourCC("meta")) continue;
-    if (atom.size > largestMeta) return refusal("the atom is too large to be looked through", atom);
-    const auto bytes = file_.read(atom.offset, static_cast<std::size_t>(atom.size));
-    if (!bytes) return tl::make_unexpected(bytes.error());
-    if (auto status = addMediaOfMeta(*bytes, file_.path(), found_.media); !status) return status;
+    if (atom.size > largestMeta) return refusal(Reason::AtomTooLarge, atom);
+    TRY(const auto bytes, file_.read(atom.offset, static_cast<std::size_t>(atom.size)));
+    TRY(addMediaOfMeta(bytes, file_.path(), found_.media));
   }
   found_.media.settle();
   return {};
@@ -174,11 +164,11 @@ Result<void> Surveyor::collectMedia() {
 
 Result<void> Surveyor::checkMedia() {
   const Atom& movie = found_.movieAtom();
-  if (found_.media.overlaps(movie.offset, movie.end())) return refusal("media data lie inside the movie atom", movie);
-  if (found_.media.end() > found_.end) return refusal("media data lie past the end of the file");
+  if (found_.media.overlaps(movie.offset, movie.end())) return refusal(Reason::MediaInMovie, movie);
+  if (found_.media.end() > found_.end) return refusal(Reason::MediaPastEnd);
   const Atom& last = found_.atoms.back();
   if (found_.secondMovie && found_.media.overlaps(last.offset, last.end())) {
-    return refusal("media data lie inside a second movie atom", last);
+    return refusal(Reason::MediaInSecondMovie, last);
   }
   return {};
 }

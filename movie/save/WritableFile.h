@@ -79,7 +79,8 @@ class WritableFile {
 
  private:
   WritableFile(std::string path, FileCalls& calls) : path_(std::move(path)), calls_(&calls) {}
-  tl::unexpected<MovieError> failure(int error, const char* doing) const;
+  tl::unexpected<MovieError> failure(int error) const;
+  tl::unexpected<MovieError> failure(int error, Reason doing) const;
   Result<struct stat> status() const;
   Result<void> probe() const;
   Result<void> lock();

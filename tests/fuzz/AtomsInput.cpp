@@ -116,7 +116,7 @@ std::string askMovieAtom(const MovieFile& movie) {
     media.overlaps(0, movie.size());
   }
   const auto map = movie::mapMovie(atom, movie.path());
-  if (!map) return map.error().reason.empty() ? "an error without a reason" : "";
+  if (!map) return map.error().reason().empty() ? "an error without a reason" : "";
   for (const auto& track : map->tracks) {
     for (std::size_t i = 0; i < mostDescriptions; ++i) {
       const movie::DataReference* const reference = track.chunks.externalReference(i);
@@ -136,7 +136,7 @@ std::string askMovieAtom(const MovieFile& movie) {
 std::string tryAtoms(ByteView input) {
   static MemoryFile file;
   const auto movie = MovieFile::open(file.holding(input));
-  if (!movie) return movie.error().reason.empty() ? "an error without a reason" : "";
+  if (!movie) return movie.error().reason().empty() ? "an error without a reason" : "";
   if ((*movie)->timeScale() <= 0) return "a time scale of 0 or below";
   for (std::size_t i = 0; i < std::min((*movie)->tracks().size(), mostTracks); ++i) {
     if (auto wrong = askTrack(**movie, i); !wrong.empty()) return "track " + std::to_string(i) + ": " + wrong;

@@ -165,7 +165,7 @@ std::string editAndJudge(const MovieFile& movie, ByteView input, std::size_t tra
   const auto base = movie::editedMovieAtom(movie.movieAtom(), {});
   if (!base) return {};
   const auto edited = movie::editedMovieAtom(*base, {{track, index, description.bytes()}});
-  if (!edited) return edited.error().reason.empty() ? "an error without a reason" : "";
+  if (!edited) return edited.error().reason().empty() ? "an error without a reason" : "";
   const auto place = placeOf(*base, track, index);
   if (!place) return "an edited description is nowhere";
   if (!onlyDiffersThere(*base, *edited, *place)) return "the edit changed more than the description";

@@ -263,7 +263,7 @@ TEST(MovieFrame, IsAnErrorWhereItCannotBeHad) {
       const auto frame = movie->frameImageAtTime({0, 600, 0}, {});
       ASSERT_FALSE(frame);
       EXPECT_EQ(frame.error().file, file.path());
-      EXPECT_FALSE(frame.error().reason.empty());
+      EXPECT_FALSE(frame.error().reason().empty());
     }
   }
 }

@@ -73,7 +73,7 @@ TEST(MovieSave, ACopyWhoseFileWasSavedMeanwhileIsRefused) {
   ASSERT_TRUE(movie->updateMovieFile());
   const auto outcome = copy->updateMovieFile();
   ASSERT_FALSE(outcome);
-  EXPECT_EQ(outcome.error().reason, "the file was changed on disk since it was loaded");
+  EXPECT_EQ(outcome.error().reason(), "the file was changed on disk since it was loaded");
   EXPECT_EQ(gammaOf(*copy), 0x10000);
   EXPECT_FALSE(copy->canUpdateMovieFile());
 }

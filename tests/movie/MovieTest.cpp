@@ -74,7 +74,7 @@ TEST(Movie, InitialisesWithAnyFileWhoseAtomsMakeAMovie) {
   const auto refused = Movie::movieWithFile(textNamedMovie.path());
   ASSERT_FALSE(refused);
   EXPECT_EQ(refused.error().file, textNamedMovie.path());
-  EXPECT_FALSE(refused.error().reason.empty());
+  EXPECT_FALSE(refused.error().reason().empty());
 }
 
 TEST(Movie, HasNothingWhenEmpty) {
@@ -88,7 +88,7 @@ TEST(Movie, HasNothingWhenEmpty) {
   EXPECT_FALSE(movie->timecodeStart());
   const auto frame = movie->frameImageAtTime({}, {});
   ASSERT_FALSE(frame);
-  EXPECT_EQ(frame.error().reason, "the movie has no video track");
+  EXPECT_EQ(frame.error().reason(), "the movie has no video track");
   EXPECT_TRUE(movie->copy()->tracksOfMediaType(soundMedia).empty());
 }
 
@@ -296,7 +296,7 @@ TEST(Movie, SaysWhyThereIsNoFrame) {
     const TemporaryFile file(fileOf({row.track}));
     const auto frame = opened(file)->frameImageAtTime({0, 600, 0}, {});
     ASSERT_FALSE(frame);
-    EXPECT_EQ(frame.error().reason, row.reason);
+    EXPECT_EQ(frame.error().reason(), row.reason);
     EXPECT_EQ(frame.error().file, file.path());
   }
 }

@@ -9,12 +9,6 @@ import unittest
 
 TOOL = pathlib.Path(__file__).resolve().parents[2] / "tools" / "check_translations.py"
 
-sys.path.insert(0, str(TOOL.parent))
-sys.dont_write_bytecode = True
-import check_translations  # noqa: E402
-
-TABLE = 'QT_TRANSLATE_NOOP("MovieReasons", "the frame cannot be decoded: %1"),\n'
-
 
 def message(text, translation, kind=""):
     kind = f' type="{kind}"' if kind else ""
@@ -25,16 +19,12 @@ def file_of(*messages):
     return f'<TS version="2.1"><context><name>Menu</name>{"".join(messages)}</context></TS>'
 
 
-def run_on(ts, table=TABLE, decoder='return failure("the frame cannot be decoded: " + text);', found=None):
+def run_on(ts, found=None):
     """`found`: what a tool that reads the sources would write."""
     with tempfile.TemporaryDirectory() as folder:
         top = pathlib.Path(folder)
-        for name in check_translations.REASON_FILES:
-            (top / name).parent.mkdir(parents=True, exist_ok=True)
-            (top / name).write_text(decoder)
-        for name, text in {"app/Subclasses/MovieReasons.cpp": table, "translations/x_de.ts": ts}.items():
-            (top / name).parent.mkdir(exist_ok=True)
-            (top / name).write_text(text)
+        (top / "translations").mkdir()
+        (top / "translations/x_de.ts").write_text(ts)
         lupdate = []
         if found is not None:
             (top / "found.ts").write_text(found)
@@ -91,18 +81,6 @@ class Translations(unittest.TestCase):
         committed = file_of(message("Save", "Speichern"))
         self.refuses("'Save' is in no source", committed, found=file_of(message("Save", "Speichern", "vanished")))
         self.accepts(committed, found=committed)
-
-    def test_refuses_a_pattern_that_nothing_says(self):
-        self.refuses("says 'the frame is lost'", file_of(), table=TABLE + 'QT_TRANSLATE_NOOP("MovieReasons", "the frame is lost"),')
-
-    def test_refuses_a_reason_without_a_pattern(self):
-        self.refuses("nothing for 'the moon is full'", file_of(),
-                     decoder='return failure("the frame cannot be decoded: the moon is full");')
-
-    def test_takes_a_reason_together_that_the_source_takes_apart(self):
-        table = TABLE + 'QT_TRANSLATE_NOOP("MovieReasons", "there is no room for the sample %1"),'
-        self.accepts(file_of(), table=table,
-                     decoder='f("the frame cannot be decoded: "); g("the sample " + n); h("there is no room for " + name);')
 
 
 if __name__ == "__main__":

@@ -9,20 +9,18 @@ extern "C" {
 
 namespace movie {
 
-tl::expected<CodecHeader, std::string> readCodecHeader(FourCC majorBrand, const ImageDescription& description) {
+tl::expected<CodecHeader, Clause> readCodecHeader(FourCC majorBrand, const ImageDescription& description) {
   CodecHeader header;
   header.fullRange = description.nclxFullRange();
   header.parameters = everydayParameters(description);
   if (header.parameters != nullptr) return header;
 
-  const auto read = demuxedDescriptionReader();
-  if (!read) return tl::make_unexpected(read.error());
+  TRY(const auto read, demuxedDescriptionReader());
   ImageDescription colorless = description;
   while (colorless.removeExtension(fourCC("colr")) == noErr) continue;
-  auto demuxed = (*read)(majorBrand, colorless);
-  if (!demuxed) return tl::make_unexpected(demuxed.error());
-  header.parameters = std::move(demuxed->parameters);
-  header.palette = std::move(demuxed->palette);
+  TRY(auto demuxed, read(majorBrand, colorless));
+  header.parameters = std::move(demuxed.parameters);
+  header.palette = std::move(demuxed.palette);
   return header;
 }
 

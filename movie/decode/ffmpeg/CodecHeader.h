@@ -4,9 +4,8 @@
 #include <string>
 #include <vector>
 
-#include <tl/expected.hpp>
-
 #include "movie/atoms/ImageDescription.h"
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
 
 namespace movie {
@@ -22,6 +21,6 @@ struct CodecHeader {
 /// reports are then the bitstream's own. An everyday description is read here, any other by the demuxer itself, which
 /// costs the loading of its module. `majorBrand` is the file's, 0 without ftyp. Error: a clause; libav makes nothing of
 /// the description, or the module is not there.
-tl::expected<CodecHeader, std::string> readCodecHeader(FourCC majorBrand, const ImageDescription& description);
+tl::expected<CodecHeader, Clause> readCodecHeader(FourCC majorBrand, const ImageDescription& description);
 
 }  // namespace movie

@@ -16,29 +16,25 @@ constexpr int longestReorder = 16;  // pictures, in every standard there is
 }  // namespace
 
 Result<std::unique_ptr<DecodingTrack>> DecodingTrack::make(std::shared_ptr<const MovieFile> file, std::size_t track) {
-  const auto failure = [&file](const std::string& reason) {
-    return tl::make_unexpected(MovieError{file->path(), {}, 0, reason});
-  };
-  if (track >= file->tracks().size()) return failure("there is no such track");
+  const auto failure = [&file](Reason why) { return failed(file->path(), why); };
+  if (track >= file->tracks().size()) return failure(Reason::NoSuchTrack);
   const TrackInfo& info = file->tracks()[track];
-  if (info.mediaType != videoMedia) return failure("the track holds no pictures");
-  if (info.sampleDescriptions.empty()) return failure("the video track has no image description");
+  if (info.mediaType != videoMedia) return failure(Reason::NoPictures);
+  if (info.sampleDescriptions.empty()) return failure(Reason::NoImageDescription);
   return std::unique_ptr<DecodingTrack>(new DecodingTrack(std::move(file), track));
 }
 
 DecodingTrack::DecodingTrack(std::shared_ptr<const MovieFile> file, std::size_t track)
     : file_(std::move(file)), track_(track), table_(file_->sampleTable(track)) {}
 
-tl::unexpected<MovieError> DecodingTrack::failure(const std::string& reason) const {
-  return tl::make_unexpected(MovieError{file_->path(), {}, 0, reason});
+tl::unexpected<MovieError> DecodingTrack::failure(Clause why) const {
+  return failed(file_->path(), std::move(why));
 }
 
 Result<bool> DecodingTrack::useDescriptionOf(std::uint64_t sample) {
   const DescriptionRun run = file_->descriptionRunOf(track_, sample);
   const TrackInfo& info = file_->tracks()[track_];
-  if (info.isExternal(run.description)) {
-    return failure("the samples lie in another file, and such references are not followed");
-  }
+  if (info.isExternal(run.description)) return failure(Reason::SamplesElsewhere);
   firstSample_ = run.first;
   if (decoder_ != nullptr && description_ == run.description) return false;
   decoder_.reset();
@@ -81,17 +77,18 @@ int DecodingTrack::reorderDepthAt(std::uint64_t sample, std::int64_t presentatio
 }
 
 Result<std::size_t> DecodingTrack::readPacket(std::uint64_t sample) {
-  const std::string name = "the sample " + std::to_string(sample);
+  const Clause name = verbatim(std::to_string(sample));
+  const auto unreadable = [&](Clause why) { return failure({Reason::SampleUnreadable, {name, std::move(why)}}); };
   const auto place = file_->locateSample(track_, sample);
-  if (!place) return failure(name + " cannot be read: " + place.error().reason);
+  if (!place) return unreadable(place.error().why);
   if (place->size == 0) return 0;
-  if (place->size > decoder_->sampleLimit()) return failure(name + " is too large for its picture");
+  if (place->size > decoder_->sampleLimit()) return failure({Reason::SampleTooLarge, {name}});
   const auto size = static_cast<std::size_t>(place->size);
   AVPacket* const packet = decoder_->packet(size, static_cast<std::int64_t>(sample));
-  if (packet == nullptr) return failure("there is not enough memory for " + name);
+  if (packet == nullptr) return failure({Reason::NoMemoryForSample, {name}});
   const auto got = file_->read(place->offset, std::span(packet->data, size));
-  if (!got) return failure(name + " cannot be read: " + got.error().reason);
-  if (*got < size) return failure(name + " cannot be read: the file became shorter");
+  if (!got) return unreadable(got.error().why);
+  if (*got < size) return unreadable(Reason::BecameShorter);
   return size;
 }
 

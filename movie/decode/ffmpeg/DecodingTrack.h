@@ -42,7 +42,7 @@ class DecodingTrack {
 
   /// Reads a sample into a packet of the decoder's; its size, 0 for none.
   Result<std::size_t> readPacket(std::uint64_t sample);
-  tl::unexpected<MovieError> failure(const std::string& reason) const;
+  tl::unexpected<MovieError> failure(Clause why) const;
 
  private:
   DecodingTrack(std::shared_ptr<const MovieFile> file, std::size_t track);

@@ -93,14 +93,12 @@ DemuxedDescriptionResult demuxDescription(FourCC majorBrand, const ImageDescript
   const Bytes movie = oneSampleMovie(majorBrand, description.bytes());
   const MemoryInput input(movie);
   const OpenInput context = openMovie(input);
-  if (context == nullptr || context->nb_streams == 0) {
-    return tl::make_unexpected("the image description cannot be understood");
-  }
+  if (context == nullptr || context->nb_streams == 0) return tl::make_unexpected(Reason::ImageDescriptionUnreadable);
   DemuxedDescription demuxed;
   demuxed.parameters.reset(avcodec_parameters_alloc());
   if (demuxed.parameters == nullptr ||
       avcodec_parameters_copy(demuxed.parameters.get(), context->streams[0]->codecpar) < 0) {
-    return tl::make_unexpected("there is not enough memory for a decoder");
+    return tl::make_unexpected(Reason::NoMemoryForDecoder);
   }
   constexpr unsigned deepestColorTable = 8;
   if ((description.depth() & 31U) <= deepestColorTable) demuxed.palette = readPalette(*context);

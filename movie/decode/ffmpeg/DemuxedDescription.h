@@ -3,9 +3,8 @@
 #include <string>
 #include <vector>
 
-#include <tl/expected.hpp>
-
 #include "movie/atoms/ImageDescription.h"
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
 
 namespace movie {
@@ -17,7 +16,7 @@ struct DemuxedDescription {
 };
 
 /// Error: a clause.
-using DemuxedDescriptionResult = tl::expected<DemuxedDescription, std::string>;
+using DemuxedDescriptionResult = tl::expected<DemuxedDescription, Clause>;
 
 /// Has libav's own demuxer read a description. `majorBrand` is that of the file it is from, 0 without ftyp.
 DemuxedDescriptionResult demuxDescription(FourCC majorBrand, const ImageDescription& description);

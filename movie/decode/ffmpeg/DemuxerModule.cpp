@@ -6,17 +6,17 @@
 namespace movie {
 namespace {
 
-tl::expected<DemuxedDescriptionReader, std::string> load() {
+tl::expected<DemuxedDescriptionReader, Clause> load() {
   const auto entry = moduleEntry("movie-ffmpeg-demuxer.so", "lumacheckDemuxedDescriptionReader");
-  if (!entry) return tl::make_unexpected(entry.error().reason);
+  if (!entry) return tl::make_unexpected(entry.error().why);
   const auto reader = reinterpret_cast<DemuxerModuleEntry>(*entry)(decoderInterfaceVersion);
-  if (reader == nullptr) return tl::make_unexpected("the decoder module belongs to another version of this program");
+  if (reader == nullptr) return tl::make_unexpected(Reason::ModuleOfOtherVersion);
   return reader;
 }
 
 }  // namespace
 
-tl::expected<DemuxedDescriptionReader, std::string> demuxedDescriptionReader() {
+tl::expected<DemuxedDescriptionReader, Clause> demuxedDescriptionReader() {
   static const auto reader = load();
   return reader;
 }

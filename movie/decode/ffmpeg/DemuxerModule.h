@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include <tl/expected.hpp>
-
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/ffmpeg/DemuxedDescription.h"
 
 namespace movie {
@@ -17,6 +16,6 @@ using DemuxerModuleEntry = DemuxedDescriptionReader (*)(int interfaceVersion);
 /// demuxDescription() of the module that lies beside this one, loaded at the first call: libav's demuxers need about
 /// forty more libraries than its decoders, and take as long to load. Thread-safe. Error: a clause; it is missing or
 /// does not fit.
-tl::expected<DemuxedDescriptionReader, std::string> demuxedDescriptionReader();
+tl::expected<DemuxedDescriptionReader, Clause> demuxedDescriptionReader();
 
 }  // namespace movie

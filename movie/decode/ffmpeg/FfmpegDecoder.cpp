@@ -17,9 +17,8 @@ constexpr int patience = 4;
 }  // namespace
 
 Result<std::unique_ptr<MovieDecoder>> FfmpegDecoder::make(std::shared_ptr<const MovieFile> file, std::size_t track) {
-  auto made = DecodingTrack::make(std::move(file), track);
-  if (!made) return tl::make_unexpected(std::move(made).error());
-  return std::unique_ptr<MovieDecoder>(new FfmpegDecoder(std::move(*made)));
+  TRY(auto made, DecodingTrack::make(std::move(file), track));
+  return std::unique_ptr<MovieDecoder>(new FfmpegDecoder(std::move(made)));
 }
 
 Result<Picture> FfmpegDecoder::picture(const PictureRequest& request) {
@@ -31,31 +30,28 @@ Result<Picture> FfmpegDecoder::picture(const PictureRequest& request) {
 }
 
 Result<std::optional<Picture>> FfmpegDecoder::pictureInRow(const RowRequest& request) {
-  const auto found = find({request.picture.sample, Manner::InRow, request.nextTime, request.givenUp});
-  if (!found) return tl::make_unexpected(found.error());
-  if (!*found) return std::nullopt;
+  TRY(const auto found, find({request.picture.sample, Manner::InRow, request.nextTime, request.givenUp}));
+  if (!found) return std::nullopt;
   return pictureOfCurrent(request.picture, Scaling::Quick);
 }
 
 Result<Picture> FfmpegDecoder::pictureOfCurrent(const PictureRequest& request, Scaling scaling) const {
   auto picture = pictureOfFrame(*current_.frame, decoder().frameOrigin(), request, scaling);
-  if (!picture) return track_->failure("the frame cannot be used: " + picture.error());
+  if (!picture) return track_->failure({Reason::FrameUnusable, {picture.error()}});
   return std::move(*picture);
 }
 
 /// Makes current_ what the target shows. False when it was given up.
 Result<bool> FfmpegDecoder::find(const Search& search) {
   const PresentedSample& target = search.target;
-  if (target.index >= track_->table().sampleCount()) return track_->failure("there is no such sample");
-  if (auto ready = useDescriptionOf(target.index); !ready) return tl::make_unexpected(ready.error());
+  if (target.index >= track_->table().sampleCount()) return track_->failure(Reason::NoSuchSample);
+  TRY(useDescriptionOf(target.index));
   if (given_ == target.index) return true;
   given_.reset();
   auto outcome = canGoOnTo(target) ? advance(search) : Outcome::Unproven;
   if (outcome && (*outcome == Outcome::Unproven || *outcome == Outcome::TooShallow)) outcome = startFor(search);
   if (!outcome) return tl::make_unexpected(outcome.error());
-  if (*outcome == Outcome::Unproven) {
-    return track_->failure("the frame cannot be decoded: the decoder gave no picture");
-  }
+  if (*outcome == Outcome::Unproven) return track_->failure({Reason::FrameUndecodable, {Reason::NoPicture}});
   if (*outcome == Outcome::GivenUp) return false;
   given_ = target.index;
   return true;
@@ -96,7 +92,7 @@ Result<FfmpegDecoder::Outcome> FfmpegDecoder::startFor(const Search& search) {
 Result<FfmpegDecoder::Outcome> FfmpegDecoder::decodeFrom(std::uint64_t start, Start kind, const Search& search) {
   auto outcome = Result<Outcome>(Outcome::TooShallow);
   while (outcome && *outcome == Outcome::TooShallow) {
-    if (auto ready = restart(start, kind, search.target); !ready) return tl::make_unexpected(ready.error());
+    TRY(restart(start, kind, search.target));
     outcome = advance(search);
   }
   return outcome;
@@ -158,7 +154,7 @@ Result<FfmpegDecoder::Outcome> FfmpegDecoder::advance(const Search& search) {
     if (run_->drained || isOverdue(target)) return run_->proven ? takeNearest(target) : Outcome::Unproven;
     if (search.givenUp && search.givenUp()) return Outcome::GivenUp;
     if (search.manner == Manner::InRow && tooShallowForNext()) return Outcome::TooShallow;
-    if (auto sent = sendNext(search); !sent) return tl::make_unexpected(sent.error());
+    TRY(sendNext(search));
   }
   return run_->proven ? Outcome::Found : Outcome::Unproven;
 }
@@ -198,7 +194,7 @@ Result<void> FfmpegDecoder::sendNext(const Search& search) {
   if (!size || *size == 0) return {};
   if (*size > run_->bytesLeft) {
     forget();
-    return track_->failure("the samples overlap");
+    return track_->failure(Reason::SamplesOverlap);
   }
   run_->bytesLeft -= *size;
   const bool passing = mayPassOver(sample, search);
@@ -260,7 +256,7 @@ bool FfmpegDecoder::takeUp(const PresentedSample& target) {
 /// For a target without a frame of its own: what is on screen at its time, the last before it, else the first after it.
 /// Unproven: nothing has come out at all.
 Result<FfmpegDecoder::Outcome> FfmpegDecoder::takeNearest(const PresentedSample& target) {
-  if (run_->error != 0) return track_->failure("the frame cannot be decoded: " + libavText(run_->error));
+  if (run_->error != 0) return track_->failure({Reason::FrameUndecodable, {verbatim(libavText(run_->error))}});
   run_->passedTime = std::max(run_->passedTime, target.presentationTime);
   if (current_.frame != nullptr) return Outcome::Found;
   const auto first =

@@ -28,14 +28,14 @@ PictureModel modelOf(const AVPixFmtDescriptor& format, const FrameOrigin& origin
   return origin.imageCodec || format.comp[0].depth < 8 ? PictureModel::Grey : PictureModel::YCbCr;
 }
 
-/// Null for the formats that have samples; else what they have instead.
-const char* obstacleOf(const AVPixFmtDescriptor& format, int pixelFormat) {
-  if (has(format, AV_PIX_FMT_FLAG_HWACCEL)) return "lies outside of memory";
-  if (has(format, AV_PIX_FMT_FLAG_FLOAT)) return "has floating-point samples";
-  if (has(format, AV_PIX_FMT_FLAG_BAYER)) return "is a sensor's mosaic";
+/// None for the formats that have samples.
+std::optional<Reason> obstacleOf(const AVPixFmtDescriptor& format, int pixelFormat) {
+  if (has(format, AV_PIX_FMT_FLAG_HWACCEL)) return Reason::PixelsOutsideMemory;
+  if (has(format, AV_PIX_FMT_FLAG_FLOAT)) return Reason::PixelsFloating;
+  if (has(format, AV_PIX_FMT_FLAG_BAYER)) return Reason::PixelsMosaic;
   // Its descriptor cannot tell where its samples lie.
-  if (pixelFormat == AV_PIX_FMT_UYYVYY411) return "is not known";
-  return nullptr;
+  if (pixelFormat == AV_PIX_FMT_UYYVYY411) return Reason::PixelsUnknown;
+  return std::nullopt;
 }
 
 PictureRange rangeOf(const AVFrame& frame, PictureModel model, const FrameOrigin& origin) {
@@ -224,14 +224,14 @@ int depthOf(const AVPixFmtDescriptor& format) {
 
 }  // namespace
 
-tl::expected<Picture, std::string> pictureOfFrame(const AVFrame& frame, const FrameOrigin& origin,
-                                                  const PictureRequest& request, Scaling scaling) {
+tl::expected<Picture, Clause> pictureOfFrame(const AVFrame& frame, const FrameOrigin& origin,
+                                             const PictureRequest& request, Scaling scaling) {
   const AVPixFmtDescriptor* const format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(frame.format));
   if (format == nullptr || frame.data[0] == nullptr || frame.width <= 0 || frame.height <= 0) {
-    return tl::make_unexpected("the decoder gave no picture");
+    return tl::make_unexpected(Reason::NoPicture);
   }
-  if (const char* const obstacle = obstacleOf(*format, frame.format)) {
-    return tl::make_unexpected("the pixel format " + std::string(format->name) + ' ' + obstacle);
+  if (const auto obstacle = obstacleOf(*format, frame.format)) {
+    return tl::make_unexpected(Clause(*obstacle, {verbatim(format->name)}));
   }
   const PictureCrop part = partOf(frame, request.crop);
   Picture picture;

@@ -3,8 +3,7 @@
 #include <optional>
 #include <string>
 
-#include <tl/expected.hpp>
-
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/MovieDecoder.h"
 
 struct AVFrame;
@@ -24,8 +23,8 @@ enum class Scaling {
 
 /// The requested part of a decoded frame, scaled, in the frame's own colours. Samples narrower than 8 bits, or of
 /// uneven widths (5-6-5), are spread to 8 bits; CIE XYZ becomes RGB of sRGB's primaries and gamma 2.2, in 12 bits.
-/// Error: a clause that names the reason.
-tl::expected<Picture, std::string> pictureOfFrame(const AVFrame& frame, const FrameOrigin& origin,
-                                                  const PictureRequest& request, Scaling scaling = Scaling::Exact);
+/// Error: why not.
+tl::expected<Picture, Clause> pictureOfFrame(const AVFrame& frame, const FrameOrigin& origin,
+                                             const PictureRequest& request, Scaling scaling = Scaling::Exact);
 
 }  // namespace movie

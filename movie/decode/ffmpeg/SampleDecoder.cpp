@@ -56,16 +56,15 @@ std::string libavText(int error) {
   return text.data();
 }
 
-tl::expected<std::unique_ptr<SampleDecoder>, std::string> SampleDecoder::make(FourCC majorBrand,
-                                                                              const ImageDescription& description) {
-  if (isEncrypted(description.codec())) return tl::make_unexpected(std::string("the samples are encrypted"));
-  auto header = readCodecHeader(majorBrand, description);
-  if (!header) return tl::make_unexpected(header.error());
-  const AVCodec* const codec = avcodec_find_decoder(header->parameters->codec_id);
+tl::expected<std::unique_ptr<SampleDecoder>, Clause> SampleDecoder::make(FourCC majorBrand,
+                                                                         const ImageDescription& description) {
+  if (isEncrypted(description.codec())) return tl::make_unexpected(Reason::Encrypted);
+  TRY(auto header, readCodecHeader(majorBrand, description));
+  const AVCodec* const codec = avcodec_find_decoder(header.parameters->codec_id);
   if (codec == nullptr || codec->type != AVMEDIA_TYPE_VIDEO) {
-    return tl::make_unexpected("there is no decoder for the codec '" + fourCCText(description.codec()) + "'");
+    return tl::make_unexpected(Clause(Reason::UnknownCodec, {verbatim(fourCCText(description.codec()))}));
   }
-  return std::unique_ptr<SampleDecoder>(new SampleDecoder(std::move(*header), codec));
+  return std::unique_ptr<SampleDecoder>(new SampleDecoder(std::move(header), codec));
 }
 
 SampleDecoder::SampleDecoder(CodecHeader header, const AVCodec* codec)
@@ -116,15 +115,13 @@ FrameOrigin SampleDecoder::frameOrigin() const {
   return {isImageCodec(codec_->id), header_.fullRange};
 }
 
-tl::expected<void, std::string> SampleDecoder::restart(int reorderDepth) {
+tl::expected<void, Clause> SampleDecoder::restart(int reorderDepth) {
   if (context_ != nullptr && reorderDepth <= openDepth_) {
     avcodec_flush_buffers(context_.get());
     return {};
   }
   context_.reset(avcodec_alloc_context3(codec_));
-  if (context_ == nullptr || packet_ == nullptr) {
-    return tl::make_unexpected("there is not enough memory for a decoder");
-  }
+  if (context_ == nullptr || packet_ == nullptr) return tl::make_unexpected(Reason::NoMemoryForDecoder);
   int status = avcodec_parameters_to_context(context_.get(), header_.parameters.get());
   if (status >= 0) {
     context_->max_pixels = pixelLimit_;
@@ -136,7 +133,7 @@ tl::expected<void, std::string> SampleDecoder::restart(int reorderDepth) {
   }
   if (status < 0) {
     context_.reset();
-    return tl::make_unexpected("the decoder cannot be opened: " + libavText(status));
+    return tl::make_unexpected(Clause(Reason::DecoderUnopenable, {verbatim(libavText(status))}));
   }
   openDepth_ = reorderDepth;
   return {};

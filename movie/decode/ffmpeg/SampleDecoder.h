@@ -5,8 +5,7 @@
 #include <memory>
 #include <string>
 
-#include <tl/expected.hpp>
-
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/ffmpeg/CodecHeader.h"
 #include "movie/decode/ffmpeg/FrameMemory.h"
 #include "movie/decode/ffmpeg/FramePicture.h"
@@ -20,8 +19,8 @@ namespace movie {
 class SampleDecoder {
  public:
   /// Error: the description cannot be understood, nothing decodes its codec, or the samples are encrypted.
-  static tl::expected<std::unique_ptr<SampleDecoder>, std::string> make(FourCC majorBrand,
-                                                                        const ImageDescription& description);
+  static tl::expected<std::unique_ptr<SampleDecoder>, Clause> make(FourCC majorBrand,
+                                                                   const ImageDescription& description);
 
   bool intraOnly() const { return intraOnly_; }
   /// Whether it gives no frame after a start that it cannot decode from, and starts without a key frame where the
@@ -37,7 +36,7 @@ class SampleDecoder {
   std::size_t sampleLimit() const { return sampleLimit_; }  ///< bytes; no sample of such pictures is larger
 
   /// Ready to decode from a sample that needs no earlier one. `reorderDepth` in pictures.
-  tl::expected<void, std::string> restart(int reorderDepth);
+  tl::expected<void, Clause> restart(int reorderDepth);
   /// Whether frames that the decoder knows to be spoiled come out all the same.
   void setSpoiledFrames(bool wanted);
 

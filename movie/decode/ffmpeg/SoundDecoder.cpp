@@ -135,12 +135,12 @@ constexpr std::uint32_t imaFrames = 64, imaBytes = 34;  // of one channel's pack
 
 SoundDecoder::~SoundDecoder() = default;
 
-tl::expected<std::unique_ptr<SoundDecoder>, std::string> SoundDecoder::make(const SoundDescription& description) {
-  if (isEncrypted(description.codec)) return tl::make_unexpected(std::string("the samples are encrypted"));
+tl::expected<std::unique_ptr<SoundDecoder>, Clause> SoundDecoder::make(const SoundDescription& description) {
+  if (isEncrypted(description.codec)) return tl::make_unexpected(Reason::Encrypted);
   const AVCodecID id = codecOf(description);
   const AVCodec* const codec = avcodec_find_decoder(id);
   if (codec == nullptr) {
-    return tl::make_unexpected("there is no decoder for the codec '" + fourCCText(description.codec) + "'");
+    return tl::make_unexpected(Clause(Reason::UnknownCodec, {verbatim(fourCCText(description.codec))}));
   }
   std::unique_ptr<SoundDecoder> decoder(new SoundDecoder);
   decoder->context_.reset(avcodec_alloc_context3(codec));
@@ -149,14 +149,14 @@ tl::expected<std::unique_ptr<SoundDecoder>, std::string> SoundDecoder::make(cons
   AVCodecContext* const context = decoder->context_.get();
   if (context == nullptr || decoder->packet_ == nullptr || decoder->frame_ == nullptr ||
       !copySetup(*context, description.setup)) {
-    return tl::make_unexpected(std::string("there is not enough memory for a decoder"));
+    return tl::make_unexpected(Reason::NoMemoryForDecoder);
   }
   av_channel_layout_default(&context->ch_layout, description.channels);
   context->sample_rate = description.rate;
   context->bits_per_coded_sample = description.bits;
   context->thread_count = 1;
   if (const int status = avcodec_open2(context, codec, nullptr); status < 0) {
-    return tl::make_unexpected("the decoder cannot be opened: " + libavText(status));
+    return tl::make_unexpected(Clause(Reason::DecoderUnopenable, {verbatim(libavText(status))}));
   }
   decoder->rate_ = description.rate;
   decoder->preroll_ = prerollOf(id);
@@ -171,9 +171,9 @@ tl::expected<std::unique_ptr<SoundDecoder>, std::string> SoundDecoder::make(cons
   return decoder;
 }
 
-tl::expected<void, std::string> SoundDecoder::decode(ByteView packet, std::vector<float>& stereo) {
+tl::expected<void, Clause> SoundDecoder::decode(ByteView packet, std::vector<float>& stereo) {
   const auto failure = [](int status) {
-    return tl::make_unexpected("the sound cannot be decoded: " + libavText(status));
+    return tl::make_unexpected(Clause(Reason::SoundUndecodable, {verbatim(libavText(status))}));
   };
   av_packet_unref(packet_.get());
   if (av_new_packet(packet_.get(), static_cast<int>(packet.size())) < 0) return failure(AVERROR(ENOMEM));

@@ -6,8 +6,7 @@
 #include <string>
 #include <vector>
 
-#include <tl/expected.hpp>
-
+#include "movie/atoms/MovieError.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
 #include "movie/decode/ffmpeg/SoundDescription.h"
 #include "movie/decode/ffmpeg/SoundMix.h"
@@ -18,7 +17,7 @@ namespace movie {
 class SoundDecoder {
  public:
   /// Error: nothing decodes the codec, its samples are encrypted, or the decoder cannot be opened.
-  static tl::expected<std::unique_ptr<SoundDecoder>, std::string> make(const SoundDescription& description);
+  static tl::expected<std::unique_ptr<SoundDecoder>, Clause> make(const SoundDescription& description);
   ~SoundDecoder();
 
   /// Packets that all have one length and one size; 0 where they have not. Uncompressed sound has packets of one frame,
@@ -31,7 +30,7 @@ class SoundDecoder {
   int rate() const { return rate_; }
 
   /// Decodes one packet, or a run of those of uncompressed sound, and appends its frames, two floats each.
-  tl::expected<void, std::string> decode(ByteView packet, std::vector<float>& stereo);
+  tl::expected<void, Clause> decode(ByteView packet, std::vector<float>& stereo);
 
  private:
   SoundDecoder() = default;

@@ -87,8 +87,8 @@ double float64(ByteView bytes, std::size_t at) {
 
 }  // namespace
 
-tl::expected<SoundDescription, std::string> readSoundDescription(ByteView entry) {
-  const auto tooShort = [] { return tl::make_unexpected(std::string("the sound description is too short")); };
+tl::expected<SoundDescription, Clause> readSoundDescription(ByteView entry) {
+  const auto tooShort = [] { return tl::make_unexpected(Reason::SoundDescriptionTooShort); };
   if (entry.size() < plainHeader) return tooShort();
   SoundDescription description;
   description.codec = read32(entry, 4);
@@ -107,7 +107,7 @@ tl::expected<SoundDescription, std::string> readSoundDescription(ByteView entry)
     description.flags = read32(entry, 60);
   }
   if (channels == 0 || channels > SoundDescription::mostChannels) {
-    return tl::make_unexpected("a sound of " + std::to_string(channels) + " channels cannot be played");
+    return tl::make_unexpected(Clause(Reason::TooManyChannels, {verbatim(std::to_string(channels))}));
   }
   description.channels = static_cast<int>(channels);
   description.bits = static_cast<int>(std::min<std::uint64_t>(bits, 64));

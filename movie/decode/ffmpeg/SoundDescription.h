@@ -3,10 +3,9 @@
 #include <cstdint>
 #include <string>
 
-#include <tl/expected.hpp>
-
 #include "movie/atoms/ByteOrder.h"
 #include "movie/atoms/FourCC.h"
+#include "movie/atoms/MovieError.h"
 
 namespace movie {
 
@@ -29,6 +28,6 @@ struct SoundDescription {
 };
 
 /// Reads a whole stsd entry. Error: a clause; it is too short, or its channels or rate are beyond those limits.
-tl::expected<SoundDescription, std::string> readSoundDescription(ByteView entry);
+tl::expected<SoundDescription, Clause> readSoundDescription(ByteView entry);
 
 }  // namespace movie

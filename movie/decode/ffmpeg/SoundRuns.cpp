@@ -37,18 +37,17 @@ std::uint64_t SoundRuns::reach(const Line& line, std::uint64_t most, Direction d
 }
 
 Result<SoundRun> SoundRuns::at(std::uint64_t sample, std::uint64_t sampleSize, std::uint64_t most) {
-  const auto place = file_->locateSample(track_, sample);
-  if (!place) return tl::make_unexpected(place.error());
-  const Line line{sample, *place};
+  TRY(const auto place, file_->locateSample(track_, sample));
+  const Line line{sample, place};
   const std::uint64_t on = reach(line, most - 1, Direction::On, guess_);
   guess_ = on;
   std::uint64_t back = 0;
-  if (place->size != sampleSize) back = reach(line, sample, Direction::Back, 0);
+  if (place.size != sampleSize) back = reach(line, sample, Direction::Back, 0);
   return SoundRun{.first = sample - back,
                   .count = back + on + 1,
-                  .offset = place->offset - back * place->size,
-                  .sampleSize = place->size,
-                  .description = place->description};
+                  .offset = place.offset - back * place.size,
+                  .sampleSize = place.size,
+                  .description = place.description};
 }
 
 }  // namespace movie

@@ -21,25 +21,25 @@ SoundTrackStream::SoundTrackStream(std::shared_ptr<const MovieFile> file, std::s
       table_(file_->sampleTable(track)),
       runs_(file_, track) {}
 
-tl::unexpected<MovieError> SoundTrackStream::failure(const std::string& reason) const {
-  return tl::make_unexpected(MovieError{file_->path(), {}, 0, reason});
+tl::unexpected<MovieError> SoundTrackStream::failure(Clause why) const {
+  return failed(file_->path(), std::move(why));
 }
 
 Result<std::unique_ptr<SoundStream>> SoundTrackStream::make(std::shared_ptr<const MovieFile> file, std::size_t track) {
   if (track >= file->tracks().size() || file->tracks()[track].mediaType != soundMedia) {
-    return tl::make_unexpected(MovieError{file->path(), {}, 0, "there is no such sound track"});
+    return failed(file->path(), Reason::NoSuchSoundTrack);
   }
   std::unique_ptr<SoundTrackStream> stream(new SoundTrackStream(std::move(file), track));
-  if (auto settled = stream->settleRate(); !settled) return tl::make_unexpected(settled.error());
+  TRY(stream->settleRate());
   return stream;
 }
 
 /// A track of one sample a frame runs at the rate of its media's clock. Any other one says its rate itself, in its
 /// packets: the description has only the half of it for some AAC.
 Result<void> SoundTrackStream::settleRate() {
-  if (table_.sampleCount() == 0) return failure("the sound track has no samples");
+  if (table_.sampleCount() == 0) return failure(Reason::NoSoundSamples);
   const DescriptionRun first = file_->descriptionRunOf(track_, 0);
-  if (auto used = useDescription(first.description); !used) return used;
+  TRY(useDescription(first.description));
   frameByFrame_ = decoder_->framesPerPacket() > 0 && table_.duration() > 0 &&
                   static_cast<std::uint64_t>(table_.duration()) == table_.sampleCount();
   rate_ = frameByFrame_ || decoder_->rate() == 0 ? info_.mediaTimeScale : decoder_->rate();
@@ -52,8 +52,8 @@ Result<void> SoundTrackStream::settleRate() {
     break;
   }
   if (!frameByFrame_) decoder_.reset();  // one that decoded goes on with the noise that it fills in
-  if (auto used = useDescription(first.description); !used) return used;
-  if (rate_ < 1 || rate_ > SoundDescription::highestRate) return failure("the rate of the sound is out of bounds");
+  TRY(useDescription(first.description));
+  if (rate_ < 1 || rate_ > SoundDescription::highestRate) return failure(Reason::SoundRateOutOfBounds);
   const Int128 frames = Int128{table_.duration()} * rate_ + info_.mediaTimeScale - 1;
   frameCount_ = static_cast<std::int64_t>(
       std::min<Int128>(frames / info_.mediaTimeScale, std::numeric_limits<std::int64_t>::max() / 4));
@@ -63,7 +63,7 @@ Result<void> SoundTrackStream::settleRate() {
 
 Result<void> SoundTrackStream::useDescription(std::size_t description) {
   if (decoder_ != nullptr && description == description_) return {};
-  if (description >= info_.sampleDescriptions.size()) return failure("the track has no sound description");
+  if (description >= info_.sampleDescriptions.size()) return failure(Reason::NoSoundDescription);
   const auto read = readSoundDescription(info_.sampleDescriptions[description]);
   if (!read) return failure(read.error());
   auto decoder = SoundDecoder::make(*read);
@@ -155,8 +155,8 @@ Result<void> SoundTrackStream::decodeRun() {
     return tl::make_unexpected(run.error());
   }
   nextSample_ = run->first + run->count;
-  if (auto used = useDescription(run->description); !used) return used;
-  if (decoder_->framesPerPacket() != frames) return failure("the kind of sound changes within the track");
+  TRY(useDescription(run->description));
+  if (decoder_->framesPerPacket() != frames) return failure(Reason::SoundKindChanges);
   const std::uint64_t packet = (first - run->first) / frames;
   blockStart_ = static_cast<std::int64_t>(run->first + packet * frames);
   return decodePackets(*run, packet, (run->count + frames - 1) / frames - packet);
@@ -166,26 +166,23 @@ Result<void> SoundTrackStream::decodeRun() {
 Result<void> SoundTrackStream::decodePackets(const SoundRun& run, std::uint64_t first, std::uint64_t count) {
   const std::uint64_t size = decoder_->bytesPerPacket();
   Bytes bytes(static_cast<std::size_t>(count * size));
-  const auto got = file_->read(run.offset + first * size, bytes);
-  if (!got) return tl::make_unexpected(got.error());
-  bytes.resize(*got - *got % static_cast<std::size_t>(size));
+  TRY(const auto got, file_->read(run.offset + first * size, bytes));
+  bytes.resize(got - got % static_cast<std::size_t>(size));
   const std::size_t step = decoder_->framesPerPacket() == 1 ? bytes.size() : static_cast<std::size_t>(size);
   for (std::size_t at = 0; at < bytes.size(); at += step) {
-    if (auto decoded = decode(ByteView(bytes).subspan(at, step)); !decoded) return decoded;
+    TRY(decode(ByteView(bytes).subspan(at, step)));
   }
-  if (*got < count * size) return failure("the sound reaches past the end of the file");
+  if (got < count * size) return failure(Reason::SoundPastEnd);
   return {};
 }
 
 Result<Bytes> SoundTrackStream::readPacket(std::uint64_t sample, std::size_t& description) const {
-  const auto place = file_->locateSample(track_, sample);
-  if (!place) return tl::make_unexpected(place.error());
-  if (place->size > largestPacket) return failure("a sample of the sound is too large");
-  description = place->description;
-  Bytes bytes(static_cast<std::size_t>(place->size));
-  const auto got = file_->read(place->offset, bytes);
-  if (!got) return tl::make_unexpected(got.error());
-  if (*got < bytes.size()) return failure("the file became shorter");
+  TRY(const auto place, file_->locateSample(track_, sample));
+  if (place.size > largestPacket) return failure(Reason::SoundSampleTooLarge);
+  description = place.description;
+  Bytes bytes(static_cast<std::size_t>(place.size));
+  TRY(const auto got, file_->read(place.offset, bytes));
+  if (got < bytes.size()) return failure(Reason::BecameShorter);
   return bytes;
 }
 
@@ -193,18 +190,17 @@ Result<void> SoundTrackStream::decodePacket() {
   const std::uint64_t sample = nextSample_++;
   blockStart_ = frameOf(table_.decodeTimeOf(sample));
   std::size_t description = 0;
-  const auto packet = readPacket(sample, description);
-  if (!packet) return tl::make_unexpected(packet.error());
-  if (packet->empty()) return {};
-  if (auto used = useDescription(description); !used) return used;
-  return decode(*packet);
+  TRY(const auto packet, readPacket(sample, description));
+  if (packet.empty()) return {};
+  TRY(useDescription(description));
+  return decode(packet);
 }
 
 Result<void> SoundTrackStream::decode(ByteView packet) {
   if (auto decoded = decoder_->decode(packet, block_); !decoded) return failure(decoded.error());
   if (frameByFrame_ || decoder_->rate() == rate_) return {};
   block_.clear();
-  return failure("the rate of the sound changes within the track");
+  return failure(Reason::SoundRateChanges);
 }
 
 }  // namespace movie

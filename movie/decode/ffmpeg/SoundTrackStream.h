@@ -36,7 +36,7 @@ class SoundTrackStream final : public SoundStream {
   std::int64_t copyBlock(std::int64_t first, std::span<float> stereo) const;
   std::int64_t frameOf(std::int64_t mediaTime) const;
   std::int64_t blockEnd() const { return blockStart_ + static_cast<std::int64_t>(block_.size() / 2); }
-  tl::unexpected<MovieError> failure(const std::string& reason) const;
+  tl::unexpected<MovieError> failure(Clause why) const;
 
   std::shared_ptr<const MovieFile> file_;
   std::size_t track_;

@@ -24,6 +24,7 @@
 
 #include "SharedFiles/settings/PropertyList.h"
 #include "app/KeyTable.h"
+#include "app/Subclasses/MovieReasons.h"
 #include "app/dialogs/BusySheet.h"
 #include "app/dialogs/FlattenedSave.h"
 #include "app/start/Translations.h"
@@ -274,8 +275,20 @@ TEST_F(German, IsSpokenByTheControlsOfAnAlert) {
 
 TEST_F(German, IsSpokenOfAFrameThatCannotBeHad) {
   EXPECT_EQ(QCoreApplication::translate("QVMovieView", "This frame cannot be shown: %1")
-                .arg(QCoreApplication::translate("MovieReasons", "the samples overlap")),
-            "Dieses Bild kann nicht gezeigt werden: die Samples überlappen sich");
+                .arg(MovieReasons::sentenceOf({"/a.mov", {}, 0, movie::Reason::SamplesOverlap})),
+            "Dieses Bild kann nicht gezeigt werden: „/a.mov“ lässt sich nicht lesen: die Samples überlappen sich.");
+}
+
+TEST_F(German, IsSpokenOfEveryReasonOfTheMovieLayer) {
+  constexpr const char* reasons[] = {
+#define REASON(name, text) text,
+#include "movie/atoms/ReasonList.h"
+  };
+  for (const QString english : reasons) {
+    const bool hasWords = english.contains(QRegularExpression("[a-z]"));
+    EXPECT_EQ(QCoreApplication::translate("MovieReasons", english.toUtf8()) != english, hasWords)
+        << english.toStdString();
+  }
 }
 
 /// The program in the surroundings of a user who speaks another language.

@@ -57,7 +57,7 @@ std::optional<MovieError> tryOut(const std::string& path) {
   if (movie) useAll(**movie);
   EXPECT_LT(std::clock() - begin, 2 * CLOCKS_PER_SEC) << "of the processor's time";
   if (movie) return std::nullopt;
-  EXPECT_FALSE(movie.error().reason.empty());
+  EXPECT_FALSE(movie.error().reason().empty());
   return movie.error();
 }
 
@@ -257,7 +257,7 @@ TEST(DamagedMovie, SurvivesRandomDamage) {
 TEST(HostileMovie, EndsSoonInAGigabyteOfNothing) {
   const TemporaryFile file(Bytes(8, 0));
   file.resize(std::uint64_t{1} << 30);
-  EXPECT_EQ(tryOut(file.path())->reason, "there is no movie atom");
+  EXPECT_EQ(tryOut(file.path())->reason(), "there is no movie atom");
 }
 
 TEST(HostileMovie, EndsSoonAmongMillionsOfSmallAtoms) {
@@ -266,7 +266,7 @@ TEST(HostileMovie, EndsSoonAmongMillionsOfSmallAtoms) {
     write32(many, at, 8);
     write32(many, at + 4, fourCC("free"));
   }
-  EXPECT_EQ(tryOut(many)->reason, "there is no movie atom among its first atoms");
+  EXPECT_EQ(tryOut(many)->reason(), "there is no movie atom among its first atoms");
 }
 
 TEST(HostileMovie, EndsSoonAmongMillionsOfChildren) {
@@ -274,7 +274,7 @@ TEST(HostileMovie, EndsSoonAmongMillionsOfChildren) {
   for (std::size_t at = 0; at < many.size(); at += 8) write32(many, at, 8);
   write32(many, 0, static_cast<std::uint32_t>(many.size()));
   write32(many, 4, fourCC("moov"));
-  EXPECT_EQ(tryOut(many)->reason, "its parent holds too many atoms");
+  EXPECT_EQ(tryOut(many)->reason(), "its parent holds too many atoms");
 }
 
 TEST(HostileMovie, OpensBesideMediaDataOfManyGigabytes) {
@@ -288,7 +288,7 @@ TEST(HostileMovie, OpensBesideMediaDataOfManyGigabytes) {
 TEST(HostileMovie, IsHeldBackByTheLimitOfWhatIsInflated) {
   const Bytes bomb =
       test::compressedMovie(Bytes(std::size_t{80} << 20, 0), static_cast<std::uint32_t>(maximumInflatedSize));
-  EXPECT_EQ(tryOut(bomb)->reason, "the compressed movie atom is damaged");
+  EXPECT_EQ(tryOut(bomb)->reason(), "the compressed movie atom is damaged");
 }
 
 }  // namespace

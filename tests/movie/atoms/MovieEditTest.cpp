@@ -40,7 +40,7 @@ TEST(MovieEdit, ReplacesOneDescriptionAndNothingElse) {
   const Bytes larger = entryWith({gamaExtension(0x20000), unknown}, {0, 0, 0, 0});
   const Bytes movie = movieWith({first, second}, {unknown});
   const auto edited = editedMovieAtom(movie, {{0, 1, larger}});
-  ASSERT_TRUE(edited) << edited.error().reason;
+  ASSERT_TRUE(edited) << edited.error().reason();
   EXPECT_EQ(*edited, movieWith({first, larger}, {unknown}));
   EXPECT_EQ(*editedMovieAtom(*edited, {{0, 1, second}}), movie);
 }
@@ -60,7 +60,7 @@ TEST(MovieEdit, KeepsSixtyFourBitSizes) {
   write32(wide, 0, 1);
   const Bytes larger = entryWith({gamaExtension(0x20000)});
   const auto edited = editedMovieAtom(wide, {{0, 0, larger}});
-  ASSERT_TRUE(edited) << edited.error().reason;
+  ASSERT_TRUE(edited) << edited.error().reason();
   EXPECT_EQ(read32(*edited, 0), 1U);
   EXPECT_EQ(read64(*edited, 8), edited->size());
   const Bytes narrow = movieWith({larger});

@@ -241,7 +241,7 @@ TEST(MovieFile, RefusesToReadASamplePastTheEnd) {
     track.chunkOffsets = {offset};
     const auto sample = withTrack(track)->readSample(0, 0, 4);
     ASSERT_FALSE(sample);
-    EXPECT_EQ(sample.error().reason, "the sample lies past the end of the file");
+    EXPECT_EQ(sample.error().reason(), "the sample lies past the end of the file");
   }
   track.chunkOffsets = {28};
   track.sizes = {0xFFFFFFFF};

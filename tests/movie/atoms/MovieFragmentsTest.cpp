@@ -250,7 +250,7 @@ TEST(MovieFragments, AreRefusedWhenOneIsTooLargeToLoad) {
   file.resize(std::uint64_t{66} << 20);
   const auto movie = MovieFile::open(file.path());
   ASSERT_FALSE(movie);
-  EXPECT_EQ(movie.error().reason, "the movie fragments are too large");
+  EXPECT_EQ(movie.error().reason(), "the movie fragments are too large");
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ using test::TemporaryFile;
 
 std::string reasonOf(const std::string& path) {
   const auto file = ReadableFile::open(path);
-  return file ? "opened" : file.error().reason;
+  return file ? "opened" : file.error().reason();
 }
 
 TEST(ReadableFile, ReadsNoMoreThanTheFileHas) {

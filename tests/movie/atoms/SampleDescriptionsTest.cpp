@@ -92,7 +92,7 @@ TEST(SampleDescriptions, NameTheFileThatHoldsTheirSamples) {
   EXPECT_TRUE(movie->readSample(0, 3, 4));
   const auto elsewhere = movie->readSample(0, 4, 4);
   ASSERT_FALSE(elsewhere);
-  EXPECT_EQ(elsewhere.error().reason, "the track's media is in another file");
+  EXPECT_EQ(elsewhere.error().reason(), "the track's media is in another file");
 }
 
 FragmentSpec twoSamples(std::uint32_t headerFlags, const std::vector<std::uint32_t>& fields) {

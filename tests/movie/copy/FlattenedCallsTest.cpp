@@ -175,11 +175,11 @@ void expectOldOrNew(const Way& way, const Scene& scene, const Bytes& complete, c
   const std::string found = scene.found(complete);
   if (status) {
     EXPECT_EQ(found, "new");
-  } else if (status.error().reason.rfind("the file is complete", 0) == 0) {
+  } else if (status.error().reason().rfind("the file is complete", 0) == 0) {
     EXPECT_EQ(found, "new");
   } else {
-    EXPECT_EQ(found, before) << status.error().reason;
-    EXPECT_FALSE(status.error().reason.empty());
+    EXPECT_EQ(found, before) << status.error().reason();
+    EXPECT_FALSE(status.error().reason().empty());
   }
 }
 
@@ -223,7 +223,7 @@ TEST(FlattenedCalls, InterruptedAndShortOnesGoOn) {
       const auto status = attempt(way, scene, [&](Call, std::size_t number) {
         return Fault{number == at ? EINTR : 0, false};
       });
-      EXPECT_TRUE(status) << status.error().reason;
+      EXPECT_TRUE(status) << status.error().reason();
       EXPECT_EQ(scene.found(complete), "new");
     }
     const auto status = attempt(way, scene, [](Call, std::size_t) { return Fault{0, true}; });
@@ -239,7 +239,7 @@ TEST(FlattenedCalls, AFullDiskIsToldAsSuch) {
         return Fault{call == full ? ENOSPC : 0, false};
       });
       ASSERT_FALSE(status);
-      EXPECT_EQ(status.error().reason, "there is not enough space on the disk");
+      EXPECT_EQ(status.error().reason(), "there is not enough space on the disk");
       EXPECT_EQ(status.error().file, scene.target());
       expectOldOrNew(way, scene, complete, status);
     }
@@ -258,7 +258,7 @@ TEST(FlattenedCalls, AFileThatTakesTheNameMeanwhileIsKept) {
       return true;
     });
     ASSERT_FALSE(status) << way.name;
-    EXPECT_EQ(status.error().reason, "another file has taken that name meanwhile");
+    EXPECT_EQ(status.error().reason(), "another file has taken that name meanwhile");
     EXPECT_EQ(contentOf(scene.target()), Scene::old());
     EXPECT_THAT(scene.names(), ElementsAre("from.mov", "to.mov"));
   }

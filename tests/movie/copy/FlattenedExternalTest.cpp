@@ -192,7 +192,7 @@ TEST(FlattenedExternal, IsRefusedWithTheNameOfWhatIsMissing) {
     const std::string from = folder.add("from.mov", fileOf(halfExternal(reference)));
     const auto status = copied(from, folder.path("to.mov"));
     ASSERT_FALSE(status) << reason;
-    EXPECT_EQ(status.error().reason, reason);
+    EXPECT_EQ(status.error().reason(), reason);
     EXPECT_EQ(status.error().file, from);
     EXPECT_THAT(folder.names(), ElementsAre("folder", "from.mov"));
   }
@@ -203,7 +203,7 @@ TEST(FlattenedExternal, IsRefusedWhenTheOtherFileIsTooShort) {
   folder.add("clip.mov", counted(329, 7));
   const auto status = copied(folder.add("from.mov", fileOf(halfExternal(address("clip.mov")))), folder.path("to.mov"));
   ASSERT_FALSE(status);
-  EXPECT_THAT(status.error().reason, HasSubstr("chunk 3 of track 2 lies past the end of"));
+  EXPECT_THAT(status.error().reason(), HasSubstr("chunk 3 of track 2 lies past the end of"));
   EXPECT_THAT(folder.names(), ElementsAre("clip.mov", "from.mov"));
 }
 

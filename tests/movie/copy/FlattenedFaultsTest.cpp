@@ -104,7 +104,7 @@ TEST(FlattenedRefusals, NameTheReasonAndLeaveNothingBehind) {
     const TemporaryFolder folder;
     const auto status = copied(folder.add("from.mov", row.file), folder.path("to.mov"));
     ASSERT_FALSE(status) << row.name;
-    EXPECT_EQ(status.error().reason, row.reason) << row.name;
+    EXPECT_EQ(status.error().reason(), row.reason) << row.name;
     EXPECT_EQ(status.error().file, folder.path("from.mov")) << row.name;
     EXPECT_THAT(folder.names(), ElementsAre("from.mov")) << row.name;
   }
@@ -123,7 +123,7 @@ TEST(FlattenedRefusals, SayThatTheMovieWasChangedSinceItWasOpened) {
     change();
     const auto status = writeFlattenedCopy(*movie, movie->movieAtom(), folder.path("to.mov"));
     ASSERT_FALSE(status);
-    EXPECT_EQ(status.error().reason, "the file was changed since it was opened");
+    EXPECT_EQ(status.error().reason(), "the file was changed since it was opened");
   }
   folder.add("from.mov", content);
   const auto status = copied(from, folder.path("to.mov"), [&](std::uint64_t done, std::uint64_t) {
@@ -131,7 +131,7 @@ TEST(FlattenedRefusals, SayThatTheMovieWasChangedSinceItWasOpened) {
     return true;
   });
   ASSERT_FALSE(status);
-  EXPECT_EQ(status.error().reason, "the file was changed since it was opened");
+  EXPECT_EQ(status.error().reason(), "the file was changed since it was opened");
   EXPECT_THAT(folder.names(), ElementsAre("from.mov"));
 }
 
@@ -144,7 +144,7 @@ TEST(FlattenedFaults, ACancelledCopyLeavesNothingBehind) {
     int left = steps;
     const auto status = copied(from, to, [&](std::uint64_t, std::uint64_t) { return left-- > 0; });
     ASSERT_FALSE(status) << steps;
-    EXPECT_EQ(status.error().reason, cancelledReason);
+    EXPECT_EQ(status.error().reason(), "it was cancelled");
     EXPECT_THAT(folder.names(), ElementsAre("from.mov", "to.mov"));
     EXPECT_EQ(contentOf(to), (Bytes{1, 2, 3}));
   }
@@ -175,7 +175,7 @@ TEST(FlattenedFaults, ATargetThatCannotBeWrittenIsNamedWithItsReason) {
   for (const auto& [path, reason] : rows) {
     const auto status = copied(from, path);
     ASSERT_FALSE(status) << path;
-    EXPECT_EQ(status.error().reason, reason) << path;
+    EXPECT_EQ(status.error().reason(), reason) << path;
     EXPECT_EQ(status.error().file, path);
     EXPECT_EQ(folder.names(), before);
   }
@@ -195,7 +195,7 @@ TEST(FlattenedFaults, WhatMayNotBeWrittenIsKept) {
   ASSERT_EQ(::chmod(folder.path("folder").c_str(), 0555), 0);
   const auto added = copied(from, folder.path("folder/to.mov"));
   EXPECT_EQ(added.has_value(), allowed);
-  EXPECT_EQ(added ? "" : added.error().reason, allowed ? "" : "there is no permission to write there");
+  EXPECT_EQ(added ? "" : added.error().reason(), allowed ? "" : "there is no permission to write there");
   EXPECT_EQ(fs::is_empty(folder.path("folder")), !allowed);
   EXPECT_THAT(folder.names(), ElementsAre("folder", "from.mov", "to.mov"));
 }
@@ -212,7 +212,7 @@ TEST(FlattenedFaults, AFileBeyondTheLimitIsAnErrorAndNoSignal) {
   sigpending(&pending);
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
   ASSERT_FALSE(status);
-  EXPECT_EQ(status.error().reason, "the file would be larger than the system allows");
+  EXPECT_EQ(status.error().reason(), "the file would be larger than the system allows");
   EXPECT_EQ(sigismember(&pending, SIGXFSZ), 0);
   EXPECT_THAT(folder.names(), ElementsAre("from.mov"));
 }

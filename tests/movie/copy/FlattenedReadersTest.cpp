@@ -108,7 +108,7 @@ TEST(FlattenedReaders, TakeRealMoviesAsTheyTookTheOriginals) {
     const TemporaryFolder folder;
     const auto status = writeFlattenedCopy(**movie, (*movie)->movieAtom(), folder.path("to.mov"));
     if (!status) {
-      EXPECT_FALSE(status.error().reason.empty());
+      EXPECT_FALSE(status.error().reason().empty());
       EXPECT_TRUE(folder.names().empty());
       continue;
     }

@@ -13,7 +13,7 @@ namespace {
 
 TEST(DecoderModule, IsTheSameForEveryThread) {
   preloadDecoder();
-  std::vector<Result<MovieDecoderBackend*>> backends(4, tl::make_unexpected(MovieError{}));
+  std::vector<Result<MovieDecoderBackend*>> backends(4, failed({}, Reason::NoReasonGiven));
   std::vector<std::thread> threads;
   threads.reserve(backends.size());
   for (auto& backend : backends) threads.emplace_back([&backend] { backend = decoderBackend(); });

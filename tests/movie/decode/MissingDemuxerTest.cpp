@@ -42,8 +42,8 @@ TEST_F(LoneDecoder, DecodesWhatMostMoviesHold) {
 TEST_F(LoneDecoder, SaysWhatIsMissingForTheRest) {
   const auto picture = DecodedMovie(movieOf("qtrle")).sampleAt(0);
   ASSERT_FALSE(picture);
-  EXPECT_THAT(picture.error().reason, testing::HasSubstr("the decoder module cannot be loaded"));
-  EXPECT_THAT(picture.error().reason, testing::HasSubstr("movie-ffmpeg-demuxer.so"));
+  EXPECT_THAT(picture.error().reason(), testing::HasSubstr("the decoder module cannot be loaded"));
+  EXPECT_THAT(picture.error().reason(), testing::HasSubstr("movie-ffmpeg-demuxer.so"));
 }
 
 }  // namespace

@@ -153,8 +153,8 @@ TEST(SampleDescriptions, WithAnUnknownCodecLeaveTheOthersAlone) {
   ASSERT_TRUE(decoder);
   const auto first = (*decoder)->picture({Clip::presented(*file, 0), {}, 0, 0});
   ASSERT_FALSE(first);
-  EXPECT_NE(first.error().reason.find("there is no decoder for the codec 'zzzz'"), std::string::npos)
-      << first.error().reason;
+  EXPECT_NE(first.error().reason().find("there is no decoder for the codec 'zzzz'"), std::string::npos)
+      << first.error().reason();
   const auto later = (*decoder)->picture({Clip::presented(*file, unknown.sampleCount() + 1), {}, 0, 0});
   ASSERT_TRUE(later) << later.error().message();
   EXPECT_EQ(firstPlaneChecksum(*later), proRes.checksumOf(1));

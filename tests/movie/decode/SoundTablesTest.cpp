@@ -222,14 +222,14 @@ TEST(SoundTables, RefuseWhatCannotBePlayed) {
     const TemporaryFile file(movieFile(Bytes(100), row.track));
     const auto stream = soundOf(opened(file.path()));
     ASSERT_FALSE(stream.has_value()) << row.what;
-    EXPECT_EQ(stream.error().reason, row.reason) << row.what;
+    EXPECT_EQ(stream.error().reason(), row.reason) << row.what;
   }
   const TemporaryFile file(movieFile(Bytes(100), elsewhere));
   const auto stream = streamOf(file.path());
   std::vector<float> frames(20, 5.0F);
   const auto read = stream->read(0, frames);
   ASSERT_FALSE(read.has_value());
-  EXPECT_THAT(read.error().reason, HasSubstr("in another file"));
+  EXPECT_THAT(read.error().reason(), HasSubstr("in another file"));
   EXPECT_THAT(frames, Each(0.0F));
 }
 

@@ -77,7 +77,7 @@ void expectHonest(const SaveCase& subject, const Attempt& done, bool oneFault) {
   EXPECT_EQ(done.file.openDescriptors(), 0U);
   if (!done.outcome) {
     EXPECT_EQ(metadata, "old");
-    EXPECT_FALSE(done.outcome.error().reason.empty());
+    EXPECT_FALSE(done.outcome.error().reason().empty());
     // Rolled back to the byte, but for what an earlier save had left and for a size that a mdat lacked.
     if (oneFault && !hasLeftovers(subject) && subject.name.find("mdat of size 0") == std::string::npos) {
       EXPECT_EQ(done.file.content(), subject.file);
@@ -163,7 +163,7 @@ TEST(SaveFaults, AFullDiskShowsBeforeAnyByteChanges) {
       return Fault{call == Call::Reserve ? ENOSPC : 0, false};
     });
     ASSERT_FALSE(done.outcome);
-    EXPECT_NE(done.outcome.error().reason.find("the disk is full"), std::string::npos);
+    EXPECT_NE(done.outcome.error().reason().find("the disk is full"), std::string::npos);
     for (const auto& change : done.file.changes()) EXPECT_NE(change.call, Call::Write);
     EXPECT_EQ(done.file.content(), subject.file);
   });

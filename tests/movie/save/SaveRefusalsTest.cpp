@@ -150,10 +150,10 @@ TEST(SaveRefusals, NameTheReasonAndLeaveTheFileAlone) {
     ASSERT_TRUE(movie) << movie.error().message();
     const auto possible = canUpdate(**movie, edits());
     ASSERT_FALSE(possible);
-    EXPECT_NE(possible.error().reason.find(row.reason), std::string::npos) << possible.error().message();
+    EXPECT_NE(possible.error().reason().find(row.reason), std::string::npos) << possible.error().message();
     const auto outcome = saveMetadata(**movie, edits());
     ASSERT_FALSE(outcome);
-    EXPECT_EQ(outcome.error().reason, possible.error().reason);
+    EXPECT_EQ(outcome.error().reason(), possible.error().reason());
     EXPECT_EQ(read(file.path()), row.file);
   }
 }
@@ -179,7 +179,7 @@ class OpenedMovie : public testing::Test {
   void expectRefused(const char* reason) const {
     const auto outcome = saveMetadata(*movie_, edits());
     ASSERT_FALSE(outcome);
-    EXPECT_NE(outcome.error().reason.find(reason), std::string::npos) << outcome.error().message();
+    EXPECT_NE(outcome.error().reason().find(reason), std::string::npos) << outcome.error().message();
   }
 };
 
@@ -275,15 +275,17 @@ TEST_F(OpenedMovie, IsNotLostToALimitOfFileSizes) {
     const auto outcome = saveMetadata(*movie_, edits());
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
     ASSERT_FALSE(outcome);
-    EXPECT_NE(outcome.error().reason.find("larger than is allowed"), std::string::npos) << outcome.error().reason;
+    EXPECT_NE(outcome.error().reason().find("larger than is allowed"), std::string::npos) << outcome.error().reason();
     EXPECT_EQ(read(file_.path()), content_);
   }
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
 }
 
 TEST_F(OpenedMovie, SaysInASentenceWhyItIsNotSaved) {
-  EXPECT_EQ(saveMessage({"a.mov", "moov", 8, "it is so"}), "Cannot save \"a.mov\": it is so (atom moov at offset 8).");
-  EXPECT_EQ(saveMessage({{}, {}, 0, "it is so"}), "Cannot save the movie: it is so.");
+  EXPECT_EQ((MovieError{"a.mov", "moov", 8, Reason::Fragmented}.message(Attempt::Save)),
+            "Cannot save \"a.mov\": the movie is fragmented (atom moov at offset 8).");
+  EXPECT_EQ((MovieError{{}, {}, 0, Reason::Fragmented}.message(Attempt::Save)),
+            "Cannot save the movie: the movie is fragmented.");
 }
 
 TEST(LargeMovie, IsSavedBehindFourGigabytesAtTheCostOfItsMovieAtom) {

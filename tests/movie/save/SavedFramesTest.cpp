@@ -148,11 +148,11 @@ TEST(SavedFrames, OfAFragmentedMovieAreLeftAlone) {
   const auto movie = openedMovie(path);
   const auto saved = saveMetadata(*movie, {recoloured(*movie)});
   ASSERT_FALSE(saved);
-  EXPECT_EQ(saveMessage(saved.error()).rfind("Cannot save \"" + path + "\": the movie is fragmented", 0), 0U)
-      << saveMessage(saved.error());
+  EXPECT_EQ(saved.error().message(Attempt::Save).rfind("Cannot save \"" + path + "\": the movie is fragmented", 0), 0U)
+      << saved.error().message(Attempt::Save);
   const auto copied = writeFlattenedCopy(*movie, movie->movieAtom(), to);
   ASSERT_FALSE(copied);
-  EXPECT_EQ(copied.error().reason, "the movie is fragmented");
+  EXPECT_EQ(copied.error().reason(), "the movie is fragmented");
   EXPECT_EQ(contentOf(path), content);
   EXPECT_FALSE(fs::exists(to));
 }

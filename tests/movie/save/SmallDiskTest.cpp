@@ -70,7 +70,7 @@ bool savedOnFullDisk(const Disk& disk, const SaveCase& subject) {
     EXPECT_EQ(judge.verdictAfter(contentOf(path), subject.edits[0].entry), "");
     return true;
   }
-  EXPECT_THAT(outcome.error().reason, HasSubstr("the disk is full"));
+  EXPECT_THAT(outcome.error().reason(), HasSubstr("the disk is full"));
   if (subject.name.find("leftover") == std::string::npos) {
     EXPECT_EQ(contentOf(path), subject.file);
     EXPECT_EQ(before.st_mtim.tv_nsec, after.st_mtim.tv_nsec);
@@ -115,7 +115,7 @@ TEST(SmallDisk, ACopyThatFindsNoRoomLeavesAllAsItWas) {
       const auto movie = openedMovie(from);
       const auto status = writeFlattenedCopy(*movie, movie->movieAtom(), disk.path("to.mov"));
       ASSERT_FALSE(status);
-      EXPECT_EQ(saveMessage(status.error()),
+      EXPECT_EQ(status.error().message(Attempt::Save),
                 "Cannot save \"" + disk.path("to.mov") + "\": there is not enough space on the disk.");
       EXPECT_EQ(disk.names(), before);
       EXPECT_EQ(contentOf(from), largeMovie());
