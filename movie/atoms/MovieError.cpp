@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <optional>
 #include <system_error>
 
 namespace movie {
@@ -29,11 +30,37 @@ constexpr SystemReason systemReasons[] = {
     {ENOSPC, Reason::SystemSays, Reason::DiskFull, Reason::NotEnoughSpace},
     {EDQUOT, Reason::SystemSays, Reason::QuotaUsedUp, Reason::NotEnoughSpace},
     {EFBIG, Reason::SystemSays, Reason::WouldBecomeTooLarge, Reason::WouldBeTooLarge},
-    {EISDIR, Reason::SystemSays, Reason::IsFolder, Reason::SystemSays},
+    {EISDIR, Reason::IsFolder, Reason::IsFolder, Reason::IsFolder},
+    {ENXIO, Reason::NotRegularFile, Reason::NotRegularFile, Reason::NotRegularFile},
+    {EILSEQ, Reason::ZeroByteInName, Reason::ZeroByteInName, Reason::ZeroByteInName},
+    {EEXIST, Reason::SystemSays, Reason::SystemSays, Reason::NameTaken},
+    {ECANCELED, Reason::Cancelled, Reason::Cancelled, Reason::Cancelled},
     {ETXTBSY, Reason::SystemSays, Reason::OpenForWriting, Reason::SystemSays},
     {EAGAIN, Reason::SystemSays, Reason::OpenForWriting, Reason::SystemSays},
     {ELOOP, Reason::SystemSays, Reason::SystemSays, Reason::TooManyLinks},
 };
+
+/// What a saver was doing to the file when it failed; nothing for what it does before.
+std::optional<Reason> doingOf(sys::Step step) {
+  switch (step) {
+    case sys::Step::Look:
+      return Reason::LookingAtFile;
+    case sys::Step::Read:
+      return Reason::ReadingFile;
+    case sys::Step::Write:
+      return Reason::WritingFile;
+    case sys::Step::Sync:
+      return Reason::SyncingFile;
+    case sys::Step::Resize:
+      return Reason::SettingLength;
+    case sys::Step::SetAttributes:
+      return Reason::SettingTime;
+    case sys::Step::Reserve:
+      return Reason::ReservingRoom;
+    default:
+      return std::nullopt;
+  }
+}
 
 }  // namespace
 
@@ -70,6 +97,15 @@ Clause systemReason(int number, Access access) {
   }
   if (reason != Reason::SystemSays) return reason;
   return {reason, {verbatim(std::generic_category().message(number))}};
+}
+
+MovieError fromSystem(const sys::Error& error, Access access) {
+  const bool readsSource = access == Access::Create && error.what == sys::Step::Read;
+  Clause why = systemReason(error.code, readsSource ? Access::Read : access);
+  const auto doing = access == Access::Write ? doingOf(error.what) : std::nullopt;
+  if (doing) why = {Reason::Meanwhile, {std::move(why), *doing}};
+  if (error.what == sys::Step::SyncName) why = {Reason::NameUncertain, {std::move(why)}};
+  return {error.path, {}, 0, std::move(why)};
 }
 
 std::string MovieError::message(Attempt attempt, const Language& language) const {

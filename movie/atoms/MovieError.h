@@ -8,6 +8,8 @@
 
 #include <tl/expected.hpp>
 
+#include "system/Error.h"
+
 namespace movie {
 
 enum class Reason : std::uint8_t {
@@ -60,6 +62,16 @@ using Result = tl::expected<T, MovieError>;
 /// For `return`.
 inline tl::unexpected<MovieError> failed(std::string file, Clause why, std::string atom = {}, std::uint64_t at = 0) {
   return tl::make_unexpected(MovieError{std::move(file), std::move(atom), at, std::move(why)});
+}
+
+/// What the ground floor failed at, for somebody who reads a file, writes one in place or makes a new one; what was
+/// being done to a file that is written in place is told too.
+MovieError fromSystem(const sys::Error& error, Access access);
+
+/// The result of the ground floor, as one of the movie layer.
+template <typename T>
+Result<T> fromSystem(sys::Result<T> result, Access access) {
+  return std::move(result).map_error([access](const sys::Error& error) { return fromSystem(error, access); });
 }
 
 /// The result of what does not know which file it works on.

@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace movie {
 
@@ -32,27 +31,12 @@ Result<ReadableFile> ReadableFile::open(const std::string& path) {
 
   ReadableFile file;
   file.path_ = path;
-  file.descriptor_ = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
+  file.descriptor_ = sys::Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
   // What the name leads to can have changed since.
-  if (file.descriptor_ < 0 || ::fstat(file.descriptor_, &status) != 0) return failure(path, errno);
+  if (!file.descriptor_.isOpen() || ::fstat(file.descriptor(), &status) != 0) return failure(path, errno);
   TRY(refuseUnlessRegular(path, status.st_mode));
   file.size_ = static_cast<std::uint64_t>(status.st_size);
   return file;
-}
-
-ReadableFile::~ReadableFile() {
-  if (descriptor_ >= 0) ::close(descriptor_);
-}
-
-ReadableFile::ReadableFile(ReadableFile&& other) noexcept {
-  *this = std::move(other);
-}
-
-ReadableFile& ReadableFile::operator=(ReadableFile&& other) noexcept {
-  std::swap(path_, other.path_);
-  std::swap(descriptor_, other.descriptor_);
-  std::swap(size_, other.size_);
-  return *this;
 }
 
 Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const {
@@ -64,16 +48,7 @@ Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const 
 }
 
 Result<std::size_t> ReadableFile::read(std::uint64_t offset, std::span<std::uint8_t> bytes) const {
-  std::size_t done = 0;
-  while (done < bytes.size()) {
-    const ssize_t got =
-        ::pread(descriptor_, bytes.data() + done, bytes.size() - done, static_cast<off_t>(offset + done));
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) return failure(path_, errno);
-    if (got == 0) break;
-    done += static_cast<std::size_t>(got);
-  }
-  return done;
+  return fromSystem(sys::readAt(ref(), offset, bytes), Access::Read);
 }
 
 }  // namespace movie

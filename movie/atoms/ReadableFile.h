@@ -7,6 +7,8 @@
 
 #include "movie/atoms/ByteOrder.h"
 #include "movie/atoms/MovieError.h"
+#include "system/Descriptor.h"
+#include "system/FileBytes.h"
 
 namespace movie {
 
@@ -16,15 +18,9 @@ class ReadableFile {
   /// Never blocks and never opens anything but a regular file: a named pipe or a device is refused unopened.
   static Result<ReadableFile> open(const std::string& path);
 
-  ReadableFile() = default;
-  ~ReadableFile();
-  ReadableFile(ReadableFile&& other) noexcept;
-  ReadableFile& operator=(ReadableFile&& other) noexcept;
-  ReadableFile(const ReadableFile&) = delete;
-  ReadableFile& operator=(const ReadableFile&) = delete;
-
   const std::string& path() const { return path_; }
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return descriptor_.get(); }
+  sys::FileRef ref() const { return {descriptor(), path_}; }
   std::uint64_t size() const { return size_; }  ///< bytes, when it was opened
 
   /// As many of `count` bytes from `offset` on as the file has; fewer at its end. Allocates no more than size() asks
@@ -35,7 +31,7 @@ class ReadableFile {
 
  private:
   std::string path_;
-  int descriptor_ = -1;
+  sys::Descriptor descriptor_;
   std::uint64_t size_ = 0;
 };
 

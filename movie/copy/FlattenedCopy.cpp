@@ -1,42 +1,20 @@
 #include "movie/copy/FlattenedCopy.h"
 
-#include <cerrno>
 #include <ctime>
+#include <utility>
 #include <vector>
 
-#include <pthread.h>
 #include <signal.h>
 #include <sys/stat.h>
 
 #include "movie/copy/FlattenedLayout.h"
-#include "movie/copy/ReplacementFile.h"
+#include "system/FileCopying.h"
+#include "system/ReplacementFile.h"
+#include "system/SignalsHeld.h"
 
 namespace movie {
 
 namespace {
-
-/// Turns the signal of a file that grows beyond its limit into the error that the write gives as well.
-class FileSizeSignalBlocked {
- public:
-  FileSizeSignalBlocked() {
-    sigemptyset(&signal_);
-    sigaddset(&signal_, SIGXFSZ);
-    ::pthread_sigmask(SIG_BLOCK, &signal_, &before_);
-  }
-  ~FileSizeSignalBlocked() {
-    if (sigismember(&before_, SIGXFSZ) == 1) return;
-    const timespec atOnce{};
-    while (::sigtimedwait(&signal_, nullptr, &atOnce) == SIGXFSZ || errno == EINTR) {
-    }
-    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
-  }
-  FileSizeSignalBlocked(const FileSizeSignalBlocked&) = delete;
-  FileSizeSignalBlocked& operator=(const FileSizeSignalBlocked&) = delete;
-
- private:
-  sigset_t signal_{};
-  sigset_t before_{};
-};
 
 /// What shows that a file's content was changed.
 struct FileState {
@@ -66,15 +44,49 @@ tl::unexpected<MovieError> changedMeanwhile(const ReadableFile& file) {
   return failed(file.path(), Reason::ChangedSinceOpened);
 }
 
-Result<void> fill(ReplacementFile& target, const FlattenedLayout& layout,
-                  const std::vector<const ReadableFile*>& sources, const CopyProgress& progress) {
-  TRY(target.resize(layout.size));
+/// What makes a new file, or reads what goes into it.
+template <typename T>
+Result<T> making(sys::Result<T> result) {
+  return fromSystem(std::move(result), Access::Create);
+}
+
+using Sources = std::vector<const ReadableFile*>;
+
+/// The part of the ranges that takes space.
+std::vector<CopiedRange> withoutHoles(const Sources& sources, const std::vector<CopiedRange>& ranges) {
+  std::vector<CopiedRange> filled;
+  for (const CopiedRange& range : ranges) {
+    const int file = sources[range.source]->descriptor();
+    for (const sys::CopiedRun& run : sys::withoutHoles(file, {range.from, range.size, range.to})) {
+      filled.push_back({range.source, run.from, run.size, run.to});
+    }
+  }
+  return filled;
+}
+
+Result<void> copyRanges(const Sources& sources, const std::vector<CopiedRange>& ranges,
+                        const sys::ReplacementFile& target, const CopyProgress& progress) {
+  std::uint64_t all = 0;
+  for (const CopiedRange& range : ranges) all += range.size;
+  const auto report = [&](std::uint64_t done) { return !progress || progress(done, all); };
+  sys::FileCopying copying(target.ref(), report, sys::FileCopying::Writeback::AtOnce, target.calls());
+  for (const CopiedRange& range : ranges) {
+    const ReadableFile& source = *sources[range.source];
+    TRY(const auto copied, making(copying.copy(source.ref(), {range.from, range.size, range.to})));
+    if (copied < range.size) return failed(source.path(), Reason::BecameShorterWhileRead);
+  }
+  return report(all) ? Result<void>() : failed(target.path(), Reason::Cancelled);
+}
+
+Result<void> fill(sys::ReplacementFile& target, const FlattenedLayout& layout, const Sources& sources,
+                  const CopyProgress& progress) {
+  TRY(making(target.resize(layout.size)));
   const std::vector<CopiedRange> ranges = withoutHoles(sources, layout.copied);
   for (const CopiedRange& range : ranges) {
-    TRY(target.reserve(range.to, range.size));
+    TRY(making(target.reserve(range.to, range.size)));
   }
   for (const PlacedBytes& placed : layout.written) {
-    TRY(target.write(placed.offset, placed.bytes));
+    TRY(making(target.write(placed.offset, placed.bytes)));
   }
   return copyRanges(sources, ranges, target, progress);
 }
@@ -82,11 +94,11 @@ Result<void> fill(ReplacementFile& target, const FlattenedLayout& layout,
 }  // namespace
 
 Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, const std::string& path,
-                                const CopyProgress& progress, CopyCalls& calls) {
-  const FileSizeSignalBlocked blocked;
+                                const CopyProgress& progress, sys::FileCalls& calls) {
+  const sys::SignalsHeld held({SIGXFSZ});
   TRY(const auto layout, layOutFlattened(movie, movieAtom));
 
-  std::vector<const ReadableFile*> sources{&movie.readable()};
+  Sources sources{&movie.readable()};
   for (const ReadableFile& file : layout.media) sources.push_back(&file);
   std::vector<FileState> states;
   for (const ReadableFile* const source : sources) {
@@ -95,12 +107,12 @@ Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, cons
   }
   if (!(states.front() == stateWhenOpened(movie))) return changedMeanwhile(movie.readable());
 
-  TRY(auto target, ReplacementFile::create(path, calls));
+  TRY(auto target, making(sys::ReplacementFile::create(path, calls)));
   TRY(fill(target, layout, sources, progress));
   for (std::size_t i = 0; i < sources.size(); ++i) {
     if (!(stateOf(*sources[i]) == states[i])) return changedMeanwhile(*sources[i]);
   }
-  return target.publish();
+  return making(target.publish());
 }
 
 }  // namespace movie

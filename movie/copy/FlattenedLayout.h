@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "movie/atoms/MovieFile.h"
-#include "movie/copy/FileCopying.h"
+#include "movie/atoms/ReadableFile.h"
 #include "movie/copy/MovieMap.h"
 
 namespace movie {
@@ -13,6 +13,14 @@ namespace movie {
 struct PlacedBytes {
   std::uint64_t offset = 0;
   Bytes bytes;
+};
+
+/// A run of bytes and where it goes.
+struct CopiedRange {
+  std::size_t source = 0;  ///< which file
+  std::uint64_t from = 0;
+  std::uint64_t size = 0;
+  std::uint64_t to = 0;
 };
 
 /// What stands where in a flattened copy. A move-only value.

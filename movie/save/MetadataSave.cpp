@@ -251,7 +251,7 @@ struct Plan {
   SavePlacement placement;
 };
 
-Result<Plan> planSave(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, FileCalls& calls) {
+Result<Plan> planSave(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, sys::FileCalls& calls) {
   TRY(auto file, WritableFile::open(movie.path(), calls));
   TRY(auto survey, surveyForSave(file, movie));
   TRY(auto placement, placeMovie(survey, movie, edits));
@@ -261,13 +261,13 @@ Result<Plan> planSave(const MovieFile& movie, const std::vector<SampleDescriptio
 
 }  // namespace
 
-Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, FileCalls& calls) {
+Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits, sys::FileCalls& calls) {
   TRY(planSave(movie, edits, calls));
   return {};
 }
 
 Result<SaveOutcome> saveMetadata(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,
-                                 FileCalls& calls) {
+                                 sys::FileCalls& calls) {
   const sys::SignalsHeld held({SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXFSZ});
   TRY(auto plan, planSave(movie, edits, calls));
   if (plan.placement.place == SavePlace::Unchanged) return SaveOutcome{};

@@ -28,7 +28,7 @@ struct SaveOutcome {
 /// Whether saveMetadata() would begin, now; the error's reason says why not. Nothing is changed. Where nothing is
 /// edited yet, the answer counts for edits that need room.
 Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,
-                       FileCalls& calls = systemFileCalls());
+                       sys::FileCalls& calls = sys::systemCalls());
 
 /// Puts edited sample descriptions into the movie's file, in place. Media data are neither moved nor written, so the
 /// cost is that of the movie atom. `movie` and all that was opened of the file go on reading their samples; for
@@ -41,6 +41,6 @@ Result<void> canUpdate(const MovieFile& movie, const std::vector<SampleDescripti
 /// Signals that would end the program wait for the end, in this thread. Error: a refusal, or a failure after which the
 /// file has its old metadata.
 Result<SaveOutcome> saveMetadata(const MovieFile& movie, const std::vector<SampleDescriptionEdit>& edits,
-                                 FileCalls& calls = systemFileCalls());
+                                 sys::FileCalls& calls = sys::systemCalls());
 
 }  // namespace movie

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <utility>
 
 #include <sys/stat.h>
 #include <sys/types.h>
@@ -11,33 +12,10 @@
 #include "movie/atoms/MovieError.h"
 #include "movie/atoms/MovieFile.h"
 #include "movie/save/MediaExtents.h"
+#include "system/Descriptor.h"
+#include "system/FileBytes.h"
 
 namespace movie {
-
-/// The system calls that a save makes, each as its manual page has it: -1 and errno on failure, short counts, EINTR.
-/// Tests stand between a save and its file here.
-class FileCalls {
- public:
-  virtual ~FileCalls() = default;
-  virtual int open(const char* path, int flags) = 0;
-  virtual int close(int descriptor) = 0;
-  virtual int fstat(int descriptor, struct stat* status) = 0;
-  virtual ssize_t pread(int descriptor, void* bytes, std::size_t count, off_t offset) = 0;
-  virtual ssize_t pwrite(int descriptor, const void* bytes, std::size_t count, off_t offset) = 0;
-  virtual int fsync(int descriptor) = 0;
-  virtual int ftruncate(int descriptor, off_t size) = 0;
-  /// fallocate with FALLOC_FL_KEEP_SIZE.
-  virtual int reserve(int descriptor, off_t offset, off_t size) = 0;
-  virtual int futimens(int descriptor, const struct timespec times[2]) = 0;
-  /// An exclusive open-file-description lock on the whole file, without waiting; it goes with the descriptor.
-  virtual int lock(int descriptor) = 0;
-  /// Takes a read lease and gives it back: EAGAIN where anybody has the file open for writing. `descriptor` is open for
-  /// reading only.
-  virtual int probeLease(int descriptor) = 0;
-};
-
-/// The system's own. Lives as long as the program; usable from several threads.
-FileCalls& systemFileCalls();
 
 /// A regular file that is open for reading and writing, locked where its file system has locks, and not open for
 /// writing anywhere else as far as the system tells. Interrupted and short reads and writes go on. Used by one thread.
@@ -45,13 +23,7 @@ class WritableFile {
  public:
   /// Follows links. Errors: what the name leads to is no regular file, may not be written, is being written or saved by
   /// somebody else.
-  static Result<WritableFile> open(const std::string& path, FileCalls& calls);
-
-  ~WritableFile();
-  WritableFile(WritableFile&& other) noexcept;
-  WritableFile& operator=(WritableFile&&) = delete;
-  WritableFile(const WritableFile&) = delete;
-  WritableFile& operator=(const WritableFile&) = delete;
+  static Result<WritableFile> open(const std::string& path, sys::FileCalls& calls);
 
   const std::string& path() const { return path_; }
   bool isLocked() const { return locked_; }  ///< false where the file system has no locks
@@ -78,16 +50,17 @@ class WritableFile {
   Result<Reservation> reserve(std::uint64_t offset, std::uint64_t size);
 
  private:
-  WritableFile(std::string path, FileCalls& calls) : path_(std::move(path)), calls_(&calls) {}
-  tl::unexpected<MovieError> failure(int error) const;
-  tl::unexpected<MovieError> failure(int error, Reason doing) const;
+  WritableFile(std::string path, sys::FileCalls& calls) : path_(std::move(path)), calls_(&calls) {}
+  sys::FileRef ref() const { return {descriptor_.get(), path_}; }
+  tl::unexpected<MovieError> failure(int code, sys::Step what = sys::Step::OpenToWrite) const;
+  sys::Descriptor opened(int access) const;
   Result<struct stat> status() const;
   Result<void> probe() const;
   Result<void> lock();
 
   std::string path_;
-  FileCalls* calls_;
-  int descriptor_ = -1;
+  sys::FileCalls* calls_;
+  sys::Descriptor descriptor_;
   bool locked_ = false;
   MediaExtents media_;
 };

@@ -76,7 +76,11 @@ TEST(MovieError, TellsWhatTheSystemAnsweredByWhatWasAttempted) {
        "there is not enough space on the disk"},
       {EFBIG, "the system says \"File too large\"", "the file would become larger than is allowed",
        "the file would be larger than the system allows"},
-      {EISDIR, "the system says \"Is a directory\"", "it is a folder", "the system says \"Is a directory\""},
+      {EISDIR, "it is a folder", "it is a folder", "it is a folder"},
+      {ENXIO, "it is not a regular file", "it is not a regular file", "it is not a regular file"},
+      {EEXIST, "the system says \"File exists\"", "the system says \"File exists\"",
+       "another file has taken that name meanwhile"},
+      {ECANCELED, "it was cancelled", "it was cancelled", "it was cancelled"},
       {ETXTBSY, "the system says \"Text file busy\"", "another program has the file open for writing",
        "the system says \"Text file busy\""},
       {EAGAIN, "the system says \"Resource temporarily unavailable\"", "another program has the file open for writing",
@@ -91,6 +95,22 @@ TEST(MovieError, TellsWhatTheSystemAnsweredByWhatWasAttempted) {
     EXPECT_EQ(systemReason(row.number, Access::Write).text(), row.writing);
     EXPECT_EQ(systemReason(row.number, Access::Create).text(), row.creating);
   }
+}
+
+TEST(MovieError, TellsOfTheSystemWhatItIsToWhoReadsWritesOrMakesAFile) {
+  const auto reasonOf = [](int code, sys::Step what, Access access) {
+    const MovieError error = fromSystem(sys::Error{code, what, "a.mov"}, access);
+    EXPECT_EQ(error.file, "a.mov");
+    return error.reason();
+  };
+  using sys::Step;
+  EXPECT_EQ(reasonOf(ENOSPC, Step::Write, Access::Write), "the disk is full (writing the file)");
+  EXPECT_EQ(reasonOf(ENOSPC, Step::Write, Access::Create), "there is not enough space on the disk");
+  EXPECT_EQ(reasonOf(EACCES, Step::OpenToWrite, Access::Write), "there is no permission to write the file");
+  EXPECT_EQ(reasonOf(EACCES, Step::Read, Access::Create), "there is no permission to read the file");
+  EXPECT_EQ(reasonOf(EROFS, Step::SyncName, Access::Create),
+            "the file is complete, but whether its name would outlast a power failure is uncertain: the file system is "
+            "read-only");
 }
 
 Result<std::unique_ptr<int>> number(int value, int& calls) {

@@ -15,6 +15,7 @@
 
 #include "movie/copy/FlattenedCopy.h"
 #include "tests/movie/copy/FlattenedMovies.h"
+#include "tests/support/FaultyCalls.h"
 
 namespace movie {
 namespace {
@@ -26,68 +27,10 @@ using test::openedMovie;
 using test::TemporaryFolder;
 using testing::ElementsAre;
 
-enum class Call { Open, OpenUnnamed, Unlink, Link, Rename, Owner, Mode, Attribute, Resize, Reserve, Write, Copy, Sync };
-
-/// What a call does instead of its work.
-struct Fault {
-  int error = 0;            ///< errno; 0 for none
-  bool shortCount = false;  ///< a write or copy does half of it, at least a byte
-};
-
-using FaultOf = std::function<Fault(Call, std::size_t number)>;
-
-/// The system's calls, of which some fail.
-class FailingCalls final : public CopyCalls {
- public:
-  explicit FailingCalls(FaultOf fault = nullptr) : fault_(std::move(fault)) {}
-  std::size_t count() const { return count_; }
-
-  int open(int folder, const char* name, int flags, mode_t mode) override {
-    const Call call = (flags & O_TMPFILE) == O_TMPFILE ? Call::OpenUnnamed : Call::Open;
-    return fails(call) ? -1 : real_.open(folder, name, flags, mode);
-  }
-  int unlink(int folder, const char* name) override { return fails(Call::Unlink) ? -1 : real_.unlink(folder, name); }
-  int link(int file, int folder, const char* name) override {
-    return fails(Call::Link) ? -1 : real_.link(file, folder, name);
-  }
-  int rename(int folder, const char* from, const char* to, unsigned flags) override {
-    return fails(Call::Rename) ? -1 : real_.rename(folder, from, to, flags);
-  }
-  int fchown(int file, uid_t owner, gid_t group) override {
-    return fails(Call::Owner) ? -1 : real_.fchown(file, owner, group);
-  }
-  int fchmod(int file, mode_t mode) override { return fails(Call::Mode) ? -1 : real_.fchmod(file, mode); }
-  int fsetxattr(int file, const char* name, const void* value, std::size_t size) override {
-    return fails(Call::Attribute) ? -1 : real_.fsetxattr(file, name, value, size);
-  }
-  int ftruncate(int file, off_t size) override { return fails(Call::Resize) ? -1 : real_.ftruncate(file, size); }
-  int reserve(int file, off_t offset, off_t size) override {
-    return fails(Call::Reserve) ? -1 : real_.reserve(file, offset, size);
-  }
-  ssize_t pwrite(int file, const void* bytes, std::size_t count, off_t offset) override {
-    return fails(Call::Write) ? -1 : real_.pwrite(file, bytes, shortened(count), offset);
-  }
-  ssize_t copyRange(int from, off_t fromOffset, int to, off_t toOffset, std::size_t count) override {
-    return fails(Call::Copy) ? -1 : real_.copyRange(from, fromOffset, to, toOffset, shortened(count));
-  }
-  int fsync(int file) override { return fails(Call::Sync) ? -1 : real_.fsync(file); }
-
- private:
-  bool fails(Call call) {
-    now_ = fault_ ? fault_(call, count_) : Fault{};
-    ++count_;
-    errno = now_.error;
-    return now_.error != 0;
-  }
-  std::size_t shortened(std::size_t count) const {
-    return now_.shortCount ? std::max<std::size_t>(1, count / 2) : count;
-  }
-
-  CopyCalls& real_ = systemCopyCalls();
-  FaultOf fault_;
-  Fault now_;
-  std::size_t count_ = 0;
-};
+using Call = sys::test::FaultyCalls::Call;
+using Fault = sys::test::FaultyCalls::Fault;
+using FaultOf = sys::test::FaultyCalls::FaultOf;
+using sys::test::FaultyCalls;
 
 /// A way that a copy can take, by what the file system cannot do.
 struct Way {
@@ -120,7 +63,7 @@ class Scene {
   static Bytes old() { return {1, 2, 3}; }
   const std::string& target() const { return target_; }
 
-  Result<void> copy(FailingCalls& calls, const CopyProgress& progress = {}) const {
+  Result<void> copy(FaultyCalls& calls, const CopyProgress& progress = {}) const {
     const auto movie = openedMovie(from_);
     return writeFlattenedCopy(*movie, movie->movieAtom(), target_, progress, calls);
   }
@@ -152,18 +95,18 @@ void forEveryWay(const std::function<void(const Way&, const Scene&, const Bytes&
   for (const Way& way : ways) {
     SCOPED_TRACE(way.name);
     const Scene scene(way);
-    FailingCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
+    FaultyCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
     const auto status = scene.copy(calls);
     ASSERT_TRUE(status) << status.error().message();
     EXPECT_EQ(test::samplesOf(scene.target()).size(), 2U);
-    visit(way, scene, contentOf(scene.target()), calls.count());
+    visit(way, scene, contentOf(scene.target()), calls.callCount());
   }
 }
 
 /// Makes the copy with faults; those of the way itself come first.
 Result<void> attempt(const Way& way, const Scene& scene, const FaultOf& fault) {
   scene.reset();
-  FailingCalls calls([&](Call call, std::size_t number) {
+  FaultyCalls calls([&](Call call, std::size_t number) {
     const Fault own = way.ownFault(call);
     return own.error != 0 ? own : fault(call, number);
   });
@@ -250,7 +193,7 @@ TEST(FlattenedCalls, AFileThatTakesTheNameMeanwhileIsKept) {
   for (const Way& way : ways) {
     if (way.replaces) continue;
     const Scene scene(way);
-    FailingCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
+    FaultyCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
     const auto status = scene.copy(calls, [&](std::uint64_t, std::uint64_t) {
       const int file = ::open(scene.target().c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
       EXPECT_EQ(::pwrite(file, "\1\2\3", 3, 0), 3);
@@ -268,7 +211,7 @@ TEST(FlattenedCalls, AFileThatTakesTheNameMeanwhileIsKept) {
 bool isNamedMeanwhile(const Way& way) {
   const Scene scene(way);
   std::size_t most = 0;
-  FailingCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
+  FaultyCalls calls([&](Call call, std::size_t) { return way.ownFault(call); });
   EXPECT_TRUE(scene.copy(calls, [&](std::uint64_t, std::uint64_t) {
     most = std::max(most, scene.names().size());
     return true;
@@ -295,7 +238,7 @@ TEST(FlattenedCalls, AGroupThatCannotBeKeptMayDoWhatAllOthersMay) {
     ASSERT_EQ(::chown(scene.target().c_str(), 1234, 5678), 0);
   }
   ASSERT_EQ(::chmod(scene.target().c_str(), 0662), 0);
-  FailingCalls calls([](Call call, std::size_t) { return Fault{call == Call::Owner ? EPERM : 0, false}; });
+  FaultyCalls calls([](Call call, std::size_t) { return Fault{call == Call::Owner ? EPERM : 0, false}; });
   ASSERT_TRUE(scene.copy(calls));
   struct stat status {};
   ASSERT_EQ(::stat(scene.target().c_str(), &status), 0);

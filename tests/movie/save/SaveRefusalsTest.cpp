@@ -10,10 +10,12 @@
 
 #include "movie/save/MetadataSave.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/FaultyCalls.h"
 
 namespace movie {
 namespace {
 
+using sys::test::FaultyCalls;
 using test::AtomBuilder;
 using test::atomOf;
 using test::fileType;
@@ -217,7 +219,7 @@ TEST_F(OpenedMovie, IsRefusedWhileOpenForWritingElsewhere) {
 }
 
 TEST_F(OpenedMovie, IsRefusedWhileAnotherSaverHoldsIt) {
-  auto other = WritableFile::open(file_.path(), systemFileCalls());
+  auto other = WritableFile::open(file_.path(), sys::systemCalls());
   ASSERT_TRUE(other);
   ASSERT_TRUE(other->isLocked());
   expectRefused("another program");
@@ -317,38 +319,12 @@ TEST(LargeMovie, IsSavedBehindFourGigabytesAtTheCostOfItsMovieAtom) {
   EXPECT_LT(status.st_blocks * 512, 200'000);
 }
 
-/// The system's calls, with one of them failing.
-class Failing final : public FileCalls {
- public:
-  explicit Failing(std::size_t at) : left_(at) {}
-  int open(const char* path, int flags) override { return real_.open(path, flags); }
-  int close(int descriptor) override { return real_.close(descriptor); }
-  int fstat(int descriptor, struct stat* status) override { return real_.fstat(descriptor, status); }
-  ssize_t pread(int descriptor, void* bytes, std::size_t count, off_t offset) override {
-    return real_.pread(descriptor, bytes, count, offset);
-  }
-  ssize_t pwrite(int descriptor, const void* bytes, std::size_t count, off_t offset) override {
-    if (left_-- == 0) {
-      errno = EIO;
-      return -1;
-    }
-    return real_.pwrite(descriptor, bytes, count, offset);
-  }
-  int fsync(int descriptor) override { return real_.fsync(descriptor); }
-  int ftruncate(int descriptor, off_t size) override { return real_.ftruncate(descriptor, size); }
-  int reserve(int descriptor, off_t offset, off_t size) override { return real_.reserve(descriptor, offset, size); }
-  int futimens(int descriptor, const struct timespec times[2]) override { return real_.futimens(descriptor, times); }
-  int lock(int descriptor) override { return real_.lock(descriptor); }
-  int probeLease(int descriptor) override { return real_.probeLease(descriptor); }
-
- private:
-  FileCalls& real_ = systemFileCalls();
-  std::size_t left_;
-};
-
 TEST_F(OpenedMovie, CanBeSavedOnceTheReasonOfAFailureIsGone) {
   for (const std::size_t at : {0U, 1U, 2U}) {
-    Failing calls(at);
+    std::size_t left = at;
+    FaultyCalls calls([&left](FaultyCalls::Call call, std::size_t) {
+      return FaultyCalls::Fault{call == FaultyCalls::Call::Write && left-- == 0 ? EIO : 0, false};
+    });
     const auto outcome = saveMetadata(*movie_, edits(), calls);
     ASSERT_FALSE(outcome) << at;
     EXPECT_EQ(read(file_.path()), content_);
