@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "check/FrameAnalysis.h"
 #include "check/GammaCheck.h"
 #include "check/MetadataSync.h"
 #include "tests/check/CapturedLog.h"
@@ -108,6 +109,52 @@ TEST(CheckedFrames, MayBeBlackInTheDestination) {
   const Checked checked = checkOf(plainMovie(), blackMovie());
   EXPECT_FALSE(checked.outcome.tooDark);
   ASSERT_TRUE(checked.outcome.pixels);
+}
+
+/// The first image description with other colour parameters, in memory; the samples stay as they are.
+void tag(Movie& movie, std::uint16_t primaries, std::uint16_t matrix) {
+  movie::Media& media = movie.tracksOfMediaType(movie::videoMedia).front()->media();
+  movie::ImageDescription description = *media.imageDescription(1);
+  ASSERT_EQ(description.setNclc({movie::fourCC("nclc"), primaries, 1, matrix}, movie::ColorAtomFlavour::Nclc), 0);
+  media.setSampleDescription(1, description);
+}
+
+TEST(CheckedFrames, OfTheSameSamplesMatchWhateverTheColorsTheyAreTaggedWith) {
+  const std::string saturated = "gradients=size=320x240:rate=25:nb_colors=2:c0=0xc02020:c1=0x2020c0:seed=4";
+  const auto source = Movie::movieWithFile(encoded("saturated.mov", saturated, "format=yuv422p10", "2.2"));
+  const auto dest = (*source)->copy();
+  tag(**source, 1, 1);
+  tag(*dest, 6, 6);
+  constexpr movie::FrameImageRequest request{320, 240, movie::FrameStyle::Measurement};
+  const auto asTagged = [&](Movie& movie) { return RgbFrameBitmap(*movie.frameImageAtTime({}, request)); };
+  ASSERT_NE(pixelShiftOf(gammaShiftForSourceBitmap(asTagged(**source), asTagged(*dest)).commonDiff), PixelShift::None);
+  RecordedReport report;
+  const CheckOutcome outcome = runGammaCheck({**source, *dest, {}, {}}, report);
+  EXPECT_FALSE(outcome.metadata->colorMatch);
+  EXPECT_EQ(outcome.pixels->commonDiff, 1.0);
+  EXPECT_EQ(outcome.pixels->average, 1.0);
+}
+
+TEST(CheckedFrames, AreMeasuredAt320By240WhateverTheSizeOfTheMovie) {
+  const std::string large = "testsrc2=size=400x200:rate=25";
+  const std::string darker =
+      "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
+  const auto source = Movie::movieWithFile(encoded("large.mov", large, "format=yuv422p10", "2.2"));
+  const auto dest = Movie::movieWithFile(encoded("large-darker.mov", large, darker, "2.2"));
+  const auto averageAt = [&](int width, int height) {
+    const auto sourceCopy = (*source)->copy(), destCopy = (*dest)->copy();
+    matchMetadata(*sourceCopy, *destCopy);
+    const movie::FrameImageRequest request{width, height, movie::FrameStyle::Measurement};
+    return gammaShiftForSourceBitmap(RgbFrameBitmap(*sourceCopy->frameImageAtTime({}, request)),
+                                     RgbFrameBitmap(*destCopy->frameImageAtTime({}, request)))
+        .average;
+  };
+  RecordedReport report;
+  const double average = runGammaCheck({**source, **dest, {}, {}}, report).pixels->average;
+  EXPECT_EQ(average, averageAt(320, 240));
+  for (const auto& [width, height] : {std::pair(319, 240), std::pair(320, 239), std::pair(400, 200), std::pair(0, 0)}) {
+    EXPECT_NE(average, averageAt(width, height)) << width << " x " << height;
+  }
 }
 
 TEST(CheckedFrames, AreNotScannedWhenOneIsMissing) {
