@@ -27,4 +27,8 @@ bool isColorInfoSet(const ColorInfo& info) {
   return info != ColorInfo{};
 }
 
+float gammaLevel(std::optional<std::int32_t> fixed) {
+  return static_cast<float>(fixed.value_or(0)) * (1.0F / 65536.0F);
+}
+
 }  // namespace check

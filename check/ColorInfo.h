@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <optional>
+
 #include "movie/atoms/ImageDescription.h"
 
 namespace check {
@@ -15,5 +18,8 @@ int colorInfoCompare(ColorInfo source, ColorInfo dest);
 
 /// Whether any of the four fields is not 0.
 bool isColorInfoSet(const ColorInfo& info);
+
+/// A gamma level as it is compared and shown: 16.16 fixed point in single precision; 0 when absent.
+float gammaLevel(std::optional<std::int32_t> fixed);
 
 }  // namespace check

@@ -34,10 +34,8 @@ std::optional<DescriptionPair> firstDescriptions(const movie::Movie& source, con
   return DescriptionPair{sourceMedia.imageDescription(1), destMedia.imageDescription(1)};
 }
 
-/// In single precision, as it is compared and shown; 0 when absent.
 float gammaOf(const std::optional<ImageDescription>& description) {
-  const std::int32_t fixed = description ? description->gamma().value_or(0) : 0;
-  return static_cast<float>(fixed) * (1.0F / 65536.0F);
+  return gammaLevel(description ? description->gamma() : std::nullopt);
 }
 
 ColorInfo colorInfoOf(const std::optional<ImageDescription>& description) {

@@ -91,11 +91,11 @@ void Sync::remove(ColorProperty property, movie::FourCC type, const QString& fai
 }
 
 bool Sync::copyGamma() {
-  const std::int32_t source = source_.gamma().value_or(0), dest = dest_.description.gamma().value_or(0);
-  if (source == dest) return true;
+  const std::optional<std::int32_t> source = source_.gamma();
+  if (gammaLevel(source) == gammaLevel(dest_.description.gamma())) return true;
   QVLog::appendLog("Gamma does not match");
-  if (source != 0) {
-    return set(ColorProperty::Gamma, dest_.description.setGamma(source), QStringLiteral("Error setting gamma: %d"));
+  if (gammaLevel(source) != 0.0F) {
+    return set(ColorProperty::Gamma, dest_.description.setGamma(*source), QStringLiteral("Error setting gamma: %d"));
   }
   remove(ColorProperty::Gamma, movie::fourCC("gama"), QStringLiteral("Error removing destination gamma atom: %d"));
   return true;

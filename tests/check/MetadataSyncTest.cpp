@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <vector>
@@ -6,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "check/GammaCheck.h"
 #include "check/MetadataSync.h"
 #include "movie/render/IccProfile.h"
 #include "tests/check/BuiltMovie.h"
@@ -136,7 +136,7 @@ std::vector<std::string> told(const test::CapturedLog& log) {
   const auto isRecord = [](const std::string& text) {
     return text.starts_with("source ") || text.starts_with("dest ");
   };
-  texts.erase(std::remove_if(texts.begin(), texts.end(), isRecord), texts.end());
+  std::erase_if(texts, isRecord);
   return texts;
 }
 
@@ -221,18 +221,50 @@ TEST(SyncMetadata, TellsWhatItDid) {
   EXPECT_FALSE(outcome.isComplete());
 }
 
-TEST(SyncMetadata, WritesNothingBackAfterASettingThatFails) {
+TEST(SyncMetadata, ComparesGammaInSinglePrecisionAsTheCheckDoes) {
+  const struct {
+    std::int32_t source, dest;
+    bool match;
+  } rows[] = {{0x7FFFFFFF, 0x7FFFFFD0, true},
+              {-0x7FFFFFFF, -0x7FFFFFD0, true},
+              {0x7FFFFF00, 0x7FFFFE80, false},
+              {0x23333, 0x23334, false}};
+  for (const auto& row : rows) {
+    const TemporaryFile sourceFile(movieFile({Tags{.gamma = row.source}.entry()}));
+    const TemporaryFile destFile(movieFile({Tags{.gamma = row.dest}.entry()}));
+    const auto source = opened(sourceFile), dest = opened(destFile);
+    RecordedReport report;
+    EXPECT_EQ(runGammaCheck({*source, *dest, {}, {}}, report).metadata->gammaMatch, row.match) << row.source;
+    const test::CapturedLog log;
+    syncMetadata(*source, *dest);
+    EXPECT_EQ(told(log).front() == "Gamma does not match", !row.match) << row.source;
+    EXPECT_EQ(descriptionOf(*dest).gamma(), row.match ? row.dest : row.source);
+  }
+}
+
+TEST(SyncMetadata, EndsWithNothingWrittenBackAtTheFirstSettingThatFails) {
+  const struct {
+    Tags source;
+    std::vector<std::string> log;
+  } rows[] = {
+      {{0x23333, hdColors, someProfile}, {"Gamma does not match", "Error setting gamma: -50"}},
+      {{.color = hdColors, .profile = someProfile}, {"Colors do not match", "Error setting color: -50"}},
+      {{.profile = someProfile}, {"Color spaces do not match", "Error setting colorspace: -50"}},
+  };
+  // Without any tag, and every edit of it is refused.
   const Bytes tooShort = movie::test::AtomBuilder("apch").zeros(20).build();
-  const TemporaryFile sourceFile(movieFile({Tags{0x23333, hdColors, someProfile}.entry()}));
-  const TemporaryFile destFile(movieFile({tooShort}));
-  const auto source = opened(sourceFile), dest = opened(destFile);
-  const test::CapturedLog log;
-  const SyncOutcome outcome = syncMetadata(*source, *dest);
-  EXPECT_THAT(log.texts(), ElementsAre("Gamma does not match", "Error setting gamma: -50"));
-  EXPECT_FALSE(outcome.writtenBack);
-  EXPECT_FALSE(outcome.isComplete());
-  EXPECT_EQ(outcome.changes.size(), 1U);
-  EXPECT_EQ(descriptionOf(*dest).bytes(), tooShort);
+  for (const auto& row : rows) {
+    const TemporaryFile sourceFile(movieFile({row.source.entry()})), destFile(movieFile({tooShort}));
+    const auto source = opened(sourceFile), dest = opened(destFile);
+    const test::CapturedLog log;
+    const SyncOutcome outcome = syncMetadata(*source, *dest);
+    EXPECT_EQ(told(log), row.log);
+    EXPECT_FALSE(outcome.writtenBack) << row.log.back();
+    EXPECT_FALSE(outcome.isComplete()) << row.log.back();
+    EXPECT_EQ(outcome.changes.size(), 1U) << row.log.back();
+    EXPECT_EQ(outcome.after->bytes(), outcome.before->bytes()) << row.log.back();
+    EXPECT_EQ(descriptionOf(*dest).bytes(), tooShort) << row.log.back();
+  }
 }
 
 TEST(SyncMetadata, DoesNothingWhenEitherMovieHasNoVideoTrack) {
