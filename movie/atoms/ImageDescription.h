@@ -9,8 +9,10 @@
 
 namespace movie {
 
-/// NCLC colour parameters, as the property 'nclc' gives and takes them (10 bytes on the wire). The indices are those of
+/// NCLC colour parameters: the 10 bytes that the property 'nclc' gives and takes, with no padding between or behind the
+/// fields; no reference may be bound to the type, which may stand at an odd multiple of 2. The indices are those of
 /// ITU-T H.273 (primaries, transfer characteristics, matrix coefficients).
+#pragma pack(push, 2)
 struct NclcParameters {
   std::uint32_t colorParamType = 0;  ///< 'nclc' when set, whatever type the atom has, so that MOV and MP4 compare
   std::uint16_t primaries = 0;
@@ -19,6 +21,8 @@ struct NclcParameters {
 
   friend bool operator==(const NclcParameters&, const NclcParameters&) = default;
 };
+#pragma pack(pop)
+static_assert(sizeof(NclcParameters) == 10);
 
 /// Which flavour of colr atom a new record becomes.
 enum class ColorAtomFlavour {
