@@ -202,10 +202,10 @@ std::uint64_t QVTimecode::addDroppedFrames(std::uint64_t n, double fps) {
   const int tenMinuteFrames = truncatedInt(std::round(60.0 * fps * 10.0));
   const int minuteFrames = truncatedInt(std::round(fps) * 60.0 - perMinute);
   if (tenMinuteFrames == 0 || minuteFrames == 0) return n;
-  const std::uint64_t tenMinutes = n / signExtended(tenMinuteFrames);
-  const int rest = low32(n % signExtended(tenMinuteFrames));
+  const auto count = static_cast<std::int64_t>(n);
+  const auto rest = static_cast<int>(count % tenMinuteFrames);
   const int pastFirstDrop = wrappingDifference(rest, perMinute);
-  const std::uint64_t inBlocks = tenMinutes * signExtended(perMinute) * 9;
+  const std::uint64_t inBlocks = static_cast<std::uint64_t>(count / tenMinuteFrames) * signExtended(perMinute) * 9;
   if (pastFirstDrop <= 0) return n + inBlocks;
   const std::int64_t minutes = std::int64_t{pastFirstDrop} / minuteFrames;
   return truncatedUnsigned(static_cast<double>(n) + static_cast<double>(inBlocks) +

@@ -32,8 +32,8 @@ class QVTimecode final {
   /// frameCountFromTimecode:timebase:ntsc:dropFrame:startFrame: either separator may stand anywhere; 0 for fewer than
   /// four fields; those beyond the fourth are ignored.
   static int frameCountFromTimecode(const QString& timecode, int timebase, bool ntsc, bool dropFrame, int startFrame);
-  /// addDroppedFrames:fps: the number that the n-th frame carries. n itself for an fps without whole frames in a
-  /// minute.
+  /// addDroppedFrames:fps: the number that the n-th frame carries; n itself for an fps without whole frames in a
+  /// minute. A frame before the first is a negative n, sign-extended, and so is the number that it carries.
   static std::uint64_t addDroppedFrames(std::uint64_t n, double fps);
   /// subtractDroppedFrames:fps: what parsing does with a number; not an exact inverse of addDroppedFrames().
   static std::uint64_t subtractDroppedFrames(std::uint64_t n, double fps);

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <limits>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -64,10 +65,29 @@ TEST(QVTimecode, NumbersFrames) {
       {999, {1000, false}, 0, "00:00:00:999"},
       // A negative total is formatted as it falls.
       {-1, plain30, 0, "00:00:-01:-01"},
+      {-1, drop30, 0, "00:00:-01;-01"},
+      {-2, drop30, 0, "00:00:-01;-02"},
+      {-31, drop30, 0, "00:00:-02;-01"},
+      {-1800, drop30, 0, "00:-01:00;00"},
+      {-17999, drop30, 0, "00:-10:00;-29"},
+      {-18000, drop30, 0, "00:-10:-01;-18"},
+      {-1, drop60, 0, "00:00:-01;-01"},
+      {-107893, drop30, -1, "00:00:-01;-01"},
   };
   for (const Row& row : rows)
     EXPECT_EQ(timecodeOf(row.frameCount, row.rate, row.startFrame), row.timecode)
         << row.frameCount << " at " << row.rate.timebase << " from " << row.startFrame;
+}
+
+TEST(QVTimecode, NumbersEachFrameBeforeZeroInDropFrameToo) {
+  for (const Rate rate : {drop30, drop60}) {
+    std::set<std::string> seen;
+    for (int frame = -1; frame > -36000; --frame) {
+      const std::string timecode = timecodeOf(frame, rate);
+      ASSERT_TRUE(seen.insert(timecode).second) << frame << " is " << timecode << " at " << rate.timebase;
+      ASSERT_NE(timecode.find('-'), std::string::npos) << frame << " is " << timecode;
+    }
+  }
 }
 
 TEST(QVTimecode, ReadsFrameNumbers) {
@@ -87,6 +107,9 @@ TEST(QVTimecode, ReadsFrameNumbers) {
       {"00:00:00:00", plain24, -1, -107892},
       {"00:01:59;28", drop30, 0, 3594},  // though frame 3596 carries it: parsing is no exact inverse
       {"00:00:-01:-01", plain30, 0, -31},
+      {"00:00:-01;-01", drop30, 0, -31},
+      {"00:-10:00;00", drop30, 0, -17982},
+      {"00:00:00;-5", drop60, 0, -5},
       {"1:2:3:4", plain30, 0, 111694},
       {"01:02:03:04", plain30, 0, 111694},
       {"01;02;03;04", plain30, 0, 111694},
@@ -257,7 +280,7 @@ TEST(QVTimecode, WrapsAtThirtyTwoBits) {
   EXPECT_EQ(countOf("99999999999:0:0:0", plain30), static_cast<int>(2147483647U * 108000U));
   EXPECT_EQ(countOf("99999:99999:99999:99999", {highest, false}),
             static_cast<int>((99999U * 3600U + 99999U * 60U + 99999U) * 2147483647U + 99999U));
-  EXPECT_EQ(countOf(std::string(100000, '9') + ":0:0:1", plain30), static_cast<int>(2147483647U * 108000U + 1U));
+  EXPECT_EQ(countOf(std::string(100000, '9').append(":0:0:1"), plain30), static_cast<int>(2147483647U * 108000U + 1U));
 }
 
 TEST(QVTimecode, TakesAnyNumberAndAnyText) {
