@@ -1,7 +1,6 @@
 #include "SharedFiles/timecode/QVQuickTime.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <limits>
@@ -10,6 +9,7 @@
 
 #include "SharedFiles/log/LogFormat.h"
 #include "SharedFiles/timecode/QVTimecode.h"
+#include "movie/atoms/SoundDescription.h"
 
 namespace {
 
@@ -239,17 +239,7 @@ MovieTime QVQuickTime::qtTimeFromTimecode(const QString& timecode, const movie::
 double QVQuickTime::sampleRateFromQTTrack(const movie::Track* track) {
   if (track == nullptr || track->mediaType() != movie::soundMedia) return 0.0;
   const auto entry = track->media().sampleDescription(1);
-  return entry ? sampleRateOfSoundDescription(*entry) : 0.0;
-}
-
-double QVQuickTime::sampleRateOfSoundDescription(movie::ByteView entry) {
-  constexpr std::size_t versionOffset = 16, fixedRateOffset = 32, floatRateOffset = 40;
-  if (entry.size() < fixedRateOffset + 4) return 0.0;
-  const std::uint16_t version = movie::read16(entry, versionOffset);
-  if (version < 2) return movie::read32(entry, fixedRateOffset) / 65536.0;
-  if (version > 2 || entry.size() < floatRateOffset + 8) return 0.0;
-  const auto rate = std::bit_cast<double>(movie::read64(entry, floatRateOffset));
-  return std::isfinite(rate) ? rate : 0.0;
+  return entry ? movie::soundSampleRate(*entry, track->media().timeScale()) : 0.0;
 }
 
 QString QVQuickTime::friendlyAudioChannelLabel(const AudioChannelDescription& description) {

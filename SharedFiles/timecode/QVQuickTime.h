@@ -82,11 +82,9 @@ class QVQuickTime final {
 
   // Sound.
 
-  /// sampleRateFromQTTrack: of the first sample description; 0.0 for a track that is no sound track.
+  /// sampleRateFromQTTrack: of the first sample description (see soundSampleRate()); 0.0 for a track that is no sound
+  /// track.
   static double sampleRateFromQTTrack(const movie::Track* track);
-  /// The same for a whole stsd entry. Versions 0 and 1 hold 16.16 fixed point, version 2 a 64-bit float (QTFF "Sound
-  /// sample descriptions"; ISO/IEC 14496-12, 12.2.3, has the layout of version 0).
-  static double sampleRateOfSoundDescription(movie::ByteView entry);
   /// friendlyAudioChannelLabel: "Unknown" for a code without a name.
   static QString friendlyAudioChannelLabel(const AudioChannelDescription& description);
 };

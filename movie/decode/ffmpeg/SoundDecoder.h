@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "movie/atoms/MovieError.h"
+#include "movie/atoms/SoundDescription.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
-#include "movie/decode/ffmpeg/SoundDescription.h"
 #include "movie/decode/ffmpeg/SoundMix.h"
 
 namespace movie {

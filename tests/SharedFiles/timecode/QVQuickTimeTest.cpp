@@ -9,6 +9,7 @@
 
 #include "SharedFiles/timecode/QVQuickTime.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/MovieFixture.h"
 
 namespace {
 
@@ -100,6 +101,33 @@ Bytes soundEntryWithFloatRate(double rate) {
       .u32(2)
       .zeros(20)
       .build();
+}
+
+/// An AAC track's description as files of the ISO format have it: a whole number in the rate's field, and the stream's
+/// own setup.
+Bytes aacEntry(std::uint32_t fieldRate, unsigned objectType, const Bytes& setup) {
+  const auto size = static_cast<unsigned>(setup.size());
+  AtomBuilder esds("esds");
+  esds.u32(0).u8(3).u8(20 + size).u16(1).u8(0).u8(4).u8(15 + size).u8(objectType).u8(0x15).u8(0).u16(0).u32(0).u32(0);
+  esds.u8(5).u8(size);
+  for (const std::uint8_t byte : setup) esds.u8(byte);
+  return AtomBuilder("mp4a")
+      .zeros(6)
+      .u16(1)
+      .zeros(8)
+      .u16(2)
+      .u16(16)
+      .u32(0)
+      .u32(fieldRate << 16)
+      .bytes(esds.build())
+      .build();
+}
+
+double sampleRateOf(const Bytes& entry, std::uint32_t timeScale = 600) {
+  TrackSpec track = soundTrack(entry);
+  track.timeScale = timeScale;
+  const auto movie = movieOf({track}, 600);
+  return movie ? QVQuickTime::sampleRateFromQTTrack(firstTrack(*movie, movie::soundMedia)) : -1.0;
 }
 
 }  // namespace
@@ -346,18 +374,58 @@ TEST(QVQuickTime, AnswersForMoviesWithoutPictures) {
 }
 
 TEST(QVQuickTime, ReadsTheSampleRateOfASoundDescription) {
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntry(0, 48000U << 16)), 48000.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntry(1, 44100U << 16)), 44100.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntry(0, (22254U << 16) + 0x8BA3)),
-            22254 + 0x8BA3 / 65536.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntryWithFloatRate(96000.0)), 96000.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntryWithFloatRate(192000.5)), 192000.5);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntryWithFloatRate(std::nan(""))), 0.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntry(3, 48000U << 16)), 0.0);
-  EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(soundEntry(2, 48000U << 16)), 0.0);  // too short for its version
+  EXPECT_EQ(sampleRateOf(soundEntry(0, 48000U << 16)), 48000.0);
+  EXPECT_EQ(sampleRateOf(soundEntry(1, 44100U << 16)), 44100.0);
+  EXPECT_EQ(sampleRateOf(soundEntry(0, (22254U << 16) + 0x8BA3)), 22254 + 0x8BA3 / 65536.0);
+  EXPECT_EQ(sampleRateOf(soundEntryWithFloatRate(96000.0)), 96000.0);
+  EXPECT_EQ(sampleRateOf(soundEntryWithFloatRate(192000.5)), 192000.5);
+  EXPECT_EQ(sampleRateOf(soundEntryWithFloatRate(std::nan(""))), 0.0);
+  EXPECT_EQ(sampleRateOf(soundEntry(3, 48000U << 16)), 0.0);
+  EXPECT_EQ(sampleRateOf(soundEntry(2, 48000U << 16)), 0.0);  // too short for its version
   const Bytes entry = soundEntryWithFloatRate(96000.0);
-  for (std::size_t size = 0; size < 48; ++size)
-    EXPECT_EQ(QVQuickTime::sampleRateOfSoundDescription(movie::ByteView(entry).first(size)), 0.0) << size;
+  for (std::size_t size = 8; size < 48; ++size) {
+    Bytes cut(entry.begin(), entry.begin() + static_cast<std::ptrdiff_t>(size));
+    movie::write32(cut, 0, static_cast<std::uint32_t>(size));
+    EXPECT_EQ(sampleRateOf(cut), 0.0) << size;
+  }
+}
+
+TEST(QVQuickTime, ReadsARateThatTheFieldCannotHoldFromTheStreamOrTheTimeScale) {
+  const struct {
+    const char* what;
+    Bytes entry;
+    std::uint32_t timeScale;
+    double rate;
+  } rows[] = {
+      {"by its index", aacEntry(0, 0x40, {0x10, 0x10}), 90000, 96000},
+      {"the next index", aacEntry(0, 0x40, {0x10, 0x90}), 90000, 88200},
+      {"in full", aacEntry(0, 0x40, {0x17, 0x80, 0xBB, 0x80, 0x10}), 90000, 96000},
+      {"of another kind of stream", aacEntry(0, 0x67, {0x10, 0x10}), 90000, 96000},
+      {"of an object type beyond 31", aacEntry(0, 0x40, {0xF9, 0x40, 0x20, 0x00}), 90000, 96000},
+      {"doubled from half of it", aacEntry(0, 0x40, {0x29, 0x90, 0x10, 0x00}), 90000, 96000},
+      {"what is left of it in the field", aacEntry(96000U - 65536U, 0x40, {0x10, 0x10}), 90000, 96000},
+      {"a rate that the field holds", aacEntry(48000, 0x40, {0x11, 0x90}), 90000, 48000},
+      {"half of it in the field, which holds it", aacEntry(24000, 0x40, {0x2B, 0x11, 0x88, 0x00}), 90000, 24000},
+      {"without a stream's own", soundEntry(0, 0), 192000, 192000},
+      {"cut short", aacEntry(0, 0x40, {0x10}), 96000, 96000},
+      {"an index that stands for no rate", aacEntry(0, 0x40, {0x16, 0x90}), 96000, 96000},
+      {"a stream that says nothing there", aacEntry(0, 0x6B, {0x10, 0x90}), 96000, 96000},
+      {"of an unknown version", soundEntry(3, 0), 96000, 0},
+  };
+  for (const auto& row : rows) EXPECT_EQ(sampleRateOf(row.entry, row.timeScale), row.rate) << row.what;
+}
+
+TEST(QVQuickTime, ReadsTheSampleRateOfFilesAsTheyAreMade) {
+  for (const int rate : {96000, 88200, 48000, 22050}) {
+    for (const std::string kind : {"aac.mp4", "aac.m4a", "aac.mov", "alac.mp4", "alac.mov"}) {
+      const std::string hertz = std::to_string(rate);
+      const auto movie = Movie::movieWithFile(movie::test::fixtureMovie(
+          hertz + "-" + kind, {"-f", "lavfi", "-i", "sine=sample_rate=" + hertz + ":duration=0.2", "-c:a",
+                               kind.substr(0, kind.find('.'))}));
+      ASSERT_TRUE(movie) << kind;
+      EXPECT_EQ(QVQuickTime::sampleRateFromQTTrack(firstTrack(**movie, movie::soundMedia)), rate) << kind;
+    }
+  }
 }
 
 TEST(QVQuickTime, ReadsTheSampleRateOfSoundTracksOnly) {
