@@ -37,25 +37,6 @@ PictureRequest requestFor(const PresentedSample& sample, const ImageDescription&
   return {.sample = sample, .crop = cropOf(description), .width = width, .height = height};
 }
 
-/// What a timecode track's sample description says, without the start. Source: QTFF "Timecode sample description".
-std::optional<TimecodeStart> timecodeDefinition(const Bytes& description) {
-  constexpr std::size_t flagsOffset = 20, scaleOffset = 24, durationOffset = 28, framesOffset = 32;
-  if (description.size() <= framesOffset) return std::nullopt;
-  return TimecodeStart{.frameNumber = 0,
-                       .flags = read32(description, flagsOffset),
-                       .timeScale = static_cast<std::int32_t>(read32(description, scaleOffset)),
-                       .frameDuration = static_cast<std::int32_t>(read32(description, durationOffset)),
-                       .numberOfFrames = description[framesOffset]};
-}
-
-/// How many whole timecode frames lie in `ticks` of the timecode track's media.
-std::int64_t timecodeFramesIn(std::int64_t ticks, std::int32_t mediaTimeScale, const TimecodeStart& definition) {
-  if (ticks <= 0 || mediaTimeScale <= 0 || definition.timeScale <= 0 || definition.frameDuration <= 0) return 0;
-  __extension__ using Wide = __int128;
-  const Wide frames = Wide{ticks} * definition.timeScale / (Wide{mediaTimeScale} * definition.frameDuration);
-  return static_cast<std::int64_t>(std::min<Wide>(frames, std::numeric_limits<std::int32_t>::max()));
-}
-
 /// Whether the name leads to the file that a movie has open.
 bool leadsTo(const std::string& path, const MovieFile& file) {
   struct stat named {
@@ -211,17 +192,14 @@ const Track* Movie::firstTrack(FourCC mediaType) const {
 }
 
 std::optional<TimecodeStart> Movie::timecodeStart() const {
+  constexpr std::size_t flagsOffset = 20, leastSize = 33;
   const Track* const track = firstTrack(timecodeMedia);
   const auto description = track ? track->media().sampleDescription(1) : std::nullopt;
-  auto start = description ? timecodeDefinition(*description) : std::nullopt;
-  if (!start) return std::nullopt;
-
-  const std::int64_t mediaStart = mediaStartTime(track->info());
-  const auto sample = file_->sampleTable(track->index_).presentedAt(mediaStart);
+  if (!description || description->size() < leastSize) return std::nullopt;
+  TimecodeStart start{.frameNumber = 0, .flags = read32(*description, flagsOffset)};
+  const auto sample = file_->sampleTable(track->index_).presentedAt(0);
   const auto bytes = sample ? file_->readSample(track->index_, sample->index, 4) : Result<Bytes>(Bytes{});
-  if (!bytes || bytes->size() < 4) return start;
-  start->frameNumber = static_cast<std::int32_t>(read32(*bytes, 0)) +
-                       timecodeFramesIn(mediaStart - sample->presentationTime, track->info().mediaTimeScale, *start);
+  if (bytes && bytes->size() >= 4) start.frameNumber = static_cast<std::int32_t>(read32(*bytes, 0));
   return start;
 }
 

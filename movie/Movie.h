@@ -62,10 +62,8 @@ class Track {
 
 /// The start of a movie's timecode, as its first timecode track gives it.
 struct TimecodeStart {
-  std::int64_t frameNumber = 0;  ///< of the first frame
+  std::int32_t frameNumber = 0;  ///< of the first frame
   std::uint32_t flags = 0;       ///< bit 0: drop frame
-  std::int32_t timeScale = 0, frameDuration = 0;
-  int numberOfFrames = 0;  ///< frames a second, nominal
 };
 
 /// How frameImageAtTime renders.
@@ -131,8 +129,9 @@ class Movie {
   std::vector<Track*> tracksOfMediaType(FourCC mediaType);
   std::vector<const Track*> tracksOfMediaType(FourCC mediaType) const;
 
-  /// From the first timecode track, its edit list counted. None without such a track or with a sample description too
-  /// short to tell. A sample that cannot be read counts as frame 0. Source: QTFF "Timecode sample description".
+  /// From the first timecode track: what it says at media time 0, whatever its edit list. None without such a track or
+  /// with a sample description too short to tell. A sample that cannot be read counts as frame 0. Source: QTFF
+  /// "Timecode sample description".
   std::optional<TimecodeStart> timecodeStart() const;
 
   /// The frame of the first video track, enabled or not, that is on screen at a movie time (see EditList.h for which

@@ -350,6 +350,16 @@ TEST(QVQuickTime, FindsTheTimeOfATimecode) {
   EXPECT_EQ(timeOf("nonsense", plain), (MovieTime{.value = 0, .scale = 600}));
 }
 
+TEST(QVQuickTime, StartsTimecodeWhereTheTrackDoesWhateverItsEditList) {
+  TrackSpec edited = timecodeTrack(true);
+  edited.edits = {{600, -1, 0x10000}, {600, 10 * 1001, 0x10000}};
+  const auto movie = movieOf({videoTrack({30, 1001, 30000}), edited}, 600, 30000);
+  ASSERT_TRUE(movie);
+  EXPECT_EQ(text(QVQuickTime::timecodeAtTime({}, movie.get())), "01:00:00;00");
+  EXPECT_EQ(QVQuickTime::qtTimeFromTimecode(QStringLiteral("01:00:00;15"), movie.get()),
+            (MovieTime{.value = 15015, .scale = 30000}));
+}
+
 TEST(QVQuickTime, AnswersForMoviesWithoutPictures) {
   const auto silent = movieOf({soundTrack(soundEntry(0, 48000U << 16))}, 600);
   ASSERT_TRUE(silent);
