@@ -2,7 +2,6 @@
 
 #include <QAbstractButton>
 #include <QAbstractSlider>
-#include <QAction>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -26,9 +25,10 @@ bool claims(QWidget* widget, const QKeyEvent& event) {
   return asked.isAccepted();
 }
 
-/// moveForward: and moveBackward:
+/// moveForward: and moveBackward: of a text. False for any other key.
 bool moveCursor(QWidget* text, int key) {
   const bool forward = key == Qt::Key_Right;
+  if (!forward && key != Qt::Key_Left) return false;
   if (auto* line = qobject_cast<QLineEdit*>(text)) {
     forward ? line->cursorForward(false) : line->cursorBackward(false);
     return true;
@@ -76,32 +76,19 @@ void QVQTWindow::setDefaultButton(QPushButton* button) {
 // performKeyEquivalent:
 bool QVQTWindow::performKeyEquivalent(QKeyEvent& event) {
   QWidget* const firstResponder = focusWidget();
-  if (isText(firstResponder) && claims(firstResponder, event)) {
-    QKeyEvent press(QEvent::KeyPress, event.key(), event.modifiers(), event.text(), event.isAutoRepeat());
-    static_cast<QObject*>(firstResponder)->event(&press);
+  if (isText(firstResponder)) {
+    if (claims(firstResponder, event)) return true;
+    if (moveCursor(firstResponder, event.key())) {
+      handledKey_ = event.key();
+      return true;
+    }
+  } else if (firstResponder != nullptr && usesItself(*firstResponder, event)) {
     return true;
   }
-  return moveInTextBeingEdited(event) || performActionOf(event);
+  return QMainWindow::event(&event);
 }
 
-bool QVQTWindow::moveInTextBeingEdited(const QKeyEvent& event) {
-  const bool arrow = event.key() == Qt::Key_Right || event.key() == Qt::Key_Left;
-  return arrow && isText(focusWidget()) && moveCursor(focusWidget(), event.key());
-}
-
-/// The inherited part: the window's own keys.
-bool QVQTWindow::performActionOf(const QKeyEvent& event) {
-  const QKeySequence pressed(event.keyCombination());
-  for (QAction* action : actions()) {
-    if (!action->isEnabled() || !action->shortcuts().contains(pressed)) continue;
-    action->trigger();
-    return true;
-  }
-  return false;
-}
-
-/// Sees the keys of the control in focus before the shortcuts do: a text keeps its arrows, a button its space bar, a
-/// slider its arrows.
+/// Sees each key before the control in focus and the shortcuts do.
 bool QVQTWindow::eventFilter(QObject* watched, QEvent* event) {
   if (event->type() != QEvent::ShortcutOverride && event->type() != QEvent::KeyPress) return false;
   auto* const widget = qobject_cast<QWidget*>(watched);
@@ -112,12 +99,7 @@ bool QVQTWindow::eventFilter(QObject* watched, QEvent* event) {
     return std::exchange(handledKey_, 0) == key.key();
   }
   handledKey_ = 0;
-  if (isText(widget)) {
-    if (claims(widget, key) || !moveInTextBeingEdited(key)) return false;
-    handledKey_ = key.key();
-  } else if (!usesItself(*widget, key)) {
-    return false;
-  }
+  if (!performKeyEquivalent(key)) return false;
   key.accept();
   return true;
 }

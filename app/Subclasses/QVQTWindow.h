@@ -13,7 +13,9 @@ class QVQTWindow : public QMainWindow {
  public:
   explicit QVQTWindow(QWidget* parent = nullptr);
 
-  /// performKeyEquivalent: whether the key was handled, by the text that has the focus or as a key of the window.
+  /// performKeyEquivalent: Qt's question (ShortcutOverride) about a key that was pressed in this window. True when the
+  /// control in focus has a use for it, and then it gets the press too; an arrow has moved the cursor of a text
+  /// already. Otherwise the answer is the inherited one, and Qt goes on to the window's shortcuts.
   bool performKeyEquivalent(QKeyEvent& event);
   /// selectNextKeyView: gives the focus to the control after the sender's.
   void selectNextKeyView(QWidget* sender);
@@ -25,9 +27,6 @@ class QVQTWindow : public QMainWindow {
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  bool moveInTextBeingEdited(const QKeyEvent& event);
-  bool performActionOf(const QKeyEvent& event);
-
   QPushButton* defaultButton_ = nullptr;
   int handledKey_ = 0;          ///< whose press is not to be handled a second time
   bool pressedInText_ = false;  ///< where the last key press was made

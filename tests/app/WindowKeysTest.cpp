@@ -21,8 +21,10 @@ class WindowKeys : public WindowFixture {
     load(plainMovie(), retaggedMovie());
   }
   QString timecode() { return interface().source.timecodeText->text(); }
-  bool perform(int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier, const QString& text = QString()) {
-    QKeyEvent event(QEvent::KeyPress, key, modifiers, text);
+  /// Whether the control takes the key before the window's shortcuts get it.
+  bool keeps(QWidget& control, Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+    control.setFocus();
+    QKeyEvent event(QEvent::ShortcutOverride, key, modifiers, QKeySequence(key).toString());
     return interface().window().performKeyEquivalent(event);
   }
 };
@@ -77,6 +79,22 @@ TEST_F(WindowKeys, ActOnTheSideThatHasTheFocus) {
   EXPECT_EQ(interface().dest.timecodeText->text(), "01:00:00:02");
 }
 
+TEST_F(WindowKeys, ActOnTheSideOfWhicheverControlHasTheFocus) {
+  for (const auto& [side, other] :
+       {std::pair(&interface().source, &interface().dest), std::pair(&interface().dest, &interface().source)}) {
+    const TransportBar& bar = *side->transport;
+    for (QWidget* control : {static_cast<QWidget*>(side->movieView), static_cast<QWidget*>(side->filenameText),
+                             static_cast<QWidget*>(side->browseBtn), static_cast<QWidget*>(side->timecodeText),
+                             static_cast<QWidget*>(bar.playButton), static_cast<QWidget*>(bar.scrubber)}) {
+      other->movieView->setFocus();
+      control->setFocus();
+      EXPECT_EQ(&interface().activeView(), side->movieView) << control->accessibleName().toStdString();
+      interface().checkBtn->setFocus();
+      EXPECT_EQ(&interface().activeView(), side->movieView) << control->accessibleName().toStdString();
+    }
+  }
+}
+
 TEST_F(WindowKeys, ActOnTheSideWhoseTransportWasClicked) {
   QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
   const TransportBar& bar = *interface().dest.transport;
@@ -117,22 +135,40 @@ TEST_F(WindowKeys, StayInTheResults) {
   EXPECT_EQ(timecode(), "01:00:00:00");
 }
 
-TEST_F(WindowKeys, AreOfferedToTheTextFirst) {
+TEST_F(WindowKeys, AreOfferedToTheControlInFocusFirst) {
   QLineEdit& field = *interface().source.filenameText;
   field.setText("abc");
-  field.setFocus();
   field.setCursorPosition(1);
-  EXPECT_TRUE(perform(Qt::Key_Right));
+  EXPECT_TRUE(keeps(field, Qt::Key_Right));
   EXPECT_EQ(field.cursorPosition(), 2);
-  EXPECT_TRUE(perform(Qt::Key_Left));
+  EXPECT_TRUE(keeps(field, Qt::Key_Left));
   EXPECT_EQ(field.cursorPosition(), 1);
-  EXPECT_TRUE(perform(Qt::Key_A, Qt::ControlModifier));
-  EXPECT_EQ(field.selectedText(), "abc");
+  EXPECT_TRUE(keeps(field, Qt::Key_A, Qt::ControlModifier));
+  EXPECT_TRUE(keeps(field, Qt::Key_J));
+  EXPECT_FALSE(keeps(field, Qt::Key_F11));
+  EXPECT_TRUE(keeps(*interface().swapBtn, Qt::Key_Space));
+  EXPECT_FALSE(keeps(*interface().swapBtn, Qt::Key_Right));
+  EXPECT_TRUE(keeps(*interface().source.transport->volumeSlider, Qt::Key_Right));
+  for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Space, Qt::Key_J, Qt::Key_F7}) {
+    EXPECT_FALSE(keeps(sourceView(), key)) << QKeySequence(key).toString().toStdString();
+  }
   EXPECT_EQ(timecode(), "01:00:00:00");
-  sourceView().setFocus();
-  EXPECT_TRUE(perform(Qt::Key_Right));
-  EXPECT_EQ(timecode(), "01:00:00:01");
-  EXPECT_FALSE(perform(Qt::Key_F7));
+  EXPECT_EQ(sourceView().movie()->rate(), 0);
+}
+
+TEST_F(WindowKeys, MoveTheCursorOnceForEachPress) {
+  QLineEdit& field = *interface().source.filenameText;
+  field.setText("abcdef");
+  field.setFocus();
+  field.setCursorPosition(0);
+  for (int i = 1; i <= 3; ++i) {
+    QTest::keyClick(&field, Qt::Key_Right);
+    EXPECT_EQ(field.cursorPosition(), i);
+  }
+  QTest::keyClick(&field, Qt::Key_A, Qt::ControlModifier);
+  EXPECT_EQ(field.selectedText(), "abcdef");
+  QTest::keyClick(&field, Qt::Key_F11);
+  EXPECT_TRUE(interface().window().isFullScreen());
 }
 
 TEST_F(WindowKeys, LeaveTheSpaceBarToButtonsAndArrowsToTheVolume) {
