@@ -48,7 +48,6 @@ void LumacheckAppDelegate::connectControls() {
     connect(controls.filenameText, &QLineEdit::returnPressed, this, modifyPath);
     QLineEdit* const field = controls.timecodeText;
     connect(field, &QLineEdit::returnPressed, this, [this, field] { changeTimecode(field); });
-    connect(field, &QLineEdit::editingFinished, this, &LumacheckAppDelegate::updateTimecode);
   };
   wire(interface_.source, &LumacheckAppDelegate::browseSource, &LumacheckAppDelegate::modifySourcePath);
   wire(interface_.dest, &LumacheckAppDelegate::browseDest, &LumacheckAppDelegate::modifyDestPath);

@@ -6,7 +6,6 @@
 #include <QLineEdit>
 
 #include "SharedFiles/timecode/QVQuickTime.h"
-#include "SharedFiles/timecode/QVTimecode.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/Subclasses/QVMovieView.h"
@@ -84,10 +83,8 @@ void LumacheckAppDelegate::changeTimecode(QLineEdit* sender) {
   const QString typed = changed.timecodeText->text();
   if (typed.isEmpty()) return;
   const MovieSlot display = slot(changed.display);
-  bool dropFrame = false;
-  QVQuickTime::getTimingInfoForMovie(contentOf(display), nullptr, nullptr, &dropFrame);
-  const QString start = QVQuickTime::timecodeAtTime({.value = 0, .scale = 1}, contentOf(display));
-  const QString timecode = QVTimecode::timecodeFromUserString(typed, dropFrame, start);
+  const QString timecode = QVQuickTime::completedTimecode(typed, contentOf(display));
   if (display) display->setCurrentTime(QVQuickTime::qtTimeFromTimecode(timecode, contentOf(display)));
   window_->selectNextKeyView(resultsView_);
+  updateTimecode();  // of the field too, which was being edited until now
 }

@@ -185,7 +185,7 @@ void MainInterface::layOut() {
   window_->setCentralWidget(content);
 }
 
-/// What comes after the results is a movie, which is what the keys are for once a timecode was typed.
+/// What comes after a timecode is its movie, which is what the keys are for once one was typed.
 void MainInterface::orderFocus() {
   QWidget* before = nullptr;
   const auto next = [&before](std::initializer_list<QWidget*> controls) {
@@ -196,8 +196,8 @@ void MainInterface::orderFocus() {
   };
   const auto side = [&next](const SideInterface& each) {
     const TransportBar& bar = *each.transport;
-    next({each.movieView, bar.stepBackButton, bar.playButton, bar.stepForwardButton, bar.scrubber, bar.muteButton,
-          bar.volumeSlider, each.timecodeText, each.filenameText, each.browseBtn});
+    next({each.filenameText, each.browseBtn, bar.stepBackButton, bar.playButton, bar.stepForwardButton, bar.scrubber,
+          bar.muteButton, bar.volumeSlider, each.timecodeText, each.movieView});
   };
   side(source);
   next({linkBtn, swapBtn});

@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "SharedFiles/timecode/QVQuickTime.h"
-#include "SharedFiles/timecode/QVTimecode.h"
 #include "movie/Movie.h"
 
 namespace cli {
@@ -94,15 +93,11 @@ Placed placeTimecode(const TimeArgument::Timecode& timecode, const TimeArgument&
     return tl::make_unexpected("The timecode " + quoted(argument.text) + " means nothing in " + quoted(movie.path()) +
                                ", which has no video frames to count.");
   }
-  bool dropFrame = false;
-  QVQuickTime::getTimingInfoForMovie(&movie, nullptr, nullptr, &dropFrame);
-  const QString startTimecode = QVQuickTime::timecodeAtTime({0, 1, 0}, &movie);
-  const QString full =
-      QVTimecode::timecodeFromUserString(QString::fromStdString(timecode.typed), dropFrame, startTimecode);
+  const QString full = QVQuickTime::completedTimecode(QString::fromStdString(timecode.typed), &movie);
   if (!isFullTimecode(full.toStdString())) return tl::make_unexpected(quoted(argument.text) + " is no timecode.");
   const movie::MovieTime time = timeOf(full, movie);
   if (time.value < 0 || movie::secondsOf(time) >= movie::secondsOf(movie.duration())) {
-    return outside(argument, movie, " from " + startTimecode.toStdString());
+    return outside(argument, movie, " from " + QVQuickTime::timecodeAtTime({0, 1, 0}, &movie).toStdString());
   }
   return time;
 }

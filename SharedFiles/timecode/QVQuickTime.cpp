@@ -236,6 +236,12 @@ MovieTime QVQuickTime::qtTimeFromTimecode(const QString& timecode, const movie::
   return qtTimeFromFrame(frameOf(timecode, startFrame), movie);
 }
 
+QString QVQuickTime::completedTimecode(const QString& typed, const movie::Movie* movie) {
+  bool dropFrame = false;
+  getTimingInfoForMovie(movie, nullptr, nullptr, &dropFrame);
+  return QVTimecode::timecodeFromUserString(typed, dropFrame, timecodeAtTime({.value = 0, .scale = 1}, movie));
+}
+
 double QVQuickTime::sampleRateFromQTTrack(const movie::Track* track) {
   if (track == nullptr || track->mediaType() != movie::soundMedia) return 0.0;
   const auto entry = track->media().sampleDescription(1);

@@ -80,6 +80,9 @@ class QVQuickTime final {
   /// qtTimeFromTimecode:movie:
   static movie::MovieTime qtTimeFromTimecode(const QString& timecode, const movie::Movie* movie);
 
+  /// The full timecode that typed text stands for in a movie, whose start gives what is left out.
+  static QString completedTimecode(const QString& typed, const movie::Movie* movie);
+
   // Sound.
 
   /// sampleRateFromQTTrack: of the first sample description (see soundSampleRate()); 0.0 for a track that is no sound

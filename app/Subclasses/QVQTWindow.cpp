@@ -114,9 +114,6 @@ void QVQTWindow::keyPressEvent(QKeyEvent* event) {
 }
 
 // selectNextKeyView:
-void QVQTWindow::selectNextKeyView(QWidget* sender) {
-  for (QWidget* next = sender->nextInFocusChain(); next != sender; next = next->nextInFocusChain()) {
-    if ((next->focusPolicy() & Qt::TabFocus) == 0 || !next->isEnabled() || !next->isVisibleTo(this)) continue;
-    return next->setFocus(Qt::TabFocusReason);
-  }
+void QVQTWindow::selectNextKeyView(const QWidget* /*sender*/) {
+  focusNextChild();
 }

@@ -2,9 +2,13 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QTest>
+#include <string>
+#include <tuple>
+#include <utility>
 
 #include "app/widgets/TransportBar.h"
 #include "tests/app/WindowFixture.h"
+#include "tests/support/AtomBuilder.h"
 
 namespace {
 
@@ -16,6 +20,11 @@ class Playheads : public WindowFixture {
   MovieTime sourceTime() { return sourceView().movie()->currentTime(); }
   MovieTime destTime() { return destView().movie()->currentTime(); }
   bool linked() { return interface().linkBtn->isChecked(); }
+  static movie::test::TemporaryFile movieOfLength(const std::pair<std::uint32_t, std::uint32_t>& unitsAndScale) {
+    movie::test::MovieSpec spec;
+    std::tie(spec.duration, spec.timeScale) = unitsAndScale;
+    return movie::test::TemporaryFile(movie::test::joined({movie::test::typedMediaData("qt  ", 30), spec.build()}));
+  }
   QLineEdit& sourceTimecode() { return *interface().source.timecodeText; }
   QLineEdit& destTimecode() { return *interface().dest.timecodeText; }
   QColor labelColor() { return interface().linkLabel->palette().color(QPalette::WindowText); }
@@ -45,6 +54,47 @@ TEST_F(Playheads, OfDifferentDurationsAreNotLinkedAndTheLabelIsGrey) {
   EXPECT_EQ(labelColor(), systemColor(QPalette::Disabled));
   sourceView().stepFrames(2);
   EXPECT_EQ(destTime().value, 0);
+}
+
+TEST_F(Playheads, AreLinkedWhenTheDurationsAreEqualInUnitsOfTheSource) {
+  using Length = std::pair<std::uint32_t, std::uint32_t>;  // units, units a second
+  const struct {
+    Length source, dest;
+    bool linked;
+  } rows[] = {
+      {{1000, 600}, {1000, 600}, true},    {{1000, 600}, {1001, 600}, false},    {{1001, 600}, {1000, 600}, false},
+      {{1000, 600}, {50000, 30000}, true}, {{1000, 600}, {50024, 30000}, true},  {{1000, 600}, {50025, 30000}, false},
+      {{50000, 30000}, {1000, 600}, true}, {{50001, 30000}, {1000, 600}, false},
+  };
+  for (const auto& row : rows) {
+    const auto source = movieOfLength(row.source), dest = movieOfLength(row.dest);
+    load(QString::fromStdString(source.path()), QString::fromStdString(dest.path()));
+    EXPECT_EQ(linked(), row.linked) << row.source.first << " and " << row.dest.first;
+    EXPECT_EQ(interface().linkBtn->isEnabled(), row.linked);
+    sourceView().movie()->setCurrentTime({7, 25, 0});
+    EXPECT_EQ(destTime(), row.linked ? MovieTime({7, 25, 0}) : MovieTime({0, destTime().scale, 0}));
+    destView().movie()->setCurrentTime({11, 90000, 0});
+    EXPECT_EQ(sourceTime(), row.linked ? MovieTime({11, 90000, 0}) : MovieTime({7, 25, 0}));
+  }
+}
+
+TEST_F(Playheads, NoLongerHearOfAMovieThatAnotherOneReplaced) {
+  for (const char* type : {"source", "dest"}) {
+    load(plainMovie(), retaggedMovie());
+    const bool isSource = type == std::string("source");
+    const auto old = isSource ? sourceView().movie() : destView().movie();
+    controller().loadQTMovieWithPath(darkerMovie(), type);
+    QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
+    sourceView().movie()->setCurrentTime({5, 25, 0});
+    destView().movie()->setCurrentTime({9, 25, 0});
+    QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
+    ASSERT_TRUE(linked());
+    sourceTimecode().setText("as it was");
+    old->setCurrentTime({1, 1, 0});
+    EXPECT_EQ(sourceTime(), (MovieTime{5, 25, 0})) << type;
+    EXPECT_EQ(destTime(), (MovieTime{9, 25, 0})) << type;
+    EXPECT_EQ(sourceTimecode().text(), "as it was") << type;
+  }
 }
 
 TEST_F(Playheads, AreNotLinkedWhileOneSideIsEmpty) {
@@ -97,12 +147,18 @@ TEST_F(Playheads, JumpToATypedTimecode) {
   EXPECT_EQ(sourceTimecode().text(), "01:00:00:05");
 }
 
-TEST_F(Playheads, HandTheFocusOnAfterAJump) {
+TEST_F(Playheads, HandTheFocusOnFromTheFieldThatWasTypedInto) {
   load(plainMovie(), retaggedMovie());
-  interface().source.timecodeText->setFocus();
-  type(sourceTimecode(), "01:00:01:00");
-  EXPECT_FALSE(controller().isTextFieldInFocus(&sourceTimecode()));
-  EXPECT_EQ(interface().window().focusWidget(), &sourceView());
+  for (const auto& [field, view] :
+       {std::pair(&sourceTimecode(), &sourceView()), std::pair(&destTimecode(), &destView())}) {
+    type(*field, "01:00:01:00");
+    EXPECT_FALSE(controller().isTextFieldInFocus(field));
+    EXPECT_EQ(interface().window().focusWidget(), view);
+    EXPECT_EQ(&interface().activeView(), view);
+    field->setFocus();
+    QTest::keyClick(field, Qt::Key_Tab);
+    EXPECT_EQ(interface().window().focusWidget(), view);
+  }
 }
 
 TEST_F(Playheads, StayForAnEmptyEntry) {
@@ -132,11 +188,30 @@ TEST_F(Playheads, DoNotOverwriteATimecodeThatIsBeingTyped) {
   EXPECT_EQ(sourceTimecode().text(), "00:00:20:00");
 }
 
-TEST_F(Playheads, ShowTheTimecodeAgainWhenEditingEndsWithoutReturn) {
+TEST_F(Playheads, ChangeNothingWhenAFieldIsLeftWithoutReturn) {
   load(plainMovie(), retaggedMovie());
+  const MovieTime before = sourceTime();
   sourceTimecode().setFocus();
+  sourceTimecode().selectAll();
   QTest::keyClicks(&sourceTimecode(), "9");
   sourceView().setFocus();
+  EXPECT_EQ(sourceTimecode().text(), "9");
+  EXPECT_EQ(sourceTime(), before);
+  destTimecode().setFocus();
+  destTimecode().selectAll();
+  QTest::keyClicks(&destTimecode(), "8");
+  QTest::keyClick(&destTimecode(), Qt::Key_Tab);
+  EXPECT_EQ(destTimecode().text(), "8");
+  sourceView().stepFrames(1);
+  EXPECT_EQ(sourceTimecode().text(), "01:00:00:01");
+  EXPECT_EQ(destTimecode().text(), "01:00:00:01");
+}
+
+TEST_F(Playheads, ShowTheTimecodeThatWasJumpedToWithTheLinkOff) {
+  load(plainMovie(), retaggedMovie());
+  QTest::mouseClick(interface().linkBtn, Qt::LeftButton);
+  type(destTimecode(), "7");
+  EXPECT_EQ(destTimecode().text(), "01:00:00:07");
   EXPECT_EQ(sourceTimecode().text(), "01:00:00:00");
 }
 

@@ -350,6 +350,22 @@ TEST(QVQuickTime, FindsTheTimeOfATimecode) {
   EXPECT_EQ(timeOf("nonsense", plain), (MovieTime{.value = 0, .scale = 600}));
 }
 
+TEST(QVQuickTime, CompletesATypedTimecodeAsTheMovieCounts) {
+  const auto drop = movieOf({videoTrack({30, 1001, 30000}), timecodeTrack(true)}, 600, 30000);
+  const auto nonDrop = movieOf({videoTrack({30, 1001, 30000}), timecodeTrack(false)}, 600, 600, 108000);
+  const auto plain = movieOf({videoTrack({25, 24, 600})}, 600);
+  ASSERT_TRUE(drop && nonDrop && plain);
+  const auto completed = [](const char* typed, const std::unique_ptr<Movie>& movie) {
+    return text(QVQuickTime::completedTimecode(QString::fromLatin1(typed), movie.get()));
+  };
+  EXPECT_EQ(completed("5", drop), "01:00:00;05");
+  EXPECT_EQ(completed("115", drop), "01:00:01;15");
+  EXPECT_EQ(completed("2:03:04:05", drop), "02:03:04;05");
+  EXPECT_EQ(completed("115", nonDrop), "01:00:01:15");
+  EXPECT_EQ(completed("115", plain), "00:00:01:15");
+  EXPECT_EQ(text(QVQuickTime::completedTimecode(QStringLiteral("115"), nullptr)), "00:00:01:15");
+}
+
 TEST(QVQuickTime, StartsTimecodeWhereTheTrackDoesWhateverItsEditList) {
   TrackSpec edited = timecodeTrack(true);
   edited.edits = {{600, -1, 0x10000}, {600, 10 * 1001, 0x10000}};
