@@ -92,8 +92,6 @@ class LumacheckAppDelegate : public QObject {
   void swapMovies();                                                          ///< swapMovies:
   void applicationOpenFiles(const QStringList& files);                        ///< application:openFiles:
   void filesDroppedOnMovieView(QVMovieView* view, const QStringList& files);  ///< filesDroppedOnMovieView:
-  /// What open and save panels let the user choose: extensions, and the HFS file type of movies.
-  static QStringList movieFileTypes();
 
   // Playheads.
 
@@ -150,7 +148,6 @@ class LumacheckAppDelegate : public QObject {
   QString shortName() const;
   void addKeys();
   void browse(const QString& type);
-  static QString movieNameFilter();
   void restoreLastFile(Side& side);
   void showIn(Side& side, const MovieSlot& display);
   void observeTime(const MovieSlot& movie);

@@ -11,27 +11,7 @@
 #include "app/LumacheckAppDelegate.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
-
-namespace {
-
-/// The types that a panel lists by name; the HFS type has none here.
-QString namePatterns() {
-  QStringList patterns;
-  for (const QString& type : LumacheckAppDelegate::movieFileTypes()) {
-    if (!type.startsWith(u'\'')) patterns << QStringLiteral("*.") + type;
-  }
-  return patterns.join(u' ');
-}
-
-}  // namespace
-
-QStringList LumacheckAppDelegate::movieFileTypes() {
-  return {QStringLiteral("mov"), QStringLiteral("qt"), QStringLiteral("m4v"), QStringLiteral("'MooV'")};
-}
-
-QString LumacheckAppDelegate::movieNameFilter() {
-  return tr("Movies (%1)").arg(namePatterns());
-}
+#include "app/dialogs/MoviePanel.h"
 
 // loadQTMovieWithPath:type:
 void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QString& type) {
@@ -80,12 +60,10 @@ void LumacheckAppDelegate::browseDest() {
 }
 
 void LumacheckAppDelegate::browse(const QString& type) {
-  auto* const panel = new QFileDialog(window_);
-  panel->setAttribute(Qt::WA_DeleteOnClose);
+  auto* const panel =
+      makeMoviePanel(*window_, type == source_.type ? tr("Open the source movie") : tr("Open the destination movie"));
   panel->setFileMode(QFileDialog::ExistingFile);
   panel->setOption(QFileDialog::ReadOnly);  // no folders are made
-  panel->setNameFilter(movieNameFilter());
-  panel->setWindowTitle(type == source_.type ? tr("Open the source movie") : tr("Open the destination movie"));
   connect(panel, &QDialog::finished, this, [this, panel, type](int code) { browseDidEnd(panel, code, type); });
   panel->open();
 }

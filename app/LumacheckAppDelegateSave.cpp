@@ -12,6 +12,7 @@
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
 #include "app/dialogs/FlattenedSave.h"
+#include "app/dialogs/MoviePanel.h"
 #include "check/MetadataSync.h"
 
 namespace {
@@ -74,13 +75,10 @@ void LumacheckAppDelegate::saveDest() {
 
 // saveDestAs:
 void LumacheckAppDelegate::saveDestAs() {
-  auto* const panel = new QFileDialog(window_);
-  panel->setAttribute(Qt::WA_DeleteOnClose);
+  auto* const panel = makeMoviePanel(*window_, tr("Save the destination as"));
   panel->setAcceptMode(QFileDialog::AcceptSave);
   panel->setFileMode(QFileDialog::AnyFile);
-  panel->setNameFilter(movieNameFilter());
   panel->setDefaultSuffix(movieFileTypes().first());
-  panel->setWindowTitle(tr("Save the destination as"));
   connect(panel, &QDialog::finished, this, [this, panel](int code) { savePanelDidEnd(panel, code, nullptr); });
   panel->open();
 }

@@ -118,10 +118,6 @@
         <translation>Protokolle werden gesammelt&#xa0;…</translation>
     </message>
     <message>
-        <source>Movies (%1)</source>
-        <translation>Filme (%1)</translation>
-    </message>
-    <message>
         <source>Open the source movie</source>
         <translation>Quellfilm öffnen</translation>
     </message>
@@ -986,6 +982,13 @@
     <message>
         <source>Cannot save &quot;%1&quot;: %2.</source>
         <translation>„%1“ lässt sich nicht speichern: %2.</translation>
+    </message>
+</context>
+<context>
+    <name>MoviePanel</name>
+    <message>
+        <source>Movies (%1)</source>
+        <translation>Filme (%1)</translation>
     </message>
 </context>
 <context>

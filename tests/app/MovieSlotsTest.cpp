@@ -2,16 +2,22 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QListView>
 #include <QMimeData>
 #include <QPushButton>
+#include <QSet>
 #include <QTest>
+#include <QTimer>
 #include <QUrl>
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
+#include "app/dialogs/MoviePanel.h"
 #include "tests/app/WindowFixture.h"
 #include "tests/check/CapturedLog.h"
+#include "tests/support/MovieFixture.h"
 
 namespace {
 
@@ -49,6 +55,11 @@ class MovieSlots : public WindowFixture {
     for (const QString& file : files) urls << QUrl::fromLocalFile(file);
     data.setUrls(urls);
     EXPECT_FALSE(drop(view, data));
+  }
+  /// The movie of another maker's format.
+  static QString isoMovie() {
+    return QString::fromStdString(movie::test::fixtureMovie(
+        "iso.mp4", {"-f", "lavfi", "-i", "testsrc=size=64x36:rate=25:duration=0.2", "-c:v", "mpeg4"}));
   }
   QFileDialog* panel() { return interface().window().findChild<QFileDialog*>(); }
 };
@@ -211,13 +222,44 @@ TEST_F(MovieSlots, AreLoadedFromTheOpenSheet) {
   ASSERT_NE(panel(), nullptr);
   EXPECT_EQ(panel()->windowModality(), Qt::WindowModal);
   EXPECT_EQ(panel()->fileMode(), QFileDialog::ExistingFile);
-  EXPECT_EQ(panel()->nameFilters(), QStringList{"Movies (*.mov *.qt *.m4v)"});
+  EXPECT_EQ(panel()->nameFilters(), QStringList{"Movies (*)"});
   EXPECT_TRUE(panel()->testOption(QFileDialog::ReadOnly));
-  EXPECT_EQ(LumacheckAppDelegate::movieFileTypes(), (QStringList{"mov", "qt", "m4v", "'MooV'"}));
+  EXPECT_EQ(movieFileTypes(), (QStringList{"mov", "qt", "m4v", "'MooV'"}));
   panel()->selectFile(plainMovie());
   static_cast<QDialog*>(panel())->done(QDialog::Accepted);
   EXPECT_EQ(pathOf(controller().sourceQTMov().get()), plainMovie());
   EXPECT_EQ(sourcePath(), plainMovie());
+}
+
+TEST_F(MovieSlots, AreOfferedTheFourFileTypesInEveryPanel) {
+  if (!mayShowFilePanels()) return;
+  const QDir folder(home_.filePath("reels"));
+  ASSERT_TRUE(folder.mkpath("older reels.d") && folder.mkpath("older"));
+  for (const char* name : {"a.mov", "B.QT", "c.m4v", "reel", "notes.txt", "odd.moov", "d.mov.bak"}) {
+    ASSERT_TRUE(QFile::copy(plainMovie(), folder.filePath(name))) << name;
+  }
+  ASSERT_TRUE(QFile::copy(isoMovie(), folder.filePath("iso")));
+  ASSERT_TRUE(QFile::copy(textFile(), folder.filePath("README")));
+  ASSERT_EQ(::mkfifo(folder.filePath("pipe").toLocal8Bit().constData(), 0600), 0);
+  const QSet<QString> offered{"older", "older reels.d", "a.mov", "B.QT", "c.m4v", "reel"};
+  for (const char* name : {"openSource", "openDest", "saveAs"}) {
+    choose(name);
+    ASSERT_NE(panel(), nullptr);
+    EXPECT_TRUE(panel()->testOption(QFileDialog::DontUseNativeDialog));
+    panel()->setDirectory(folder);
+    const auto* const list = panel()->findChild<QListView*>("listView");
+    const auto shown = [&] {
+      QSet<QString> names;
+      for (int row = 0; row < list->model()->rowCount(list->rootIndex()); ++row)
+        names << list->model()->index(row, 0, list->rootIndex()).data().toString();
+      return names;
+    };
+    EXPECT_TRUE(waitUntil([&] { return shown() == offered; })) << name;
+    runFor(50);
+    EXPECT_EQ(shown(), offered) << name;
+    panel()->close();
+    runFor(1);  // which deletes it
+  }
 }
 
 TEST_F(MovieSlots, ShowTheChosenPathOfAFileThatIsNoMovie) {
@@ -280,6 +322,27 @@ TEST_F(RefusedMovies, PassOnAnyOtherException) {
   RefusingView::refuse = [] { throw std::runtime_error("something else"); };
   EXPECT_THROW(controller().loadQTMovieWithPath(plainMovie(), "dest"), std::runtime_error);
   EXPECT_EQ(destPath(), QString());
+}
+
+TEST_F(RefusedMovies, AreLoggedAsTheSourcesAfterASync) {
+  RefusingView::refuse = [] {};
+  load(plainMovie(), retaggedMovie());
+  QStringList told;
+  QTimer answers;
+  QObject::connect(&answers, &QTimer::timeout, [&] {
+    auto* const sheet = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    if (sheet == nullptr) return;
+    told << sheet->accessibleName();
+    QTest::keyClick(sheet, Qt::Key_Return);
+  });
+  answers.start(20);
+  const check::test::CapturedLog log;
+  RefusingView::refuse = [] { throw QVPlatformException("no more threads"); };
+  QTest::mouseClick(interface().syncBtn, Qt::LeftButton);
+  EXPECT_EQ(log.texts().back(), "Exception loading source movie: no more threads");
+  EXPECT_EQ(told, QStringList{"Metadata sync complete"});
+  RefusingView::refuse = [] { throw std::runtime_error("something else"); };
+  EXPECT_THROW(controller().syncMetadata(), std::runtime_error);
 }
 
 }  // namespace
