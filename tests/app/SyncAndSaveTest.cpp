@@ -1,3 +1,8 @@
+#include <functional>
+#include <memory>
+#include <thread>
+#include <utility>
+
 #include <gmock/gmock.h>
 
 #include "tests/app/SaveFixture.h"
@@ -57,6 +62,32 @@ TEST_F(SyncAndSave, UpdatesTheFileInPlace) {
   EXPECT_TRUE(interface().resultsView->toPlainText().contains("Source and destination gamma metadata match."));
   press(interface().syncBtn);
   press(interface().saveBtn);
+  EXPECT_EQ(gammaOf(dest), gamma22);
+}
+
+/// Looks into a file while a line about its update is written.
+class FileAtUpdate : public LogSink {
+ public:
+  explicit FileAtUpdate(std::function<std::optional<std::int32_t>()> gamma) : gamma_(std::move(gamma)) {}
+  void write(const QByteArray& line) override {
+    if (line.contains("Updating original file")) seen_ = gamma_();
+  }
+  std::optional<std::int32_t> seen() const { return seen_; }
+
+ private:
+  std::function<std::optional<std::int32_t>()> gamma_;
+  std::optional<std::int32_t> seen_;
+};
+
+TEST_F(SyncAndSave, SaysThatItUpdatesTheFileBeforeItDoes) {
+  const QString dest = copyOf(retaggedMovie());
+  load(plainMovie(), dest);
+  press(interface().syncBtn);
+  const auto sink = std::make_shared<FileAtUpdate>([dest] { return gammaOf(dest); });
+  check::test::sendLogTo(sink);
+  std::thread([this] { controller().saveDest(); }).join();  // on which each short line is waited for
+  check::test::sendLogTo(std::make_shared<check::test::DiscardingSink>());
+  EXPECT_EQ(sink->seen(), gamma18);
   EXPECT_EQ(gammaOf(dest), gamma22);
 }
 
