@@ -122,7 +122,8 @@ std::string fixtureMovie(const std::string& name, const std::vector<std::string>
   return fixtureFile(name, "ffmpeg", arguments);
 }
 
-std::vector<std::string> realMovies(const std::vector<std::string>& extensions) {
+std::vector<std::string> realMovies() {
+  const std::vector<std::string> extensions{".mov", ".mp4", ".m4v", ".qt"};
   std::vector<std::string> movies;
   const fs::path folder = LUMACHECK_REAL_MOVIES;
   std::error_code failure;
@@ -133,6 +134,12 @@ std::vector<std::string> realMovies(const std::vector<std::string>& extensions) 
   }
   std::sort(movies.begin(), movies.end());
   return movies;
+}
+
+std::string whyNoRealMovies() {
+  const std::string folder = LUMACHECK_REAL_MOVIES;
+  return folder.empty() ? "no folder of real movies was given (cmake -DLUMACHECK_REAL_MOVIES=FOLDER)"
+                        : "there are no movies in " + folder;
 }
 
 }  // namespace movie::test

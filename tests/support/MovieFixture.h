@@ -16,8 +16,9 @@ std::string fixtureMovie(const std::string& name, const std::vector<std::string>
 /// The same for any program whose last argument is the file to write. `program` is looked up in PATH.
 std::string fixtureFile(const std::string& name, const std::string& program, const std::vector<std::string>& arguments);
 
-/// The files ending in one of the extensions (".mov"; lower case) in the folder of real movies, sorted; none when there
-/// is no such folder.
-std::vector<std::string> realMovies(const std::vector<std::string>& extensions);
+/// The movies in LUMACHECK_REAL_MOVIES, a folder of ones by other writers, sorted; none when there is no such folder.
+std::vector<std::string> realMovies();
+/// Why realMovies() are none: for GTEST_SKIP(), so that a run without them does not pass for one with them.
+std::string whyNoRealMovies();
 
 }  // namespace movie::test

@@ -178,9 +178,9 @@ TEST(MeasuredGammaAcrossCodecs, IsTheExponentOfTheExport) {
 }
 
 TEST(MeasuredGammaOfRealMovies, AgainstThemselvesIsOne) {
-  for (const std::string& path : movie::test::realMovies({".mov", ".mp4", ".m4v", ".qt"})) {
-    EXPECT_EQ(measuredExponent(path, path), 1.0) << path;
-  }
+  const std::vector<std::string> movies = movie::test::realMovies();
+  if (movies.empty()) GTEST_SKIP() << movie::test::whyNoRealMovies();
+  for (const std::string& path : movies) EXPECT_EQ(measuredExponent(path, path), 1.0) << path;
 }
 
 }  // namespace

@@ -1,4 +1,7 @@
+#include <algorithm>
+#include <cctype>
 #include <filesystem>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -66,17 +69,23 @@ void expectEditsToComeBack(const Bytes& entry) {
   EXPECT_EQ(description.bytes(), entry);
 }
 
-TEST(RealMovies, ReadAsTheirAtomsSay) {
-  for (const RealMovie& expected : realMovies) {
-    const std::filesystem::path path = std::filesystem::path(LUMACHECK_REAL_MOVIES) / expected.name;
-    if (!std::filesystem::exists(path)) continue;
-    SCOPED_TRACE(expected.name);
-    const auto movie = MovieFile::open(path.string());
-    ASSERT_TRUE(movie) << movie.error().message();
-    expectAsDescribed(**movie, expected);
-    expectEditsToComeBack((*movie)->tracks()[0].sampleDescriptions[0]);
-  }
+class RealMovies : public testing::TestWithParam<RealMovie> {};
+
+TEST_P(RealMovies, ReadAsTheirAtomsSay) {
+  const std::filesystem::path path = std::filesystem::path(LUMACHECK_REAL_MOVIES) / GetParam().name;
+  if (!std::filesystem::exists(path)) GTEST_SKIP() << path.string() << " is not there";
+  const auto movie = MovieFile::open(path.string());
+  ASSERT_TRUE(movie) << movie.error().message();
+  expectAsDescribed(**movie, GetParam());
+  expectEditsToComeBack((*movie)->tracks()[0].sampleDescriptions[0]);
 }
+
+INSTANTIATE_TEST_SUITE_P(Writers, RealMovies, testing::ValuesIn(realMovies), [](const auto& movie) {
+  std::string name = movie.param.name;
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+});
 
 }  // namespace
 }  // namespace movie

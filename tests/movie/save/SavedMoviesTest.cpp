@@ -19,7 +19,7 @@ Bytes read(const std::string& path) {
   return Bytes(std::istreambuf_iterator<char>(stream), {});
 }
 
-std::vector<std::string> movies() {
+std::vector<std::string> madeMovies() {
   const std::vector<std::string> picture{"-f", "lavfi", "-i", "testsrc2=s=320x240:d=1:r=25"};
   const std::vector<std::string> sound{"-f", "lavfi", "-i", "sine=d=1"};
   const auto with = [&](const std::vector<std::string>& more, bool heard) {
@@ -28,7 +28,7 @@ std::vector<std::string> movies() {
     all.insert(all.end(), more.begin(), more.end());
     return all;
   };
-  std::vector<std::string> all = test::realMovies({".mov", ".mp4", ".m4v", ".qt"});
+  std::vector<std::string> all;
   all.push_back(test::fixtureMovie("saved.mov", with({"-c:v", "prores"}, false)));
   all.push_back(test::fixtureMovie("saved.mov", with({"-c:v", "prores", "-movflags", "+faststart"}, false)));
   all.push_back(
@@ -113,22 +113,35 @@ void expectToComeBack(const std::string& original) {
 }
 
 TEST(SavedMovies, GiveTheirImageDescriptionBackAndKeepAllElse) {
-  for (const std::string& movie : movies()) {
+  for (const std::string& movie : madeMovies()) {
     SCOPED_TRACE(movie);
     expectToComeBack(movie);
   }
 }
 
-TEST(SavedMovies, AreNearlyAllOnesThatCanBeSaved) {
-  std::size_t saveable = 0, all = 0;
-  for (const std::string& path : movies()) {
-    const auto movie = MovieFile::open(path);
-    if (!movie) continue;
-    ++all;
-    if (const test::TemporaryFile copy(read(path)); canUpdate(*MovieFile::open(copy.path()).value(), {})) ++saveable;
+TEST(SavedMovies, OfTheWorldGiveTheirImageDescriptionBackAndKeepAllElse) {
+  const std::vector<std::string> movies = test::realMovies();
+  if (movies.empty()) GTEST_SKIP() << test::whyNoRealMovies();
+  for (const std::string& movie : movies) {
+    SCOPED_TRACE(movie);
+    expectToComeBack(movie);
   }
-  std::printf("%zu of %zu movies can be saved in place\n", saveable, all);
-  EXPECT_GE(saveable, 6U);
+}
+
+TEST(SavedMovies, AreOnesThatCanBeSaved) {
+  for (const std::string& path : madeMovies()) {
+    const test::TemporaryFile copy(read(path));
+    EXPECT_TRUE(canUpdate(*MovieFile::open(copy.path()).value(), {})) << path;
+  }
+}
+
+TEST(SavedMovies, OfTheWorldAreOnesThatCanBeSaved) {
+  const std::vector<std::string> movies = test::realMovies();
+  if (movies.empty()) GTEST_SKIP() << test::whyNoRealMovies();
+  for (const std::string& path : movies) {
+    const test::TemporaryFile copy(read(path));
+    EXPECT_TRUE(canUpdate(*MovieFile::open(copy.path()).value(), {})) << path;
+  }
 }
 
 }  // namespace

@@ -231,7 +231,7 @@ void addCases(const TemporaryFolder& folder, std::vector<Specimen>& specimens) {
 }
 
 std::vector<std::string> encodedMovies() {
-  std::vector<std::string> movies = test::realMovies({".mov", ".mp4", ".m4v", ".qt"});
+  std::vector<std::string> movies = test::realMovies();
   const auto add = [&](const char* name, std::vector<std::string> coding) {
     std::vector<std::string> all{"-f", "lavfi", "-i", "testsrc2=s=192x108:d=1:r=25", "-f", "lavfi", "-i", "sine=d=1"};
     all.insert(all.end(), coding.begin(), coding.end());
@@ -395,6 +395,16 @@ TEST_F(SavedReaders, ExifToolTellsOfASavedMovieWhatItToldBefore) {
 
 TEST_F(SavedReaders, GStreamerTellsOfASavedMovieWhatItToldBefore) {
   expectAsBefore(readers[3]);
+}
+
+TEST_F(SavedReaders, AreGivenMoviesOfTheWorldToo) {
+  const std::vector<std::string> movies = test::realMovies();
+  if (movies.empty()) GTEST_SKIP() << test::whyNoRealMovies();
+  const auto isGiven = [](const std::string& movie) {
+    return std::any_of(specimens_->begin(), specimens_->end(),
+                       [&](const Specimen& each) { return each.name == movie; });
+  };
+  EXPECT_TRUE(std::any_of(movies.begin(), movies.end(), isGiven));
 }
 
 }  // namespace
