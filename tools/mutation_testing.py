@@ -26,12 +26,13 @@ from mutation import mutations, trials  # noqa: E402
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 # What tests a folder, the quickest first; the longest beginning of a path counts.
 TESTED_BY = {
-    "check": ["test_check_analysis", "test_check", "test_checked_frames", "test_cli"],
-    "SharedFiles/QVTimecode": ["test_shared_timecode"],
-    "app": ["test_window_texts", "test_window"],
-    "app/player": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
-    "app/main": ["test_window_program"],
-    "movie/quicktime": ["test_movie_quicktime", "test_movie_save", "test_movie_flattened"],
+    "check/": ["test_check_analysis", "test_check", "test_checked_frames"],
+    "SharedFiles/timecode/": ["test_shared_timecode"],
+    "app/": ["test_window_texts", "test_window"],
+    "app/main.cpp": ["test_window_program", "test_window_quitting"],
+    "app/player/": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
+    "app/start/": ["test_window", "test_window_program", "test_window_translations", "test_window_quitting"],
+    "movie/save/": ["test_movie_save", "test_movie_save_crashes"],
 }
 SLOW = 30  # seconds above three times what a program takes, after which it hangs
 

@@ -112,6 +112,12 @@ TEST(FrameAnalysis, WeighsRedGreenAndBlueForBlack) {
   EXPECT_TRUE(isBlack({1, 1, {0, 54, 0}}));    // 31.698
   EXPECT_FALSE(isBlack({1, 1, {0, 55, 0}}));   // 32.285
   EXPECT_TRUE(isBlack({1, 1, {0, 0, 255}}));   // 29.07
+  // Close enough to 32 that another weight of one colour shows.
+  EXPECT_FALSE(isBlack({1, 1, {100, 3, 3}}));  // 32.003
+  EXPECT_TRUE(isBlack({1, 1, {1, 54, 0}}));    // 31.997
+  EXPECT_FALSE(isBlack({1, 1, {0, 54, 3}}));   // 32.040
+  EXPECT_TRUE(isBlack({1, 1, {0, 5, 254}}));   // 31.891
+  EXPECT_FALSE(isBlack({1, 1, {0, 5, 255}}));  // 32.005
 }
 
 TEST(FrameAnalysis, EstimatesNothingFromAnEmptyBitmap) {
@@ -308,6 +314,36 @@ TEST(FrameAnalysis, SkipsWhatASmallerOrTruncatedDestinationLacks) {
   EXPECT_EQ(log.texts().size(), 7U);
   EXPECT_FALSE(check::isBlackFrame(RgbFrameBitmap(truncated)));
   EXPECT_EQ(log.texts().size(), 9U);
+}
+
+TEST(RgbFrameBitmap, GivesRedGreenAndBlueByColumnAndRowAndLeavesAlphaAlone) {
+  const RgbFrameBitmap bitmap(RgbFrame{2, 2, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}});
+  check::FrameBitmap::Samples samples{0, 0, 0, 77};
+  bitmap.getPixel(samples, 1, 0);
+  EXPECT_EQ(samples, (check::FrameBitmap::Samples{4, 5, 6, 77}));
+  bitmap.getPixel(samples, 0, 1);
+  EXPECT_EQ(samples, (check::FrameBitmap::Samples{7, 8, 9, 77}));
+}
+
+TEST(RgbFrameBitmap, NamesThePixelThatItDoesNotHave) {
+  struct Place {
+    int x, y;
+    const char* reason;
+  };
+  const RgbFrameBitmap bitmap(greyFrame(2, 3, std::vector<std::uint8_t>(5, 100)));  // the last pixel is missing
+  check::FrameBitmap::Samples samples{};
+  EXPECT_NO_THROW(bitmap.getPixel(samples, 0, 2));
+  for (const Place& place :
+       {Place{2, 0, "no pixel at 2, 0"}, Place{-1, 0, "no pixel at -1, 0"}, Place{0, 3, "no pixel at 0, 3"},
+        Place{0, -1, "no pixel at 0, -1"}, Place{1, 2, "no pixel at 1, 2"}}) {
+    try {
+      bitmap.getPixel(samples, place.x, place.y);
+      ADD_FAILURE() << place.reason;
+    } catch (const QVPlatformException& exception) {
+      EXPECT_EQ(exception.reason().toStdString(), place.reason);
+      EXPECT_EQ(exception.name().toStdString(), "NSRangeException");
+    }
+  }
 }
 
 TEST(FrameAnalysis, PassesOtherExceptionsOn) {

@@ -79,6 +79,10 @@ class Mutations(unittest.TestCase):
                               "0.95": ["0.94", "0.96"], "1'000": ["1001", "999"]}.items():  # fmt: skip
             self.assertEqual(becomes(before), after)
 
+    def test_functions_that_round_become_others(self):
+        self.assertIn("return std::floor(a);", becomes("return std::round(a);"))
+        self.assertIn("return std::max(a, b);", becomes("return std::min(a, b);"))
+
     def test_a_change_touches_nothing_else(self):
         text = "a = 1;\nb = 2;\n"
         changed = {each.applied_to(text) for each in mutations.mutations_of("a.cpp", text) if each.line == "b = 2;"}

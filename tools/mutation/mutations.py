@@ -29,6 +29,8 @@ OPERATORS = {
 }  # fmt: skip
 STEPS = {"++": "--", "--": "++"}
 SWAPPED = {"true": "false", "false": "true"}
+CALLED = {"round": "floor", "floor": "ceil", "ceil": "floor", "trunc": "round", "min": "max", "max": "min",
+          "all_of": "any_of", "any_of": "all_of"}  # fmt: skip
 NEVER_FIRST = set(
     """return if for while do switch case default break continue using namespace class struct enum template const constexpr
     static auto throw delete goto try catch typedef friend public private protected else static_assert co_return explicit
@@ -122,6 +124,8 @@ def token_changes(text, tokens, at):
         return [SWAPPED[token.text]]
     if token.text in STEPS:
         return [STEPS[token.text]]
+    if token.text in CALLED and text[token.end : token.end + 1] in ("(", "<"):
+        return [CALLED[token.text]]
     if token.text == "!" and text[token.end : token.end + 1] not in ("", "="):
         return [""]
     apart = text[token.start - 1 : token.start].isspace() and text[token.end : token.end + 1].isspace()

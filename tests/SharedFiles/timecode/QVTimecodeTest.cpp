@@ -176,6 +176,12 @@ TEST(QVTimecode, AddsAndSubtractsDroppedFrameNumbers) {
       {3600, 60, 3604, 3596},
       {36000, 60, 36036, 35964},
       {1500, 25, 1502, 1498},
+      // Each rounding goes to the nearest: the numbers dropped a minute, the frames of ten minutes, the nominal rate.
+      {1200, 20, 1201, 1199},
+      {14385, 23.976, 14405, 14365},
+      {17999, 29.9985, 18017, 17981},
+      {1400, 23.976, 1400, 1400},
+      {1440, 24.2, 1442, 1438},
       {7, 0.0, 7, 7},
       {7, 0.0001, 7, 7},
   };
@@ -280,7 +286,9 @@ TEST(QVTimecode, WrapsAtThirtyTwoBits) {
   EXPECT_EQ(countOf("99999999999:0:0:0", plain30), static_cast<int>(2147483647U * 108000U));
   EXPECT_EQ(countOf("99999:99999:99999:99999", {highest, false}),
             static_cast<int>((99999U * 3600U + 99999U * 60U + 99999U) * 2147483647U + 99999U));
-  EXPECT_EQ(countOf(std::string(100000, '9').append(":0:0:1"), plain30), static_cast<int>(2147483647U * 108000U + 1U));
+  std::string longest(100000, '9');
+  longest += ":0:0:1";
+  EXPECT_EQ(countOf(longest, plain30), static_cast<int>(2147483647U * 108000U + 1U));
 }
 
 TEST(QVTimecode, TakesAnyNumberAndAnyText) {

@@ -67,6 +67,15 @@ TEST(QVTimecodeText, CompletesWhatIsTyped) {
       {"elevenchars", "elevenchars", "elevenchars"},
       {"...........", "...........", "..........."},
       {"abc", "01:00:0a:bc", "00:00:0a;bc"},
+      // Of what is longer than a timecode the last eight characters count.
+      {"1234567890", "34:56:78:90", "34:56:78;90"},
+      {"123456789012", "56:78:90:12", "56:78:90;12"},
+      {"100:00:00:00", "00:00:00:00", "00:00:00;00"},
+      {"01:02:03:04:05", "02:03:04:05", "02:03:04;05"},
+      {"1.2.3.4.5.6.7", "04:05:06:07", "04:05:06;07"},
+      {"............", "00:00:00:00", "00:00:00;00"},
+      {"01:02:03:04.", "02:03:04:00", "02:03:04;00"},
+      {"twelve chars", "ve: c:ha:rs", "ve: c:ha;rs"},
   };
   for (const Row& row : rows) {
     EXPECT_EQ(expanded(row.typed, false, "01:00:00:00"), row.nonDrop) << row.typed;
@@ -130,6 +139,19 @@ TEST(QVTimecodeText, ReadsElapsedTime) {
       {"00:01:00", 30.0, 0},
       {"", 30.0, 0},
       {"0:0:1:2:3", 30.0, 32},
+      {"0:0:+2:5", 30.0, 65},
+      {"0:0:1e+1:0", 30.0, 300},
+      {"0:0:20e-1:0", 30.0, 60},
+      {"0:0:1.5E1:0", 30.0, 450},
+      {"0:0:1e+:0", 30.0, 30},
+      {"0:0:1.5.5:0", 30.0, 45},
+      // Hours, minutes and seconds are rounded to frames one by one, each to the nearest.
+      {"01:00:00:00", 23.9761, 86314},
+      {"01:00:00:00", 23.97345, 86304},
+      {"00:01:00:00", 23.976, 1439},
+      {"00:01:00:00", 29.97, 1798},
+      {"00:00:01:00", 29.97, 30},
+      {"00:00:01:00", 23.4, 23},
   };
   for (const Row& row : rows) EXPECT_EQ(framesOf(row.elapsed, row.fps), row.frameCount) << row.elapsed;
 }
@@ -139,6 +161,8 @@ TEST(QVTimecodeText, TakesElapsedTimesThatNoCountHolds) {
   EXPECT_EQ(framesOf("1e300:0:0:0", 30.0), lowest);
   EXPECT_EQ(framesOf("1e999:0:0:0", 30.0), lowest);
   EXPECT_EQ(framesOf("0:0:0:2147483648", 30.0), std::numeric_limits<int>::max());
+  EXPECT_EQ(framesOf("0:0:2147483647:0", 1.0), std::numeric_limits<int>::max());
+  EXPECT_EQ(framesOf("0:0:2147483648:0", 1.0), lowest);
   EXPECT_EQ(framesOf("0:0:1:2147483647", 30.0), lowest + 29);
   EXPECT_EQ(framesOf("1:1:1:0", HUGE_VAL), lowest);
   for (const double fps : {1e-300, 1e300, HUGE_VAL, std::nan("")})
@@ -155,11 +179,25 @@ TEST(QVTimecodeText, TurnsSecondsIntoTimecodes) {
   EXPECT_EQ(timecode(60, 30.0F, false), "00:01:00:00");
   EXPECT_EQ(timecode(3600, 23.976F, false), "00:59:56:10");
   EXPECT_EQ(timecode(0.5, 25.0F, false), "00:00:00:13");  // 12.5 rounds away from 0
+  EXPECT_EQ(timecode(0.496, 25.0F, false), "00:00:00:12");
   EXPECT_EQ(timecode(0, 25.0F, false), "00:00:00:00");
   EXPECT_EQ(timecode(2, 0.0F, false), "00:00:00:00");
   for (const double seconds : {-1.0, 1e300, -1e300, HUGE_VAL, std::nan("")})
     for (const float fps : {-25.0F, 25.0F, HUGE_VALF, std::nanf("")})
       EXPECT_GE(timecode(seconds, fps, true).size(), 11U);
+}
+
+TEST(QVTimecodeText, TakesTheLowHalfOfSecondsThatNoCountHolds) {
+  const auto timecode = [](double seconds) {
+    return QVTimecode::timecodeFromSeconds(seconds, 1.0F, false).toStdString();
+  };
+  constexpr double two63 = 9223372036854775808.0;
+  EXPECT_EQ(timecode(-1.0), "00:00:-01:00");
+  EXPECT_EQ(timecode(4294967296.0 + 4096), "01:08:16:00");
+  EXPECT_EQ(timecode(two63 + 4096), "01:08:16:00");
+  EXPECT_EQ(timecode(2 * two63), "00:00:-01:00");  // the largest number of 64 bits
+  EXPECT_EQ(timecode(-two63 + 4096), "01:08:16:00");
+  EXPECT_EQ(timecode(-two63 - 4096), "00:00:00:00");
 }
 
 TEST(QVTimecodeText, TellsTheTimeOfDay) {
@@ -174,6 +212,7 @@ TEST(QVTimecodeText, TellsTheTimeOfDay) {
       {momentAt(23, 59, 59, 999), 25, false, false, "23:59:59:24"},  // hundredths: 99, not 99.9
       {momentAt(23, 59, 59, 999), 30, true, true, "23:59:59;29"},
       {momentAt(12, 0, 0, 500), 30, false, true, "12:00:00;15"},
+      {momentAt(12, 0, 0, 500), 30, true, true, "12:00:00;14"},  // 14.985, rounded down
       {momentAt(12, 0, 0, 509), 1000, false, false, "12:00:00:500"},
       {momentAt(12, 0, 0, 990), 25, true, false, "12:00:00:00"},  // no such NTSC rate
       {momentAt(0, 1, 0, 0), 30, true, true, "00:01:00;00"},      // a number that drop frame would skip
