@@ -24,11 +24,11 @@ sys.dont_write_bytecode = True
 from mutation import mutations, trials  # noqa: E402
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-# What tests a folder, the quickest first; the longest beginning of a path counts.
+# What tests a folder, in the order in which it is run; the longest beginning of a path counts.
 TESTED_BY = {
     "check/": ["test_check_analysis", "test_check", "test_checked_frames"],
     "SharedFiles/timecode/": ["test_shared_timecode"],
-    "app/": ["test_window_texts", "test_window"],
+    "app/": ["test_window_texts", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "app/main.cpp": ["test_window_program", "test_window_quitting"],
     "app/player/": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
     "app/start/": ["test_window", "test_window_program", "test_window_translations", "test_window_quitting"],

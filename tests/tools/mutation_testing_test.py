@@ -188,5 +188,17 @@ class Toy(unittest.TestCase):
         self.assertEqual((self.root / "build/mutation/0/tree/toy/Steps.cpp").read_text(encoding="utf-8"), before)
 
 
+    def test_interrupted_before_the_first_trial_it_ends(self):
+        self.write("TestToy.cpp", "int main() { for (;;) {} }")
+        with subprocess.Popen(self.command("--jobs", "1"), stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True) as run:
+            binary = self.root / "build/mutation/0/tree/build/release/bin/test_toy"
+            while not binary.exists():
+                time.sleep(0.1)
+            time.sleep(0.3)
+            run.terminate()
+            run.communicate(timeout=60)
+        self.assertEqual(run.returncode, 130)
+
+
 if __name__ == "__main__":
     unittest.main()

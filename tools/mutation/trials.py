@@ -9,6 +9,7 @@ import tempfile
 import time
 
 TEST_USER = "nobody"  # root's rights would hide what the tests look at
+OF_CTEST = "ctest:"  # before the name of a test that is no program of the build
 BEGUN, ENDED = re.compile(r"\[ RUN +\] (\S+)"), re.compile(r"\[ +(OK|SKIPPED) +\]")
 
 
@@ -58,6 +59,8 @@ class Workplace:
             raise Refused(f"cmake fails:\n{self.output()}")
 
     def builds(self, target):
+        if target.startswith(OF_CTEST):
+            return True
         return self.run(["ninja", "-C", self.build, target], self.tree, None) == 0
 
     def output(self):
@@ -65,31 +68,38 @@ class Workplace:
 
     def run(self, command, folder, limit, environment=None):
         """Its exit status; None after the time limit. Nothing that it started stays behind."""
-        if self.stopped:
-            raise KeyboardInterrupt
         with open(self.log, "wb") as log:
             process = subprocess.Popen(
                 command, cwd=folder, stdin=subprocess.DEVNULL, stdout=log, stderr=log, env=environment, start_new_session=True
             )
             self.running = process
+            if self.stopped:
+                kill_group(process)
             try:
-                return process.wait(limit)
+                status = process.wait(limit)
             except subprocess.TimeoutExpired:
-                return None
+                status = None
             finally:
                 self.running = None
-                end_group(process)
+                kill_group(process)
+                process.wait()
+        if self.stopped:
+            raise KeyboardInterrupt
+        return status
 
     def stop(self):
         self.stopped = True
         if self.running:
-            end_group(self.running)
+            kill_group(self.running)
 
     def test(self, program, limit, *arguments):
         """As ./test runs it: as an unprivileged user, in a home of his own."""
         with tempfile.TemporaryDirectory(prefix="mutation-home-") as home:
             environment = dict(os.environ, HOME=home, TMPDIR=home, QT_QPA_PLATFORM="offscreen")
             command = [self.build / "bin" / program, "--gtest_fail_fast", *arguments]
+            if program.startswith(OF_CTEST):
+                name = re.escape(program.removeprefix(OF_CTEST))
+                command = ["ctest", "--test-dir", self.build, "--no-tests=error", "-R", f"^{name}$"]
             if os.getuid() == 0:
                 user = pwd.getpwnam(TEST_USER)
                 os.chown(home, user.pw_uid, user.pw_gid)
@@ -150,9 +160,8 @@ def test_under_way(output):
     return begun
 
 
-def end_group(process):
+def kill_group(process):
     try:
         os.killpg(process.pid, signal.SIGKILL)
     except ProcessLookupError:
         pass
-    process.wait()

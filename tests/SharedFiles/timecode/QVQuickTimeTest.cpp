@@ -233,6 +233,7 @@ TEST(QVQuickTime, FormatsTimes) {
       {std::int64_t{-600} * 65, 600, 30, "00:01:05:00"},
       {5, 600, 0.0, "00:00:00:00"},
       {5, -600, 25, "00:00:00:00"},
+      {longest, 1, 25, "0-9:30:07:00"},  // the days are held at the largest of 32 bits, their hours wrap
   };
   for (const Row& row : rows)
     EXPECT_EQ(text(QVQuickTime::formattedQTTime(MovieTime{.value = row.value, .scale = row.scale}, row.fps)),
@@ -459,4 +460,9 @@ TEST(QVQuickTime, ReadsTheSampleRateOfSoundTracksOnly) {
   ASSERT_TRUE(movie);
   EXPECT_EQ(QVQuickTime::sampleRateFromQTTrack(firstTrack(*movie, movie::soundMedia)), 48000.0);
   EXPECT_EQ(QVQuickTime::sampleRateFromQTTrack(firstTrack(*movie, movie::videoMedia)), 0.0);
+  TrackSpec undescribed = soundTrack({});
+  undescribed.entries.clear();
+  const auto silent = movieOf({undescribed}, 600);
+  ASSERT_TRUE(silent);
+  EXPECT_EQ(QVQuickTime::sampleRateFromQTTrack(firstTrack(*silent, movie::soundMedia)), 0.0);
 }
