@@ -127,7 +127,7 @@ class Toy(unittest.TestCase):
         (self.root / path).write_text(text, encoding="utf-8")
 
     def command(self, *more):
-        return [sys.executable, TOOLS / "mutation_testing.py", "--root", self.root, "--tests", "test_toy", "--limit", "5",
+        return [sys.executable, TOOLS / "mutation_testing.py", "--root", self.root, "--tests", "test_toy", "--limit", "60",
                 "toy", *more]  # fmt: skip
 
     def run_on(self, *more):
@@ -150,7 +150,7 @@ class Toy(unittest.TestCase):
     def test_a_hang_is_noticed(self):
         self.write("toy/Steps.cpp", "bool isFew(int n) { return n == 1; }\nint stepsTo(int end) {\n  int at = 0;\n"
                    "  while (at < end)\n    ++at;\n  return at;\n}\n")  # fmt: skip
-        status, said, log = self.run_on("--count", "20", "--limit", "2", "--at-most", "100")
+        status, said, log = self.run_on("--count", "20", "--limit", "5", "--at-most", "100")
         self.assertEqual(status, 0, said + log)
         self.assertIn("killed by test_toy (hangs): toy/Steps.cpp:5", log)
 
@@ -181,7 +181,7 @@ class Toy(unittest.TestCase):
             run.stderr.readline()  # the first verdict: others follow
             time.sleep(0.2)
             run.terminate()
-            said, _ = run.communicate(timeout=60)
+            said, _ = run.communicate(timeout=300)
         self.assertEqual(run.returncode, 130)
         self.assertIn("changes:", said)
         self.assertEqual((self.root / "toy/Steps.cpp").read_text(encoding="utf-8"), before)
@@ -196,7 +196,7 @@ class Toy(unittest.TestCase):
                 time.sleep(0.1)
             time.sleep(0.3)
             run.terminate()
-            run.communicate(timeout=60)
+            run.communicate(timeout=300)
         self.assertEqual(run.returncode, 130)
 
 
