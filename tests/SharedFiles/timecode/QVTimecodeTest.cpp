@@ -286,9 +286,7 @@ TEST(QVTimecode, WrapsAtThirtyTwoBits) {
   EXPECT_EQ(countOf("99999999999:0:0:0", plain30), static_cast<int>(2147483647U * 108000U));
   EXPECT_EQ(countOf("99999:99999:99999:99999", {highest, false}),
             static_cast<int>((99999U * 3600U + 99999U * 60U + 99999U) * 2147483647U + 99999U));
-  std::string longest(100000, '9');
-  longest += ":0:0:1";
-  EXPECT_EQ(countOf(longest, plain30), static_cast<int>(2147483647U * 108000U + 1U));
+  EXPECT_EQ(countOf(std::string(100000, '9').append(":0:0:1"), plain30), static_cast<int>(2147483647U * 108000U + 1U));
 }
 
 TEST(QVTimecode, TakesAnyNumberAndAnyText) {
