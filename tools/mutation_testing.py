@@ -26,7 +26,9 @@ from mutation import mutations, trials  # noqa: E402
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 # What tests a folder, in the order in which it is run; the longest beginning of a path counts.
 TESTED_BY = {
-    "check/": ["test_check_analysis", "test_check", "test_checked_frames"],
+    "check/": ["test_check", "test_checked_frames"],
+    "check/Color": ["test_check_analysis", "test_check", "test_checked_frames"],
+    "check/Frame": ["test_check_analysis", "test_checked_frames"],
     "SharedFiles/timecode/": ["test_shared_timecode"],
     "app/": ["test_window_texts", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "app/main.cpp": ["test_window_program", "test_window_quitting"],

@@ -106,11 +106,12 @@ class Mutations(unittest.TestCase):
 
 
 class Output(unittest.TestCase):
-    def test_the_test_that_was_under_way_is_the_one_that_failed(self):
+    def test_what_failed_first_is_found_and_what_crashed(self):
         ran = "[ RUN      ] A.B\n[       OK ] A.B (0 ms)\n[ RUN      ] A.C\nwhat is said\n"
-        self.assertEqual(trials.test_under_way(ran), "A.C")
-        self.assertEqual(trials.test_under_way(ran + "[  FAILED  ] A.C (0 ms)\n"), "A.C")
-        self.assertIsNone(trials.test_under_way(ran + "[       OK ] A.C (0 ms)\n"))
+        skipped = "[ RUN      ] A.D\n[  SKIPPED ] A.D (0 ms)\n"
+        self.assertEqual(trials.failed_test(ran), "A.C")
+        self.assertEqual(trials.failed_test(ran + "[  FAILED  ] A.C (0 ms)\n" + skipped), "A.C")
+        self.assertIsNone(trials.failed_test(ran + "[       OK ] A.C (0 ms)\n" + skipped))
 
 
 class Toy(unittest.TestCase):

@@ -10,7 +10,7 @@ import time
 
 TEST_USER = "nobody"  # root's rights would hide what the tests look at
 OF_CTEST = "ctest:"  # before the name of a test that is no program of the build
-BEGUN, ENDED = re.compile(r"\[ RUN +\] (\S+)"), re.compile(r"\[ +(OK|SKIPPED) +\]")
+BEGUN, ENDED = re.compile(r"\[ RUN +\] (\S+)"), re.compile(r"\[ +(OK|SKIPPED|FAILED) +\]")
 
 
 class Refused(Exception):
@@ -114,7 +114,7 @@ class Workplace:
             return None
         if status is None:
             return f"{program} (hangs)"
-        failed = test_under_way(self.output())
+        failed = failed_test(self.output())
         if failed and self.test(program, limit, f"--gtest_filter={failed}") != 0:
             return failed
         return failed or program if self.test(program, limit) != 0 else None
@@ -149,13 +149,15 @@ class Workplace:
         return taken
 
 
-def test_under_way(output):
-    """The test that a program of GoogleTest was in when it ended: the one that failed, where the first failure ends it."""
+def failed_test(output):
+    """The first test that failed in a program of GoogleTest, or the one that it was in when it crashed."""
     begun = None
     for line in output.splitlines():
         if found := BEGUN.match(line):
             begun = found.group(1)
-        elif ENDED.match(line):
+        elif ended := ENDED.match(line):
+            if ended.group(1) == "FAILED":
+                return begun
             begun = None
     return begun
 
