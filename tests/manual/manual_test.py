@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """The user manual is whole, and says what the program says.
 
-The environment names the PDF, the pictures in it, their movies, the program that makes the PDF, and the command:
-MANUAL_PDF, MANUAL_PICTURES, MANUAL_MOVIES, MANUAL_MAKER, LUMACHECK_PROGRAM.
+The environment names the PDF, the pictures in it, their movies, and the command: MANUAL_PDF, MANUAL_PICTURES,
+MANUAL_MOVIES, LUMACHECK_PROGRAM.
 """
 import json
 import os
@@ -10,6 +10,7 @@ import pathlib
 import re
 import shutil
 import subprocess
+import sys
 import tempfile
 import unittest
 
@@ -18,7 +19,7 @@ TEXTS = ROOT / "docs" / "manual"
 PDF = pathlib.Path(os.environ["MANUAL_PDF"])
 PICTURES = pathlib.Path(os.environ["MANUAL_PICTURES"])
 MOVIES = pathlib.Path(os.environ["MANUAL_MOVIES"])
-MAKER = os.environ["MANUAL_MAKER"]
+MAKER = ROOT / "tools" / "manual" / "manual_pdf.py"
 LUMACHECK = os.environ["LUMACHECK_PROGRAM"]
 
 
@@ -57,7 +58,7 @@ def code_blocks(text):
 
 def make_pdf(texts, folder, **environment):
     target = pathlib.Path(folder, "made.pdf")
-    done = run(MAKER, "1.2.3", texts, PICTURES, target, env={**os.environ, **environment})
+    done = run(sys.executable, MAKER, "1.2.3", texts, PICTURES, target, env={**os.environ, **environment})
     return done, target
 
 
@@ -109,6 +110,14 @@ class Document(unittest.TestCase):
         self.assertGreaterEqual(len(re.findall(r'<a href="[^"]*#\d+">', xml)), wanted + inside)
         self.assertNotRegex(xml, r'href="#')
 
+    def test_is_tagged_for_readers_that_read_aloud(self):
+        self.assertRegex(out_of("pdfinfo", PDF), r"(?m)^Tagged: +yes$")
+        tags = re.findall(r"^ *(\w+)", out_of("pdfinfo", "-struct", PDF), re.M)
+        titles = [headings(text) for text in chapters().values()]
+        self.assertEqual(sum(tags.count(f"H{level}") for level in (1, 2, 3)), sum(map(len, titles)))
+        self.assertEqual(tags.count("H1"), len(titles))
+        self.assertLessEqual({"P", "L", "LI", "Link", "Table", "TR", "TH", "TD", "BlockQuote"}, set(tags))
+
     def test_says_nothing_of_the_machine_that_made_it(self):
         words = out_of("pdftotext", PDF, "-")
         for secret in (str(ROOT) + "/", str(MOVIES), os.uname().nodename + "."):
@@ -138,7 +147,10 @@ class Document(unittest.TestCase):
         self.refuses("# One\n\nSee [two](b.md).\n", "A link leads nowhere: b.md")
 
     def test_is_not_made_with_a_picture_missing(self):
-        self.refuses("# One\n\n![Two](pictures/none.png)\n", "there is no picture pictures/none.png")
+        self.refuses("# One\n\n![Two](pictures/none.png)\n", "Failed to load image at 'picture:none.png'")
+
+    def test_is_not_made_with_a_picture_that_is_none(self):
+        self.refuses("# One\n\n![Two](pictures/window.txt)\n", "Failed to load image at 'picture:window.txt'")
 
     def test_is_not_made_of_nothing(self):
         with tempfile.TemporaryDirectory() as folder:

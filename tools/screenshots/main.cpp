@@ -3,8 +3,8 @@
 //   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, parts.png (with a number at each part),
 //                                     console.png (the whole report), side.png (the controls of one movie), the sheets
 //                                     too-dark.png, synced.png, saving.png and consent.png, keys.png, preferences.png,
-//                                     about.png, a picture of each menu, dark.png, and the smallest window in both
-//                                     themes
+//                                     about.png, a picture of each menu, dark.png, the smallest window in both themes,
+//                                     and icon.png
 //
 // The fields show the movies in a folder that says nothing of this machine. window.txt beside the pictures says what
 // the menus and the list of keys hold, a line for each: "menu", its title, the item's text; "keys", the keys, what they
@@ -124,6 +124,8 @@ class Screenshots {
     load();  // what the sync has edited is left behind
     controller_.checkAction();
     takeThemes();
+    constexpr int iconSide = 1024;
+    write("icon", QPixmap::fromImage(applicationIconImage(iconSide)));
     return ok_;
   }
 
