@@ -6,15 +6,34 @@
 namespace cli {
 namespace {
 
-constexpr char bracketMark = '\x01';
+/// An option or argument of one value. It is taken as it was given: CLI11's own
+/// conversions know empty values and lists.
+template <typename Take>
+CLI::Option *addText(CLI::App &command, const char *name, const char *valueName,
+                     const char *description, Take take) {
+  const auto takeFirst = [take](const CLI::results_t &given) {
+    take(given.front());
+    return true;
+  };
+  return command.add_option(name, takeFirst, description)->type_name(valueName);
+}
 
-std::string timeProblem(const std::string& argument) {
-  const auto time = parseTimeArgument(unmarked(argument));
-  return time ? std::string() : time.error();
+/// An argument that must be given.
+void addMovie(CLI::App &command, const char *name, const char *description,
+              std::string &file) {
+  addText(command, name, "", description, [&file](const std::string &given) {
+    file = given;
+  })->required();
+}
+
+template <typename Act>
+void addFlag(CLI::App &command, const char *name, const char *description,
+             Act act) {
+  command.add_flag_callback(name, act, description)->disable_flag_override();
 }
 
 /// The words in lines of a terminal's width, as CLI11 leaves a footer alone.
-std::string folded(const std::string& sentence) {
+std::string folded(const std::string &sentence) {
   constexpr std::size_t width = 92;
   std::string lines;
   std::size_t start = 0;
@@ -26,32 +45,29 @@ std::string folded(const std::string& sentence) {
   return lines + sentence.substr(start);
 }
 
-}  // namespace
-
-std::string marked(const std::string& argument) {
-  const bool needed = !argument.empty() && (argument.front() == '[' || argument.front() == bracketMark);
-  return needed ? bracketMark + argument : argument;
-}
-
-std::string unmarked(const std::string& argument) {
-  return !argument.empty() && argument.front() == bracketMark ? argument.substr(1) : argument;
-}
+} // namespace
 
 CommandInterface::CommandInterface() {
   app.require_subcommand(0, 1);
-  app.set_version_flag("--version", std::string("lumacheck " LUMACHECK_VERSION));
-  windowSource = app.add_option("SOURCE")->description("Open the window on this source movie")->type_name("");
-  windowDest = app.add_option("DEST")->description("and on this export of it")->type_name("");
+  app.set_version_flag("--version",
+                       std::string("lumacheck " LUMACHECK_VERSION));
+  const auto take = [this](const std::string &file) {
+    windowOptions.files.push_back(file);
+  };
+  addText(app, "SOURCE", "", "Open the window on this source movie", take);
+  addText(app, "DEST", "", "and on this export of it", take);
   addCheck();
   addInfo();
   addSync();
 }
 
-std::vector<ExitMeaning> CommandInterface::exitMeanings(const CLI::App& command) const {
+std::vector<ExitMeaning>
+CommandInterface::exitMeanings(const CLI::App &command) const {
   if (&command == check) {
     return {{noShift, "no shift"},
             {shiftFound, "a shift in pixels or metadata"},
-            {failure, "a usage error, a file or frame that cannot be read, or frames that do not match"},
+            {failure, "a usage error, a file or frame that cannot be read, or "
+                      "frames that do not match"},
             {sourceTooDark, "the source frame is too dark"},
             {interrupted, "interrupted"}};
   }
@@ -67,63 +83,87 @@ std::vector<ExitMeaning> CommandInterface::exitMeanings(const CLI::App& command)
   return {};
 }
 
-void CommandInterface::addCommonOptions(CLI::App& command) {
-  command.add_flag("--json")->description("Print JSON")->disable_flag_override();
-  command.add_option("--log")->description("Append a log to this file")->type_name(logValue);
+void CommandInterface::addCommonOptions(CLI::App &command, OutputForm &form) {
+  addFlag(command, "--json", "Print JSON",
+          [&form] { form = OutputForm::Json; });
+  addText(command, "--log", logValue, "Append a log to this file",
+          [this](const std::string &file) { logFile = file; });
+  addFooter(command);
 }
 
-CLI::Option* CommandInterface::addTime(const char* name, const char* description) {
-  return check->add_option(name)
-      ->description(description)
-      ->type_name(timeValue)
-      ->check(CLI::Validator(timeProblem, ""));
+void CommandInterface::addTimes() {
+  const auto add = [this](const char *name, const char *description,
+                          auto take) {
+    return addText(*check, name, timeValue, description,
+                   [name, take](const std::string &given) {
+                     auto time = parseTimeArgument(given);
+                     if (!time)
+                       throw CLI::ValidationError(name, time.error());
+                     take(*time);
+                   });
+  };
+  CLI::Option *const at = add("--at",
+                              "Where to take both frames: seconds, or a "
+                              "timecode (default: the beginning)",
+                              [this](const auto &time) {
+                                checkOptions.sourceTime =
+                                    checkOptions.destTime = time;
+                              });
+  at->excludes(
+      add("--source-at", "Where to take the source frame",
+          [this](const auto &time) { checkOptions.sourceTime = time; }));
+  at->excludes(add("--dest-at", "Where to take the destination frame",
+                   [this](const auto &time) { checkOptions.destTime = time; }));
 }
 
 void CommandInterface::addCheck() {
   check = app.add_subcommand("check", "Compare a movie with its source");
-  source = check->add_option("SOURCE")->description("The source movie")->required()->type_name("");
-  dest = check->add_option("DEST")->description("The movie to check against it")->required()->type_name("");
-  at = addTime("--at", "Where to take both frames: seconds, or a timecode (default: the beginning)");
-  sourceAt = addTime("--source-at", "Where to take the source frame");
-  destAt = addTime("--dest-at", "Where to take the destination frame");
-  at->excludes(sourceAt)->excludes(destAt);
-  check->add_flag("--exit-zero")->description("Exit with 0 whatever the verdict")->disable_flag_override();
-  addCommonOptions(*check);
-  addFooter(*check);
+  addMovie(*check, "SOURCE", "The source movie", checkOptions.source);
+  addMovie(*check, "DEST", "The movie to check against it", checkOptions.dest);
+  addTimes();
+  addFlag(*check, "--exit-zero", "Exit with 0 whatever the verdict",
+          [this] { checkOptions.exitPolicy = ExitPolicy::ZeroUnlessFailed; });
+  addCommonOptions(*check, checkOptions.form);
 }
 
 void CommandInterface::addInfo() {
   info = app.add_subcommand("info", "Show the color metadata of movies");
-  files = info->add_option("FILE")
-              ->description("The movies")
-              ->required()
-              ->type_name("")
-              ->expected(1, -1)
-              ->allow_extra_args();
-  addCommonOptions(*info);
-  addFooter(*info);
+  const auto take = [this](const CLI::results_t &files) {
+    infoOptions.files = files;
+    return true;
+  };
+  // As many as there are, by number: of "extra" arguments CLI11 takes those in
+  // square brackets for lists.
+  info->add_option("FILE", take, "The movies")
+      ->required()
+      ->type_name("")
+      ->expected(CLI::detail::expected_max_vector_size,
+                 CLI::detail::expected_max_vector_size)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  addCommonOptions(*info, infoOptions.form);
 }
 
 void CommandInterface::addSync() {
-  sync = app.add_subcommand("sync", "Copy the color metadata of a movie onto another and save that");
-  syncSource = sync->add_option("SOURCE")->description("The source movie")->required()->type_name("");
-  syncDest = sync->add_option("DEST")->description("The movie to change")->required()->type_name("");
-  sync->add_option("--save-as")
-      ->description("Leave DEST alone and write a self-contained copy here")
-      ->type_name(newMovieValue);
-  sync->add_flag("--dry-run")->description("Only tell what would change")->disable_flag_override();
-  addCommonOptions(*sync);
-  addFooter(*sync);
+  sync = app.add_subcommand(
+      "sync", "Copy the color metadata of a movie onto another and save that");
+  addMovie(*sync, "SOURCE", "The source movie", syncOptions.source);
+  addMovie(*sync, "DEST", "The movie to change", syncOptions.dest);
+  addText(*sync, "--save-as", newMovieValue,
+          "Leave DEST alone and write a self-contained copy here",
+          [this](const std::string &file) { syncOptions.saveAs = file; });
+  addFlag(*sync, "--dry-run", "Only tell what would change",
+          [this] { syncOptions.mode = SyncMode::DryRun; });
+  addCommonOptions(*sync, syncOptions.form);
 }
 
-void CommandInterface::addFooter(CLI::App& command) const {
+void CommandInterface::addFooter(CLI::App &command) const {
   std::string sentence = "Exit status:";
-  const char* separator = " ";
-  for (const ExitMeaning& each : exitMeanings(command)) {
+  const char *separator = " ";
+  for (const ExitMeaning &each : exitMeanings(command)) {
     sentence += separator + std::to_string(each.status) + ' ' + each.meaning;
     separator = "; ";
   }
   command.footer(folded(sentence + '.'));
 }
 
-}  // namespace cli
+} // namespace cli

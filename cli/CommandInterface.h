@@ -1,9 +1,15 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
+
+#include "cli/CheckCommand.h"
+#include "cli/InfoCommand.h"
+#include "cli/SyncCommand.h"
+#include "cli/WindowCommand.h"
 
 namespace cli {
 
@@ -14,16 +20,17 @@ struct ExitMeaning {
 };
 
 /// The whole interface of the command as its parser holds it: the help, the manual page and the shells' completions are
-/// all made of it. Options keep what was given as it was given.
+/// all made of it. Parsing fills the options of the subcommand that is given.
 struct CommandInterface {
   CLI::App app{"Tells whether a movie suffers a gamma shift against its source.", "lumacheck"};
   CLI::App* check = nullptr;
   CLI::App* info = nullptr;
   CLI::App* sync = nullptr;
-  CLI::Option *source = nullptr, *dest = nullptr, *files = nullptr;
-  CLI::Option *windowSource = nullptr, *windowDest = nullptr;
-  CLI::Option *syncSource = nullptr, *syncDest = nullptr;
-  CLI::Option *at = nullptr, *sourceAt = nullptr, *destAt = nullptr;
+  CheckOptions checkOptions;
+  InfoOptions infoOptions;
+  SyncOptions syncOptions;
+  WindowOptions windowOptions;  ///< of the command itself
+  std::optional<std::string> logFile;
 
   CommandInterface();
   CommandInterface(const CommandInterface&) = delete;
@@ -41,17 +48,12 @@ struct CommandInterface {
   static constexpr auto newMovieValue = "OUT";
 
  private:
-  static void addCommonOptions(CLI::App& command);
-  CLI::Option* addTime(const char* name, const char* description);
+  void addCommonOptions(CLI::App& command, OutputForm& form);
+  void addTimes();
   void addCheck();
   void addInfo();
   void addSync();
   void addFooter(CLI::App& command) const;
 };
-
-/// CLI11 takes a value in square brackets for a list. An argument that begins with a bracket travels through it with a
-/// mark in front, as does one that begins with the mark.
-std::string marked(const std::string& argument);
-std::string unmarked(const std::string& argument);
 
 }  // namespace cli
