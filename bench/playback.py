@@ -5,14 +5,11 @@ usage: playback.py [--build DIR] [--movies DIR] [--seconds N] [--size WxH] [ROW 
 
 ROW is one of: prores h264 (default: both). The movies are made with ffmpeg once and kept.
 """
-import argparse
 import os
-import pathlib
 import subprocess
 
-from whole_process import SCENE, TAGS, Movies
+from whole_process import SCENE, TAGS, Movies, parser_of
 
-TOP = pathlib.Path(__file__).resolve().parent.parent
 CODECS = {
     "prores": ["-vf", "format=yuv422p10le", "-c:v", "prores_ks", "-profile:v", "3"],
     "h264": ["-vf", "format=yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "22", "-g", "120", "-bf", "3"],
@@ -27,9 +24,7 @@ def movie_of(movies, codec, which, seconds):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=pathlib.Path, default=TOP / "build" / "release")
-    parser.add_argument("--movies", type=pathlib.Path, default=TOP / "build" / "bench")
+    parser = parser_of(__doc__)
     parser.add_argument("--seconds", type=int, default=10)
     parser.add_argument("--size", default="940x530")
     parser.add_argument("rows", nargs="*", default=list(CODECS), metavar="ROW")

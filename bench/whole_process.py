@@ -197,10 +197,16 @@ def rows(lumacheck, movies, pairs):
     return {"prores": prores, "h264": h264, "info": info, "length": length, "memory": memory, "save": save, "copy": copy}
 
 
-def main():
-    ask = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+def parser_of(page):
+    """A parser with the options that every bench has."""
+    ask = argparse.ArgumentParser(description=page, formatter_class=argparse.RawDescriptionHelpFormatter)
     ask.add_argument("--build", type=pathlib.Path, default=TOP / "build" / "release")
     ask.add_argument("--movies", type=pathlib.Path, default=TOP / "build" / "bench-movies")
+    return ask
+
+
+def main():
+    ask = parser_of(__doc__)
     ask.add_argument("--pairs", type=int, default=15)
     ask.add_argument("row", nargs="*")
     args = ask.parse_args()

@@ -5,14 +5,10 @@ usage: window.py [--build DIR] [--movies DIR] [--seconds N]
 
 Prints what bench_window prints, and for the check what the command takes on the same two files less its start-up.
 """
-import argparse
-import pathlib
 import statistics
 import subprocess
 
 import whole_process
-
-TOP = whole_process.TOP
 
 
 def median_of(command, runs=9):
@@ -20,9 +16,7 @@ def median_of(command, runs=9):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--build", type=pathlib.Path, default=TOP / "build/dev")
-    parser.add_argument("--movies", type=pathlib.Path, default=TOP / "build/bench-movies")
+    parser = whole_process.parser_of(__doc__)
     parser.add_argument("--seconds", type=int, default=10)
     options = parser.parse_args()
     movies = whole_process.Movies(options.movies)
