@@ -78,6 +78,13 @@
     </message>
 </context>
 <context>
+    <name>FlattenedSave</name>
+    <message>
+        <source>Saving %1…</source>
+        <translation>%1 wird gespeichert&#xa0;…</translation>
+    </message>
+</context>
+<context>
     <name>HttpsConnection</name>
     <message>
         <source>The request timed out.</source>
@@ -1017,17 +1024,6 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>This frame cannot be shown: %1</source>
         <translation>Dieses Bild kann nicht gezeigt werden: %1</translation>
-    </message>
-</context>
-<context>
-    <name>SavingSheet</name>
-    <message>
-        <source>Saving %1…</source>
-        <translation>%1 wird gespeichert&#xa0;…</translation>
-    </message>
-    <message>
-        <source>Cancelling…</source>
-        <translation>Wird abgebrochen&#xa0;…</translation>
     </message>
 </context>
 <context>

@@ -22,73 +22,70 @@
 namespace {
 
 constexpr int shortest = 500, turn = 20;  // ms
-constexpr int narrowest = 280;
+constexpr int narrowest = 280, fullScale = 1000;
 
 class BusySheet : public QDialog {
   Q_DECLARE_TR_FUNCTIONS(BusySheet)
 
  public:
-  /// `progress` is null for work that cannot be stopped.
-  BusySheet(const QString& label, const std::function<QString()>& progress, std::stop_source& stop, QWidget& window)
-      : QDialog(&window), progress_(progress), stop_(stop), label_(new QLabel(label)) {
+  BusySheet(const QString& label, const LongWork& work, std::stop_source& stop, QWidget& window)
+      : QDialog(&window),
+        work_(work),
+        stop_(stop),
+        label_(new QLabel(label)),
+        bar_(new QProgressBar),
+        buttons_(new QDialogButtonBox(QDialogButtonBox::Cancel)) {
     setObjectName(QStringLiteral("busy"));
     setWindowModality(Qt::WindowModal);
     setWindowTitle(label);
-    auto* const bar = new QProgressBar;
-    bar->setRange(0, 0);
-    bar->setMinimumWidth(narrowest);
-    bar->setAccessibleName(label);
+    bar_->setRange(0, work.fraction ? fullScale : 0);
+    bar_->setMinimumWidth(narrowest);
+    bar_->setAccessibleName(label);
+    connect(buttons_, &QDialogButtonBox::rejected, this, &BusySheet::reject);
     auto* const column = new QVBoxLayout(this);
     column->addWidget(label_);
-    column->addWidget(bar);
-    if (progress_) addStopping(*column);
+    column->addWidget(bar_);
+    if (work.progress) {
+      column->addWidget(line_ = new QLabel(work.progress()));
+      line_->setObjectName(QStringLiteral("progress"));
+    }
+    column->addWidget(buttons_);
     sinceBegin_.start();
   }
 
   void follow() {
-    if (progress_) line_->setText(progress_());
+    if (line_ != nullptr) line_->setText(work_.progress());
+    if (work_.fraction) bar_->setValue(static_cast<int>(work_.fraction() * fullScale));
     const QWidget* const modal = QApplication::activeModalWidget();
     if (modal != nullptr && modal != this) giveWay();
     if (!gaveWay_ && !isVisible() && sinceBegin_.elapsed() >= shortest) show();
   }
   /// Cancelling does not take the sheet away: the work ends when it comes to that.
   void reject() override {
-    if (!progress_) return;
     stop_.request_stop();
-    cancelButton_->setEnabled(false);
+    buttons_->setEnabled(false);
     label_->setText(tr("Cancelling…"));
-  }
-  /// Whether the user's input can do no harm: the sheet, or a question of the work's, stands before the window.
-  bool covers() const { return isVisible() || gaveWay_; }
-
- protected:
-  /// Quitting closes it; the user's closing it is his Cancel, and it stays until the work has ended.
-  void closeEvent(QCloseEvent* event) override {
-    reject();
-    if (event->spontaneous()) return event->ignore();
-    gaveWay_ = true;
-    event->accept();
-  }
-
- private:
-  void addStopping(QVBoxLayout& column) {
-    line_ = new QLabel(progress_());
-    line_->setObjectName(QStringLiteral("progress"));
-    auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Cancel);
-    cancelButton_ = buttons->button(QDialogButtonBox::Cancel);
-    connect(buttons, &QDialogButtonBox::rejected, this, &BusySheet::reject);
-    column.addWidget(line_);
-    column.addWidget(buttons);
   }
   void giveWay() {
     gaveWay_ = true;
     hide();
   }
+  /// Whether the user's input can do no harm: the sheet, or a question of the work's, stands before the window.
+  bool covers() const { return isVisible() || gaveWay_; }
 
-  const std::function<QString()>& progress_;
+ protected:
+  /// Whoever closes it cancels. Only quitting takes it away.
+  void closeEvent(QCloseEvent* event) override {
+    reject();
+    event->setAccepted(!event->spontaneous());
+  }
+
+ private:
+  const LongWork& work_;
   std::stop_source& stop_;
   QLabel *label_, *line_ = nullptr;
-  QPushButton* cancelButton_ = nullptr;
+  QProgressBar* bar_;
+  QDialogButtonBox* buttons_;
   QElapsedTimer sinceBegin_;
   bool gaveWay_ = false;
 };
@@ -97,48 +94,43 @@ void showUntil(const std::atomic<bool>& finished, BusySheet& sheet) {
   QEventLoop beforeSheet, loop;
   QTimer timer;
   QObject::connect(&timer, &QTimer::timeout, &sheet, [&] {
-    sheet.follow();
+    if (!finished) sheet.follow();
     if (finished || sheet.covers()) beforeSheet.quit();
     if (finished) loop.quit();
   });
   timer.start(turn);
   beforeSheet.exec(QEventLoop::ExcludeUserInputEvents);
   if (!finished) loop.exec();
-  if (!finished) sheet.reject();
-  while (!finished) {  // the application quits: nobody is there to answer
+  if (finished) return;
+  sheet.reject();  // the application quits: nobody is there to answer
+  sheet.giveWay();
+  while (!finished) {
     if (QWidget* const asked = QApplication::activeModalWidget()) asked->close();
     loop.processEvents(QEventLoop::WaitForMoreEvents);
   }
 }
 
-void runUnderSheet(QWidget& window, const QString& label, const std::function<void(const std::stop_token&)>& work,
-                   const std::function<QString()>& progress) {
+}  // namespace
+
+bool runUnderBusySheet(QWidget& window, const QString& label, const LongWork& work) {
   std::atomic<bool> finished = false;
   std::stop_source stop;
   std::thread worker;
   try {
     worker = std::thread([&] {
       const crash::ThreadCrashStack crashStack;
-      work(stop.get_token());
+      work.work(stop.get_token());
       finished = true;
     });
   } catch (const std::system_error& error) {
     QVLog::appendLog("No thread could be started: %@", QString::fromLocal8Bit(error.what()));
-    return work({});
+    work.work({});
+    return false;
   }
   {
-    BusySheet sheet(label, progress, stop, window);
+    BusySheet sheet(label, work, stop, window);
     showUntil(finished, sheet);
   }
   worker.join();
-}
-
-}  // namespace
-
-void runUnderBusySheet(QWidget& window, const QString& label, const std::function<void()>& work) {
-  runUnderSheet(window, label, [&](const std::stop_token& /*stop*/) { work(); }, {});
-}
-
-void runUnderBusySheet(QWidget& window, const QString& label, const StoppableWork& work) {
-  runUnderSheet(window, label, work.work, work.progress);
+  return stop.stop_requested();
 }

@@ -16,9 +16,7 @@ using CopyWriter = std::function<movie::Result<void>(movie::Movie& movie, const 
 /// Movie::writeToFile.
 movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress);
 
-/// Writes the movie to a file, flattened, and returns when that is done. Works on a thread of its own meanwhile: a
-/// sheet on the window shows how far it is, once it takes long, and can cancel it. It stays until the writing has
-/// ended, so that nothing else in the window can be pressed. Quitting cancels. The movie itself goes on with the file
-/// that it has open, also where that one is replaced. Main thread only.
+/// Writes the movie to a file, flattened, under a BusySheet, and returns when that is done. The movie itself goes on
+/// with the file that it has open, also where that one is replaced. Main thread only.
 movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
                                    const CopyWriter& write);
