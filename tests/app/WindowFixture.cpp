@@ -12,6 +12,7 @@
 
 #include "SharedFiles/foundation/BundleInfo.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TaggedProRes.h"
 
 namespace {
 
@@ -149,26 +150,10 @@ QString made(const std::string& name, const Arguments& arguments) {
 }
 
 QString picturesUnder(const std::string& name, const std::string& filter, const std::string& gamma) {
-  return made(name, {"-f",
-                     "lavfi",
-                     "-i",
-                     "testsrc2=size=320x180:rate=25:duration=2",
-                     "-vf",
-                     filter,
-                     "-c:v",
-                     "prores_ks",
-                     "-timecode",
-                     "01:00:00:00",
-                     "-movflags",
-                     "+write_colr+write_gama",
-                     "-mov_gamma",
-                     gamma,
-                     "-color_primaries",
-                     "bt709",
-                     "-color_trc",
-                     "bt709",
-                     "-colorspace",
-                     "bt709"});
+  std::vector<std::string> arguments{"-f", "lavfi", "-i", "testsrc2=size=320x180:rate=25:duration=2", "-vf", filter};
+  const auto encoder = movie::test::taggedProRes(gamma);
+  arguments.insert(arguments.end(), encoder.begin(), encoder.end());
+  return made(name, arguments);
 }
 
 QString longOf(const std::string& name, const std::string& rate, const std::string& frames) {

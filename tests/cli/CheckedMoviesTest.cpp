@@ -4,6 +4,7 @@
 
 #include "tests/cli/RunProgram.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TaggedProRes.h"
 
 // The command from end to end, on movies whose frames decode.
 
@@ -20,28 +21,10 @@ const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x30
 
 std::string encoded(const std::string& name, const std::string& source, const std::string& filter,
                     const std::string& gamma) {
-  return fixtureMovie(name, {"-f",
-                             "lavfi",
-                             "-i",
-                             source,
-                             "-frames:v",
-                             "25",
-                             "-vf",
-                             filter,
-                             "-c:v",
-                             "prores_ks",
-                             "-timecode",
-                             "01:00:00:00",
-                             "-movflags",
-                             "+write_colr+write_gama",
-                             "-mov_gamma",
-                             gamma,
-                             "-color_primaries",
-                             "bt709",
-                             "-color_trc",
-                             "bt709",
-                             "-colorspace",
-                             "bt709"});
+  std::vector<std::string> arguments{"-f", "lavfi", "-i", source, "-frames:v", "25", "-vf", filter};
+  const auto encoder = movie::test::taggedProRes(gamma);
+  arguments.insert(arguments.end(), encoder.begin(), encoder.end());
+  return fixtureMovie(name, arguments);
 }
 
 std::string plainMovie() {

@@ -4,32 +4,15 @@
 #include <gtest/gtest.h>
 
 #include "movie/EditList.h"
+#include "tests/movie/EvenTrack.h"
 
-namespace movie {
+namespace movie::test {
 namespace {
-
-constexpr std::int32_t normal = 0x10000;
-
-/// `frames` frames of `frameDuration` units, shown in decode order.
-SampleTable evenFrames(std::uint64_t frames, std::uint32_t frameDuration) {
-  return SampleTable({TimeRun{.count = frames, .duration = frameDuration}});
-}
-
-TrackInfo trackOf(std::int32_t mediaTimeScale, std::vector<EditListEntry> edits = {}) {
-  TrackInfo track;
-  track.mediaTimeScale = mediaTimeScale;
-  track.edits = std::move(edits);
-  return track;
-}
 
 std::int64_t frameAt(const TrackInfo& track, std::int32_t movieScale, const SampleTable& samples,
                      const MovieTime& time) {
   const auto sample = sampleOnScreen(track, movieScale, samples, time);
   return sample ? static_cast<std::int64_t>(sample->index) : -1;
-}
-
-MovieTime at(std::int64_t value, std::int32_t scale) {
-  return {.value = value, .scale = scale};
 }
 
 struct Rate {
@@ -242,4 +225,4 @@ TEST(EditList, StartsWhereTheFirstEditWithMediaDoes) {
 }
 
 }  // namespace
-}  // namespace movie
+}  // namespace movie::test

@@ -6,26 +6,10 @@
 #include <gtest/gtest.h>
 
 #include "movie/EditList.h"
+#include "tests/movie/EvenTrack.h"
 
-namespace movie {
+namespace movie::test {
 namespace {
-
-constexpr std::int32_t normal = 0x10000;
-
-SampleTable evenFrames(std::uint64_t frames, std::uint32_t frameDuration) {
-  return SampleTable({TimeRun{.count = frames, .duration = frameDuration}});
-}
-
-TrackInfo trackOf(std::int32_t mediaTimeScale, std::vector<EditListEntry> edits = {}) {
-  TrackInfo track;
-  track.mediaTimeScale = mediaTimeScale;
-  track.edits = std::move(edits);
-  return track;
-}
-
-MovieTime at(std::int64_t value, std::int32_t scale) {
-  return {.value = value, .scale = scale};
-}
 
 std::vector<FrameSpan> spansOf(const TrackInfo& track, std::int32_t movieScale, const SampleTable& samples) {
   std::vector<FrameSpan> spans{*spanOnScreen(track, movieScale, samples, at(0, movieScale))};
@@ -159,4 +143,4 @@ TEST(FrameSpan, SurvivesHostileValues) {
 }
 
 }  // namespace
-}  // namespace movie
+}  // namespace movie::test

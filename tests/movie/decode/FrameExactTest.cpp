@@ -1,17 +1,13 @@
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "tests/movie/decode/Codings.h"
 #include "tests/movie/decode/DecodedMovie.h"
+#include "tests/movie/decode/EditedCopy.h"
 #include "tests/support/MovieFixture.h"
 
 namespace movie::test {
@@ -45,32 +41,12 @@ TEST_P(FrameExact, JumpingAboutShowsTheSame) {
 INSTANTIATE_TEST_SUITE_P(Codings, FrameExact, testing::ValuesIn(codings()),
                          [](const auto& coding) { return std::string(coding.param.name); });
 
-/// A copy of a movie with one kind of atom made unknown, gone at the end.
-class CopyWithout {
- public:
-  CopyWithout(const std::string& path, const std::string& atom) {
-    std::ifstream stream(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    const std::size_t at = bytes.find(atom);
-    if (at == std::string::npos) throw std::runtime_error("no " + atom + " in " + path);
-    std::ofstream(path_, std::ios::binary) << bytes.replace(at, 4, "skip");
-  }
-  ~CopyWithout() { std::filesystem::remove(path_); }
-  CopyWithout(const CopyWithout&) = delete;
-  CopyWithout& operator=(const CopyWithout&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_ = testing::TempDir() + "copy-without-" + std::to_string(getpid()) + ".mov";
-};
-
 class WithoutSyncTable : public testing::TestWithParam<Coding> {};
 
 TEST_P(WithoutSyncTable, AStartThatIsNoneIsNoticed) {
   const std::string path = movieOf(GetParam());
   const FullDecode judge = fullDecode(path, "y");
-  const CopyWithout copy(path, "stss");
+  const EditedCopy copy(path, [](std::string& bytes) { bytes.replace(bytes.find("stss"), 4, "skip"); });
   DecodedMovie movie(copy.path());
   for (std::size_t i = 0; i < judge.frames.size(); i += 7) {
     ASSERT_EQ(firstPlaneChecksum(movie.pictureAt(judge.frames[i].time)), judge.frames[i].checksum) << i;

@@ -1,17 +1,14 @@
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include "tests/movie/decode/Codings.h"
 #include "tests/movie/decode/DecodedMovie.h"
+#include "tests/movie/decode/EditedCopy.h"
 
 namespace movie::test {
 namespace {
@@ -111,35 +108,21 @@ TEST_P(PicturesInRowOf, GoesOnAfterBeingGivenUp) {
 INSTANTIATE_TEST_SUITE_P(Codings, PicturesInRowOf, testing::ValuesIn(codings()),
                          [](const auto& coding) { return std::string(coding.param.name); });
 
-/// A copy of a movie with bytes of the first third of its media data overwritten, gone at the end.
-class DamagedCopy {
- public:
-  DamagedCopy(const std::string& path, unsigned seed) {
-    std::ifstream stream(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
-    const std::size_t media = bytes.find("mdat") + 4;
-    const std::size_t end = bytes.rfind("moov") > media ? bytes.rfind("moov") - 4 : bytes.size();
-    std::mt19937 random(seed);
-    for (int i = 0; i < 12; ++i) {
-      const std::size_t at = media + random() % ((end - media) / 3);
-      for (std::size_t n = 0; n < 8; ++n) bytes[at + n] = static_cast<char>(random());
-    }
-    std::ofstream(path_, std::ios::binary) << bytes;
+/// Overwrites bytes in the first third of a movie's media data.
+void damage(std::string& bytes) {
+  const std::size_t media = bytes.find("mdat") + 4;
+  const std::size_t end = bytes.rfind("moov") > media ? bytes.rfind("moov") - 4 : bytes.size();
+  std::mt19937 random(21);
+  for (int i = 0; i < 12; ++i) {
+    const std::size_t at = media + random() % ((end - media) / 3);
+    for (std::size_t n = 0; n < 8; ++n) bytes[at + n] = static_cast<char>(random());
   }
-  ~DamagedCopy() { std::filesystem::remove(path_); }
-  DamagedCopy(const DamagedCopy&) = delete;
-  DamagedCopy& operator=(const DamagedCopy&) = delete;
-
-  const std::string& path() const { return path_; }
-
- private:
-  std::string path_ = testing::TempDir() + "damaged-" + std::to_string(getpid()) + ".mov";
-};
+}
 
 TEST(PicturesInRow, GoOnThroughDamageAndAreThoseAskedForAloneAfterIt) {
   for (const Coding& coding : codings()) {
     SCOPED_TRACE(coding.name);
-    const DamagedCopy copy(movieOf(coding), 21);
+    const EditedCopy copy(movieOf(coding), damage);
     const DecodedMovie movie(copy.path());
     const auto decoder = movie.anotherDecoder();
     const std::string name = coding.name;
