@@ -180,8 +180,3 @@ std::int32_t ChildProcess::terminationStatus() const {
   const std::lock_guard guard(state_->mutex);
   return state_->running ? 0 : state_->status;
 }
-
-std::int64_t ChildProcess::processIdentifier() const {
-  const std::lock_guard guard(state_->mutex);
-  return state_->identifier;
-}

@@ -48,7 +48,6 @@ class ChildProcess {
   void waitUntilExit() const;  ///< returns at once when it was never launched
   /// The exit status, or the number of the signal that ended it; 0 while it runs.
   std::int32_t terminationStatus() const;
-  std::int64_t processIdentifier() const;  ///< 0 before the launch
 
   /// This process's ends of the pipes that were asked for, from the launch on. What the program reads from its standard
   /// input ends when `standardInput` is closed.
