@@ -247,7 +247,11 @@ class Copy {
     QVLog::appendLog("err: %i", static_cast<int>(got < 0));
   }
 
-  /// Whether the source was read to its end and the delegate had nothing against it.
+  bool anyIsGood() const {
+    return std::any_of(destinations_.begin(), destinations_.end(), [](const Destination& each) { return each.good; });
+  }
+
+  /// Whether the source was read to its end, somewhere to, and the delegate had nothing against it.
   bool copyBlocks() {
     const auto size = static_cast<quint64>(source_->information.st_size);
     const quint64 step = (size + reportsPerFile - 1) / reportsPerFile;
@@ -265,6 +269,7 @@ class Copy {
       for (Destination& each : destinations_) {
         if (each.good && !writeBlock(each.file.descriptor, copied_.get(), count)) failWriting(each);
       }
+      if (!anyIsGood()) return false;
       written_ += count;
       if (written_ - reported >= step || got == 0) {
         reports_.bytesWritten(written_);

@@ -36,6 +36,6 @@ struct FileCopyRequest {
 /// place, but never the source itself. Modes, owners and times are taken over.
 ///
 /// True when every destination holds the source. A destination that fails is told in the log and removed, and the
-/// others are completed. One that differs from the source stays for inspection. After a refusal to continue or a
-/// failure to read, what was begun is removed.
+/// others are completed. One that differs from the source stays for inspection. After a refusal to continue, a failure
+/// to read, or the failure of the last destination that was left, the copy stops and what was begun is removed.
 bool copyFileToDestinations(const FileCopyRequest& request);

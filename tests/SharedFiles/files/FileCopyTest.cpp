@@ -98,6 +98,7 @@ class FileCopies : public testing::Test {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(no file)");
   }
+  QString diskOfOneMegabyte(const QString& test) const;
   static QByteArray noise(qsizetype size) {
     QByteArray bytes(size, Qt::Uninitialized);
     QRandomGenerator generator(7);
@@ -320,29 +321,47 @@ TEST_F(FileCopies, GoOnWithoutADestinationThatVanishes) {
 }
 
 /// Runs this program's one test again where the folder is a disk of 1 MB that nobody else sees.
-int runOnSmallDisk(const char* test, const QString& folder) {
+int runOnSmallDisk(const QString& test, const QString& folder) {
   QStringList own{"--mount"};
   if (::geteuid() != 0) own += {"--user", "--map-current-user", "--keep-caps"};
   const QString mount = "mount -t tmpfs -o size=1m none \"$0\" && exec \"$@\"";
   return QVTaskEx::terminationCodeFromTask(
-      "/usr/bin/unshare",
-      own + QStringList{"/bin/sh", "-c", mount, folder, "/usr/bin/env", smallDisk + ("=" + folder),
-                        QCoreApplication::applicationFilePath(), QString("--gtest_filter=") + test});
+      "/usr/bin/unshare", own + QStringList{"/bin/sh", "-c", mount, folder, "/usr/bin/env", smallDisk + ("=" + folder),
+                                            QCoreApplication::applicationFilePath(), "--gtest_filter=" + test});
+}
+
+/// The folder of such a disk; empty when the test was run there, in a process of its own.
+QString FileCopies::diskOfOneMegabyte(const QString& test) const {
+  QString disk = QFile::decodeName(qgetenv(smallDisk.toLatin1().constData()));
+  if (disk.isEmpty()) disk = QFile::decodeName(qgetenv("LUMACHECK_SMALL_DISK"));  // where users may mount none
+  if (!disk.isEmpty()) return disk;
+  EXPECT_TRUE(QDir().mkpath(path("disk")));
+  EXPECT_EQ(runOnSmallDisk(test, path("disk")), 0);
+  return {};
 }
 
 TEST_F(FileCopies, GoOnWithoutADestinationThatFillsUp) {
-  QString disk = QFile::decodeName(qgetenv(smallDisk.toLatin1().constData()));
-  if (disk.isEmpty()) disk = QFile::decodeName(qgetenv("LUMACHECK_SMALL_DISK"));  // where users may mount none
-  if (disk.isEmpty()) {
-    ASSERT_TRUE(QDir().mkpath(path("disk")));
-    EXPECT_EQ(runOnSmallDisk("FileCopies.GoOnWithoutADestinationThatFillsUp", path("disk")), 0);
-    return;
-  }
+  const QString disk = diskOfOneMegabyte("FileCopies.GoOnWithoutADestinationThatFillsUp");
+  if (disk.isEmpty()) return;
   const QString source = put("source", noise(3 << 20)), full = disk + "/full";
   EXPECT_FALSE(copy(source, {path("one"), full, path("three")}, sha256));
   ASSERT_TRUE(reports_.waitForEnd());
   EXPECT_EQ(contents(path("one")), contents(source));
   EXPECT_EQ(contents(path("three")), contents(source));
+  EXPECT_FALSE(QFile::exists(full));
+  EXPECT_THAT(log_.entries(), ElementsAre(QString("Error writing file %1: %2").arg(full).arg(ENOSPC)));
+}
+
+TEST_F(FileCopies, StopWhenNoDestinationIsLeft) {
+  const QString disk = diskOfOneMegabyte("FileCopies.StopWhenNoDestinationIsLeft");
+  if (disk.isEmpty()) return;
+  const QString source = put("source", ""), full = disk + "/full";
+  constexpr off_t size = off_t{3} << 30;
+  ASSERT_EQ(::truncate(QFile::encodeName(source).constData(), size), 0);
+  EXPECT_FALSE(copy(source, {full}));
+  runEventLoopUntil([] { return false; }, 100);
+  EXPECT_LE(reports_.bytes().empty() ? 0 : reports_.bytes().back(), 1U << 20) << "more than the disk took";
+  EXPECT_FALSE(reports_.finished());
   EXPECT_FALSE(QFile::exists(full));
   EXPECT_THAT(log_.entries(), ElementsAre(QString("Error writing file %1: %2").arg(full).arg(ENOSPC)));
 }
