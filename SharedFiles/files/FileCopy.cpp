@@ -310,9 +310,9 @@ class Copy {
       checksums.append(each.checksum);
     }
     settings_["destChecksums"] = checksums;
-    settings_["destChecksum"] = checksums.last();
     const QString source = settings_["sourceChecksum"].toString();
     for (Destination& each : destinations_) {
+      settings_["destChecksum"] = each.checksum;
       if (!each.good || (!source.isNull() && each.checksum == source)) continue;
       each.good = false;
       reports_.verificationFailed(each.path);

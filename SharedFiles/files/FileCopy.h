@@ -22,7 +22,8 @@ struct FileCopyDelegate {
 
 /// What is to be copied. The settings record holds it under "source", "destinations", "operationtype" ("copy"),
 /// "delegate" and, where valid, "object" and "object2"; the checksums come in under "sourceChecksum", "destChecksums"
-/// (in the order of the destinations, nil where there is none) and "destChecksum" (the last).
+/// (in the order of the destinations, nil where there is none) and "destChecksum" (that of the destination a failed
+/// verification is told of; in the end that of the last).
 struct FileCopyRequest {
   QString source;
   QStringList destinations;

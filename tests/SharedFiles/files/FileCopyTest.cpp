@@ -39,9 +39,10 @@ class CopyReports {
       state->bytes.push_back(bytes);
       state->keep(settings);
     };
-    heard.fileCopyVerificationFailed = [state = state_](const QVariantMap& /*settings*/, const QString& file) {
+    heard.fileCopyVerificationFailed = [state = state_](const QVariantMap& settings, const QString& file) {
       const std::lock_guard guard(state->mutex);
       state->failed.append(file);
+      state->failedChecksums.append(settings.value("destChecksum").toString());
     };
     heard.fileCopyFinished = [state = state_](const QVariantMap& settings) {
       const std::lock_guard guard(state->mutex);
@@ -61,6 +62,11 @@ class CopyReports {
     const std::lock_guard guard(state_->mutex);
     return state_->failed;
   }
+  /// What stood under "destChecksum" when a destination was told of.
+  QStringList failedChecksums() const {
+    const std::lock_guard guard(state_->mutex);
+    return state_->failedChecksums;
+  }
   QVariantMap settings() const {
     const std::lock_guard guard(state_->mutex);
     return state_->settings;
@@ -71,7 +77,7 @@ class CopyReports {
   struct State {
     std::mutex mutex;
     std::vector<quint64> bytes;
-    QStringList failed;
+    QStringList failed, failedChecksums;
     QVariantMap settings;
     std::atomic<bool> finished = false;
 
@@ -382,7 +388,7 @@ TEST_F(FileCopies, TellOfADestinationThatDiffersByOneByte) {
       }
     }
   });
-  const bool copied = copy(source, {path("one"), path("two")}, sha256);
+  const bool copied = copy(source, {path("one"), path("two"), path("three")}, sha256);
   done = true;
   vandal.join();
   ASSERT_TRUE(reports_.waitForEnd());
@@ -390,6 +396,7 @@ TEST_F(FileCopies, TellOfADestinationThatDiffersByOneByte) {
   EXPECT_FALSE(copied);
   EXPECT_THAT(reports_.failed(), ElementsAre(path("two")));
   const QStringList sums = reports_.settings().value("destChecksums").toStringList();
+  EXPECT_THAT(reports_.failedChecksums(), ElementsAre(sums[1]));
   EXPECT_EQ(sums[0], reports_.settings().value("sourceChecksum"));
   EXPECT_NE(sums[1], sums[0]);
   EXPECT_EQ(contents(path("one")), contents(source));
