@@ -238,13 +238,14 @@ class Copy {
     destination.fail();
   }
 
-  void failReading(const QString& path, quint64 position, ssize_t got) const {
+  /// Nothing came of the read, and the file is in its state of error.
+  static void failReading(const QString& path, quint64 position) {
     const int error = errno;
     QVLog::appendLog("Error reading file %@ - aborting...", path);
     QVLog::appendLog("cur pos: %llu", position);
-    QVLog::appendLog("read size: %zu", static_cast<std::size_t>(got));
+    QVLog::appendLog("read size: %zu", std::size_t{0});
     QVLog::appendLog("errno: %i", error);
-    QVLog::appendLog("err: %i", static_cast<int>(got < 0));
+    QVLog::appendLog("err: %i", 1);
   }
 
   bool anyIsGood() const {
@@ -261,7 +262,7 @@ class Copy {
     for (;;) {
       const ssize_t got = readBlock(source_->descriptor, copied_);
       if (got < 0) {
-        failReading(request_.source, written_, got);
+        failReading(request_.source, written_);
         return false;
       }
       const auto count = static_cast<std::size_t>(got);
@@ -331,7 +332,7 @@ class Copy {
     for (quint64 position = 0;;) {
       const ssize_t got = readBlock(file, readBack_);
       if (got < 0) {
-        failReading(destination.path, position, got);
+        failReading(destination.path, position);
         return {};
       }
       if (got == 0) return digest.text();

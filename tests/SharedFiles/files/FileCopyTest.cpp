@@ -372,6 +372,13 @@ TEST_F(FileCopies, StopWhenNoDestinationIsLeft) {
   EXPECT_THAT(log_.entries(), ElementsAre(QString("Error writing file %1: %2").arg(full).arg(ENOSPC)));
 }
 
+TEST_F(FileCopies, TellWhyTheSourceCannotBeRead) {
+  EXPECT_FALSE(copy("/proc/self/mem", {path("one")}));  // nothing is mapped where it begins
+  EXPECT_THAT(log_.entries(), ElementsAre("Error reading file /proc/self/mem - aborting...", "cur pos: 0",
+                                          "read size: 0", QString("errno: %1").arg(EIO), "err: 1"));
+  EXPECT_FALSE(QFile::exists(path("one")));
+}
+
 TEST_F(FileCopies, TellOfADestinationThatDiffersByOneByte) {
   const QString source = put("source", noise(40 << 20));
   std::atomic<bool> done = false;
