@@ -199,7 +199,7 @@ class Copy {
     };
     for (const QString& path : request_.destinations) {
       const bool isNew = !fileExists(path);
-      std::optional<OpenFile> file = OpenFile::open(path, O_RDWR | O_CREAT);
+      std::optional<OpenFile> file = OpenFile::open(path, O_WRONLY | O_CREAT);
       if (!file || isTaken(*file)) {
         QVLog::appendLog("Error: Unable to open destination file %@. Aborting copy process...", path);
         undo();
@@ -322,15 +322,15 @@ class Copy {
 
   /// Read back from the disk: what the system still holds in memory is dropped first. Nil when it cannot be read.
   QString checksumOf(const Destination& destination) {
-    const sys::Descriptor& file = destination.file.descriptor;
-    ::posix_fadvise(file.get(), 0, 0, POSIX_FADV_DONTNEED);
-    if (::lseek(file.get(), 0, SEEK_SET) != 0) {
-      QVLog::appendLog("Error: unable to seek within file %@", destination.path);
+    const std::optional<OpenFile> file = OpenFile::open(destination.path, O_RDONLY);
+    if (!file || !isSameFile(file->information, destination.file.information)) {
+      QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", destination.path);
       return {};
     }
+    ::posix_fadvise(file->descriptor.get(), 0, 0, POSIX_FADV_DONTNEED);
     FileDigest digest(*algorithm_);
     for (quint64 position = 0;;) {
-      const ssize_t got = readBlock(file, readBack_);
+      const ssize_t got = readBlock(file->descriptor, readBack_);
       if (got < 0) {
         failReading(destination.path, position);
         return {};

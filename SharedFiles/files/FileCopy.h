@@ -38,5 +38,6 @@ struct FileCopyRequest {
 ///
 /// True when every destination holds the source. A destination that fails is told in the log and removed, and the
 /// others are completed. One that differs from the source stays for inspection. After a refusal to continue, a failure
-/// to read, or the failure of the last destination that was left, the copy stops and what was begun is removed.
+/// to read, or the failure of the last destination that was left, the copy stops and what was begun is removed. Only
+/// writing must be allowed in a destination; one that may not be read cannot be verified.
 bool copyFileToDestinations(const FileCopyRequest& request);

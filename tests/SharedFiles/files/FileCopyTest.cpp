@@ -372,6 +372,22 @@ TEST_F(FileCopies, StopWhenNoDestinationIsLeft) {
   EXPECT_THAT(log_.entries(), ElementsAre(QString("Error writing file %1: %2").arg(full).arg(ENOSPC)));
 }
 
+TEST_F(FileCopies, WriteWhereTheyMayNotRead) {
+  if (::geteuid() == 0) GTEST_SKIP() << "may read everything";
+  const QString source = put("source", "bytes");
+  for (const char* name : {"one", "two"}) {
+    put(name, "older");
+    ASSERT_EQ(::chmod(QFile::encodeName(path(name)).constData(), 0200), 0);
+  }
+  EXPECT_TRUE(copyFileToDestinations({.source = source, .destinations = {path("one")}}));
+  EXPECT_EQ(contents(path("one")), "bytes");
+  EXPECT_FALSE(copy(source, {path("two")}, sha256));
+  ASSERT_TRUE(reports_.waitForEnd());
+  EXPECT_THAT(reports_.failed(), ElementsAre(path("two")));
+  EXPECT_THAT(log_.entries(),
+              ElementsAre("Error: Unable to open destination file " + path("two") + ". Aborting hash verification..."));
+}
+
 TEST_F(FileCopies, TellWhyTheSourceCannotBeRead) {
   EXPECT_FALSE(copy("/proc/self/mem", {path("one")}));  // nothing is mapped where it begins
   EXPECT_THAT(log_.entries(), ElementsAre("Error reading file /proc/self/mem - aborting...", "cur pos: 0",
