@@ -34,6 +34,33 @@ const EVP_MD* methodOf(DigestAlgorithm algorithm) {
   return nullptr;
 }
 
+/// Asks somebody in the background whether to go on. However many questions wait for a slow answer, they take no room.
+class Questions {
+ public:
+  explicit Questions(const std::function<bool()>& shouldContinue)
+      : state_(shouldContinue ? std::make_shared<State>(shouldContinue) : nullptr) {}
+
+  void ask() {
+    if (!state_ || state_->waiting.fetch_add(1) != 0) return;
+    calls_.add([state = state_] {
+      do {
+        if (!state->shouldContinue()) state->refused = true;
+      } while (state->waiting.fetch_sub(1) > 1);
+    });
+  }
+  bool areRefused() const { return state_ && state_->refused; }
+
+ private:
+  struct State {
+    explicit State(std::function<bool()> question) : shouldContinue(std::move(question)) {}
+    const std::function<bool()> shouldContinue;
+    std::atomic<quint64> waiting = 0;
+    std::atomic<bool> refused = false;
+  };
+  const std::shared_ptr<State> state_;
+  BackgroundCalls calls_;
+};
+
 }  // namespace
 
 struct FileDigest::Context {
@@ -76,8 +103,7 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
     return {};
   }
   FileDigest digest(algorithm);
-  BackgroundCalls calls;
-  const auto refused = std::make_shared<std::atomic<bool>>(false);
+  Questions questions(shouldContinue);
   for (;;) {
     const ssize_t got = ::read(file.get(), block.get(), blockSize);
     if (got < 0 && errno == EINTR) continue;
@@ -87,11 +113,7 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
     }
     if (got == 0) return digest.text();
     digest.add(block.get(), static_cast<std::size_t>(got));
-    // One question at a time: a slow answer must not let them pile up.
-    if (shouldContinue && !calls.isBusy())
-      calls.add([refused, shouldContinue] {
-        if (!shouldContinue()) *refused = true;
-      });
-    if (*refused) return {};
+    questions.ask();
+    if (questions.areRefused()) return {};
   }
 }

@@ -48,8 +48,3 @@ void BackgroundCalls::add(std::function<void()> call) {
   queue_->waiting.push_back(std::move(call));
   queue_->changed.notify_one();
 }
-
-bool BackgroundCalls::isBusy() const {
-  const std::lock_guard guard(queue_->mutex);
-  return !queue_->waiting.empty();
-}

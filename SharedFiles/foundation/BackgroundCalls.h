@@ -14,8 +14,6 @@ class BackgroundCalls {
 
   /// Where the system gives no thread, the call is dropped.
   void add(std::function<void()> call);
-  /// Whether calls are still waiting to be made.
-  bool isBusy() const;
 
  private:
   struct Queue;

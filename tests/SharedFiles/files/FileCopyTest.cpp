@@ -467,4 +467,18 @@ TEST_F(FileCopies, StopHashingWhenTheDelegateRefuses) {
   EXPECT_GE(*asked, 3);
 }
 
+TEST_F(FileCopies, AskAfterEachBlockWhetherHashingShouldGoOn) {
+  constexpr int blocks = 60;
+  const QString source = put("source", noise((blocks - 1) * 65536 + 1));
+  const auto asked = std::make_shared<std::atomic<int>>(0);
+  const auto slowly = [asked] {
+    ::usleep(2000);
+    return ++*asked > 0;
+  };
+  EXPECT_FALSE(digestOfFile(source, DigestAlgorithm::md5, slowly).isNull());
+  EXPECT_TRUE(runEventLoopUntil([&] { return *asked == blocks; }));
+  runEventLoopUntil([] { return false; }, 50);
+  EXPECT_EQ(*asked, blocks);
+}
+
 }  // namespace
