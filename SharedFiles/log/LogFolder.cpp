@@ -47,7 +47,7 @@ std::optional<QString> LogFolder::startGeneration() const {
 
 std::optional<QString> LogFolder::rotate() const {
   const QString oldest = path_ + formatLog("/%@.5.log", name_);
-  if (QFile::exists(oldest)) QFile::remove(oldest);
+  if (!QFile::remove(oldest)) QDir(oldest).removeRecursively();
   for (int number = generations - 1; number >= 1; --number) {
     const QString from = generation(number);
     const QString to = generation(number + 1);

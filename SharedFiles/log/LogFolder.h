@@ -21,8 +21,8 @@ class LogFolder {
   /// The generations that exist, newest first.
   QStringList availableLogs() const;
 
-  /// Moves every generation one up, drops the oldest and leaves an empty current file. The text that tells what failed,
-  /// with its line break, or nothing; after a failure nothing further was done.
+  /// Moves every generation one up, drops the oldest, be it a folder, and leaves an empty current file. The text that
+  /// tells what failed, with its line break, or nothing; after a failure nothing further was done.
   std::optional<QString> startGeneration() const;
 
  private:
