@@ -16,6 +16,7 @@
 #include "app/start/SingleInstance.h"
 #include "app/start/Translations.h"
 #include "app/widgets/ApplicationIcon.h"
+#include "system/StandardDescriptors.h"
 
 namespace {
 
@@ -64,6 +65,7 @@ void bringToFront(QWidget& window) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  sys::keepStandardDescriptorsTaken();
   if (onlyAsks(argc, argv)) return 0;
   if (!hasScreen()) {
     std::fputs("Lumacheck: there is no screen to open a window on. The command `lumacheck check` needs none.\n",

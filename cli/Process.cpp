@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <csignal>
 
-#include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
 #include <unistd.h>
@@ -32,15 +31,6 @@ void handle(int signal, void (*handler)(int)) {
 }
 
 }  // namespace
-
-void keepStandardDescriptorsTaken() {
-  for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) continue;
-    // The lowest free descriptor is this one.
-    const int mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-    if (::open("/dev/null", mode) != descriptor) return;
-  }
-}
 
 void installSignalHandling() {
   handle(SIGINT, endInterrupted);

@@ -10,6 +10,7 @@
 #include "cli/CommandLine.h"
 #include "cli/LogSetup.h"
 #include "cli/Process.h"
+#include "system/StandardDescriptors.h"
 
 namespace {
 
@@ -42,7 +43,7 @@ cli::CommandResult runGuarded(const std::vector<std::string>& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  cli::keepStandardDescriptorsTaken();
+  sys::keepStandardDescriptorsTaken();
   cli::installSignalHandling();
   cli::CommandResult result = runGuarded({argv + (argc > 0 ? 1 : 0), argv + argc});
   if (!cli::writeAll(STDOUT_FILENO, result.out)) {

@@ -1,6 +1,7 @@
 #include "SharedFiles/log/QVLog.h"
 
 #include <atomic>
+#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <memory>
@@ -42,6 +43,7 @@ LogController& QVLog::sharedController() {
   static LogController& controller = *[] {
     auto made = std::make_unique<LogController>(LogEnvironment::standard());
     previousHandler = std::set_terminate(handleUncaughtException);
+    std::signal(SIGPIPE, SIG_IGN);
     std::atexit([] { QVLog::willTerminate(); });
     return made.release();
   }();

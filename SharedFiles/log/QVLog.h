@@ -14,7 +14,8 @@ class QVLog final {
   QVLog() = delete;
 
   /// The one log of the process. It is closed by an exit handler; the reason of an exception that nothing catches is
-  /// written before the process dies.
+  /// written before the process dies. From the first call on the process ignores SIGPIPE: a standard output that nobody
+  /// reads any longer ends nothing.
   static LogController& sharedController();
 
   /// createNewLog

@@ -78,6 +78,25 @@ TEST_F(LogProcessDeathTest, WritesWhatIsQueuedBeforeItEnds) {
       << text.toStdString();
 }
 
+TEST_F(LogProcessDeathTest, OutlivesWhoeverReadsItsOutput) {
+  EXPECT_EXIT(
+      {
+        becomeOrdinary();
+        std::signal(SIGPIPE, SIG_DFL);
+        int ends[2] = {};
+        checkThat(::pipe(ends) == 0 && ::dup2(ends[1], STDOUT_FILENO) == STDOUT_FILENO, "the output is a pipe");
+        ::close(ends[0]);
+        ::close(ends[1]);
+        QVLog::createNewLog();
+        QVLog::appendLogAndPrint("first");
+        QVLog::appendLogAndPrint("second");
+        std::exit(0);
+      },
+      ::testing::ExitedWithCode(0), "");
+  EXPECT_TRUE(log().contains(" - first\n")) << log().toStdString();
+  EXPECT_TRUE(log().contains(" - second\n"));
+}
+
 TEST_F(LogProcessDeathTest, StartsNothingBeforeAnEntryIsQueued) {
   EXPECT_EXIT(
       {

@@ -26,6 +26,25 @@ TEST_F(WindowProgram, OpensTwoFilesAndEndsWhenAsked) {
   EXPECT_THAT(log(1).toStdString(), HasSubstr("Log started: "));
 }
 
+TEST_F(WindowProgram, OutlivesWhoeverReadsItsOutput) {
+  start({plainMovie(), retaggedMovie()});
+  ASSERT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == retaggedMovie(); }));
+  running_.closeReadChannel(QProcess::StandardOutput);
+  EXPECT_TRUE(choose("check"));
+  EXPECT_TRUE(waitUntil([this] { return tell("report").contains("Checking files..."); }));
+  EXPECT_TRUE(waitUntil([this] { return log(1).contains(" - Checking files...\n"); }));
+  EXPECT_EQ(tell("close"), "yes");
+  EXPECT_EQ(ended(), 0);
+}
+
+TEST_F(WindowProgram, LetsNoFileTakeThePlaceOfAClosedStandardStream) {
+  run(running_, "/bin/sh", {"-c", "exec \"$0\" \"$1\" <&- >&- 2>&-", program(), plainMovie()});
+  ASSERT_TRUE(waitUntil([&] { return lastFile("lastSourceFile") == plainMovie(); }));
+  for (const char* descriptor : {"0", "1", "2"})
+    EXPECT_EQ(QFile::symLinkTarget(QString("/proc/%1/fd/%2").arg(running_.processId()).arg(descriptor)), "/dev/null");
+  EXPECT_EQ(endWith(SIGTERM), 0);
+}
+
 TEST_F(WindowProgram, TakesFilesFromALaterStart) {
   start({plainMovie()});
   ASSERT_TRUE(waitUntil([&] { return lastFile("lastSourceFile") == plainMovie(); }));
