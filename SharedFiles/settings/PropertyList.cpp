@@ -67,8 +67,7 @@ bool isXmlCharacter(QChar character) {
 /// Whether the text survives being written as UTF-8 XML and read back.
 bool isXmlText(const QString& text) {
   if (!text.isValidUtf16()) return false;
-  // A carriage return would come back as a line feed.
-  return std::all_of(text.begin(), text.end(), [](QChar c) { return isXmlCharacter(c) && c != u'\r'; });
+  return std::all_of(text.begin(), text.end(), isXmlCharacter);
 }
 
 std::optional<QVariant> valueOf(plist_t node);
@@ -248,7 +247,8 @@ std::optional<QByteArray> PropertyList::toXml(const QVariant& value) {
   plist_to_xml(root.get(), &bytes, &length);
   const Text owner(bytes);
   if (!owner) return std::nullopt;
-  return QByteArray(bytes, static_cast<qsizetype>(length));
+  // As it stands a carriage return would be read as a line feed.
+  return QByteArray(bytes, static_cast<qsizetype>(length)).replace("\r", "&#13;");
 }
 
 std::optional<QVariant> PropertyList::read(const QString& path) {

@@ -136,6 +136,13 @@ TEST_F(AnalyticsEvents, TakesUnreadableFilesForEmpty) {
   EXPECT_EQ(stored(), (QVariantMap{{"logQC", true}}));
 }
 
+TEST_F(AnalyticsEvents, CachesAnEventWithACarriageReturn) {
+  const QVariantMap odd{{"event", "two\r\nlines"}, {"date", 1LL}};
+  launchWith(1, true).logQCEvent(odd);
+  controller_->willTerminate();
+  EXPECT_EQ(storedCache(), QVariantList{odd});
+}
+
 TEST_F(AnalyticsEvents, SwitchesAndKeepsTheCacheAndTheOtherKeys) {
   launchWith(1, true).logQCEvent(event("one"));
   finish();

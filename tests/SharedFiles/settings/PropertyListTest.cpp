@@ -90,7 +90,6 @@ TEST(PropertyList, RefusesToWriteWhatItCannotReadBack) {
                               QString(QChar(u'\0')),
                               QString(QChar(0x1b)),
                               QString(QChar(0xD800)),
-                              QString("a\rb"),
                               QString(QChar(0xFFFF)),
                               QVariantMap{{QString(QChar(1)), 1}},
                               deep};
@@ -134,6 +133,14 @@ TEST(PropertyList, RefusesMalformedBytes) {
                                 "bplist00\xd0\x08\x00\x00\x00\x00\x00\x00\x01\x01",
                                 manyEntities};
   for (const QByteArray& xml : refused) EXPECT_FALSE(PropertyList::fromXml(xml)) << xml.left(80).toStdString();
+}
+
+TEST(PropertyList, EscapesWhatXmlReadsAsALineFeed) {
+  const QVariantMap texts{{"a\rb", "\r"}, {"event", "two\r\nlines\r"}};
+  const QByteArray xml = PropertyList::toXml(texts).value_or("");
+  EXPECT_TRUE(xml.startsWith("<?xml"));
+  EXPECT_TRUE(xml.contains("<string>two&#13;\nlines&#13;</string>")) << xml.toStdString();
+  EXPECT_EQ(PropertyList::fromXml(xml), texts);
 }
 
 TEST(PropertyList, ReadsWhatOtherWritersMake) {
