@@ -165,6 +165,6 @@ void CrashDetector::chownPlist(const QString& path) const {
   const QStringList components = path.split(u'/', Qt::SkipEmptyParts);
   const qsizetype users = components.indexOf(QLatin1String("Users"));
   if (users < 0 || users + 1 == components.size()) return;
-  const ToolCommand chown = environment_.tools.changeOwner(components[users + 1], path);
+  const ToolCommand chown = environment_.tools.changeOwner(components[users + 1], absolutePath(path));
   environment_.runTask(chown.path, chown.arguments, secondsForChown);
 }

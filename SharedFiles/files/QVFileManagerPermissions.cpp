@@ -45,5 +45,5 @@ bool QVFileManager::setOwner(const QString& owner, const QString& path, const Fi
   const QString file = absolutePath(path);
   if (file.isNull() || owner.isEmpty()) return false;
   const ToolCommand command = services.tools.changeOwner(owner, file);
-  return QVTaskEx::terminationCodeFromTask(command.path, command.arguments) == 0;
+  return QVTaskEx::terminationCodeFromTask(command.path, QStringList{"-h", "--"} + command.arguments) == 0;
 }

@@ -88,7 +88,7 @@ ToolCommand PlatformTools::touch(const QString& file) const {
 
 ToolCommand PlatformTools::changeOwner(const QString& owner, const QString& file) const {
   constexpr auto settled = "/usr/sbin/chown";
-  return {rooted(has(settled) ? settled : "/usr/bin/chown"), {"-h", "--", owner, file}};
+  return {rooted(has(settled) ? settled : "/usr/bin/chown"), {owner, file}};
 }
 
 ToolCommand PlatformTools::networkInterfaces() const {

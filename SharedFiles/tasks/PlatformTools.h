@@ -42,8 +42,8 @@ class PlatformTools {
   std::optional<ToolCommand> diskInformation(const QString& volume) const;
   /// "/usr/bin/touch" file.
   ToolCommand touch(const QString& file) const;
-  /// "/usr/sbin/chown", else "/usr/bin/chown". A link's own owner is changed. `owner` is a user, user:group or :group,
-  /// by name or number.
+  /// "/usr/sbin/chown", else "/usr/bin/chown", and these two. `owner` is a user, user:group or :group, by name or
+  /// number.
   ToolCommand changeOwner(const QString& owner, const QString& file) const;
   /// "/sbin/ifconfig", else "/usr/bin/ip", with which the network's interfaces are listed.
   ToolCommand networkInterfaces() const;
