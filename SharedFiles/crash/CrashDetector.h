@@ -35,7 +35,7 @@ struct CrashDetectorEnvironment {
 /// exit, and looks, when the last launch has no later exit, for a crash report written after that launch. QVCrashline
 /// is the door to the process's own.
 ///
-/// Stamps are dates of whole seconds under the keys "launch" and "exit", in the user defaults or, where a path is
+/// Stamps are dates with milliseconds under the keys "launch" and "exit", in the user defaults or, where a path is
 /// given, in that property list, whose other keys are kept. A null path or name means that none is given. Everything
 /// fails quietly: what is missing or unreadable leads to no crash found or no hand-off.
 ///

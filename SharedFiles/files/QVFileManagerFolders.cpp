@@ -19,7 +19,7 @@ bool matches(const std::string& name, const std::string& wildcard) {
 
 QVariantMap fromTool(const ToolCommand& command) {
   const auto output = QVTaskEx::dataFromTask(command.path, command.arguments, nullptr);
-  return output ? PropertyList::fromXml(*output).value_or(QVariant()).toMap() : QVariantMap();
+  return output ? PropertyList::fromBytes(*output).value_or(QVariant()).toMap() : QVariantMap();
 }
 
 }  // namespace
@@ -49,7 +49,8 @@ QStringList QVFileManager::filesInFolder(const QString& folder, const QString& w
   if (!folderBytes || !wildcardBytes) return {};
   const sys::Descriptor opened(::open(folderBytes->c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
   QStringList files;
-  for (const std::string& name : sys::namesInFolder({opened.get(), *folderBytes}).value_or(std::vector<std::string>())) {
+  for (const std::string& name :
+       sys::namesInFolder({opened.get(), *folderBytes}).value_or(std::vector<std::string>())) {
     const auto text = matches(name, *wildcardBytes) ? fileNameAsText(name) : std::nullopt;
     if (text) files << *text;
   }

@@ -8,11 +8,13 @@
 #include <cstdlib>
 #include <limits>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 #include <locale.h>
 #include <plist/plist.h>
 
+#include "SharedFiles/settings/BinaryPropertyList.h"
 #include "system/ReplacementFile.h"
 
 namespace {
@@ -64,10 +66,38 @@ bool isXmlCharacter(QChar character) {
   return (unit >= 0x20 && unit < 0xFFFE) || unit == u'\t' || unit == u'\n' || unit == u'\r';
 }
 
-/// Whether the text survives being written as UTF-8 XML and read back.
-bool isXmlText(const QString& text) {
-  if (!text.isValidUtf16()) return false;
-  return std::all_of(text.begin(), text.end(), isXmlCharacter);
+/// Whether libplist, which takes UTF-8 up to a null character, gets the text as it is.
+bool isStorable(const QString& text) {
+  return text.isValidUtf16() && !text.contains(QChar(0));
+}
+
+/// From 2001 on. libplist loses the sign of the fraction that a date before has.
+qint64 fractionOf(const QDateTime& date) {
+  return date.toSecsSinceEpoch() < secondsFrom1970To2001 ? 0 : date.time().msec();
+}
+
+/// Whether the XML form has room for all of the value: its dates know whole seconds only, its texts no control
+/// characters.
+bool fitsXml(const QVariant& value) {
+  const auto isXmlText = [](const QString& text) { return std::all_of(text.begin(), text.end(), isXmlCharacter); };
+  switch (value.typeId()) {
+    case QMetaType::QString:
+      return isXmlText(value.toString());
+    case QMetaType::QDateTime:
+      return fractionOf(value.toDateTime()) == 0;
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList: {
+      const QVariantList list = value.toList();
+      return std::all_of(list.begin(), list.end(), fitsXml);
+    }
+    case QMetaType::QVariantMap: {
+      const QVariantMap map = value.toMap();
+      const QStringList keys = map.keys();
+      return std::all_of(keys.begin(), keys.end(), isXmlText) && std::all_of(map.begin(), map.end(), fitsXml);
+    }
+    default:
+      return true;
+  }
 }
 
 std::optional<QVariant> valueOf(plist_t node);
@@ -82,7 +112,8 @@ QVariant dateOf(plist_t node) {
   std::int32_t seconds = 0;
   std::int32_t microseconds = 0;
   plist_get_date_val(node, &seconds, &microseconds);
-  return QDateTime::fromSecsSinceEpoch(secondsFrom1970To2001 + seconds, Qt::UTC);
+  const qint64 milliseconds = seconds < 0 ? 0 : (microseconds + 500) / 1000;  // rounded: 0.2 comes as 199999
+  return QDateTime::fromSecsSinceEpoch(secondsFrom1970To2001 + seconds, Qt::UTC).addMSecs(milliseconds);
 }
 
 std::optional<QVariant> arrayOf(plist_t node) {
@@ -160,11 +191,11 @@ Node dateNode(const QDateTime& date) {
   const qint64 seconds = date.toSecsSinceEpoch() - secondsFrom1970To2001;
   using Limits = std::numeric_limits<std::int32_t>;
   if (!date.isValid() || seconds < Limits::min() || seconds > Limits::max()) return nullptr;
-  return Node(plist_new_date(static_cast<std::int32_t>(seconds), 0));
+  return Node(plist_new_date(static_cast<std::int32_t>(seconds), static_cast<std::int32_t>(fractionOf(date) * 1000)));
 }
 
 Node textNode(const QString& text) {
-  return isXmlText(text) ? Node(plist_new_string(text.toUtf8().constData())) : nullptr;
+  return isStorable(text) ? Node(plist_new_string(text.toUtf8().constData())) : nullptr;
 }
 
 Node dataNode(const QByteArray& data) {
@@ -184,7 +215,7 @@ Node arrayNode(const QVariantList& list, int depth) {
 Node dictionaryNode(const QVariantMap& map, int depth) {
   Node dictionary(plist_new_dict());
   for (auto entry = map.begin(); entry != map.end(); ++entry) {
-    Node node = isXmlText(entry.key()) ? nodeOf(entry.value(), depth + 1) : nullptr;
+    Node node = isStorable(entry.key()) ? nodeOf(entry.value(), depth + 1) : nullptr;
     if (!node) return nullptr;
     plist_dict_set_item(dictionary.get(), entry.key().toUtf8().constData(), node.release());
   }
@@ -229,35 +260,42 @@ Node nodeOf(const QVariant& value, int depth) {
 
 }  // namespace
 
-std::optional<QVariant> PropertyList::fromXml(const QByteArray& xml) {
-  if (xml.size() > largestFile || !isShallowXml(xml)) return std::nullopt;
+std::optional<QVariant> PropertyList::fromBytes(const QByteArray& bytes) {
+  if (bytes.size() > largestFile) return std::nullopt;
   const PlainLocale plain;
+  const auto size = static_cast<std::uint32_t>(bytes.size());
   plist_t root = nullptr;
-  plist_from_xml(xml.constData(), static_cast<std::uint32_t>(xml.size()), &root);
+  if (isShallowBinaryPropertyList(bytes, deepestNesting)) {
+    plist_from_bin(bytes.constData(), size, &root);
+  } else if (isShallowXml(bytes)) {
+    plist_from_xml(bytes.constData(), size, &root);
+  }
   const Node owner(root);
   return valueOf(root);
 }
 
-std::optional<QByteArray> PropertyList::toXml(const QVariant& value) {
+std::optional<QByteArray> PropertyList::toBytes(const QVariant& value) {
   const Node root = nodeOf(value, 0);
   if (!root) return std::nullopt;
   const PlainLocale plain;
+  const bool xml = fitsXml(value);
   char* bytes = nullptr;
   std::uint32_t length = 0;
-  plist_to_xml(root.get(), &bytes, &length);
+  (xml ? plist_to_xml : plist_to_bin)(root.get(), &bytes, &length);
   const Text owner(bytes);
   if (!owner) return std::nullopt;
+  const QByteArray written(bytes, static_cast<qsizetype>(length));
   // As it stands a carriage return would be read as a line feed.
-  return QByteArray(bytes, static_cast<qsizetype>(length)).replace("\r", "&#13;");
+  return xml ? QByteArray(written).replace("\r", "&#13;") : written;
 }
 
 std::optional<QVariant> PropertyList::read(const QString& path) {
   QFile file(path);
   if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) return std::nullopt;
   if (file.size() > largestFile) return std::nullopt;
-  const QByteArray xml = file.read(file.size() + 1);
+  const QByteArray bytes = file.read(file.size() + 1);
   if (file.error() != QFileDevice::NoError) return std::nullopt;
-  return fromXml(xml);
+  return fromBytes(bytes);
 }
 
 std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
@@ -267,8 +305,8 @@ std::optional<QVariantMap> PropertyList::readDictionary(const QString& path) {
 }
 
 bool PropertyList::write(const QVariant& value, const QString& path) {
-  const std::optional<QByteArray> xml = toXml(value);
-  if (!xml) return false;
-  return sys::writeWhole(QFile::encodeName(path).toStdString(), {xml->constData(), static_cast<std::size_t>(xml->size())})
-      .has_value();
+  const std::optional<QByteArray> bytes = toBytes(value);
+  if (!bytes) return false;
+  const std::string_view whole(bytes->constData(), static_cast<std::size_t>(bytes->size()));
+  return sys::writeWhole(QFile::encodeName(path).toStdString(), whole).has_value();
 }

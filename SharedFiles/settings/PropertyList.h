@@ -6,9 +6,11 @@
 #include <QVariantMap>
 #include <optional>
 
-/// Property lists in their XML form. A value is a QVariant: bool, an integer of at most 64 bits with its sign (read as
-/// qlonglong), double, QString, QDateTime (UTC, whole seconds, within 68 years of 2001), QByteArray, QVariantList or
-/// QVariantMap, nested at most 64 deep. Stateless; callable from any thread.
+/// Property lists. A value is a QVariant: bool, an integer of at most 64 bits with its sign (read as qlonglong),
+/// double, QString, QDateTime (UTC, within 68 years of 2001; milliseconds count from 2001 on), QByteArray, QVariantList
+/// or QVariantMap, nested at most 64 deep. Both forms are read, XML and binary. Written is XML, or the binary form
+/// where XML has no room for the value: a date with a fraction of a second, a text with a control character. Stateless;
+/// callable from any thread.
 class PropertyList final {
  public:
   PropertyList() = delete;
@@ -17,9 +19,10 @@ class PropertyList final {
   static constexpr qint64 largestFile = 32 << 20;
 
   /// The value, or nothing when the bytes are no well-formed property list of the types above.
-  static std::optional<QVariant> fromXml(const QByteArray& xml);
-  /// Nothing when a value is of another type, a date is out of range, or a text holds a character that XML cannot.
-  static std::optional<QByteArray> toXml(const QVariant& value);
+  static std::optional<QVariant> fromBytes(const QByteArray& bytes);
+  /// Nothing when a value is of another type, a date is out of range, or a text holds a null character or half of a
+  /// surrogate pair.
+  static std::optional<QByteArray> toBytes(const QVariant& value);
 
   /// The whole file's value; nothing when it is missing, no regular file, too large, unreadable or malformed.
   static std::optional<QVariant> read(const QString& path);

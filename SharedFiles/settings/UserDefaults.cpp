@@ -32,7 +32,8 @@ class FolderLock {
   explicit FolderLock(const QString& folder)
       : descriptor_(::open(QFile::encodeName(folder).constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
     constexpr int turns = 200;
-    for (int turn = 0; turn < turns && ::flock(descriptor_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK; ++turn) {
+    for (int turn = 0; turn < turns && ::flock(descriptor_.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+         ++turn) {
       std::this_thread::sleep_for(std::chrono::milliseconds(5));
     }
   }
@@ -58,14 +59,14 @@ bool moveAside(const QString& path) {
 /// Equal in value and type.
 bool isSame(const QVariant& one, const QVariant& other) {
   if (!one.isValid() || !other.isValid()) return one.isValid() == other.isValid();
-  return PropertyList::toXml(one) == PropertyList::toXml(other);
+  return PropertyList::toBytes(one) == PropertyList::toBytes(other);
 }
 
 /// The value as it comes back from the file; nothing when it cannot be stored.
 std::optional<QVariant> storable(const QVariant& value) {
   if (!value.isValid()) return value;
-  const std::optional<QByteArray> xml = PropertyList::toXml(value);
-  return xml ? PropertyList::fromXml(*xml) : std::nullopt;
+  const std::optional<QByteArray> xml = PropertyList::toBytes(value);
+  return xml ? PropertyList::fromBytes(*xml) : std::nullopt;
 }
 
 void put(QVariantMap& values, const QString& key, const QVariant& value) {

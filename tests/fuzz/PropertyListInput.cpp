@@ -72,7 +72,7 @@ std::string tryDefaults(const QByteArray& xml, const std::optional<QVariant>& va
     defaults.doubleForKey(entry.key());
     defaults.valueForKeyPath(entry.key() + ".a");
   }
-  const bool writable = PropertyList::toXml(expected).has_value();
+  const bool writable = PropertyList::toBytes(expected).has_value();
   const bool stored = defaults.setObject(QStringLiteral("stored"), QStringLiteral("lastSourceFile"));
   if (stored != writable) return "a value was " + std::string(stored ? "" : "not ") + "stored";
   if (!stored) return {};
@@ -87,13 +87,13 @@ std::string tryDefaults(const QByteArray& xml, const std::optional<QVariant>& va
 
 std::string tryPropertyList(ByteView input) {
   const QByteArray xml(reinterpret_cast<const char*>(input.data()), static_cast<qsizetype>(input.size()));
-  const auto value = PropertyList::fromXml(xml);
+  const auto value = PropertyList::fromBytes(xml);
   if (value) {
-    if (const auto written = PropertyList::toXml(*value)) {
-      const auto again = PropertyList::fromXml(*written);
+    if (const auto written = PropertyList::toBytes(*value)) {
+      const auto again = PropertyList::fromBytes(*written);
       if (!again) return "what was written cannot be read";
       if (!same(*again, *value)) return "what was written reads as something else";
-      if (PropertyList::toXml(*again) != written) return "written again, it is another text";
+      if (PropertyList::toBytes(*again) != written) return "written again, it is another text";
     }
   }
   // A round through the disk costs a hundred times as much.

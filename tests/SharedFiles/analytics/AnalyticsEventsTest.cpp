@@ -122,8 +122,8 @@ TEST_F(AnalyticsEvents, TellsOfAMissingIdentifierAtEveryWrite) {
 TEST_F(AnalyticsEvents, TakesUnreadableFilesForEmpty) {
   launchWith(1, true).logQCEvent(event("one"));
   controller_->willTerminate();
-  for (const QByteArray& bytes : {QByteArray("no list"), QByteArray(), *PropertyList::toXml(QVariantMap{{"a", 1}}),
-                                  *PropertyList::toXml(QVariantList{"text", 7})}) {
+  for (const QByteArray& bytes : {QByteArray("no list"), QByteArray(), *PropertyList::toBytes(QVariantMap{{"a", 1}}),
+                                  *PropertyList::toBytes(QVariantList{"text", 7})}) {
     for (const QString& path : {cacheFile(), AnalyticsPreferences(paths_).path()}) {
       QFile file(path);
       ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
@@ -134,6 +134,22 @@ TEST_F(AnalyticsEvents, TakesUnreadableFilesForEmpty) {
   }
   controller_->setQCLogging(true);
   EXPECT_EQ(stored(), (QVariantMap{{"logQC", true}}));
+}
+
+TEST_F(AnalyticsEvents, ReadsPreferencesInTheBinaryFormAndKeepsWhatElseIsInThem) {
+  // As another application of the maker's leaves them: logQC true, uid abcDEF123456 and a key of its own.
+  const QByteArray bytes = QByteArray::fromHex(
+      "62706c6973743030d3010203040507556c6f675143556f746865725375696409a10610015c61626344454631323334353608"
+      "0f151b1f2022240000000000000101000000000000000800000000000000000000000000000031");
+  const QString path = AnalyticsPreferences(paths_).path();
+  ASSERT_TRUE(QDir().mkpath(QFileInfo(path).path()));
+  QFile file(path);
+  ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+  file.write(bytes);
+  file.close();
+  EXPECT_TRUE(launch().shouldLog());
+  controller_->setQCLogging(false);
+  EXPECT_EQ(stored(), (QVariantMap{{"logQC", false}, {"uid", "abcDEF123456"}, {"other", QVariantList{1LL}}}));
 }
 
 TEST_F(AnalyticsEvents, CachesAnEventWithACarriageReturn) {

@@ -73,7 +73,7 @@ class Analytics : public Alerts {
     return posted_;
   }
 
-  static constexpr qint64 startOfTest = 1'700'000'000'500;  // with half a second, which dates lose
+  static constexpr qint64 startOfTest = 1'700'000'000'500;  // with half a second
 
   LinuxPathPlatform paths_{::getuid(), BundleInfo::mainBundle()};
   BundleInfo bundle_ = analyticsBundle();

@@ -123,10 +123,27 @@ TEST_F(CrashDetection, FindsNothingOnTheFirstLaunchAndStampsIt) {
   EXPECT_TRUE(identifiers_.empty());
 }
 
-TEST_F(CrashDetection, StampsWholeSeconds) {
-  now_ = launch_.addMSecs(1999);
+TEST_F(CrashDetection, StampsFractionsOfASecond) {
+  const QString plist = home_.filePath("stamps.plist");
+  for (const QString& path : {QString(), plist}) {
+    now_ = launch_.addMSecs(1999);
+    detector().startCrashline({}, path, {});
+    const QVariantMap stamps =
+        PropertyList::readDictionary(path.isNull() ? defaults_.path() : path).value_or(QVariantMap());
+    EXPECT_EQ(stamps.value("launch").toDateTime(), launch_.addMSecs(1999));
+  }
+}
+
+TEST_F(CrashDetection, TellsACrashInTheSecondOfTheExitBeforeOnce) {
+  now_ = launch_.addMSecs(10'200);
+  detector().stopCrashline({});
+  now_ = launch_.addMSecs(10'800);
   detector().startCrashline({}, {}, {});
-  EXPECT_EQ(defaults_.objectForKey("launch").toDateTime(), launch_.addSecs(1));
+  writeReport(report_, 10, 900);
+  now_ = launch_.addMSecs(10'950);
+  EXPECT_EQ(check(), report_) << "the exit was before the launch";
+  detector().startCrashline({}, {}, {});
+  EXPECT_TRUE(check().isNull()) << "the next launch closed the episode within the same second";
 }
 
 TEST_F(CrashDetection, AnExitThatIsNotEarlierThanTheLaunchIsClean) {

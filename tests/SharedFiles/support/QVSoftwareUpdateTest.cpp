@@ -85,7 +85,7 @@ class SoftwareUpdate : public testing::Test {
   void putUpdater(const QString& folder, const QByteArray& marker = "updater") {
     const QString bundle = folder + updater;
     ASSERT_TRUE(QDir().mkpath(bundle));
-    const auto information = PropertyList::toXml(QVariantMap{{"CFBundleExecutable", "Updater"}});
+    const auto information = PropertyList::toBytes(QVariantMap{{"CFBundleExecutable", "Updater"}});
     ASSERT_TRUE(information);
     put(bundle + "/Contents/Info.plist", *information);
     put(bundle + "/Contents/MacOS/Updater",

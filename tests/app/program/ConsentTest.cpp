@@ -29,7 +29,7 @@ class Consent : public ProgramFixture {
   }
   /// Starts as if it had been started that often already.
   void startAfter(int launches) {
-    put(defaultsFile(), PropertyList::toXml(QVariantMap{{"launchCount", launches}}).value_or(""));
+    put(defaultsFile(), PropertyList::toBytes(QVariantMap{{"launchCount", launches}}).value_or(""));
     start();
   }
   QString contentsOfEvents() const { return contentsOf(eventsFile()); }

@@ -141,7 +141,6 @@ void ProgramFixture::run(QProcess& process, const QString& program, const QStrin
 }
 
 void ProgramFixture::start(const QStringList& files) {
-  QThread::msleep(static_cast<unsigned long>(1050 - QTime::currentTime().msec()));
   QFile::remove(path("run/hand"));
   run(running_, program(), files);
   ASSERT_TRUE(waitUntil([this] { return tell("window").contains("\"visible\":true"); }))

@@ -48,7 +48,7 @@ class ProgramFixture : public testing::Test {
   QString program() const { return path("prefix/bin/Lumacheck"); }
   /// Starts a program, which need not go on, in the home.
   void run(QProcess& process, const QString& program, const QStringList& arguments = {});
-  /// Starts the window, in a second of its own so that stamps tell, and waits until it answers.
+  /// Starts the window and waits until it answers.
   void start(const QStringList& files = {});
   /// Waits for the end: 0 after an orderly one, else the signal or the exit status that it came with.
   int ended();

@@ -25,7 +25,7 @@ class WindowCrash : public ProgramFixture {
   }
   void turnHandOffOff(const QVariant& value) const {
     put(library("Preferences/com.quorvane.global.plist"),
-        PropertyList::toXml(QVariantMap{{"disable-crash-reporter", value}}).value_or(""));
+        PropertyList::toBytes(QVariantMap{{"disable-crash-reporter", value}}).value_or(""));
   }
 
   QStringList reports() const {

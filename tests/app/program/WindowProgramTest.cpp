@@ -59,7 +59,7 @@ TEST_F(WindowProgram, TakesFilesFromALaterStart) {
 TEST_F(WindowProgram, LooksForAnUpdaterUnlessTheSettingsForbidIt) {
   for (const bool check : {true, false}) {
     put(library("Preferences/com.quorvane.global.plist"),
-        PropertyList::toXml(QVariantMap{{"SUCheckAtStartup", check}}).value_or(""));
+        PropertyList::toBytes(QVariantMap{{"SUCheckAtStartup", check}}).value_or(""));
     start({check ? plainMovie() : darkerMovie()});
     // The second start shows the first one's movie again and takes its own on the other side.
     ASSERT_TRUE(waitUntil([&] {

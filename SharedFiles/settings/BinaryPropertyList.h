@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QByteArray>
+
+/// Whether the bytes begin as the binary form of a property list does.
+bool isBinaryPropertyList(const QByteArray& bytes);
+
+/// Whether what such bytes tell of the shape of their value is sound: every reference leads to an object within them,
+/// nothing is nested deeper than `deepest` levels, no array or dictionary holds itself, and the value has no more parts
+/// than there are bytes, however often one object is referred to. Dictionaries and arrays only: what the objects in
+/// them hold is not looked at.
+///
+/// The form: the header "bplist00", the objects, a table of their offsets, and a trailer of 32 bytes. An object is a
+/// byte of kind and count; arrays (0xA) and dictionaries (0xD) follow it up with the numbers of the objects in them, a
+/// dictionary's keys before its values. All numbers are big-endian.
+bool isShallowBinaryPropertyList(const QByteArray& bytes, int deepest);
