@@ -61,7 +61,7 @@ QString NetworkInterfaces::broadcastAddress() const {
   for (const QString& line : addressLines(listing_)) {
     for (const QStringView word : {QStringView(u" broadcast "), QStringView(u" brd ")}) {
       QString address = wordAfter(line, word);
-      if (!address.isEmpty() && address != QLatin1String("0.0.0.0")) return address;
+      if (!address.isEmpty()) return address;
     }
   }
   return {};

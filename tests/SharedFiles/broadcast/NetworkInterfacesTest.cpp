@@ -57,7 +57,8 @@ TEST(NetworkInterfaces, GiveTheFirstBroadcastAddress) {
       {"inet\t1.2.3.4 broadcast 6.7.8.9", QString()},
       {"ether 1 broadcast 6.7.8.9", QString()},
       {"inet 1.2.3.4 broadcast", QString()},
-      {"inet 1.2.3.4 netmask 5 broadcast 0.0.0.0\ninet 2.2.3.4 netmask 5 broadcast 2.2.3.255", "2.2.3.255"},
+      {"inet 1.2.3.4 netmask 5 broadcast 0.0.0.0\ninet 2.2.3.4 netmask 5 broadcast 2.2.3.255", "0.0.0.0"},
+      {byIp + "    inet 2.2.3.4/24 brd 0.0.0.0 scope global eth1\n", "192.0.2.255"},
   };
   for (const auto& row : rows)
     EXPECT_EQ(QVBroadcast::broadcastAddress(listing(row.text)), row.address) << row.text.toStdString();
