@@ -11,7 +11,7 @@ class MultipartForm final {
   MultipartForm() = delete;
 
   /// generateFormData:forBoundary: one part a key. A QUrl of a local file is sent as that file: its name and its bytes,
-  /// none when it cannot be read. Any other QUrl leaves an empty part. Every other value is sent as its text. Keys and
-  /// file names are written as they stand.
+  /// none when it cannot be read. Any other QUrl leaves an empty part. Every other value is sent as its text, a
+  /// list and a dictionary as their description over several lines. Keys and file names are written as they stand.
   static QByteArray generateFormData(const QVariantMap& dictionary, const QString& boundary);
 };

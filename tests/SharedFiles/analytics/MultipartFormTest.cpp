@@ -22,6 +22,14 @@ TEST(MultipartForm, WritesExactlyThePartsAndNoClosingDelimiter) {
       {{{"empty", QString()}}, "--B-1\r\nContent-Disposition: form-data; name=\"empty\"\r\n\r\n\r\n"},
       {{{"number", 7}}, "--B-1\r\nContent-Disposition: form-data; name=\"number\"\r\n\r\n7\r\n"},
       {{{"truth", true}}, "--B-1\r\nContent-Disposition: form-data; name=\"truth\"\r\n\r\n1\r\n"},
+      {{{"list", QVariantList{"one", 2, true, "two words", QStringList{"a.b"}, QVariantList()}}},
+       "--B-1\r\nContent-Disposition: form-data; name=\"list\"\r\n\r\n"
+       "(\n    one,\n    2,\n    1,\n    \"two words\",\n    (\n        \"a.b\"\n    ),\n    (\n    )\n)\r\n"},
+      {{{"names", QStringList{"a", "say \"\\\""}}},
+       "--B-1\r\nContent-Disposition: form-data; name=\"names\"\r\n\r\n(\n    a,\n    \"say \\\"\\\\\\\"\"\n)\r\n"},
+      {{{"event", QVariantMap{{"date", 7}, {"a b", ""}}}},
+       "--B-1\r\nContent-Disposition: form-data; name=\"event\"\r\n\r\n"
+       "{\n    \"a b\" = \"\";\n    date = 7;\n}\r\n"},
       {{{"page", QUrl("https://maker.example/")}}, "--B-1\r\n\r\n"},
       {{{"text", "file:///etc/hostname"}},
        "--B-1\r\nContent-Disposition: form-data; name=\"text\"\r\n\r\nfile:///etc/hostname\r\n"},
