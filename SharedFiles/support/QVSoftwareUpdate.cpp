@@ -1,6 +1,8 @@
 #include "SharedFiles/support/QVSoftwareUpdate.h"
 
 #include <QFileInfo>
+#include <QTemporaryDir>
+#include <filesystem>
 #include <mutex>
 #include <system_error>
 #include <utility>
@@ -25,7 +27,22 @@ QString temporaryPath(const PathPlatform& paths) {
   return QVLocalPaths::tempDirectory(paths) + updaterName;
 }
 
-/// The path of the copy. One copy is made at a time.
+/// Takes from the group what it may write to in a tree. False, with as much done as could be, where something stood
+/// against it.
+bool takeFromTheGroup(const QString& tree) {
+  namespace fs = std::filesystem;
+  const fs::path top(tree.toStdString());
+  std::error_code error;
+  const auto take = [&error](const fs::path& path) {
+    if (!fs::is_symlink(path)) fs::permissions(path, fs::perms::group_write, fs::perm_options::remove, error);
+  };
+  take(top);
+  fs::recursive_directory_iterator entry(top, error);
+  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) take(entry->path());
+  return !error;
+}
+
+/// The path of the copy. One copy is made at a time, in a folder of its own until the group can no longer change it.
 QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths) {
   static std::mutex copying;
   const std::lock_guard guard(copying);
@@ -34,13 +51,20 @@ QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths)
   if (QVFileManager::fileExistsAtPath(copy) || QFileInfo(copy).isSymLink()) {
     QVFileManager::removeFile(copy, false, files);
   }
-  QVFileManager::copyFile(updater, copy, false, files);
+  const QTemporaryDir own(QVLocalPaths::tempDirectory(paths) + QStringLiteral("/updater-XXXXXX"));
+  const QString made = own.path() + updaterName;
+  if (own.isValid() && QVFileManager::copyFile(updater, made, false, files) && takeFromTheGroup(made)) {
+    QVFileManager::moveFile(made, copy, false, files);
+  }
   return copy;
 }
 
-/// Whether what stands at the updater's path may be started. What is installed for the whole machine may.
+/// Whether what stands at the updater's path may be started; the log tells why not. What is installed for the whole
+/// machine may.
 bool isTrusted(const QString& updater, const PathPlatform& paths) {
-  return updater != temporaryPath(paths) || isOutOfOthersReach(updater, paths.realUserId());
+  if (updater != temporaryPath(paths) || isOutOfOthersReach(updater, paths.realUserId())) return true;
+  QVLog::appendLog("Unable to launch Software Update - others could have changed %@", updater);
+  return false;
 }
 
 }  // namespace
@@ -82,11 +106,11 @@ QString QVSoftwareUpdate::updaterPath(const Services& services) {
 
 void QVSoftwareUpdate::launchSoftwareUpdate(const Services& services) {
   const QString path = updaterPath(services);
-  if (path.isNull() || !isTrusted(path, services.paths)) {
+  if (path.isNull() || !QVFileManager::fileExistsAtPath(path)) {
     QVLog::appendLog("Unable to launch Software Update - path doesn't exist");
-    return;
+  } else if (isTrusted(path, services.paths)) {
+    services.openApplication(path);
   }
-  services.openApplication(path);
 }
 
 void QVSoftwareUpdate::automaticallyCheckForUpdates(const Services& services) {
@@ -95,10 +119,11 @@ void QVSoftwareUpdate::automaticallyCheckForUpdates(const Services& services) {
     QVLog::appendLog("Unable to launch Software Update - path doesn't exist");
     return;
   }
-  if (!QFileInfo(path).isDir() || !isTrusted(path, services.paths)) {
+  if (!QFileInfo(path).isDir()) {
     QVLog::appendLog("Unable to launch Software Update - updater bundle not found.");
     return;
   }
+  if (!isTrusted(path, services.paths)) return;
   const QString executable = ApplicationBundle(path).executable();
   if (executable.isNull() || !QVFileManager::fileExistsAtPath(executable)) {
     QVLog::appendLog("Unable to launch Software Update - executable path doesn't exist");

@@ -24,9 +24,9 @@ struct SoftwareUpdateServices {
 /// Finds the maker's updater, an application of its own, has it check for a newer version when the application starts
 /// and opens it on demand. The updater does the rest. Failures go to the log.
 ///
-/// An updater inside the host bundle is started from a copy in the temporary folder. Others may write there: what
-/// nobody but the user and the superuser can have put there or can change is started, and nothing else. A copy that is
-/// not of that kind counts as one that is not there. Nobody is ever asked for administrator rights.
+/// An updater inside the host bundle is started from a copy in the temporary folder, which the bundle's group may no
+/// longer write to. Everybody may write in that folder: what nobody but the user and the superuser can have put there
+/// or can change is started, and nothing else. Nobody is ever asked for administrator rights.
 class QVSoftwareUpdate {
  public:
   using Services = SoftwareUpdateServices;

@@ -91,6 +91,7 @@ class SoftwareUpdate : public testing::Test {
     put(bundle + "/Contents/MacOS/Updater",
         "#!/bin/sh\nprintf '" + marker + ":%s' \"$*\" > '" + QFile::encodeName(answer()) + "'\n", 0755);
   }
+  QString notOurs() const { return "Unable to launch Software Update - others could have changed " + copy_; }
   QString answer() const { return log_.home() + "/answer"; }
   static QByteArray contents(const QString& path) {
     QFile file(path);
@@ -235,7 +236,7 @@ TEST_F(SoftwareUpdate, DoesNotStartWhatIsSomebodyElses) {
     QVSoftwareUpdate(services(another)).manualUpdateCheck();
   }
   EXPECT_THAT(started(), IsEmpty());
-  EXPECT_THAT(log_.entries(), ElementsAre(noBundle, noPath));
+  EXPECT_THAT(log_.entries(), ElementsAre(notOurs(), notOurs()));
 }
 
 TEST_F(SoftwareUpdate, ReplacesALinkPlantedInTheTemporaryFolder) {
@@ -251,16 +252,35 @@ TEST_F(SoftwareUpdate, ReplacesALinkPlantedInTheTemporaryFolder) {
   }
 }
 
+TEST_F(SoftwareUpdate, StartsACopyThatTheGroupMayNotChange) {
+  const QString bundle = host_ + "/Contents/Resources" + updater;
+  putUpdater(host_ + "/Contents/Resources");
+  const QStringList inside = {"", "/Contents", "/Contents/MacOS", "/Contents/MacOS/Updater", "/Contents/Info.plist"};
+  for (const QString& path : inside)
+    ASSERT_EQ(::chmod(QFile::encodeName(bundle + path).constData(), path.endsWith("plist") ? 0664 : 02775), 0);
+  ASSERT_TRUE(QFile::link("Updater", bundle + "/Contents/MacOS/link"));
+  checkWithin(services());
+  QVSoftwareUpdate(services()).manualUpdateCheck();
+  EXPECT_THAT(started(), ElementsAre(QStringList{copy_ + "/Contents/MacOS/Updater", "-checkpath", host_},
+                                     QStringList{"open", copy_}));
+  EXPECT_THAT(log_.entries(), IsEmpty());
+  for (const QString& path : inside) {
+    struct stat copied {
+    }, original{};
+    ASSERT_EQ(::stat(QFile::encodeName(copy_ + path).constData(), &copied), 0);
+    ASSERT_EQ(::stat(QFile::encodeName(bundle + path).constData(), &original), 0);
+    EXPECT_EQ(copied.st_mode & 0777, path.endsWith("plist") ? 0644U : 0755U) << path.toStdString();
+    EXPECT_EQ(original.st_mode & 0777, path.endsWith("plist") ? 0664U : 0775U) << path.toStdString();
+  }
+  EXPECT_EQ(QDir(log_.home() + "/tmp").entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+            QStringList(copy_.mid(copy_.lastIndexOf('/') + 1)));
+}
+
 TEST_F(SoftwareUpdate, DoesNotStartWhatOthersCanChange) {
   const struct {
     const char* path;
     mode_t mode;
-  } rows[] = {{"", 0777},
-              {"", 0775},
-              {"/Contents", 0757},
-              {"/Contents/MacOS", 0777},
-              {"/Contents/MacOS/Updater", 0775},
-              {"/Contents/MacOS/Updater", 0757}};
+  } rows[] = {{"", 0777}, {"/Contents", 0757}, {"/Contents/MacOS", 0777}, {"/Contents/MacOS/Updater", 0757}};
   const QString bundle = host_ + "/Contents/Resources" + updater;
   for (const auto& row : rows) {
     ASSERT_TRUE(!QFile::exists(bundle) || QDir(bundle).removeRecursively());
@@ -268,6 +288,7 @@ TEST_F(SoftwareUpdate, DoesNotStartWhatOthersCanChange) {
     ASSERT_EQ(::chmod(QFile::encodeName(bundle + row.path).constData(), row.mode), 0);
     checkWithin(services());
     EXPECT_THAT(started(), IsEmpty()) << row.path;
+    EXPECT_EQ(log_.entries().last(), notOurs());
   }
   ASSERT_TRUE(QDir(bundle).removeRecursively());
   putUpdater(host_ + "/Contents/Resources");
