@@ -16,6 +16,7 @@
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/log/SystemConsole.h"
+#include "SharedFiles/privileged/PrivilegedRun.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
 #include "SharedFiles/tasks/TaskPipes.h"
@@ -177,6 +178,7 @@ int AuthorizationController::authExecTask(const QString& tool, const QStringList
     }
     return 0;
   }
+  if (const int status = refusalOfRun(tool, parameters)) return status;
   if (!isAuthorized()) authStart();
   if (!isAuthorized()) return notAuthorized;
   const AuthorizationRight::Start start = authRef_->start(tool, parameters);
@@ -184,6 +186,23 @@ int AuthorizationController::authExecTask(const QString& tool, const QStringList
   if (start.status != 0 && !authRef_->renewsItself()) authEnd();
   if (start.process && !async) readToEnd(*start.process);
   return start.status;
+}
+
+int AuthorizationController::refusalOfRun(const QString& tool, const QStringList& parameters) const {
+  std::vector<std::string> commandLine{tool.toStdString()};
+  for (const QString& parameter : parameters) commandLine.push_back(parameter.toStdString());
+  const auto places = privileged::systemPlaces({0, environment_.userId()}, BundleInfo::mainBundle());
+  const auto refusal = privileged::refusalOf(commandLine, places);
+  if (!refusal) return 0;
+  const QString path = QString::fromStdString(refusal->path);
+  if (refusal->status == privileged::ExitStatus::usage) {
+    QVLog::appendLog("Unable to run %@ with administrator rights because it is not one of the tools that may.", tool);
+  } else if (refusal->status == privileged::ExitStatus::protectedPlace) {
+    QVLog::appendLog("Unable to change path %@ because it is a system directory.", path);
+  } else {
+    QVLog::appendLog("Unable to change path %@ because a folder on its way is missing or it is too long.", path);
+  }
+  return static_cast<int>(refusal->status);
 }
 
 bool AuthorizationController::isSystemDirectory(const QString& path) const {

@@ -28,7 +28,8 @@ struct AuthorizationEnvironment {
 /// Results are YES as soon as the tool was started, which is not when it is through, nor a promise that it succeeds.
 /// Messages go to the system console. A relative path counts from the process's current folder; slashes at its end and
 /// doubled ones are dropped. A path that is empty, holds a null character or is no valid Unicode is refused with a line
-/// in the log. Calls block while the user is asked. One thread at a time.
+/// in the log; so is what the privileged program lets nobody do, before anybody is asked for a password. Calls block
+/// while the user is asked. One thread at a time.
 class AuthorizationController {
  public:
   enum class Interface { gui, none };
@@ -76,8 +77,9 @@ class AuthorizationController {
   /// authExecTask:parameters:
   int authExecTask(const QString& tool, const QStringList& parameters) { return authExecTask(tool, parameters, true); }
   /// authExecTask:parameters:async: 0 when the tool was started, -1 without the right, -2 when there is no such tool,
-  /// else a status of AuthorizationRight::start. Unless the process is the superuser's, only the tools and arguments
-  /// that the operations above use are let through. When not async, returns when the tool is through.
+  /// else a status of AuthorizationRight::start or SharedFiles/privileged/ExitStatus.h. Unless the process is the
+  /// superuser's, only the tools and arguments that the operations above use are let through. When not async, returns
+  /// when the tool is through.
   int authExecTask(const QString& tool, const QStringList& parameters, bool async);
 
  private:
@@ -87,6 +89,8 @@ class AuthorizationController {
   QString toolPath(const QString& path) const;
   QString toolDestination(const QString& path) const;
   QString trashTarget(const QString& path) const;
+  /// What the privileged program would end with for its arguments' sake, told in the log; 0 when it would go on.
+  int refusalOfRun(const QString& tool, const QStringList& parameters) const;
   bool deletesInsteadOfTrashing(bool deleteOnRootAccount) const;
   bool run(const QString& tool, const QStringList& options, const QStringList& paths);
   bool start(const QString& tool, const QStringList& options, const QStringList& paths);

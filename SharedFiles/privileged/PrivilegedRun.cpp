@@ -163,20 +163,35 @@ int createFolder(const ToolCommand& command, const PrivilegedRun& run) {
 
 }  // namespace
 
-int runPrivileged(const std::vector<std::string>& commandLine, const PrivilegedRun& run) {
+std::optional<Refusal> refusalOf(const std::vector<std::string>& commandLine, const ProtectedPlaces& places) {
   const std::optional<ToolCommand> command = parseToolCommand(commandLine);
-  if (!command) return number(ExitStatus::usage);
-  if (!std::all_of(command->paths.begin(), command->paths.end(), isPlainPath)) return number(ExitStatus::badPath);
-  if (std::find(command->paths.begin(), command->paths.end(), "/") != command->paths.end())
-    return number(ExitStatus::protectedPlace);
-  switch (command->tool) {
+  if (!command) return Refusal{ExitStatus::usage, {}};
+  for (const std::string& path : command->paths) {
+    if (!isPlainPath(path)) return Refusal{ExitStatus::badPath, path};
+    if (path == "/") return Refusal{ExitStatus::protectedPlace, path};
+  }
+  const std::string &source = command->paths.front(), &destination = command->paths.back();
+  if (command->tool == Tool::remove || command->tool == Tool::move) {
+    const auto victim = pinVictim(places, source);
+    if (!victim && victim.error() == ExitStatus::protectedPlace) return Refusal{victim.error(), source};
+  }
+  if (command->paths.size() == 1) return std::nullopt;
+  const auto target = pinTarget(destination, nameOf(source));
+  if (!target || !target->status || !isProtected(places, target->entry.path(), *target->status)) return std::nullopt;
+  return Refusal{ExitStatus::protectedPlace, target->entry.path()};
+}
+
+int runPrivileged(const std::vector<std::string>& commandLine, const PrivilegedRun& run) {
+  if (const auto refusal = refusalOf(commandLine, run.places)) return number(refusal->status);
+  const ToolCommand command = parseToolCommand(commandLine).value();
+  switch (command.tool) {
     case Tool::remove:
-      return remove(*command, run);
+      return remove(command, run);
     case Tool::move:
     case Tool::copy:
-      return transfer(*command, run);
+      return transfer(command, run);
     case Tool::createFolder:
-      return createFolder(*command, run);
+      return createFolder(command, run);
   }
   return number(ExitStatus::usage);
 }

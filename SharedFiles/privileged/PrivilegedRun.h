@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "SharedFiles/privileged/ExitStatus.h"
 #include "SharedFiles/privileged/ProtectedPlaces.h"
 
 namespace privileged {
@@ -12,6 +14,17 @@ struct PrivilegedRun {
   ProtectedPlaces places;
   std::function<void()> started;  ///< called once, when every check is through and the tool is about to run
 };
+
+/// Why a command line is not let through.
+struct Refusal {
+  ExitStatus status;
+  std::string path;  ///< the one that is refused; empty where the status is `usage`
+};
+
+/// What forbids a command line whoever runs it: it is none that is let through (`usage`), or one of its paths is not
+/// plain (`badPath`) or a protected place. A process without administrator rights can ask, too, before it obtains them;
+/// a place that it may not look into counts as unprotected then.
+std::optional<Refusal> refusalOf(const std::vector<std::string>& commandLine, const ProtectedPlaces& places);
 
 /// Checks a command line and runs it: the path of a tool and its arguments, as parseToolCommand() lets them through.
 /// The tool's own status, or an ExitStatus when none ran or when its outcome could not be put in place.

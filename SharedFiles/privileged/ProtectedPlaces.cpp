@@ -4,30 +4,19 @@
 #include <algorithm>
 #include <memory>
 
-#include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/PathPlatform.h"
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/privileged/PinnedFolder.h"
 
 namespace privileged {
 
-namespace {
-
-/// The program lies two folders below the prefix whose `bin` holds the application.
-BundleInfo applicationBundle() {
-  const QString prefix = BundleInfo::mainBundle().executableFolder().section(u'/', 0, -3);
-  return {{}, prefix + QStringLiteral("/bin/Lumacheck")};
-}
-
-}  // namespace
-
-ProtectedPlaces systemPlaces(const std::vector<uid_t>& users) {
+ProtectedPlaces systemPlaces(const std::vector<uid_t>& users, const BundleInfo& application) {
   ProtectedPlaces places;
   places.folders = {"/",    "/bin", "/boot", "/dev",  "/etc", "/home", "/lib", "/lib32", "/lib64", "/libx32", "/media",
                     "/mnt", "/opt", "/proc", "/root", "/run", "/sbin", "/srv", "/sys",   "/tmp",   "/usr",    "/var"};
   std::vector<std::shared_ptr<const PathPlatform>> platforms;
   for (const uid_t user : users) {
-    platforms.push_back(std::make_shared<LinuxPathPlatform>(user, applicationBundle()));
+    platforms.push_back(std::make_shared<LinuxPathPlatform>(user, application));
     // Nor may anything go that a home folder lies in.
     for (std::string folder = platforms.back()->homeDirectory().toStdString(); folder != "/"; folder = parentOf(folder))
       places.folders.push_back(folder);

@@ -6,6 +6,8 @@
 
 #include <sys/types.h>
 
+#include "SharedFiles/foundation/BundleInfo.h"
+
 namespace privileged {
 
 /// What may be neither removed, nor moved, nor replaced.
@@ -15,7 +17,8 @@ struct ProtectedPlaces {
 };
 
 /// This system's: the system directories of QVLocalPaths as each of these users knows them, and the roots of the file
-/// hierarchy. The users' own environment is not known here: the default places below their home folders count.
-ProtectedPlaces systemPlaces(const std::vector<uid_t>& users);
+/// hierarchy. Of an environment only this process's own is known: without one, the default places below their home
+/// folders count. `application` is the bundle whose prefix holds the machine-wide places.
+ProtectedPlaces systemPlaces(const std::vector<uid_t>& users, const BundleInfo& application);
 
 }  // namespace privileged

@@ -31,6 +31,12 @@ std::vector<uid_t> callingUsers() {
   return users;
 }
 
+/// The program lies two folders below the prefix whose `bin` holds the application.
+BundleInfo applicationBundle() {
+  const QString prefix = BundleInfo::mainBundle().executableFolder().section(u'/', 0, -3);
+  return {{}, prefix + QStringLiteral("/bin/Lumacheck")};
+}
+
 /// Nothing of the caller's surroundings reaches the checks or a tool.
 bool leaveCallersSurroundings() {
   for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
@@ -50,7 +56,8 @@ int main(int count, char** arguments) {
   const std::vector<uid_t> users = callingUsers();
   if (!leaveCallersSurroundings()) return static_cast<int>(privileged::ExitStatus::systemError);
   const std::vector<std::string> commandLine(arguments + (count > 0 ? 1 : 0), arguments + count);
-  return privileged::runPrivileged(commandLine, {.places = privileged::systemPlaces(users), .started = [] {
+  const privileged::ProtectedPlaces places = privileged::systemPlaces(users, applicationBundle());
+  return privileged::runPrivileged(commandLine, {.places = places, .started = [] {
                                                    std::puts("started");
                                                    std::fflush(stdout);
                                                  }});

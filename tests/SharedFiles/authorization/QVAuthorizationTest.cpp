@@ -69,6 +69,39 @@ TEST_F(PrivilegedFiles, OfTheSystemAreKnownHoweverTheyAreWritten) {
   EXPECT_THAT(calls(), IsEmpty());
 }
 
+TEST_F(PrivilegedFiles, ThatNobodyMayChangeAreRefusedBeforeAPasswordIsAsked) {
+  const auto isSystems = [](const QString& path) {
+    return "Unable to change path " + path + " because it is a system directory.";
+  };
+  const auto isNoPath = [](const QString& path) {
+    return "Unable to change path " + path + " because a folder on its way is missing or it is too long.";
+  };
+  QDir().mkpath(at("Desktop"));
+  write("from/Desktop", "1");
+  write("file", "1");
+  const QString around = QFileInfo(log_.home()).path(), endless = "/" + QString("name/").repeated(900) + "name";
+  AuthorizationController& files = controller();
+  const std::vector<std::pair<std::function<bool()>, QString>> rows = {
+      {[&] { return files.authRemoveFile("/boot"); }, isSystems("/boot")},
+      {[&] { return files.authTrashFile("/srv"); }, isSystems("/srv")},
+      {[&] { return files.authMoveFile("/media", at("moved")); }, isSystems("/media")},
+      {[&] { return files.authRemoveFile(around); }, isSystems(around)},
+      {[&] { return files.authCopyFile(at("file"), "/"); }, isSystems("/")},
+      {[&] { return files.authCreateDir("/"); }, isSystems("/")},
+      {[&] { return files.authMoveFile(at("from/Desktop"), log_.home()); }, isSystems(at("Desktop"))},
+      {[&] { return files.authRemoveFile(at("none/../file")); }, isNoPath(at("none/../file"))},
+      {[&] { return files.authCopyFile(at("file"), at("none/./copied")); }, isNoPath(at("none/./copied"))},
+      {[&] { return files.authCreateDir(endless); }, isNoPath(endless)}};
+  QStringList told;
+  for (const auto& [operation, sentence] : rows) {
+    EXPECT_FALSE(operation()) << sentence.toStdString();
+    EXPECT_EQ(log_.entries(), told << sentence);
+  }
+  EXPECT_THAT(calls(), IsEmpty());
+  EXPECT_FALSE(files.isAuthorized());
+  EXPECT_TRUE(files.authRemoveFile(at("file"))) << "the others are not";
+}
+
 TEST_F(PrivilegedFiles, NeedASourceAndADestination) {
   AuthorizationController& files = controller();
   const QString file = at("file");

@@ -98,7 +98,7 @@ TEST(SystemPlaces, HoldTheSystemAndTheHomesOfWhoeverAsks) {
   EnvironmentGuard environment;
   for (const char* variable : {"HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"})
     environment.clear(variable);
-  const ProtectedPlaces places = systemPlaces({0, ::getuid(), 1});
+  const ProtectedPlaces places = systemPlaces({0, ::getuid(), 1}, BundleInfo());
   for (const char* path :
        {"/", "/usr", "/bin", "/etc", "/home", "/var", "/lib", "/opt", "/tmp", "/root", "/proc", "/root/Desktop",
         "/root/.cache", "/root/.local/share/quorvane", "/usr/lib", "/usr/share/doc", "/var/cache", "/System"})
