@@ -108,7 +108,11 @@ bool forEachEntry(const QString& folder, const std::function<bool(const QString&
 }  // namespace
 
 AuthorizationEnvironment AuthorizationEnvironment::standard() {
-  return {.platform = &PathPlatform::standard(), .userId = ::getuid, .programs = AuthorizationPrograms::standard()};
+  return {.platform = &PathPlatform::standard(),
+          .userId = ::getuid,
+          .programs = AuthorizationPrograms::standard(),
+          .runTask = [](const QString& tool, const QStringList& arguments) { QVTaskEx::runTask(tool, arguments); },
+          .runTaskAndReturn = QVTaskEx::runTaskAndReturn};
 }
 
 AuthorizationController::AuthorizationController(AuthorizationEnvironment environment, Interface interface)
@@ -171,11 +175,7 @@ int AuthorizationController::authExecTask(const QString& tool, const QStringList
     return noSuchTool;
   }
   if (isSuperuser()) {
-    if (async) {
-      QVTaskEx::runTaskAndReturn(tool, parameters);
-    } else {
-      QVTaskEx::runTask(tool, parameters);
-    }
+    (async ? environment_.runTaskAndReturn : environment_.runTask)(tool, parameters);
     return 0;
   }
   if (const int status = refusalOfRun(tool, parameters)) return status;
@@ -239,7 +239,7 @@ bool AuthorizationController::run(const QString& tool, const QStringList& option
 bool AuthorizationController::start(const QString& tool, const QStringList& options, const QStringList& paths) {
   if (!isSuperuser()) return run(tool, options, paths);
   if (isRefused(paths)) return false;
-  QVTaskEx::runTaskAndReturn(tool, options + paths);
+  environment_.runTaskAndReturn(tool, options + paths);
   return true;
 }
 

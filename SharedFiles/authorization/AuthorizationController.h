@@ -16,6 +16,9 @@ struct AuthorizationEnvironment {
   const PathPlatform* platform = nullptr;  ///< outlives the controller
   std::function<uid_t()> userId;           ///< the real user id, asked at every call
   AuthorizationPrograms programs;
+  /// Run the superuser's tools: the one waits for their end, the other does not.
+  std::function<void(const QString& tool, const QStringList& arguments)> runTask;
+  std::function<void(const QString& tool, const QStringList& arguments)> runTaskAndReturn;
 
   /// The running process's.
   static AuthorizationEnvironment standard();

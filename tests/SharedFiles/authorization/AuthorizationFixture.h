@@ -9,6 +9,7 @@
 #include <functional>
 #include <list>
 #include <memory>
+#include <utility>
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -94,11 +95,25 @@ class AuthorizationFixture : public testing::Test {
     return lines;
   }
 
-  AuthorizationController& controller(Interface interface = Interface::gui) {
-    return controllers_.emplace_back(
-        AuthorizationEnvironment{.platform = &platform_, .userId = [this] { return userId_; }, .programs = programs()},
-        interface);
+  AuthorizationEnvironment environment() {
+    const AuthorizationEnvironment real = AuthorizationEnvironment::standard();
+    const auto noted = [this](const QString& how, auto run) {
+      return [this, how, run](const QString& tool, const QStringList& arguments) {
+        superusersRuns_.append(QStringList{how, tool} + arguments);
+        run(tool, arguments);
+      };
+    };
+    return {.platform = &platform_,
+            .userId = [this] { return userId_; },
+            .programs = programs(),
+            .runTask = noted("waited for", real.runTask),
+            .runTaskAndReturn = noted("started", real.runTaskAndReturn)};
   }
+  AuthorizationController& controller(Interface interface = Interface::gui) {
+    return controllers_.emplace_back(environment(), interface);
+  }
+  /// What ran for the superuser since the last question: how, the tool and its arguments.
+  QList<QStringList> superusersRuns() { return std::exchange(superusersRuns_, {}); }
   AuthorizationController& superusers(Interface interface = Interface::none) {
     userId_ = 0;
     return controller(interface);
@@ -121,5 +136,6 @@ class AuthorizationFixture : public testing::Test {
 
  private:
   uid_t userId_ = 1000;
+  QList<QStringList> superusersRuns_;
   std::list<AuthorizationController> controllers_;
 };

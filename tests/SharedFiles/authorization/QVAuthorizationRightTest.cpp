@@ -189,8 +189,7 @@ TEST_F(Authorization, LosesTheRightWhenLaterCredentialsAreWrong) {
 
 TEST_F(Authorization, GivesThePasswordsRightBackAtItsEnd) {
   {
-    AuthorizationController user({.platform = &platform_, .userId = [] { return 1000U; }, .programs = programs()},
-                                 Interface::none);
+    AuthorizationController user(environment(), Interface::none);
     EXPECT_TRUE(user.authStartWithUser("ann", "open sesame"));
     calls();
   }

@@ -198,6 +198,22 @@ TEST_F(PrivilegedFiles, AreNotCopiedWhenTheyDoNotExist) {
   EXPECT_THAT(calls(), IsEmpty());
 }
 
+TEST_F(PrivilegedFiles, AreNotWaitedFor) {
+  standIn("pkexec", "echo started; sleep 0.3; : >'" + QFile::encodeName(at("through")) + "'");
+  write("file", "1");
+  AuthorizationController& files = controller();
+  const std::function<bool()> operations[] = {
+      [&] { return files.authRemoveFile(at("file")); }, [&] { return files.authTrashFile(at("file")); },
+      [&] { return files.authMoveFile(at("file"), at("moved")); },
+      [&] { return files.authCopyFile(at("file"), at("copied")); }, [&] { return files.authCreateDir(at("made")); }};
+  for (const auto& operation : operations) {
+    EXPECT_TRUE(operation());
+    EXPECT_FALSE(stands("through"));
+    EXPECT_TRUE(eventually([&] { return stands("through"); }));
+    QFile::remove(at("through"));
+  }
+}
+
 // --- The trash ------------------------------------------------------------------------------------------------------
 
 TEST_F(PrivilegedFiles, GoToTheTrashUnderTheirNameOrADatedOne) {
@@ -295,6 +311,28 @@ TEST_F(PrivilegedFiles, AreTheSuperusersToChange) {
   EXPECT_TRUE(root.authTrashFile(at("folder")));
   EXPECT_TRUE(eventually([&] { return stands(".Trash/folder/-rf"); }));
   EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(PrivilegedFiles, AreChangedForTheSuperuserByTheSameCommandLinesAndNotWaitedFor) {
+  AuthorizationController& root = superusers();
+  write("folder/entry", "1");
+  write("file", "1");
+  EXPECT_TRUE(root.authCopyFile(at("file"), at("copied")));
+  EXPECT_TRUE(root.authCreateDir(at("made")));
+  EXPECT_TRUE(root.authRemoveFile(at("absent")));
+  EXPECT_TRUE(root.authTrashFolderContents(at("folder"), true));
+  EXPECT_TRUE(root.authTrashFile(at("file"), true));
+  EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"started", "/bin/cp", "-f", "-p", "-R", at("file"), at("copied")},
+                                                  {"started", "/bin/mkdir", "-p", at("made")},
+                                                  {"started", "/bin/rm", "-Rdf", at("absent")},
+                                                  {"started", "/bin/rm", "-R", "-f", at("folder/entry")},
+                                                  {"started", "/bin/rm", "-Rdf", at(".Trash/file")}}));
+  EXPECT_TRUE(root.authTrashFile(at("file")));
+  EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"started", "/bin/mv", "-f", at("file"), at(".Trash/file")}}));
+  EXPECT_EQ(root.authExecTask("/bin/true", {"a", "b"}, false), 0);
+  EXPECT_EQ(root.authExecTask("/bin/true", {}), 0);
+  EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"waited for", "/bin/true", "a", "b"}, {"started", "/bin/true"}}));
+  EXPECT_TRUE(eventually([&] { return stands(".Trash/file") && stands("made") && stands("copied"); }));
 }
 
 TEST_F(PrivilegedFiles, GoToTheTrashOfTheUserWhoBecameSuperuser) {
