@@ -137,6 +137,9 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   void terminateAsyncTask();
   void terminateTask() { terminateAsyncTask(); }
 
+  /// What a timer makes of a time-out: cut toward zero; a number that 32 bits with a sign cannot hold becomes the least
+  /// of them.
+  static std::int32_t wholeSeconds(double timeout);
   /// setupTimeout: sleeps for that many seconds, then runs timeout on the main thread and waits for it.
   void setupTimeout(std::int32_t seconds);
   /// Terminates the program that runs, with a log entry.

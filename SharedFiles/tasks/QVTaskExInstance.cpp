@@ -19,14 +19,6 @@ namespace {
 constexpr const char* asyncDataNotification = "QVAsyncTaskDataNotification";
 constexpr const char* fileHandleData = "NSFileHandleNotificationDataItem";
 
-/// Cut toward zero; a number that 32 bits with a sign cannot hold becomes the least of them.
-std::int32_t wholeSeconds(double seconds) {
-  using Limits = std::numeric_limits<std::int32_t>;
-  const double whole = std::trunc(seconds);
-  const bool fits = whole >= double{Limits::min()} && whole <= double{Limits::max()};
-  return fits ? static_cast<std::int32_t>(whole) : Limits::min();
-}
-
 QVTaskEx::Notification dataNotification(const QByteArray& chunk) {
   return {asyncDataNotification, {{fileHandleData, chunk}}};
 }
@@ -58,6 +50,13 @@ void QVTaskEx::setObject(const QVariant& object) {
 }
 
 // --- Timed runs -----------------------------------------------------------------------------------------------------
+
+std::int32_t QVTaskEx::wholeSeconds(double timeout) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  const double whole = std::trunc(timeout);
+  const bool fits = whole >= double{Limits::min()} && whole <= double{Limits::max()};
+  return fits ? static_cast<std::int32_t>(whole) : Limits::min();
+}
 
 /// The timer sleeps its time out even when the run ends first; then it finds no task.
 void QVTaskEx::startTimer(double timeout) {

@@ -47,6 +47,39 @@ TEST_F(TimedTaskRuns, LeaveAProgramAloneThatEndsInTime) {
   EXPECT_THAT(log_.entries(), IsEmpty());
 }
 
+TEST_F(TimedTaskRuns, CutTheirTimeOutToWholeSeconds) {
+  constexpr std::int32_t least = -2147483647 - 1;
+  const struct {
+    double timeout;
+    std::int32_t seconds;
+  } rows[] = {{0, 0},
+              {0.5, 0},
+              {0.999, 0},
+              {1, 1},
+              {1.999, 1},
+              {-0.999, 0},
+              {-1, -1},
+              {-1.999, -1},
+              {2147483646.5, 2147483646},
+              {2147483647.9, 2147483647},
+              {2147483648.0, least},
+              {-2147483648.9, least},
+              {-2147483647.9, -2147483647},
+              {1e300, least},
+              {-1e300, least},
+              {std::numeric_limits<double>::infinity(), least},
+              {std::numeric_limits<double>::quiet_NaN(), least}};
+  for (const auto& row : rows) EXPECT_EQ(QVTaskEx::wholeSeconds(row.timeout), row.seconds) << row.timeout;
+}
+
+TEST_F(TimedTaskRuns, EndAtTheCutSecond) {
+  QElapsedTimer elapsed;
+  elapsed.start();
+  EXPECT_EQ(callBesideEventLoop([] { return QVTaskEx::terminationCodeFromTask("/bin/sleep", {"30"}, 1.9); }), SIGTERM);
+  EXPECT_GE(elapsed.elapsed(), 1000);
+  EXPECT_LT(elapsed.elapsed(), 1900);
+}
+
 TEST_F(TimedTaskRuns, CutHalfASecondToNone) {
   // The timer fires at once: it finds the program running or, having come first, nothing.
   QElapsedTimer elapsed;
