@@ -1,6 +1,9 @@
 #include <QElapsedTimer>
+#include <QRegularExpression>
+#include <atomic>
 #include <csignal>
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -8,6 +11,7 @@
 
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
+#include "system/Descriptor.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
 
@@ -36,6 +40,80 @@ class TaskRuns : public testing::Test {
 
   ProcessLog log_;
 };
+
+// --- Where the streams of a program lead ----------------------------------------------------------------------------
+
+/// The programs of a test are told to write where their three streams lead, with "pipe" for a pipe that this process
+/// does not have; meanwhile the test's own input and output are files.
+class TaskStreams : public TaskRuns {
+ protected:
+  TaskStreams() : input_(replace(STDIN_FILENO, "input")), output_(replace(STDOUT_FILENO, "output")) {}
+  ~TaskStreams() override {
+    ::dup2(input_.get(), STDIN_FILENO);
+    ::dup2(output_.get(), STDOUT_FILENO);
+  }
+
+  QStringList told() const {
+    return {"-c", "exec 9>\"$0\"; for n in 0 1 2; do readlink /proc/$$/fd/$n >&9; done", file("told")};
+  }
+  /// Once the program has told of all three.
+  QStringList streams() const {
+    QStringList lines;
+    for (int i = 0; i < 5000 && lines.size() < 3; ++i, ::usleep(1000)) {
+      QFile written(file("told"));
+      if (written.open(QIODevice::ReadOnly))
+        lines = QString::fromUtf8(written.readAll()).split('\n', Qt::SkipEmptyParts);
+    }
+    QFile::remove(file("told"));
+    for (QString& line : lines) line.replace(QRegularExpression("^pipe:.*"), "pipe");
+    return lines;
+  }
+
+ private:
+  sys::Descriptor replace(int standard, const QString& name) const {
+    sys::Descriptor before(::fcntl(standard, F_DUPFD_CLOEXEC, 10));
+    const sys::Descriptor made(::open(QFile::encodeName(file(name)).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600));
+    ::dup2(made.get(), standard);
+    return before;
+  }
+
+  sys::Descriptor input_, output_;
+};
+
+TEST_F(TaskStreams, LeadNowhereWhereNobodyReads) {
+  const QStringList silent = {file("input"), "/dev/null", "/dev/null"};
+  EXPECT_TRUE(QVTaskEx::runTask(shell, told()));
+  EXPECT_EQ(streams(), silent);
+  QVTaskEx::runTaskAndReturn(shell, told());
+  EXPECT_EQ(streams(), silent);
+  EXPECT_EQ(QVTaskEx::terminationCodeFromTask(shell, told()), 0);
+  EXPECT_EQ(streams(), silent);
+}
+
+TEST_F(TaskStreams, ArePipesWhereOutputIsCollected) {
+  const struct {
+    bool logOutput, logError;
+    QStringList streams;
+  } rows[] = {{true, true, {"pipe", "pipe", "pipe"}},
+              {true, false, {"pipe", "pipe", "/dev/null"}},
+              {false, true, {"pipe", file("output"), "pipe"}},
+              {false, false, {"pipe", file("output"), "/dev/null"}}};
+  for (const auto& row : rows) {
+    QVTaskEx::dataFromTask(shell, told(), nullptr, std::nullopt, row.logOutput, row.logError);
+    EXPECT_EQ(streams(), row.streams) << row.logOutput << row.logError;
+  }
+  QVTaskEx::dataFromTask(shell, told(), nullptr);
+  EXPECT_EQ(streams(), rows[0].streams);
+}
+
+TEST_F(TaskStreams, LeadToTheDelegateFromTheOutputAlone) {
+  const auto task = QVTaskEx::create();
+  std::atomic<bool> ended = false;
+  task->asyncDataFromTask(
+      shell, told(), [&](const QByteArray& chunk, QVTaskEx&, const QVariant&) { ended = chunk.isEmpty(); }, QVariant());
+  EXPECT_EQ(streams(), QStringList({file("input"), "pipe", "/dev/null"}));
+  while (!ended) ::usleep(1000);
+}
 
 // --- Run and wait ---------------------------------------------------------------------------------------------------
 
