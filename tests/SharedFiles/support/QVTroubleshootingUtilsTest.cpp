@@ -71,6 +71,54 @@ TEST_F(LogGatherings, TakeEachFileOnceForSeveralNames) {
   EXPECT_EQ(entriesOf(desktop("Lumacheck Logs.zip")).size(), 2);
 }
 
+TEST_F(LogGatherings, GoFromTheUsersFilesToTheMachinesAndTheAdditionalOnes) {
+  QStringList order;
+  for (const char* domain : {"/user", "/machine"}) {
+    for (const char* file :
+         {"/Logs/Quorvane/Lumacheck.1.log", "/Logs/CrashReporter/Lumacheck_2026_host.crash",
+          "/Logs/DiagnosticReports/Lumacheck_2026_host.crash", "/Preferences/com.quorvane.Lumacheck.plist"}) {
+      order << QString(domain) + file;
+    }
+  }
+  const qsizetype logs = order.size();
+  order << "/notes/first.txt"
+        << "/notes/second.txt";
+  for (const QString& file : order) put(file);
+  for (qsizetype failing = 0; failing < order.size(); ++failing) {
+    const QString place = root() + order[failing];
+    ASSERT_TRUE(QFile::remove(place));
+    if (failing < logs) {
+      ASSERT_TRUE(QFile::link("/proc/self/mem", place)) << "which cannot be read";
+    }
+    QList<int> counts;
+    services_.watch.progress = [&counts](const GatheringProgress& now) { counts.append(now.files); };
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(gather({"Lumacheck"}, {root() + order[logs], root() + order[logs + 1]}));
+    EXPECT_NE(testing::internal::GetCapturedStderr(), "");
+    QStringList copied;
+    for (const QString& file : order) {
+      if (QFileInfo::exists(root() + "/tmp/QV_App_Logs" + root() + file)) copied << file;
+    }
+    EXPECT_EQ(copied, order.mid(0, failing)) << order[failing].toStdString();
+    EXPECT_EQ(counts.size(), failing);
+    QFile::remove(place);
+    put(order[failing]);
+  }
+}
+
+TEST_F(LogGatherings, CountWhatTheyCopied) {
+  for (const char* file : {"/user/Logs/Quorvane/Lumacheck.1.log", "/user/Logs/Quorvane/Lumacheck.2.log",
+                           "/machine/Preferences/com.quorvane.lumacheck.plist", "/notes"}) {
+    put(file);
+  }
+  QList<int> counts;
+  services_.watch.progress = [&counts](const GatheringProgress& now) {
+    counts.append(now.packing ? -now.files : now.files);
+  };
+  EXPECT_TRUE(gather({"Lumacheck", "Luma"}, {root() + "/notes"}));
+  EXPECT_EQ(counts, QList<int>({1, 2, 3, 4, -4})) << "a file that two names fit counts once";
+}
+
 TEST_F(LogGatherings, CopyWhatALinkLeadsTo) {
   const QString target = put("/elsewhere/real.txt", "real");
   QDir().mkpath(root() + "/user/Logs/Quorvane");
