@@ -94,7 +94,8 @@ bool QVFileManager::compressFile(const QString& source, const QString& archive, 
   if (status != 0 && !stopped) {
     QVLog::appendLog("Error compressing file %@: the archiver ended with status %i", source, status);
   }
-  if (stopped || (status != 0 && !services.tools.archivesWithDitto())) static_cast<void>(sys::removeTree(to.toStdString()));
+  if (stopped || (status != 0 && !services.tools.archivesWithDitto()))
+    static_cast<void>(sys::removeTree(to.toStdString()));
   return fileExistsAtPath(to);
 }
 

@@ -84,9 +84,9 @@ bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileS
 
 bool QVFileManager::createDirectory(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error creating folder: path is nil");
-  return given &&
-         orAuthorized(sys::createFolders(given->bytes).has_value(), shouldAuth, "Error creating folder: %@. Authorizing...",
-                      path, [&] { return services.privileges.authCreateDir(given->text); });
+  return given && orAuthorized(sys::createFolders(given->bytes).has_value(), shouldAuth,
+                               "Error creating folder: %@. Authorizing...", path,
+                               [&] { return services.privileges.authCreateDir(given->text); });
 }
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, bool shouldAuth,

@@ -30,7 +30,7 @@ struct LogEnvironment {
   std::function<QDateTime()> now;
   std::function<bool()> isMainThread;
   std::function<LogSystemSummary()> system;
-  std::ostream& output;                ///< standard output; outlives the log
+  std::ostream& output;                     ///< standard output; outlives the log
   std::shared_ptr<sys::SerialQueue> queue;  ///< shut down with the log
 
   /// The running program's.

@@ -14,7 +14,7 @@ namespace privileged {
 /// checked.
 struct PinnedFolder {
   sys::Descriptor descriptor;  ///< opened with O_PATH
-  std::string path;           ///< where it lies, without a link in it; "/" or without a slash at the end
+  std::string path;            ///< where it lies, without a link in it; "/" or without a slash at the end
 
   std::string pathOf(const std::string& name) const { return (path == "/" ? "" : path) + "/" + name; }
 };

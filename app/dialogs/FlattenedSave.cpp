@@ -6,8 +6,8 @@
 #include <atomic>
 
 #include "SharedFiles/log/QVLog.h"
-#include "app/dialogs/BusySheet.h"
 #include "app/Subclasses/PlayableMovie.h"
+#include "app/dialogs/BusySheet.h"
 
 movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress) {
   return movie.writeToFile(path, progress);

@@ -1,5 +1,5 @@
-// Headers of the standard library and of POSIX that most files include, compiled once. Every file still includes what it
-// uses; see cmake/PrecompiledHeaders.cmake.
+// Headers of the standard library and of POSIX that most files include, compiled once. Every file still includes what
+// it uses; see cmake/PrecompiledHeaders.cmake.
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -24,11 +24,11 @@
 #include <string_view>
 #include <system_error>
 #include <thread>
-#include <tl/expected.hpp>
 #include <utility>
 #include <vector>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <tl/expected.hpp>
 #include <unistd.h>

@@ -1,7 +1,7 @@
 // What every test includes.
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>

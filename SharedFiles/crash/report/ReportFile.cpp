@@ -39,7 +39,7 @@ bool writeReport(const std::string& folder, const CrashReport& report) {
   // Begins with a dot: nobody takes it for a report before it is one.
   const std::string unfinished = "." + report.application + "-" + std::to_string(::getpid()) + ".partial";
   const sys::Descriptor file(::openat(directory.get(), unfinished.c_str(),
-                                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
+                                      O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR));
   if (!file.isOpen()) return false;
   const bool written = sys::writeAll(file.get(), textOf(report)) == 0 && ::fsync(file.get()) == 0;
   if (written && giveName(directory.get(), unfinished, report)) {
