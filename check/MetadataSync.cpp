@@ -5,13 +5,14 @@
 
 #include "SharedFiles/log/QVLog.h"
 #include "check/ColorInfo.h"
+#include "movie/atoms/AtomTypes.h"
 #include "movie/render/IccProfile.h"
 
 namespace check {
 namespace {
 
 constexpr std::int32_t unityGamma = 0x10000;  // 16.16
-constexpr movie::NclcParameters fixedColors{movie::fourCC("nclc"), 1, 1, 1};
+constexpr movie::NclcParameters fixedColors{movie::code::nclc, 1, 1, 1};
 
 /// The first image description of one movie's first video track, taken out to be edited and put back.
 struct EditedDescription {
@@ -97,7 +98,7 @@ bool Sync::copyGamma() {
   if (gammaLevel(source) != 0.0F) {
     return set(ColorProperty::Gamma, dest_.description.setGamma(*source), QStringLiteral("Error setting gamma: %d"));
   }
-  remove(ColorProperty::Gamma, movie::fourCC("gama"), QStringLiteral("Error removing destination gamma atom: %d"));
+  remove(ColorProperty::Gamma, movie::code::gama, QStringLiteral("Error removing destination gamma atom: %d"));
   return true;
 }
 
@@ -109,7 +110,7 @@ bool Sync::copyColor() {
     return set(ColorProperty::Color, dest_.description.setNclc(source, dest_.newColorFlavour),
                QStringLiteral("Error setting color: %i"));
   }
-  remove(ColorProperty::Color, movie::fourCC("nclc"), QStringLiteral("Error removing destination color atom: %d"));
+  remove(ColorProperty::Color, movie::code::nclc, QStringLiteral("Error removing destination color atom: %d"));
   return true;
 }
 
@@ -121,8 +122,7 @@ bool Sync::copyProfile() {
     return set(ColorProperty::ColorSpace, dest_.description.setIccProfile(*source),
                QStringLiteral("Error setting colorspace: %i"));
   }
-  remove(ColorProperty::ColorSpace, movie::fourCC("iccp"),
-         QStringLiteral("Error removing destination color space: %d"));
+  remove(ColorProperty::ColorSpace, movie::code::iccp, QStringLiteral("Error removing destination color space: %d"));
   return true;
 }
 

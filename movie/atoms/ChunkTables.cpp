@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -19,17 +21,17 @@ std::size_t rowsIn(const std::optional<ByteView>& body, std::size_t rowSize) {
 /// Bytes of one channel's sample in a format that is not packed; 0 for any other format.
 unsigned bytesPerValue(FourCC format, unsigned bits) {
   switch (format) {
-    case fourCC("raw "):
-    case fourCC("twos"):
-    case fourCC("sowt"):
-    case fourCC("NONE"):
+    case code::raw:
+    case code::twos:
+    case code::sowt:
+    case code::none:
       return (bits + 7) / 8;
-    case fourCC("in24"):
+    case code::in24:
       return 3;
-    case fourCC("in32"):
-    case fourCC("fl32"):
+    case code::in32:
+    case code::fl32:
       return 4;
-    case fourCC("fl64"):
+    case code::fl64:
       return 8;
     default:
       return 0;
@@ -49,10 +51,10 @@ TrackChunks::SoundPacking TrackChunks::packingOf(ByteView description) {
   }
   if (const unsigned bytes = bytesPerValue(format, read16(description, bitsAt))) return {1, bytes * channels};
   switch (format) {
-    case fourCC("ulaw"):
-    case fourCC("alaw"):
+    case code::ulaw:
+    case code::alaw:
       return {1, channels};
-    case fourCC("ima4"):
+    case code::ima4:
       return {64, 34 * channels};
     case fourCC("MAC3"):
       return {6, 2 * channels};

@@ -6,6 +6,8 @@
 
 #include <zlib.h>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -48,13 +50,13 @@ class Inflater {
 
 Result<Bytes> inflateMovie(ByteView bytes, const Atom& compressed) {
   const AtomList parts = readChildren(bytes, compressed);
-  const auto method = firstAtom(parts, fourCC("dcom"));
-  const auto data = firstAtom(parts, fourCC("cmvd"));
+  const auto method = firstAtom(parts, code::dcom);
+  const auto data = firstAtom(parts, code::cmvd);
   if (!method || method->bodySize() < 4 || !data || data->bodySize() < 4) {
     return failed({}, Reason::CompressedIncomplete);
   }
   const FourCC algorithm = read32(bodyOf(bytes, *method), 0);
-  if (algorithm != fourCC("zlib")) return failed({}, {Reason::UnknownCompression, {verbatim(fourCCText(algorithm))}});
+  if (algorithm != code::zlib) return failed({}, {Reason::UnknownCompression, {verbatim(fourCCText(algorithm))}});
   const ByteView body = bodyOf(bytes, *data);
   const std::uint32_t declared = read32(body, 0);
   if (declared > maximumInflatedSize) return failed({}, Reason::CompressedTooLarge);

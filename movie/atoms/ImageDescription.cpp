@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -14,14 +16,6 @@ constexpr std::size_t widthAt = 32;
 constexpr std::size_t heightAt = 34;
 constexpr std::size_t depthAt = 82;
 constexpr std::size_t colorTableIdAt = 84;
-
-constexpr FourCC gamaType = fourCC("gama");
-constexpr FourCC colrType = fourCC("colr");
-constexpr FourCC clapType = fourCC("clap");
-constexpr FourCC nclcColor = fourCC("nclc");
-constexpr FourCC nclxColor = fourCC("nclx");
-constexpr FourCC profColor = fourCC("prof");
-constexpr FourCC riccColor = fourCC("rICC");
 
 constexpr std::size_t gamaSize = 12;
 constexpr std::size_t nclcSize = 18;  // header, colour type, three indices
@@ -95,14 +89,14 @@ std::uint16_t ImageDescription::depth() const {
 
 std::optional<Atom> ImageDescription::firstGamma() const {
   for (const Atom& extension : extensions_) {
-    if (extension.type == gamaType && extension.size >= gamaSize) return extension;
+    if (extension.type == code::gama && extension.size >= gamaSize) return extension;
   }
   return std::nullopt;
 }
 
 std::optional<Atom> ImageDescription::firstColor(FourCC oneType, FourCC otherType, std::size_t least) const {
   for (const Atom& extension : extensions_) {
-    if (extension.type != colrType || extension.size < least) continue;
+    if (extension.type != code::colr || extension.size < least) continue;
     const FourCC type = read32(extensionBody(extension), 0);
     if (type == oneType || type == otherType) return extension;
   }
@@ -116,20 +110,20 @@ std::optional<std::int32_t> ImageDescription::gamma() const {
 }
 
 std::optional<NclcParameters> ImageDescription::nclc() const {
-  const auto atom = firstColor(nclcColor, nclxColor, nclcSize);
+  const auto atom = firstColor(code::nclc, code::nclx, nclcSize);
   if (!atom) return std::nullopt;
   const ByteView body = extensionBody(*atom);
-  return NclcParameters{nclcColor, read16(body, 4), read16(body, 6), read16(body, 8)};
+  return NclcParameters{code::nclc, read16(body, 4), read16(body, 6), read16(body, 8)};
 }
 
 std::optional<bool> ImageDescription::nclxFullRange() const {
-  const auto atom = firstColor(nclxColor, nclxColor, nclxSize);
+  const auto atom = firstColor(code::nclx, code::nclx, nclxSize);
   if (!atom) return std::nullopt;
   return (extensionBody(*atom)[10] & 0x80) != 0;
 }
 
 std::optional<Bytes> ImageDescription::iccProfile() const {
-  const auto atom = firstColor(profColor, riccColor, profHeader + 1);
+  const auto atom = firstColor(code::prof, code::rICC, profHeader + 1);
   if (!atom) return std::nullopt;
   const ByteView body = extensionBody(*atom);
   return Bytes(body.begin() + 4, body.end());
@@ -137,7 +131,7 @@ std::optional<Bytes> ImageDescription::iccProfile() const {
 
 std::optional<CleanAperture> ImageDescription::cleanAperture() const {
   for (const Atom& extension : extensions_) {
-    if (extension.type != clapType || extension.size < clapSize) continue;
+    if (extension.type != code::clap || extension.size < clapSize) continue;
     const ByteView body = extensionBody(extension);
     for (std::size_t denominator = 4; denominator < 32; denominator += 8) {
       if (read32(body, denominator) == 0) return std::nullopt;
@@ -159,7 +153,7 @@ OSErr ImageDescription::setGamma(std::int32_t fixed) {
     write32(bytes_, static_cast<std::size_t>(atom->bodyOffset()), value);
     return noErr;
   }
-  Bytes atom = newAtom(gamaType, gamaSize);
+  Bytes atom = newAtom(code::gama, gamaSize);
   write32(atom, atomHeader, value);
   return insertExtension(atom);
 }
@@ -171,13 +165,13 @@ OSErr ImageDescription::setNclc(const NclcParameters& parameters, ColorAtomFlavo
     write16(bytes, at + 2, parameters.transferFunction);
     write16(bytes, at + 4, parameters.matrix);
   };
-  if (const auto atom = firstColor(nclcColor, nclxColor, nclcSize)) {
+  if (const auto atom = firstColor(code::nclc, code::nclx, nclcSize)) {
     writeIndices(bytes_, static_cast<std::size_t>(atom->bodyOffset()) + 4);
     return noErr;
   }
   const bool isNclc = flavourIfNew == ColorAtomFlavour::Nclc;
-  Bytes atom = newAtom(colrType, isNclc ? nclcSize : nclxSize);
-  write32(atom, atomHeader, isNclc ? nclcColor : nclxColor);
+  Bytes atom = newAtom(code::colr, isNclc ? nclcSize : nclxSize);
+  write32(atom, atomHeader, isNclc ? code::nclc : code::nclx);
   writeIndices(atom, atomHeader + 4);
   if (flavourIfNew == ColorAtomFlavour::NclxFullRange) atom.back() = 0x80;
   return insertExtension(atom);
@@ -186,10 +180,10 @@ OSErr ImageDescription::setNclc(const NclcParameters& parameters, ColorAtomFlavo
 OSErr ImageDescription::setIccProfile(ByteView profile) {
   if (!editable() || profile.empty()) return paramErr;
   if (profile.size() > std::numeric_limits<std::uint32_t>::max() - profHeader - bytes_.size()) return paramErr;
-  Bytes atom = newAtom(colrType, profHeader + profile.size());
-  write32(atom, atomHeader, profColor);
+  Bytes atom = newAtom(code::colr, profHeader + profile.size());
+  write32(atom, atomHeader, code::prof);
   std::copy(profile.begin(), profile.end(), atom.begin() + profHeader);
-  const auto old = firstColor(profColor, riccColor, profHeader + 1);
+  const auto old = firstColor(code::prof, code::rICC, profHeader + 1);
   if (!old) return insertExtension(atom);
   return replaceRange(static_cast<std::size_t>(old->offset), static_cast<std::size_t>(old->size), atom);
 }

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -100,12 +102,12 @@ Result<MovieAtoms> Parser::movie(const Atom& atom) {
   MovieAtoms movie;
   TRY(movieHeader(parts, atom, movie));
   for (const Atom& part : parts.atoms) {
-    if (part.type == fourCC("trak")) {
+    if (part.type == code::trak) {
       if (movie.tracks.size() == maximumTrackCount) {
         return origin_.failure("moov/trak", part.offset, Reason::TooManyTracks);
       }
       TRY(track(part, movie.tracks.emplace_back()));
-    } else if (part.type == fourCC("mvex")) {
+    } else if (part.type == code::mvex) {
       TRY(extends(part, movie));
     }
   }
@@ -116,9 +118,9 @@ Result<MovieAtoms> Parser::movie(const Atom& atom) {
 }
 
 Parser::Status Parser::movieHeader(const AtomList& parts, const Atom& atom, MovieAtoms& movie) const {
-  const auto header = firstAtom(parts, fourCC("mvhd"));
+  const auto header = firstAtom(parts, code::mvhd);
   if (!header) {
-    const bool reference = firstAtom(parts, fourCC("rmra")).has_value();
+    const bool reference = firstAtom(parts, code::rmra).has_value();
     return origin_.failure("moov", atom.offset, reference ? Reason::ReferenceMovie : Reason::NoMovieHeader);
   }
   const Clock clock = clockOf(body(*header));
@@ -130,46 +132,46 @@ Parser::Status Parser::movieHeader(const AtomList& parts, const Atom& atom, Movi
 
 Parser::Status Parser::track(const Atom& atom, TrackAtoms& track) const {
   TRY(const auto parts, children(atom, "moov/trak"));
-  if (const auto header = firstAtom(parts, fourCC("tkhd"))) readTrackHeader(body(*header), track.info);
-  if (const auto list = firstAtom(parts, fourCC("edts"))) {
+  if (const auto header = firstAtom(parts, code::tkhd)) readTrackHeader(body(*header), track.info);
+  if (const auto list = firstAtom(parts, code::edts)) {
     TRY(edits(*list, track));
   }
-  const auto mediaAtom = firstAtom(parts, fourCC("mdia"));
+  const auto mediaAtom = firstAtom(parts, code::mdia);
   return mediaAtom ? media(*mediaAtom, track) : Status{};
 }
 
 Parser::Status Parser::edits(const Atom& atom, TrackAtoms& track) const {
   TRY(const auto parts, children(atom, "moov/trak/edts"));
-  if (const auto list = firstAtom(parts, fourCC("elst"))) track.info.edits = readEditList(body(*list));
+  if (const auto list = firstAtom(parts, code::elst)) track.info.edits = readEditList(body(*list));
   return {};
 }
 
 Parser::Status Parser::media(const Atom& atom, TrackAtoms& track) const {
   const std::string path = "moov/trak/mdia";
   TRY(const auto parts, children(atom, path));
-  if (const auto header = firstAtom(parts, fourCC("mdhd"))) {
+  if (const auto header = firstAtom(parts, code::mdhd)) {
     const Clock clock = clockOf(body(*header));
     track.info.mediaTimeScale = clock.scale;
     track.info.mediaDuration = clock.duration;
   }
-  const auto handler = firstAtom(parts, fourCC("hdlr"));
+  const auto handler = firstAtom(parts, code::hdlr);
   if (handler && handler->bodySize() >= 12) track.info.mediaType = read32(body(*handler), 8);
-  const auto information = firstAtom(parts, fourCC("minf"));
+  const auto information = firstAtom(parts, code::minf);
   return information ? mediaInformation(*information, path + "/minf", track) : Status{};
 }
 
 Parser::Status Parser::mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const {
   TRY(const auto parts, children(atom, path));
-  if (const auto tables = firstAtom(parts, fourCC("stbl"))) {
+  if (const auto tables = firstAtom(parts, code::stbl)) {
     TRY(const auto tableAtoms, children(*tables, path + "/stbl"));
     track.tables = SampleTableAtoms::among(bytes_, tableAtoms);
     track.info.sampleCount = track.tables.sampleCount();
-    if (const auto list = firstAtom(tableAtoms, fourCC("stsd"))) {
+    if (const auto list = firstAtom(tableAtoms, code::stsd)) {
       TRY(sampleDescriptions(*list, path + "/stbl/stsd", track.info));
     }
     track.tables.descriptionCount = track.info.sampleDescriptions.size();
   }
-  const auto data = firstAtom(parts, fourCC("dinf"));
+  const auto data = firstAtom(parts, code::dinf);
   return data ? dataReferences(*data, path + "/dinf", track.info) : Status{};
 }
 
@@ -192,7 +194,7 @@ Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& p
 Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const {
   constexpr std::uint64_t head = 8;
   TRY(const auto parts, children(atom, path));
-  const auto list = firstAtom(parts, fourCC("dref"));
+  const auto list = firstAtom(parts, code::dref);
   if (!list || list->bodySize() < head) return {};
   const AtomList references = readAtoms(bytes_, list->bodyOffset() + head, list->end());
   for (const Bytes& description : info.sampleDescriptions) {
@@ -213,7 +215,7 @@ Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
   TRY(const auto parts, children(atom, "moov/mvex"));
   movie.fragmented = true;
   for (const Atom& part : parts.atoms) {
-    if (part.type != fourCC("trex") || part.bodySize() < 24) continue;
+    if (part.type != code::trex || part.bodySize() < 24) continue;
     const ByteView fields = body(part);
     movie.fragmentDefaults.push_back(
         {read32(fields, 4), read32(fields, 12), read32(fields, 16), read32(fields, 20), read32(fields, 8)});

@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "movie/atoms/AtomReader.h"
+#include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/ImageDescription.h"
 #include "movie/atoms/TrackInfo.h"
 
@@ -44,7 +45,7 @@ std::optional<Atom> childOf(ByteView bytes, const Atom& parent, FourCC type, std
 /// The children of a meta atom, which has version and flags before them in ISO files and does not in QuickTime ones.
 AtomList metaChildren(ByteView bytes, const Atom& meta) {
   const bool plain =
-      meta.bodySize() >= 8 && read32(bytes, static_cast<std::size_t>(meta.bodyOffset()) + 4) == fourCC("hdlr");
+      meta.bodySize() >= 8 && read32(bytes, static_cast<std::size_t>(meta.bodyOffset()) + 4) == code::hdlr;
   if (plain || meta.bodySize() < 4) return readChildren(bytes, meta);
   return readAtoms(bytes, meta.bodyOffset() + 4, meta.end());
 }
@@ -79,11 +80,11 @@ bool splice(Bytes& bytes, const AtomPath& around, std::uint64_t at, std::uint64_
 /// From the movie atom down to a track's stsd.
 Result<AtomPath> pathToDescriptions(ByteView bytes, std::size_t track) {
   const auto movie = wholeAtom(bytes);
-  if (!movie || movie->type != fourCC("moov")) return failed({}, Reason::MovieMalformed, "moov");
+  if (!movie || movie->type != code::moov) return failed({}, Reason::MovieMalformed, "moov");
   AtomPath path{*movie};
   std::string name = "moov";
   std::size_t index = track;
-  constexpr std::array steps{fourCC("trak"), fourCC("mdia"), fourCC("minf"), fourCC("stbl"), fourCC("stsd")};
+  constexpr std::array steps{code::trak, code::mdia, code::minf, code::stbl, code::stsd};
   for (const FourCC type : steps) {
     const auto atom = childOf(bytes, path.back(), type, std::exchange(index, 0));
     name += '/' + fourCCText(type);
@@ -125,9 +126,9 @@ std::vector<AtomPath> resizableFrees(ByteView bytes, const Atom& movie) {
     for (const Atom& child : children.atoms) {
       AtomPath path = around;
       path.push_back(child);
-      if (child.type == fourCC("free") && child.headerSize == 8) found.push_back(path);
-      if (child.type == fourCC("udta") && around.size() == 1) again(path, readChildren(bytes, child), again);
-      if (child.type == fourCC("meta")) again(path, metaChildren(bytes, child), again);
+      if (child.type == code::free && child.headerSize == 8) found.push_back(path);
+      if (child.type == code::udta && around.size() == 1) again(path, readChildren(bytes, child), again);
+      if (child.type == code::meta) again(path, metaChildren(bytes, child), again);
     }
   };
   search({movie}, readChildren(bytes, movie), search);
@@ -162,7 +163,7 @@ class Skeleton {
     if (depth > deepest) return append(out_, viewOf(bytes_, atom));
     type(atom.type);
     const FourCC around = mediaType_;
-    if (atom.type == fourCC("mdia")) mediaType_ = mediaTypeOf(children);
+    if (atom.type == code::mdia) mediaType_ = mediaTypeOf(children);
     const std::uint64_t begin = children.atoms.empty() ? atom.bodyOffset() : children.atoms.front().offset;
     if (!children.atoms.empty())
       append(out_, bytes_.subspan(position(atom.bodyOffset()), position(begin - atom.bodyOffset())));
@@ -174,28 +175,28 @@ class Skeleton {
   }
 
   FourCC mediaTypeOf(const AtomList& children) const {
-    const auto handler = firstAtom(children, fourCC("hdlr"));
+    const auto handler = firstAtom(children, code::hdlr);
     return handler && handler->bodySize() >= 12 ? read32(bodyOf(bytes_, *handler), 8) : 0;
   }
 
   void part(const Atom& parent, const Atom& atom, std::size_t depth) {
-    const bool loose = parent.type == fourCC("moov") || parent.type == fourCC("udta") || parent.type == fourCC("meta");
+    const bool loose = parent.type == code::moov || parent.type == code::udta || parent.type == code::meta;
     switch (atom.type) {
-      case fourCC("trak"):
-      case fourCC("mdia"):
-      case fourCC("minf"):
-      case fourCC("stbl"):
+      case code::trak:
+      case code::mdia:
+      case code::minf:
+      case code::stbl:
         return container(atom, readChildren(bytes_, atom), depth);
-      case fourCC("udta"):
-        if (parent.type != fourCC("moov")) break;
+      case code::udta:
+        if (parent.type != code::moov) break;
         return container(atom, readChildren(bytes_, atom), depth);
-      case fourCC("meta"):
+      case code::meta:
         if (!loose) break;
         return container(atom, metaChildren(bytes_, atom), depth);
-      case fourCC("free"):
+      case code::free:
         if (loose) return;
         break;
-      case fourCC("stsd"):
+      case code::stsd:
         return descriptions(atom);
       default:
         break;
@@ -211,7 +212,7 @@ class Skeleton {
     for (const Atom& entry : entries.atoms) {
       const ByteView view = viewOf(bytes_, entry);
       ImageDescription description(Bytes(view.begin(), view.end()));
-      for (const FourCC color : {fourCC("gama"), fourCC("colr")}) {
+      for (const FourCC color : {code::gama, code::colr}) {
         while (description.removeExtension(color) == noErr) {
         }
       }
@@ -233,7 +234,7 @@ class Skeleton {
 Result<Bytes> editedMovieAtom(ByteView movieAtom, const std::vector<SampleDescriptionEdit>& edits) {
   Bytes bytes(movieAtom.begin(), movieAtom.end());
   const auto movie = wholeAtom(bytes);
-  if (!movie || movie->type != fourCC("moov")) return failed({}, Reason::MovieMalformed, "moov");
+  if (!movie || movie->type != code::moov) return failed({}, Reason::MovieMalformed, "moov");
   if (!splice(bytes, {*movie}, movie->end(), 0, {})) return failed({}, Reason::MovieTooLarge, "moov");
   for (const SampleDescriptionEdit& edit : edits) {
     TRY(replaceDescription(bytes, edit));

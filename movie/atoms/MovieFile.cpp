@@ -9,6 +9,7 @@
 
 #include <sys/stat.h>
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/CompressedMovie.h"
 #include "movie/atoms/FileAtoms.h"
 #include "movie/atoms/MovieFragments.h"
@@ -38,7 +39,7 @@ tl::unexpected<MovieError> noMovieAtom(const ReadableFile& file, const FileAtoms
       return failed(file.path(), Reason::NoMovieAmongFirst);
     case AtomDefect::SizeBelowHeader:
     case AtomDefect::ReachesPastParent:
-      if (last.type == fourCC("moov")) {
+      if (last.type == code::moov) {
         const bool cut = walk.defect() == AtomDefect::ReachesPastParent;
         return failed(file.path(), cut ? Reason::MoviePastEnd : describe(walk.defect()), "moov", last.offset);
       }
@@ -53,11 +54,11 @@ Result<TopLevel> findMovie(const ReadableFile& file) {
   TopLevel found;
   FileAtoms walk(file);
   while (const auto atom = walk.next()) {
-    if (atom->type == fourCC("moov")) {
+    if (atom->type == code::moov) {
       found.movie = *atom;
       return found;
     }
-    if (atom->type == fourCC("ftyp") && found.majorBrand == 0 && atom->bodySize() >= 4) {
+    if (atom->type == code::ftyp && found.majorBrand == 0 && atom->bodySize() >= 4) {
       TRY(const auto brand, file.read(atom->bodyOffset(), 4));
       if (brand.size() == 4) found.majorBrand = read32(brand, 0);
     }
@@ -75,7 +76,7 @@ Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
   for (std::size_t count = 0; count <= maximumAtomCount; ++count) {
     const auto child = children.next();
     if (!child) break;
-    for (const FourCC topLevel : {fourCC("mdat"), fourCC("moof"), fourCC("ftyp"), fourCC("moov")}) {
+    for (const FourCC topLevel : {code::mdat, code::moof, code::ftyp, code::moov}) {
       if (child->type == topLevel) return failure(Reason::MovieOverOthers);
     }
   }
@@ -87,13 +88,13 @@ Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
 
 /// Where the movie atom stands in `bytes`, which are replaced by the inflated ones when they hold a compressed movie.
 Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& movie, BytesOrigin& origin) {
-  const auto compressed = firstAtom(readChildren(bytes, movie), fourCC("cmov"));
+  const auto compressed = firstAtom(readChildren(bytes, movie), code::cmov);
   if (!compressed) return movie;
   auto inflated = inflateMovie(bytes, *compressed);
   if (!inflated) return origin.failure("moov/cmov", compressed->offset, inflated.error().why);
   bytes = std::move(*inflated);
   origin.inflated = true;
-  const auto inner = firstAtom(readAtoms(bytes), fourCC("moov"));
+  const auto inner = firstAtom(readAtoms(bytes), code::moov);
   if (!inner) return origin.failure("moov/cmov", 0, Reason::CompressedWithoutMovie);
   return *inner;
 }
@@ -199,7 +200,7 @@ Result<void> MovieFile::loadFragments(const MovieAtoms& movie, std::uint64_t beg
   FragmentCollector collector(movie, path());
   FileAtoms walk(file_, begin, file_.size());
   while (const auto atom = walk.next()) {
-    if (atom->type != fourCC("moof")) continue;
+    if (atom->type != code::moof) continue;
     TRY(collector.add(file_, *atom));
   }
   TRY(walk.readStatus());

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -33,7 +35,7 @@ bool isSync(std::uint32_t sampleFlags) {
 
 /// The tfdt among a traf's children.
 std::optional<std::int64_t> decodeStartOf(ByteView bytes, const AtomList& parts) {
-  const auto time = firstAtom(parts, fourCC("tfdt"));
+  const auto time = firstAtom(parts, code::tfdt);
   if (!time || time->bodySize() < 8) return std::nullopt;
   const ByteView body = bodyOf(bytes, *time);
   if (body[0] != 1) return read32(body, 4);
@@ -146,7 +148,7 @@ Result<void> FragmentCollector::add(const ReadableFile& file, const Atom& fragme
   TRY(const auto parts, wellFormedChildren(bytes, atom, "moof", origin));
   Place place{fragment.offset, fragment.offset};
   for (const Atom& part : parts.atoms) {
-    if (part.type != fourCC("traf")) continue;
+    if (part.type != code::traf) continue;
     TRY(addTrack(bytes, part, origin, place));
   }
   return {};
@@ -154,7 +156,7 @@ Result<void> FragmentCollector::add(const ReadableFile& file, const Atom& fragme
 
 Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const BytesOrigin& origin, Place& place) {
   TRY(const auto parts, wellFormedChildren(bytes, atom, "moof/traf", origin));
-  const auto header = firstAtom(parts, fourCC("tfhd"));
+  const auto header = firstAtom(parts, code::tfhd);
   if (!header || header->bodySize() < 8) return {};
   const ByteView body = bodyOf(bytes, *header);
   const std::uint32_t flags = flagsOf(body);
@@ -181,7 +183,7 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
   place.next = defaults.base;
   TrackFragments& track = tracks_[index->second];
   for (const Atom& part : parts.atoms) {
-    if (part.type != fourCC("trun") || part.bodySize() < 8) continue;
+    if (part.type != code::trun || part.bodySize() < 8) continue;
     addRun(bodyOf(bytes, part), defaults, place, track);
     defaults.decodeStart.reset();
   }

@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "movie/atoms/AtomReader.h"
+#include "movie/atoms/AtomTypes.h"
 
 namespace movie {
 namespace {
@@ -17,7 +18,7 @@ constexpr std::size_t plainHeader = 36, packetHeader = 52, wideHeader = 72;
 std::optional<ByteView> extension(ByteView atoms, FourCC type) {
   const AtomList list = readAtoms(atoms);
   if (const auto found = firstAtom(list, type)) return bodyOf(atoms, *found);
-  const auto wave = firstAtom(list, fourCC("wave"));
+  const auto wave = firstAtom(list, code::wave);
   if (!wave) return std::nullopt;
   const ByteView inside = bodyOf(atoms, *wave);
   const auto found = firstAtom(readAtoms(inside), type);
@@ -67,12 +68,12 @@ void keepAtom(FourCC type, ByteView body, Bytes& setup) {
 }
 
 void readExtensions(ByteView atoms, SoundDescription& description) {
-  if (const auto order = extension(atoms, fourCC("enda")); order && order->size() >= 2) {
+  if (const auto order = extension(atoms, code::enda); order && order->size() >= 2) {
     description.bigEndian = read16(*order, 0) == 0;
   }
-  if (const auto esds = extension(atoms, fourCC("esds"))) readElementaryStream(*esds, description);
-  if (description.codec != fourCC("alac")) return;
-  if (const auto alac = extension(atoms, fourCC("alac"))) keepAtom(fourCC("alac"), *alac, description.setup);
+  if (const auto esds = extension(atoms, code::esds)) readElementaryStream(*esds, description);
+  if (description.codec != code::alac) return;
+  if (const auto alac = extension(atoms, code::alac)) keepAtom(code::alac, *alac, description.setup);
 }
 
 int wholeRate(double rate) {

@@ -6,6 +6,8 @@
 #include <memory>
 #include <optional>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -116,10 +118,10 @@ std::vector<std::string> foldersOf(const std::string& path) {
 
 std::vector<std::string> fileNamesOf(const DataReference& reference) {
   std::vector<std::string> names;
-  if (reference.type == fourCC("url ")) {
+  if (reference.type == code::url) {
     const std::string address = text(reference.data);
     names = {lastPart(unescaped(address), '/'), lastPart(address, '/')};
-  } else if (reference.type == fourCC("alis") || reference.type == fourCC("rsrc")) {
+  } else if (reference.type == code::alis || reference.type == code::rsrc) {
     addAliasNames(reference.data, names);
   }
   const auto useless = [](const std::string& name) {
@@ -136,7 +138,7 @@ Result<ReadableFile> openBeside(const ReadableFile& movie, const DataReference& 
   const std::vector<std::string> names = fileNamesOf(reference);
   if (names.empty()) return refused({Reason::MediaUnnamed, {verbatim(fourCCText(reference.type))}});
   const Clause likeliest = verbatim(names.front());
-  if (reference.type == fourCC("rsrc")) return refused({Reason::MediaInResourceFork, {likeliest}});
+  if (reference.type == code::rsrc) return refused({Reason::MediaInResourceFork, {likeliest}});
   std::optional<MovieError> unreadable;
   for (const std::string& folder : foldersOf(movie.path())) {
     for (const std::string& name : names) {

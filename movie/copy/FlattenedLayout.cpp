@@ -7,6 +7,7 @@
 #include <tuple>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/FileAtoms.h"
 #include "movie/copy/ExternalMedia.h"
 
@@ -34,11 +35,11 @@ struct GatheredChunk {
 
 /// Zeros at the end of a file read as an atom of no type.
 bool isPadding(FourCC type) {
-  return type == 0 || type == fourCC("free") || type == fourCC("skip") || type == fourCC("wide");
+  return type == 0 || type == code::free || type == code::skip || type == code::wide;
 }
 
 bool isFragment(FourCC type) {
-  for (const FourCC fragment : {fourCC("moof"), fourCC("styp"), fourCC("sidx"), fourCC("ssix"), fourCC("mfra")}) {
+  for (const FourCC fragment : {code::moof, code::styp, code::sidx, code::ssix, code::mfra}) {
     if (type == fragment) return true;
   }
   return false;
@@ -123,7 +124,7 @@ Result<void> LayoutMaker::walkFile() {
   TRY(walk.readStatus());
   if (walk.defect() == AtomDefect::TooMany) return refusal(Reason::TooManyAtoms);
   Atom last = walk.defective();
-  if (walk.defect() == AtomDefect::ReachesPastParent && last.type == fourCC("mdat") &&
+  if (walk.defect() == AtomDefect::ReachesPastParent && last.type == code::mdat &&
       movie_.size() - last.offset >= last.headerSize) {
     // Cut off; that nothing which counts is missing shows when the chunks are looked at.
     last.size = movie_.size() - last.offset;
@@ -135,16 +136,16 @@ Result<void> LayoutMaker::walkFile() {
 
 Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
   if (isFragment(atom.type)) return refusal(Reason::Fragmented, fourCCText(atom.type), atom.offset);
-  if (atom.type == fourCC("moov")) {
+  if (atom.type == code::moov) {
     if (!seenMovie) {
       movieBefore_ = atoms_.size();
       movieFirst_ = std::none_of(atoms_.begin(), atoms_.end(),
-                                 [](const TopAtom& before) { return before.atom.type == fourCC("mdat"); });
+                                 [](const TopAtom& before) { return before.atom.type == code::mdat; });
     }
     seenMovie = true;
     return {};
   }
-  if (atom.type == fourCC("meta")) {
+  if (atom.type == code::meta) {
     TRY(refuseItemLocations(atom));
   }
   atoms_.push_back({atom});
@@ -156,7 +157,7 @@ Result<void> LayoutMaker::refuseItemLocations(const Atom& meta) const {
     if (meta.bodySize() < skipped) continue;
     FileAtoms walk(movie_.readable(), meta.bodyOffset() + skipped, meta.end());
     while (const auto child = walk.next()) {
-      if (child->type == fourCC("iloc")) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
+      if (child->type == code::iloc) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
     }
     TRY(walk.readStatus());
   }
@@ -232,7 +233,7 @@ void LayoutMaker::dropPadding() {
     TopAtom& top = atoms_[i];
     if (isPadding(top.atom.type)) {
       if (!top.holdsChunks) continue;
-      top.atom.type = fourCC("mdat");  // else the next program to tidy up would take it for padding
+      top.atom.type = code::mdat;  // else the next program to tidy up would take it for padding
       if (i < movieBefore_) movieFirst_ = false;
     }
     if (i < movieBefore_) ++before;
@@ -277,7 +278,7 @@ void LayoutMaker::placeAtoms(std::uint64_t movieSize) {
   }
   if (movieFirst_ && movieBefore_ == atoms_.size()) at = placeMovie(at, movieSize);
   if (gatheredSize_ > 0) {
-    gatheredBody_ = at + atomHeader(fourCC("mdat"), gatheredSize_, false).size();
+    gatheredBody_ = at + atomHeader(code::mdat, gatheredSize_, false).size();
     at = gatheredBody_ + gatheredSize_;
   }
   if (!movieFirst_) at = placeMovie(at, movieSize);
@@ -340,13 +341,13 @@ void LayoutMaker::describe(Bytes movieAtom) {
   }
   layout_.copied.insert(layout_.copied.begin(), own.begin(), own.end());
   if (gatheredSize_ > 0) {
-    Bytes header = atomHeader(fourCC("mdat"), gatheredSize_, false);
+    Bytes header = atomHeader(code::mdat, gatheredSize_, false);
     layout_.written.push_back({gatheredBody_ - header.size(), std::move(header)});
   }
   const std::uint64_t behind = movieAt_ + movieAtom.size();
   layout_.written.push_back({movieAt_, std::move(movieAtom)});
   if (!movieFirst_) return;
-  Bytes space = atomHeader(fourCC("free"), spaceBehindMovie - 8, false);
+  Bytes space = atomHeader(code::free, spaceBehindMovie - 8, false);
   space.resize(spaceBehindMovie);
   layout_.written.push_back({behind, std::move(space)});
 }

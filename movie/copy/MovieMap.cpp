@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -83,11 +85,11 @@ Result<std::optional<Atom>> Mapper::only(const AtomList& list, const char (&type
 
 Result<void> Mapper::refuseOtherOffsets(const AtomList& list, const std::string& path) const {
   for (const Atom& atom : list.atoms) {
-    if (atom.type == fourCC("saio")) return refusal(path + "/saio", atom, Reason::OffsetsImmovable);
-    if (atom.type == fourCC("meta") && holdsItemLocations(bytes_, atom)) {
+    if (atom.type == code::saio) return refusal(path + "/saio", atom, Reason::OffsetsImmovable);
+    if (atom.type == code::meta && holdsItemLocations(bytes_, atom)) {
       return refusal(path + "/meta/iloc", atom, Reason::OffsetsImmovable);
     }
-    if (atom.type != fourCC("udta")) continue;
+    if (atom.type != code::udta) continue;
     const AtomList inside = readChildren(bytes_, atom);
     TRY(refuseOtherOffsets(inside, path + "/udta"));
   }
@@ -96,18 +98,18 @@ Result<void> Mapper::refuseOtherOffsets(const AtomList& list, const std::string&
 
 Result<MovieMap> Mapper::map() {
   const AtomList all = readAtoms(bytes_);
-  if (all.atoms.size() != 1 || all.atoms[0].type != fourCC("moov") || all.atoms[0].size != bytes_.size()) {
+  if (all.atoms.size() != 1 || all.atoms[0].type != code::moov || all.atoms[0].size != bytes_.size()) {
     return origin_.failure("moov", 0, Reason::NotOneMovieAtom);
   }
   const Atom movie = all.atoms[0];
   TRY(const auto parts, enter(movie, "moov"));
-  if (const auto compressed = firstAtom(parts, fourCC("cmov"))) {
+  if (const auto compressed = firstAtom(parts, code::cmov)) {
     return refusal("moov/cmov", *compressed, Reason::Compressed);
   }
-  if (const auto extends = firstAtom(parts, fourCC("mvex"))) return refusal("moov/mvex", *extends, Reason::Fragmented);
+  if (const auto extends = firstAtom(parts, code::mvex)) return refusal("moov/mvex", *extends, Reason::Fragmented);
   TRY(const auto parsed, parseMovieAtom(bytes_, movie, origin_));
   for (const Atom& atom : parts.atoms) {
-    if (atom.type != fourCC("trak")) continue;
+    if (atom.type != code::trak) continue;
     TRY(auto mapped, track(atom, parsed.tracks[map_.tracks.size()]));
     map_.tracks.push_back(std::move(mapped));
   }
@@ -169,7 +171,7 @@ Result<MovieMap> mapMovie(ByteView movie, const std::string& file) {
 
 bool holdsItemLocations(ByteView bytes, const Atom& meta) {
   const auto among = [&](std::uint64_t begin) {
-    return begin <= meta.end() && firstAtom(readAtoms(bytes, begin, meta.end()), fourCC("iloc")).has_value();
+    return begin <= meta.end() && firstAtom(readAtoms(bytes, begin, meta.end()), code::iloc).has_value();
   };
   return among(meta.bodyOffset()) || among(meta.bodyOffset() + 4);
 }
@@ -217,8 +219,7 @@ std::optional<Splice> selfContained(ByteView movie, const Atom& references) {
       continue;
     }
     append32(splice.replacement, 12);
-    append32(splice.replacement,
-             atom.type == fourCC("alis") || atom.type == fourCC("rsrc") ? fourCC("alis") : fourCC("url "));
+    append32(splice.replacement, atom.type == code::alis || atom.type == code::rsrc ? code::alis : code::url);
     append32(splice.replacement, 1);
   }
   append(splice.replacement, part(movie, done, references.end()));
@@ -226,14 +227,14 @@ std::optional<Splice> selfContained(ByteView movie, const Atom& references) {
 }
 
 Splice chunkOffsetTable(ByteView movie, const Atom& table, const std::vector<std::uint64_t>& offsets, bool wide) {
-  const bool wasWide = table.type == fourCC("co64");
+  const bool wasWide = table.type == code::co64;
   const std::uint64_t oldEnd = table.bodyOffset() + listHead + offsets.size() * (wasWide ? 8 : 4);
   const ByteView rest = part(movie, oldEnd, table.end());
   Splice splice{table.offset, table.size, {}};
   Bytes& bytes = splice.replacement;
   bytes.reserve(16 + offsets.size() * (wide ? 8 : 4) + rest.size());
   append32(bytes, static_cast<std::uint32_t>(16 + offsets.size() * (wide ? 8 : 4) + rest.size()));
-  append32(bytes, wide ? fourCC("co64") : fourCC("stco"));
+  append32(bytes, wide ? code::co64 : code::stco);
   append(bytes, part(movie, table.bodyOffset(), table.bodyOffset() + 4));
   append32(bytes, static_cast<std::uint32_t>(offsets.size()));
   for (const std::uint64_t offset : offsets)

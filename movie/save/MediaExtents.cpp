@@ -5,6 +5,7 @@
 #include <limits>
 #include <optional>
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/ChunkTables.h"
 #include "movie/atoms/MovieAtoms.h"
 
@@ -80,8 +81,7 @@ bool addItems(ByteView body, MediaExtents& media) {
 
 /// What holds saio or iloc in any place the formats have for them, and in some they do not.
 bool isContainer(FourCC type) {
-  constexpr std::array types{fourCC("moov"), fourCC("trak"), fourCC("mdia"), fourCC("minf"),
-                             fourCC("stbl"), fourCC("udta"), fourCC("meta")};
+  constexpr std::array types{code::moov, code::trak, code::mdia, code::minf, code::stbl, code::udta, code::meta};
   return std::find(types.begin(), types.end(), type) != types.end();
 }
 
@@ -95,8 +95,8 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
     }
     return {};
   };
-  const bool saio = atom.type == fourCC("saio");
-  if (saio || atom.type == fourCC("iloc")) {
+  const bool saio = atom.type == code::saio;
+  if (saio || atom.type == code::iloc) {
     const ByteView body = bodyOf(bytes, atom);
     if (saio ? addAuxiliary(body, media) : addItems(body, media)) return {};
     return failed(file, Reason::OffsetsUnreadable, fourCCText(atom.type), atom.offset);
@@ -104,7 +104,7 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
   if (!isContainer(atom.type) || depth >= deepest) return {};
   TRY(addAll(readChildren(bytes, atom)));
   // A meta atom has version and flags before its children in ISO files; the reading that is wrong finds nothing.
-  if (atom.type != fourCC("meta") || atom.bodySize() < 4) return {};
+  if (atom.type != code::meta || atom.bodySize() < 4) return {};
   return addAll(readAtoms(bytes, atom.bodyOffset() + 4, atom.end()));
 }
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
 #include "system/SignalsHeld.h"
 
 namespace movie {
@@ -88,7 +89,7 @@ Saver::Status Saver::recover() {
   }
   if (!survey_.secondMovie) return {};
   note("A second movie atom, which an interrupted save had left, was made free space.");
-  return write(survey_.atoms.back().offset + typeAt, bytesOf(fourCC("free")));
+  return write(survey_.atoms.back().offset + typeAt, bytesOf(code::free));
 }
 
 Saver::Status Saver::sizeOpenMediaData() {
@@ -111,12 +112,12 @@ Saver::Status Saver::reserve() {
 Saver::Status Saver::appendHeader() {
   TRY(file_.resize(tail_ + headerSize_));
   Bytes header(new_.begin(), new_.begin() + static_cast<std::ptrdiff_t>(headerSize_));
-  write32(header, typeAt, fourCC("free"));
+  write32(header, typeAt, code::free);
   const bool inSeveralSectors = tail_ % sectorSize > sectorSize - headerSize_;
   if (inSeveralSectors) {
     TRY(file_.sync());
   }
-  TRY(file_.write(tail_ + typeAt, bytesOf(fourCC("free"))));
+  TRY(file_.write(tail_ + typeAt, bytesOf(code::free)));
   if (inSeveralSectors) {
     TRY(file_.sync());
   }
@@ -136,7 +137,7 @@ Saver::Status Saver::checkTail() {
 /// All that comes before the commit.
 Saver::Status Saver::prepare() {
   using Step = Status (Saver::*)();
-  const auto becomeMovie = [this] { return write(tail_ + typeAt, bytesOf(fourCC("moov"))); };
+  const auto becomeMovie = [this] { return write(tail_ + typeAt, bytesOf(code::moov)); };
   for (const Step step : {&Saver::reserve, &Saver::sizeOpenMediaData, &Saver::appendHeader, &Saver::appendBody}) {
     TRY((this->*step)());
   }
@@ -182,7 +183,7 @@ Saver::Status Saver::fillSlot() {
   TRY(file_.write(placement_.slotBegin + headerSize_, new_.subspan(headerSize_)));
   if (end != placement_.slotEnd) {
     const auto left = static_cast<std::uint32_t>(placement_.slotEnd - end);
-    TRY(file_.write(end, bytesOf(left, fourCC("free"))));
+    TRY(file_.write(end, bytesOf(left, code::free)));
   }
   return file_.sync();
 }
@@ -239,7 +240,7 @@ Result<SaveOutcome> Saver::save() {
     return tl::make_unexpected(status.error());
   }
   outcome_.place = SavePlace::Tail;
-  if (auto status = write(old_.offset + typeAt, bytesOf(fourCC("free"))); !status) return uncertain(status.error());
+  if (auto status = write(old_.offset + typeAt, bytesOf(code::free)); !status) return uncertain(status.error());
   if (placement_.place == SavePlace::Slot) moveIntoSlot();
   tellPlace();
   return std::move(outcome_);

@@ -4,6 +4,8 @@
 #include <limits>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
+
 namespace movie {
 
 namespace {
@@ -25,7 +27,7 @@ bool differInOneSector(ByteView before, ByteView after, std::uint64_t offset) {
 }
 
 bool isFree(const Atom& atom) {
-  return atom.type == fourCC("free") || atom.type == fourCC("skip");
+  return atom.type == code::free || atom.type == code::skip;
 }
 
 /// The atoms around the movie atom that are free, the movie atom among them: [first, last].

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/MovieEdit.h"
 
 namespace movie {
@@ -64,7 +65,7 @@ Result<void> Surveyor::walk() {
     TRY(const auto bytes, file_.read(at, longHeader));
     auto [atom, defect] = readAtomHeader(bytes, at, found_.fileSize - at);
     const bool open = defect == AtomDefect::SizeBelowHeader && atom.size == 0 && atom.headerSize == 8;
-    if (open && atom.type == fourCC("mdat")) {
+    if (open && atom.type == code::mdat) {
       atom.size = found_.fileSize - at;
       found_.openMediaData = true;
     } else if (defect != AtomDefect::None) {
@@ -77,7 +78,7 @@ Result<void> Surveyor::walk() {
 }
 
 Result<void> Surveyor::take(const Atom& atom) {
-  constexpr std::array ofFragments{fourCC("moof"), fourCC("styp"), fourCC("sidx"), fourCC("ssix"), fourCC("mfra")};
+  constexpr std::array ofFragments{code::moof, code::styp, code::sidx, code::ssix, code::mfra};
   if (std::find(ofFragments.begin(), ofFragments.end(), atom.type) != ofFragments.end()) {
     return refusal(Reason::Fragmented, atom);
   }
@@ -112,7 +113,7 @@ Result<void> Surveyor::checkRest(std::uint64_t begin) {
     started = head[4 + i] == 0 || head[4 + i] == freeType[i];
   }
   TRY(const auto zeros, onlyZeros(started ? begin + 8 : begin));
-  const bool incomplete = head.size() >= 8 && atom.type == fourCC("free") &&
+  const bool incomplete = head.size() >= 8 && atom.type == code::free &&
                           (defect == AtomDefect::ReachesPastParent || found_.fileSize - begin <= longHeader);
   if (!zeros && !incomplete) {
     if (head.size() >= 8 && read32(head, 0) == 0) return refusal(Reason::NoSizeOfItsOwn, atom);
@@ -125,7 +126,7 @@ Result<void> Surveyor::checkRest(std::uint64_t begin) {
 Result<void> Surveyor::settleMovies() {
   std::vector<std::size_t> movies;
   for (std::size_t i = 0; i < found_.atoms.size(); ++i) {
-    if (found_.atoms[i].type == fourCC("moov")) movies.push_back(i);
+    if (found_.atoms[i].type == code::moov) movies.push_back(i);
   }
   if (movies.empty() || found_.atoms[movies[0]].offset != loaded_.movieAtomOffset()) {
     return refusal(Reason::ChangedSinceLoaded);
@@ -153,7 +154,7 @@ Result<void> Surveyor::compareMovie() {
 Result<void> Surveyor::collectMedia() {
   TRY(addMediaOfMovie(loaded_.movieAtom(), file_.path(), found_.media));
   for (const Atom& atom : found_.atoms) {
-    if (atom.type != fourCC("meta")) continue;
+    if (atom.type != code::meta) continue;
     if (atom.size > largestMeta) return refusal(Reason::AtomTooLarge, atom);
     TRY(const auto bytes, file_.read(atom.offset, static_cast<std::size_t>(atom.size)));
     TRY(addMediaOfMeta(bytes, file_.path(), found_.media));

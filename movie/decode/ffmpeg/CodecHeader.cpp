@@ -1,5 +1,6 @@
 #include "movie/decode/ffmpeg/CodecHeader.h"
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/decode/ffmpeg/DemuxerModule.h"
 #include "movie/decode/ffmpeg/EverydayDescription.h"
 
@@ -17,7 +18,7 @@ tl::expected<CodecHeader, Clause> readCodecHeader(FourCC majorBrand, const Image
 
   TRY(const auto read, demuxedDescriptionReader());
   ImageDescription colorless = description;
-  while (colorless.removeExtension(fourCC("colr")) == noErr) continue;
+  while (colorless.removeExtension(code::colr) == noErr) continue;
   TRY(auto demuxed, read(majorBrand, colorless));
   header.parameters = std::move(demuxed.parameters);
   header.palette = std::move(demuxed.palette);

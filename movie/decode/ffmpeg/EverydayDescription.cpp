@@ -6,6 +6,8 @@
 #include <optional>
 #include <string_view>
 
+#include "movie/atoms/AtomTypes.h"
+
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavutil/mem.h>
@@ -27,11 +29,11 @@ constexpr std::array<EverydayCodec, 25> everydayCodecs{{
     {fourCC("apch"), AV_CODEC_ID_PRORES},
     {fourCC("ap4h"), AV_CODEC_ID_PRORES},
     {fourCC("ap4x"), AV_CODEC_ID_PRORES},
-    {fourCC("avc1"), AV_CODEC_ID_H264, fourCC("avcC")},
-    {fourCC("avc3"), AV_CODEC_ID_H264, fourCC("avcC")},
-    {fourCC("hvc1"), AV_CODEC_ID_HEVC, fourCC("hvcC")},
-    {fourCC("hev1"), AV_CODEC_ID_HEVC, fourCC("hvcC")},
-    {fourCC("mp4v"), AV_CODEC_ID_MPEG4, fourCC("esds")},
+    {fourCC("avc1"), AV_CODEC_ID_H264, code::avcC},
+    {fourCC("avc3"), AV_CODEC_ID_H264, code::avcC},
+    {fourCC("hvc1"), AV_CODEC_ID_HEVC, code::hvcC},
+    {fourCC("hev1"), AV_CODEC_ID_HEVC, code::hvcC},
+    {fourCC("mp4v"), AV_CODEC_ID_MPEG4, code::esds},
     {fourCC("jpeg"), AV_CODEC_ID_MJPEG},
     {fourCC("png "), AV_CODEC_ID_PNG},
     {fourCC("v210"), AV_CODEC_ID_V210},
@@ -56,8 +58,8 @@ const EverydayCodec* everydayCodec(FourCC type) {
 
 /// No decoder looks at these.
 bool saysNothingToDecoders(FourCC extension) {
-  return extension == fourCC("colr") || extension == fourCC("gama") || extension == fourCC("pasp") ||
-         extension == fourCC("clap") || extension == fourCC("btrt");
+  return extension == code::colr || extension == code::gama || extension == code::pasp || extension == code::clap ||
+         extension == code::btrt;
 }
 
 bool hasPlainHeader(const ImageDescription& description) {
@@ -160,11 +162,11 @@ std::optional<Setup> setupOf(const ImageDescription& description, FourCC setupTy
     const ByteView body = description.extensionBody(extension);
     if (extension.headerSize != 8) return std::nullopt;
     if (saysNothingToDecoders(extension.type)) continue;
-    if (extension.type == fourCC("fiel") && !setup.fieldOrder) {
+    if (extension.type == code::fiel && !setup.fieldOrder) {
       setup.fieldOrder = fieldOrderOf(body);
       if (!setup.fieldOrder) return std::nullopt;
     } else if (setupType != 0 && extension.type == setupType && !setup.codec) {
-      setup.codec = setupType == fourCC("esds") ? mpeg4Setup(body) : body;
+      setup.codec = setupType == code::esds ? mpeg4Setup(body) : body;
       constexpr std::size_t smallestSetup = 4;
       if (!setup.codec || setup.codec->size() < smallestSetup) return std::nullopt;
     } else {

@@ -2,6 +2,9 @@
 
 #include <initializer_list>
 
+#include "movie/atoms/AtomTypes.h"
+#include "movie/atoms/TrackInfo.h"
+
 namespace movie {
 namespace {
 
@@ -32,23 +35,23 @@ constexpr std::uint32_t one = 0x10000;
 constexpr std::uint32_t lastRow = 0x40000000;
 
 Bytes movieHeader() {
-  return atom(fourCC("mvhd"), {words({0,   0, 0, timeScale, 1,       one, 0x01000000, 0, 0, one, 0, 0, 0,
-                                      one, 0, 0, 0,         lastRow, 0,   0,          0, 0, 0,   0, 2})});
+  return atom(code::mvhd, {words({0,   0, 0, timeScale, 1,       one, 0x01000000, 0, 0, one, 0, 0, 0,
+                                  one, 0, 0, 0,         lastRow, 0,   0,          0, 0, 0,   0, 2})});
 }
 
 Bytes trackHeader() {
-  return atom(fourCC("tkhd"), {words({1, 0, 0, 1, 0, 1, 0, 0, 0, 0, one, 0, 0, 0, one, 0, 0, 0, lastRow, 0, 0})});
+  return atom(code::tkhd, {words({1, 0, 0, 1, 0, 1, 0, 0, 0, 0, one, 0, 0, 0, one, 0, 0, 0, lastRow, 0, 0})});
 }
 
 Bytes track(const Bytes& description, std::uint32_t sampleOffset) {
-  const Bytes table = atom(
-      fourCC("stbl"), {atom(fourCC("stsd"), {words({0, 1}), description}), atom(fourCC("stts"), {words({0, 1, 1, 1})}),
-                       atom(fourCC("stsc"), {words({0, 1, 1, 1, 1})}), atom(fourCC("stsz"), {words({0, 1, 1})}),
-                       atom(fourCC("stco"), {words({0, 1, sampleOffset})})});
-  const Bytes handler = atom(fourCC("hdlr"), {words({0, fourCC("mhlr"), fourCC("vide"), 0, 0, 0}), Bytes(1)});
-  const Bytes media = atom(fourCC("mdia"), {atom(fourCC("mdhd"), {words({0, 0, 0, timeScale, 1, 0})}), handler,
-                                            atom(fourCC("minf"), {atom(fourCC("vmhd"), {words({1, 0, 0})}), table})});
-  return atom(fourCC("trak"), {trackHeader(), media});
+  const Bytes table =
+      atom(code::stbl, {atom(code::stsd, {words({0, 1}), description}), atom(code::stts, {words({0, 1, 1, 1})}),
+                        atom(code::stsc, {words({0, 1, 1, 1, 1})}), atom(code::stsz, {words({0, 1, 1})}),
+                        atom(code::stco, {words({0, 1, sampleOffset})})});
+  const Bytes handler = atom(code::hdlr, {words({0, code::mhlr, videoMedia, 0, 0, 0}), Bytes(1)});
+  const Bytes media = atom(code::mdia, {atom(code::mdhd, {words({0, 0, 0, timeScale, 1, 0})}), handler,
+                                        atom(code::minf, {atom(code::vmhd, {words({1, 0, 0})}), table})});
+  return atom(code::trak, {trackHeader(), media});
 }
 
 }  // namespace
@@ -57,10 +60,10 @@ Bytes oneSampleMovie(FourCC majorBrand, Bytes description) {
   if (description.size() < 8) description.resize(8);
   write32(description, 0, static_cast<std::uint32_t>(description.size()));
   Bytes file;
-  if (majorBrand != 0) file = atom(fourCC("ftyp"), {words({majorBrand, 0, majorBrand})});
+  if (majorBrand != 0) file = atom(code::ftyp, {words({majorBrand, 0, majorBrand})});
   const auto sampleOffset = static_cast<std::uint32_t>(file.size() + 8);
-  append(file, atom(fourCC("mdat"), {Bytes(1)}));
-  append(file, atom(fourCC("moov"), {movieHeader(), track(description, sampleOffset)}));
+  append(file, atom(code::mdat, {Bytes(1)}));
+  append(file, atom(code::moov, {movieHeader(), track(description, sampleOffset)}));
   return file;
 }
 

@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "movie/atoms/AtomTypes.h"
 #include "movie/decode/ffmpeg/SampleDecoder.h"
 
 extern "C" {
@@ -60,20 +61,20 @@ AVCodecID mp4aCodec(std::uint8_t objectType) {
 /// The types that need a look at the description.
 AVCodecID describedCodec(const SoundDescription& description) {
   switch (description.codec) {
-    case fourCC("raw "):
-    case fourCC("NONE"):
+    case code::raw:
+    case code::none:
       return description.bits <= 8 ? AV_CODEC_ID_PCM_U8 : integerCodec(description.bits, true);
-    case fourCC("twos"):
+    case code::twos:
       return integerCodec(description.bits, true);
-    case fourCC("sowt"):
+    case code::sowt:
       return integerCodec(description.bits, false);
-    case fourCC("in24"):
+    case code::in24:
       return integerCodec(24, description.bigEndian);
-    case fourCC("in32"):
+    case code::in32:
       return integerCodec(32, description.bigEndian);
-    case fourCC("fl32"):
+    case code::fl32:
       return floatCodec(32, description.bigEndian);
-    case fourCC("fl64"):
+    case code::fl64:
       return floatCodec(64, description.bigEndian);
     case fourCC("lpcm"):
       return lpcmCodec(description);
@@ -86,10 +87,10 @@ AVCodecID describedCodec(const SoundDescription& description) {
 
 AVCodecID codecOf(const SoundDescription& description) {
   constexpr std::array<std::pair<FourCC, AVCodecID>, 8> plain{{
-      {fourCC("ulaw"), AV_CODEC_ID_PCM_MULAW},
-      {fourCC("alaw"), AV_CODEC_ID_PCM_ALAW},
-      {fourCC("ima4"), AV_CODEC_ID_ADPCM_IMA_QT},
-      {fourCC("alac"), AV_CODEC_ID_ALAC},
+      {code::ulaw, AV_CODEC_ID_PCM_MULAW},
+      {code::alaw, AV_CODEC_ID_PCM_ALAW},
+      {code::ima4, AV_CODEC_ID_ADPCM_IMA_QT},
+      {code::alac, AV_CODEC_ID_ALAC},
       {fourCC("ac-3"), AV_CODEC_ID_AC3},
       {fourCC("ec-3"), AV_CODEC_ID_EAC3},
       {fourCC(".mp3"), AV_CODEC_ID_MP3},
