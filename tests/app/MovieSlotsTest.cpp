@@ -81,6 +81,17 @@ TEST_F(MovieSlots, HoldAMasterAndAnIndependentDisplayCopy) {
   }
 }
 
+TEST_F(MovieSlots, MarkBothDisplayCopiesEditableWhicheverSideIsLoaded) {
+  for (const char* type : {"source", "dest"}) {
+    load(plainMovie(), retaggedMovie());
+    controller().sourceQTDisplayMov()->setEditable(false);
+    controller().destQTDisplayMov()->setEditable(false);
+    controller().loadQTMovieWithPath(darkerMovie(), type);
+    EXPECT_TRUE(controller().sourceQTDisplayMov()->isEditable()) << type;
+    EXPECT_TRUE(controller().destQTDisplayMov()->isEditable()) << type;
+  }
+}
+
 TEST_F(MovieSlots, ShowPathAndRememberIt) {
   load(plainMovie(), retaggedMovie());
   EXPECT_EQ(sourcePath(), plainMovie());
