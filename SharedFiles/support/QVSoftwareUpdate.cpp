@@ -27,19 +27,19 @@ QString temporaryPath(const PathPlatform& paths) {
   return QVLocalPaths::tempDirectory(paths) + updaterName;
 }
 
-/// Takes from the group what it may write to in a tree. False, with as much done as could be, where something stood
-/// against it.
-bool takeFromTheGroup(const QString& tree) {
+/// Takes the right to write from the group of everything in a tree, as far as that can be done.
+void takeFromTheGroup(const QString& tree) {
   namespace fs = std::filesystem;
   const fs::path top(tree.toStdString());
-  std::error_code error;
-  const auto take = [&error](const fs::path& path) {
-    if (!fs::is_symlink(path)) fs::permissions(path, fs::perms::group_write, fs::perm_options::remove, error);
+  const auto take = [](const fs::path& path) {
+    std::error_code ignored;
+    if (fs::is_symlink(path, ignored)) return;
+    fs::permissions(path, fs::perms::group_write, fs::perm_options::remove, ignored);
   };
   take(top);
+  std::error_code error;
   fs::recursive_directory_iterator entry(top, error);
   for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) take(entry->path());
-  return !error;
 }
 
 /// The path of the copy. One copy is made at a time, in a folder of its own until the group can no longer change it.
@@ -53,7 +53,8 @@ QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths)
   }
   const QTemporaryDir own(QVLocalPaths::tempDirectory(paths) + QStringLiteral("/updater-XXXXXX"));
   const QString made = own.path() + updaterName;
-  if (own.isValid() && QVFileManager::copyFile(updater, made, false, files) && takeFromTheGroup(made)) {
+  if (own.isValid() && QVFileManager::copyFile(updater, made, false, files)) {
+    takeFromTheGroup(made);
     QVFileManager::moveFile(made, copy, false, files);
   }
   return copy;
