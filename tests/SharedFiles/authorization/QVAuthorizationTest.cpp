@@ -327,12 +327,13 @@ TEST_F(PrivilegedFiles, AreChangedForTheSuperuserByTheSameCommandLinesAndNotWait
                                                   {"started", "/bin/rm", "-Rdf", at("absent")},
                                                   {"started", "/bin/rm", "-R", "-f", at("folder/entry")},
                                                   {"started", "/bin/rm", "-Rdf", at(".Trash/file")}}));
-  EXPECT_TRUE(root.authTrashFile(at("file")));
-  EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"started", "/bin/mv", "-f", at("file"), at(".Trash/file")}}));
+  write("other", "1");
+  EXPECT_TRUE(root.authTrashFile(at("other")));
+  EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"started", "/bin/mv", "-f", at("other"), at(".Trash/other")}}));
   EXPECT_EQ(root.authExecTask("/bin/true", {"a", "b"}, false), 0);
   EXPECT_EQ(root.authExecTask("/bin/true", {}), 0);
   EXPECT_EQ(superusersRuns(), (QList<QStringList>{{"waited for", "/bin/true", "a", "b"}, {"started", "/bin/true"}}));
-  EXPECT_TRUE(eventually([&] { return stands(".Trash/file") && stands("made") && stands("copied"); }));
+  EXPECT_TRUE(eventually([&] { return stands(".Trash/other") && stands("made") && stands("copied"); }));
 }
 
 TEST_F(PrivilegedFiles, GoToTheTrashOfTheUserWhoBecameSuperuser) {
