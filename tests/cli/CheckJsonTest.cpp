@@ -16,7 +16,7 @@ using check::MetadataFindings;
 using testing::ElementsAre;
 
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-const movie::MovieError noFrame{"a.mov", "", 0, "no decoder"};
+const movie::MovieError noFrame{"a.mov", "", 0, movie::verbatim("no decoder")};
 
 CheckOutcome outcomeOf(double commonDiff, const MetadataFindings& findings = {true, true, true}) {
   CheckOutcome outcome;
