@@ -35,9 +35,11 @@ std::optional<std::pair<std::uint64_t, std::uint64_t>> dataFrom(int file, std::u
   return std::pair(first, hole <= begin ? end : std::min(end, static_cast<std::uint64_t>(hole)));
 }
 
-/// Whether an errno of copy_file_range says that it does not copy between these two files, and nothing of the files.
+/// Whether reading and writing may do what copy_file_range answers that errno to: it does not copy between these two
+/// files, or cannot tell which of them it is that fails. Servers answer ENOENT and ETXTBSY where they mean the first.
 bool meansByHand(int code) {
-  return code == EXDEV || code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM;
+  return code == EXDEV || code == EINVAL || code == ENOSYS || code == EOPNOTSUPP || code == EPERM || code == EIO ||
+         code == ENOENT || code == ETXTBSY;
 }
 
 }  // namespace
@@ -118,7 +120,9 @@ Result<void> copyContents(FileRef from, FileRef to, const std::stop_token& stop,
     return failure(errno, Step::Resize, std::string(to.path));
   }
   const auto size = static_cast<std::uint64_t>(end);
-  // What has been added since; all of a file that does not tell its size.
+  // What has been added since; all of a file that does not tell its size. Where nothing is left, the kernel could
+  // refuse the place that nothing would be written to.
+  copying.goOnByHand();
   auto rest = copying.copy(from, {size, largestOffset - size, size});
   return rest ? Result<void>() : tl::make_unexpected(rest.error());
 }

@@ -22,8 +22,8 @@ std::vector<CopiedRun> withoutHoles(int file, const CopiedRun& run);
 using CopyProgress = std::function<bool(std::uint64_t done)>;
 
 /// Copies runs of bytes into one file: inside the kernel in pieces of 64 MiB, where blocks may be shared, or by reading
-/// and writing where the kernel does not copy between these files (EXDEV, EINVAL, ENOSYS, EOPNOTSUPP, EPERM, or nothing
-/// copied). Any other failure, EIO too, is an error at once. Used by one thread.
+/// and writing where the kernel does not copy between these files, or fails with EIO: reading and writing tell which of
+/// the two it is. Any other failure is an error at once. Used by one thread.
 class FileCopying {
  public:
   /// When the bytes go to the disk: later, as the system likes, or at once, so that a sync at the end finds it done.
@@ -35,6 +35,8 @@ class FileCopying {
 
   /// How many bytes it was: fewer than the run has when the file ends before.
   Result<std::uint64_t> copy(FileRef from, CopiedRun run);
+  /// Reads and writes from now on.
+  void goOnByHand() { inKernel_ = false; }
 
  private:
   Result<std::uint64_t> copyPiece(FileRef from, const CopiedRun& run);

@@ -1,5 +1,6 @@
 #include "SharedFiles/crash/CrashDetector.h"
 
+#include <QFileInfo>
 #include <algorithm>
 #include <filesystem>
 #include <utility>
@@ -165,6 +166,8 @@ void CrashDetector::chownPlist(const QString& path) const {
   const QStringList components = path.split(u'/', Qt::SkipEmptyParts);
   const qsizetype users = components.indexOf(QLatin1String("Users"));
   if (users < 0 || users + 1 == components.size()) return;
+  // The tool would follow a link, and give away what it leads to.
+  if (QFileInfo(path).isSymLink()) return;
   const ToolCommand chown = environment_.tools.changeOwner(components[users + 1], absolutePath(path));
   environment_.runTask(chown.path, chown.arguments, secondsForChown);
 }

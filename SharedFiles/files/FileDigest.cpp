@@ -40,13 +40,20 @@ class Questions {
   explicit Questions(const std::function<bool()>& shouldContinue)
       : state_(shouldContinue ? std::make_shared<State>(shouldContinue) : nullptr) {}
 
+  ~Questions() {
+    if (state_) state_->over = true;
+  }
+  Questions(const Questions&) = delete;
+  Questions& operator=(const Questions&) = delete;
+
   void ask() {
     if (!state_ || state_->waiting.fetch_add(1) != 0) return;
-    calls_.add([state = state_] {
+    const bool begun = calls_.add([state = state_] {
       do {
         if (!state->shouldContinue()) state->refused = true;
-      } while (state->waiting.fetch_sub(1) > 1);
+      } while (state->waiting.fetch_sub(1) > 1 && !state->over);
     });
+    if (!begun) state_->waiting = 0;
   }
   bool areRefused() const { return state_ && state_->refused; }
 
@@ -55,7 +62,7 @@ class Questions {
     explicit State(std::function<bool()> question) : shouldContinue(std::move(question)) {}
     const std::function<bool()> shouldContinue;
     std::atomic<quint64> waiting = 0;
-    std::atomic<bool> refused = false;
+    std::atomic<bool> refused = false, over = false;
   };
   const std::shared_ptr<State> state_;
   BackgroundCalls calls_;

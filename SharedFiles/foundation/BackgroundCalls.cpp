@@ -35,16 +35,17 @@ BackgroundCalls::~BackgroundCalls() {
   queue_->changed.notify_one();
 }
 
-void BackgroundCalls::add(std::function<void()> call) {
+bool BackgroundCalls::add(std::function<void()> call) {
   const std::lock_guard guard(queue_->mutex);
   if (!queue_->started) {
     try {
       std::thread([queue = queue_] { queue->run(); }).detach();
     } catch (const std::system_error&) {
-      return;
+      return false;
     }
     queue_->started = true;
   }
   queue_->waiting.push_back(std::move(call));
   queue_->changed.notify_one();
+  return true;
 }

@@ -12,8 +12,8 @@ class BackgroundCalls {
   BackgroundCalls(const BackgroundCalls&) = delete;
   BackgroundCalls& operator=(const BackgroundCalls&) = delete;
 
-  /// Where the system gives no thread, the call is dropped.
-  void add(std::function<void()> call);
+  /// Where the system gives no thread, the call is dropped and the answer is false.
+  bool add(std::function<void()> call);
 
  private:
   struct Queue;

@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QSaveFile>
 #include <utility>
 
@@ -47,7 +48,7 @@ std::optional<QString> LogFolder::startGeneration() const {
 
 std::optional<QString> LogFolder::rotate() const {
   const QString oldest = path_ + formatLog("/%@.5.log", name_);
-  if (!QFile::remove(oldest)) QDir(oldest).removeRecursively();
+  if (!QFile::remove(oldest) && !QFileInfo(oldest).isSymLink()) QDir(oldest).removeRecursively();
   for (int number = generations - 1; number >= 1; --number) {
     const QString from = generation(number);
     const QString to = generation(number + 1);

@@ -23,7 +23,10 @@ class BinaryShape {
   }
 
  private:
-  enum Kind : quint64 { integer = 1, array = 0xA, set = 0xC, dictionary = 0xD };
+  enum Kind : quint64 { integer = 1, data = 4, ascii = 5, utf16 = 6, array = 0xA, set = 0xC, dictionary = 0xD };
+
+  // An object may be referred to many times, and becomes as many.
+  static constexpr quint64 mostParts = 1'000'000, mostBytes = quint64{64} << 20U;
 
   /// Nothing where the bytes end before, and for a width that no number has.
   std::optional<quint64> number(quint64 at, quint64 width) const {
@@ -35,25 +38,42 @@ class BinaryShape {
   }
 
   bool isSound(quint64 object, int depth) {
-    if (object >= objects_ || depth > deepest_ || ++parts_ > size_) return false;
+    if (object >= objects_ || depth > deepest_ || ++parts_ > mostParts) return false;
     const auto offset = number(table_ + object * offsetSize_, offsetSize_);
     const auto marker = offset ? number(*offset, 1) : std::nullopt;
     if (!marker || *marker >> 4 == set) return false;
     const quint64 kind = *marker >> 4;
+    if (kind == data || kind == ascii || kind == utf16) return holdsFewBytes(kind, *offset);
     return (kind != array && kind != dictionary) || holdsSoundParts(kind, *offset, depth);
   }
 
-  bool holdsSoundParts(quint64 kind, quint64 offset, int depth) {
+  struct Run {
+    quint64 count, first;
+  };
+
+  /// How many parts an object has, and where they begin. Nothing for a count that the file cannot hold.
+  std::optional<Run> partsOf(quint64 offset) const {
     constexpr quint64 countFollows = 0xF;
-    quint64 count = *number(offset, 1) & countFollows, first = offset + 1;
-    if (count == countFollows) {
-      const quint64 size = number(first, 1).value_or(0);
-      const auto counted =
-          size >> 4 == integer && (size & 0xF) <= 3 ? number(first + 1, 1U << (size & 0xF)) : std::nullopt;
-      if (!counted || *counted > size_) return false;
-      count = *counted;
-      first += 1 + (quint64{1} << (size & 0xF));
-    }
+    const quint64 count = *number(offset, 1) & countFollows, first = offset + 1;
+    if (count != countFollows) return Run{count, first};
+    const quint64 size = number(first, 1).value_or(0);
+    const auto counted =
+        size >> 4 == integer && (size & 0xF) <= 3 ? number(first + 1, 1U << (size & 0xF)) : std::nullopt;
+    if (!counted || *counted > size_) return std::nullopt;
+    return Run{*counted, first + 1 + (quint64{1} << (size & 0xF))};
+  }
+
+  bool holdsFewBytes(quint64 kind, quint64 offset) {
+    const auto parts = partsOf(offset);
+    if (!parts) return false;
+    text_ += kind == utf16 ? 2 * parts->count : parts->count;
+    return text_ <= mostBytes;
+  }
+
+  bool holdsSoundParts(quint64 kind, quint64 offset, int depth) {
+    const auto parts = partsOf(offset);
+    if (!parts) return false;
+    const auto [count, first] = *parts;
     const quint64 references = kind == dictionary ? 2 * count : count;
     for (quint64 i = 0; i < references; ++i) {
       const auto part = number(first + i * referenceSize_, referenceSize_);
@@ -65,7 +85,7 @@ class BinaryShape {
   const QByteArray& bytes_;
   const quint64 size_;
   const int deepest_;
-  quint64 offsetSize_ = 0, referenceSize_ = 0, objects_ = 0, table_ = 0, parts_ = 0;
+  quint64 offsetSize_ = 0, referenceSize_ = 0, objects_ = 0, table_ = 0, parts_ = 0, text_ = 0;
 };
 
 }  // namespace

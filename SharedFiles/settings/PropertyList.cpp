@@ -167,7 +167,9 @@ std::optional<QVariant> valueOf(plist_t node) {
     case PLIST_STRING: {
       std::uint64_t length = 0;
       const char* text = plist_get_string_ptr(node, &length);
-      return QVariant(QString::fromUtf8(text, static_cast<qsizetype>(length)));
+      const QString string = QString::fromUtf8(text, static_cast<qsizetype>(length));
+      if (string.contains(QChar(u'\0'))) return std::nullopt;  // could not be written again
+      return QVariant(string);
     }
     case PLIST_DATE:
       return dateOf(node);

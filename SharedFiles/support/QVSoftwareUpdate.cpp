@@ -55,6 +55,9 @@ QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths)
   const QString made = own.path() + updaterName;
   if (own.isValid() && QVFileManager::copyFile(updater, made, false, files)) {
     takeFromTheGroup(made);
+    std::error_code ignored;  // a folder that its owner may not write to goes into no other folder
+    std::filesystem::permissions(made.toStdString(), std::filesystem::perms::owner_write,
+                                 std::filesystem::perm_options::add, ignored);
     QVFileManager::moveFile(made, copy, false, files);
   }
   return copy;

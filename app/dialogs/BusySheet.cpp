@@ -57,8 +57,9 @@ class BusySheet : public QDialog {
     if (line_ != nullptr) line_->setText(work_.progress());
     if (work_.fraction) bar_->setValue(static_cast<int>(work_.fraction() * fullScale));
     const QWidget* const modal = QApplication::activeModalWidget();
-    if (modal != nullptr && modal != this) giveWay();
-    if (!gaveWay_ && !isVisible() && sinceBegin_.elapsed() >= shortest) show();
+    isAsked_ = modal != nullptr && modal != this;
+    if (isAsked_) hide();
+    if (!covers() && !gaveWay_ && sinceBegin_.elapsed() >= shortest) show();
   }
   /// Cancelling does not take the sheet away: the work ends when it comes to that.
   void reject() override {
@@ -66,12 +67,13 @@ class BusySheet : public QDialog {
     buttons_->setEnabled(false);
     label_->setText(tr("Cancelling…"));
   }
+  /// For good: the application quits.
   void giveWay() {
     gaveWay_ = true;
     hide();
   }
-  /// Whether the user's input can do no harm: the sheet, or a question of the work's, stands before the window.
-  bool covers() const { return isVisible() || gaveWay_; }
+  /// Whether the user's input can do no harm: the sheet, or a question, stands before the window.
+  bool covers() const { return isVisible() || isAsked_; }
 
  protected:
   /// Whoever closes it cancels. Only quitting takes it away.
@@ -87,7 +89,7 @@ class BusySheet : public QDialog {
   QProgressBar* bar_;
   QDialogButtonBox* buttons_;
   QElapsedTimer sinceBegin_;
-  bool gaveWay_ = false;
+  bool gaveWay_ = false, isAsked_ = false;
 };
 
 void showUntil(const std::atomic<bool>& finished, BusySheet& sheet) {

@@ -7,14 +7,28 @@
 #include <QFileSystemModel>
 #include <QSortFilterProxyModel>
 
-#include "movie/atoms/MovieFile.h"
+#include "movie/atoms/AtomTypes.h"
+#include "movie/atoms/FileAtoms.h"
 
 namespace {
 
+/// By its first atoms alone: every file of a folder is asked while the panel is drawn.
 bool isQuickTimeMovie(const QFileInfo& file) {
+  constexpr int firstAtoms = 64;
   if (!file.isFile()) return false;
-  const auto opened = movie::MovieFile::open(QFile::encodeName(file.filePath()).toStdString());
-  return opened && (*opened)->isQuickTime();
+  const auto opened = movie::ReadableFile::open(QFile::encodeName(file.filePath()).toStdString());
+  if (!opened) return false;
+  movie::FileAtoms atoms(*opened);
+  for (int count = 0; count < firstAtoms; ++count) {
+    const auto atom = atoms.next();
+    if (!atom) return false;
+    if (atom->type == movie::code::moov) return true;
+    if (atom->type != movie::code::ftyp) continue;
+    const auto brand = opened->read(atom->bodyOffset(), sizeof(movie::FourCC));
+    if (!brand || brand->size() < sizeof(movie::FourCC) || movie::read32(*brand, 0) != movie::fourCC("qt  "))
+      return false;
+  }
+  return false;
 }
 
 /// Folders, and the files of the types; in the order of the model below, which puts folders first.

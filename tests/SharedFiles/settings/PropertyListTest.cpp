@@ -232,6 +232,21 @@ TEST(PropertyList, RefusesBinaryListsThatNeverEnd) {
   EXPECT_FALSE(PropertyList::fromBytes(binaryList(doubling << "\x09"))) << "2^40 truth values";
 }
 
+TEST(PropertyList, RefusesBinaryListsThatSayALongTextAgainAndAgain) {
+  const auto tripled = [](char times, const QByteArray& text) {
+    QList<QByteArray> objects;
+    for (char i = 1; i <= times; ++i) objects.append("\xa3" + QByteArray(3, i));
+    return binaryList(objects << "\x5f\x10" + QByteArray(1, static_cast<char>(text.size())) + text);
+  };
+  EXPECT_TRUE(PropertyList::fromBytes(tripled(3, QByteArray(120, 'a'))));
+  EXPECT_FALSE(PropertyList::fromBytes(tripled(12, QByteArray(150, 'a')))) << "80 MB of a file of 250 bytes";
+}
+
+TEST(PropertyList, ReadsNoTextThatItCouldNotWriteAgain) {
+  const auto value = PropertyList::fromBytes(binaryList({QByteArray("\x62\0a\0\0", 5)}));
+  EXPECT_TRUE(!value || PropertyList::toBytes(*value));
+}
+
 TEST(PropertyList, RefusesMalformedBinaryLists) {
   const QByteArray good = anothersBinaryList();
   QList<QByteArray> refused = {"bplist00",
