@@ -40,18 +40,12 @@ class Questions {
   explicit Questions(const std::function<bool()>& shouldContinue)
       : state_(shouldContinue ? std::make_shared<State>(shouldContinue) : nullptr) {}
 
-  ~Questions() {
-    if (state_) state_->over = true;
-  }
-  Questions(const Questions&) = delete;
-  Questions& operator=(const Questions&) = delete;
-
   void ask() {
     if (!state_ || state_->waiting.fetch_add(1) != 0) return;
     const bool begun = calls_.add([state = state_] {
       do {
         if (!state->shouldContinue()) state->refused = true;
-      } while (state->waiting.fetch_sub(1) > 1 && !state->over);
+      } while (state->waiting.fetch_sub(1) > 1);
     });
     if (!begun) state_->waiting = 0;
   }
@@ -62,7 +56,7 @@ class Questions {
     explicit State(std::function<bool()> question) : shouldContinue(std::move(question)) {}
     const std::function<bool()> shouldContinue;
     std::atomic<quint64> waiting = 0;
-    std::atomic<bool> refused = false, over = false;
+    std::atomic<bool> refused = false;
   };
   const std::shared_ptr<State> state_;
   BackgroundCalls calls_;

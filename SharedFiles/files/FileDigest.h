@@ -26,5 +26,5 @@ class FileDigest {
 
 /// The digest of a file's bytes, or nil, with a line in the log, when it cannot be read. `shouldContinue`, where there
 /// is one, is asked on a background thread once for each block of 64 KiB, and not waited for; once it has answered no,
-/// the answer is nil. One that answers slowly may be asked once more after the return.
+/// the answer is nil. A slow one is still asked after the return.
 QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::function<bool()>& shouldContinue = {});

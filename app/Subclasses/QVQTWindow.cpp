@@ -85,7 +85,7 @@ bool QVQTWindow::performKeyEquivalent(QKeyEvent& event) {
   } else if (firstResponder != nullptr && usesItself(*firstResponder, event)) {
     return true;
   }
-  return QMainWindow::event(&event);
+  return false;
 }
 
 /// Sees each key before the control in focus and the shortcuts do.

@@ -15,7 +15,7 @@ class QVQTWindow : public QMainWindow {
 
   /// performKeyEquivalent: Qt's question (ShortcutOverride) about a key that was pressed in this window. True when the
   /// control in focus has a use for it, and then it gets the press too; an arrow has moved the cursor of a text
-  /// already. Otherwise the answer is the inherited one, and Qt goes on to the window's shortcuts.
+  /// already. Otherwise Qt goes on to the window's shortcuts.
   bool performKeyEquivalent(QKeyEvent& event);
   /// selectNextKeyView: gives the focus to the control after the one that has it, whoever asks.
   void selectNextKeyView(const QWidget* sender);

@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int shortest = 500, turn = 20;  // ms
+constexpr int shortest = 500, turn = 20, afterQuestion = 100;  // ms
 constexpr int narrowest = 280, fullScale = 1000;
 
 class BusySheet : public QDialog {
@@ -58,8 +58,12 @@ class BusySheet : public QDialog {
     if (work_.fraction) bar_->setValue(static_cast<int>(work_.fraction() * fullScale));
     const QWidget* const modal = QApplication::activeModalWidget();
     isAsked_ = modal != nullptr && modal != this;
-    if (isAsked_) hide();
-    if (!covers() && !gaveWay_ && sinceBegin_.elapsed() >= shortest) show();
+    if (isAsked_) {
+      hide();
+      sinceAsked_.restart();
+    }
+    const bool isOver = !sinceAsked_.isValid() || sinceAsked_.elapsed() >= afterQuestion;
+    if (!covers() && !gaveWay_ && isOver && sinceBegin_.elapsed() >= shortest) show();
   }
   /// Cancelling does not take the sheet away: the work ends when it comes to that.
   void reject() override {
@@ -88,7 +92,7 @@ class BusySheet : public QDialog {
   QLabel *label_, *line_ = nullptr;
   QProgressBar* bar_;
   QDialogButtonBox* buttons_;
-  QElapsedTimer sinceBegin_;
+  QElapsedTimer sinceBegin_, sinceAsked_;
   bool gaveWay_ = false, isAsked_ = false;
 };
 

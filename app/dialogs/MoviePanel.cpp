@@ -60,6 +60,6 @@ QFileDialog* makeMoviePanel(QWidget& window, const QString& title) {
   panel->setOption(QFileDialog::DontUseNativeDialog);
   panel->setOption(QFileDialog::HideNameFilterDetails);
   panel->setProxyModel(new OfferedFiles(panel));
-  panel->setNameFilter(QCoreApplication::translate("MoviePanel", "Movies (%1)").arg(u'*'));
+  panel->setNameFilter(QCoreApplication::translate("MoviePanel", "Movies (%1)").arg(QStringLiteral("*")));
   return panel;
 }

@@ -140,9 +140,7 @@ TEST_F(WindowKeys, AreOfferedToTheControlInFocusFirst) {
   field.setText("abc");
   field.setCursorPosition(1);
   EXPECT_TRUE(keeps(field, Qt::Key_Right));
-  EXPECT_EQ(field.cursorPosition(), 2);
-  EXPECT_TRUE(keeps(field, Qt::Key_Left));
-  EXPECT_EQ(field.cursorPosition(), 1);
+  EXPECT_EQ(field.cursorPosition(), 1) << "the press is still to come";
   EXPECT_TRUE(keeps(field, Qt::Key_A, Qt::ControlModifier));
   EXPECT_TRUE(keeps(field, Qt::Key_J));
   EXPECT_FALSE(keeps(field, Qt::Key_F11));

@@ -259,8 +259,7 @@ class Refusals(unittest.TestCase):
     """Every reason not to save has an entry."""
 
     UNITS = ["SaveSurvey", "SavePlacement", "WritableFile", "MetadataSave", "MovieEdit", "FlattenedCopy", "FlattenedLayout",
-             "ReplacementFile", "ExternalMedia", "MovieMap", "ChunkTables", "MediaExtents", "FileCopying", "ReadableFile",
-             "Movie", "MovieError"]
+             "ExternalMedia", "MovieMap", "ChunkTables", "MediaExtents", "ReadableFile", "Movie", "MovieError"]
     # What was being done when it happened, and the sentences that every reason stands in.
     OTHER = {"Meanwhile", "LookingAtFile", "ReadingFile", "WritingFile", "SyncingFile", "SettingLength", "SettingTime",
              "InAtom", "CannotRead", "CannotReadFile", "CannotSave", "CannotSaveFile", "Verbatim"}

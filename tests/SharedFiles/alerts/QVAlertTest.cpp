@@ -156,7 +156,7 @@ TEST_F(Alerts, WriteToStandardErrorAsTheSystemLog) {
   EXPECT_EQ(fullForm("m", window_.get(), nullptr, "missing:", true), -1);
   const std::string written = testing::internal::GetCapturedStderr();
   EXPECT_TRUE(
-      QRegularExpression("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} test_shared_desktop\\[\\d+:\\d+\\] "
+      QRegularExpression("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d\\.\\d{3} test_shared_alerts\\[\\d+:\\d+\\] "
                          "Alert error: delegate does not respond to selector missing:\n$")
           .match(QString::fromStdString(written))
           .hasMatch())
