@@ -21,7 +21,7 @@
 
 namespace {
 
-constexpr int shortest = 500, turn = 20, afterQuestion = 100;  // ms
+constexpr int shortest = 500, turn = 20, afterQuestion = 400;  // ms
 constexpr int narrowest = 280, fullScale = 1000;
 
 class BusySheet : public QDialog {
