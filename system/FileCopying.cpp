@@ -61,7 +61,7 @@ Result<std::uint64_t> FileCopying::copy(FileRef from, CopiedRun run) {
   const std::uint64_t size = run.size;
   while (run.size > 0) {
     if (progress_ && !progress_(done_)) return failure(ECANCELED, Step::Copy, std::string(to_.path));
-    const auto piece = copyPiece(from, run);
+    auto piece = copyPiece(from, run);
     if (!piece) return piece;
     if (*piece == 0) break;
     if (writeback_ == Writeback::AtOnce) {
