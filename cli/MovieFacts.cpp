@@ -12,7 +12,7 @@
 namespace cli {
 namespace {
 
-ProfileFacts factsOf(const movie::Bytes& profile) {
+ProfileFacts profileFactsOf(const movie::Bytes& profile) {
   const QByteArrayView bytes(profile.data(), static_cast<qsizetype>(profile.size()));
   const QByteArray hash = QCryptographicHash::hash(bytes.toByteArray(), QCryptographicHash::Sha256);
   return {profile.size(), hash.toHex().toStdString(), movie::profileDescription(profile)};
@@ -42,7 +42,7 @@ DescriptionFacts factsOf(const movie::ImageDescription& description) {
   facts.codec = movie::fourCCText(description.codec());
   facts.gammaFixed = description.gamma();
   facts.color = description.nclc();
-  if (const std::optional<movie::Bytes> profile = description.iccProfile()) facts.profile = factsOf(*profile);
+  if (const std::optional<movie::Bytes> profile = description.iccProfile()) facts.profile = profileFactsOf(*profile);
   return facts;
 }
 

@@ -7,7 +7,7 @@ namespace {
 
 __extension__ using Int128 = __int128;
 
-constexpr std::int32_t normalRate = 0x10000;
+constexpr std::int32_t unchangedRate = 0x10000;
 constexpr std::int64_t farthest = SoundTimeline::endless / 4;  // so that sums stay in range
 
 /// Units of a clock as frames, to the nearest.
@@ -31,7 +31,7 @@ SoundTimeline::SoundTimeline(const TrackInfo& track, std::int32_t movieTimeScale
     constexpr auto most = static_cast<std::uint64_t>(endless);
     position += std::min(edit.segmentDuration, most - std::min(position, most));
     segment.end = framesOf(position, movieScale, rate);
-    if (edit.mediaTime >= 0 && edit.mediaRate == normalRate) {
+    if (edit.mediaTime >= 0 && edit.mediaRate == unchangedRate) {
       segment.mediaFrame = framesOf(static_cast<std::uint64_t>(edit.mediaTime), mediaScale, rate);
     }
     if (segment.end > segment.start) segments_.push_back(segment);

@@ -179,7 +179,7 @@ def arguments(given):
 
 def measure(options, session):
     options.work.mkdir(parents=True, exist_ok=True)
-    definitions = ["CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", *options.definitions]
+    definitions = ["CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST", "CMAKE_UNITY_BUILD=OFF", *options.definitions]
     workplaces = [trials.Workplace(options.root, options.work / str(i), options.preset, definitions) for i in range(options.jobs)]
 
     def stop(*_):

@@ -18,7 +18,7 @@
 
 namespace {
 
-constexpr std::size_t blockSize = 65536;
+constexpr std::size_t digestBlockSize = 65536;
 
 const EVP_MD* methodOf(DigestAlgorithm algorithm) {
   switch (algorithm) {
@@ -98,7 +98,7 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
     QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", path);
     return {};
   }
-  const std::unique_ptr<char[]> block(new (std::nothrow) char[blockSize]);
+  const std::unique_ptr<char[]> block(new (std::nothrow) char[digestBlockSize]);
   if (!block) {
     QVLog::appendLog("Error reading file %@ - out of memory", path);
     return {};
@@ -106,7 +106,7 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
   FileDigest digest(algorithm);
   Questions questions(shouldContinue);
   for (;;) {
-    const ssize_t got = ::read(file.get(), block.get(), blockSize);
+    const ssize_t got = ::read(file.get(), block.get(), digestBlockSize);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) {
       QVLog::appendLog("Error reading file %@ - aborting...", path);

@@ -127,7 +127,7 @@ const char* padding(long number) {
   return number < 10 ? "0" : "";
 }
 
-QString padded(long number) {
+QString paddedField(long number) {
   return formatLog("%@%li", padding(number), number);
 }
 
@@ -149,7 +149,7 @@ QString withZerosForRunAtEnd(QString text) {
   return text;
 }
 
-/// The pieces between "." and ",", single characters padded, without separators, the last eight characters of it.
+/// The pieces between "." and ",", single characters paddedField, without separators, the last eight characters of it.
 QString typedDigits(const QString& text) {
   QString digits;
   for (const QString& piece : QString(text).replace(u',', u'.').split(u'.')) {
@@ -160,7 +160,7 @@ QString typedDigits(const QString& text) {
   return digits.right(8);
 }
 
-/// Pairs from the right with separators between them; a single first character is padded to a pair.
+/// Pairs from the right with separators between them; a single first character is paddedField to a pair.
 QString separatedPairs(const QString& digits, bool dropFrame) {
   if (digits.size() < 3) return digits;
   QString text = digits.size() % 2 == 0 ? digits : u'0' + digits;
@@ -292,8 +292,8 @@ QString QVTimecode::timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame, c
   const QTime time = moment.time();
   const int hundredths = time.msec() / 10;
   const double frames = std::floor(hundredths / 100.0 * frameRateFromTimebase(timebase, ntsc));
-  return formatLog("%@:%@:%@%@%@", padded(time.hour()), padded(time.minute()), padded(time.second()),
-                   separatorText(dropFrame), padded(truncatedInt(frames)));
+  return formatLog("%@:%@:%@%@%@", paddedField(time.hour()), paddedField(time.minute()), paddedField(time.second()),
+                   separatorText(dropFrame), paddedField(truncatedInt(frames)));
 }
 
 QString QVTimecode::sanitizeTimecodeForFilename(const QString& timecode) {

@@ -12,7 +12,7 @@ constexpr int largestStride = 16;
 constexpr std::size_t longestWalk =
     2000;  // frames of one stretch that has to be decoded forwards to be played backwards
 
-movie::MovieTime timeAt(std::int64_t micros) {
+movie::MovieTime timeFromStart(std::int64_t micros) {
   return {.value = std::max<std::int64_t>(micros, 0), .scale = 1000000};
 }
 
@@ -64,7 +64,7 @@ std::optional<Target> PicturePlan::nextWhileStill(const Wish& wish, const Render
   for (int i = 1; i <= predictedSteps; ++i) {
     const std::int64_t there = here->startMicros + i * wish.step;
     if (there < 0 || there > wish.clock.duration()) break;
-    const auto span = wish.movie->frameSpanAt(timeAt(there));
+    const auto span = wish.movie->frameSpanAt(timeFromStart(there));
     if (!span || frames.holds(span->startMicros, wish.size)) continue;
     if (wish.step > 0) return Target{.span = *span, .next = {}};
     fillChunk(wish, *span, framesHeld(frames) / 2);
@@ -83,7 +83,7 @@ std::optional<movie::FrameSpan> PicturePlan::candidate(const movie::Movie& movie
 
 std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedFrames& frames, std::int64_t position) {
   const movie::Movie& movie = *wish.movie;
-  const auto here = movie.frameSpanAt(timeAt(position));
+  const auto here = movie.frameSpanAt(timeFromStart(position));
   if (!here) return std::nullopt;
   constexpr std::size_t fewest = 2, most = 8;
   const std::size_t ahead = last_ ? frames.countBetween(position, last_->startMicros) : 0;
@@ -103,7 +103,7 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
     // It is over, or would be when it is made: go on with the one that will be on screen then.
     const std::int64_t done = std::min(position + lead, wish.clock.duration());
     fellBehind(*here, wish.clock.rate());
-    span = movie.frameSpanAt(timeAt(done));
+    span = movie.frameSpanAt(timeFromStart(done));
     if (!span) return std::nullopt;
   }
   last_ = span;
@@ -112,7 +112,7 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
 
 std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const RenderedFrames& frames, std::int64_t position) {
   const movie::Movie& movie = *wish.movie;
-  const auto here = movie.frameSpanAt(timeAt(position));
+  const auto here = movie.frameSpanAt(timeFromStart(position));
   if (!here) return std::nullopt;
   const bool inWork = !chunk_.empty();
   while (!chunk_.empty() && chunk_.back().startMicros > position) chunk_.pop_back();
@@ -127,7 +127,7 @@ std::optional<Target> PicturePlan::nextBackward(const Wish& wish, const Rendered
     }
     auto upper = here;
     if (lowest_ && *lowest_ <= here->startMicros) {
-      upper = movie.frameSpanBefore(timeAt(*lowest_));
+      upper = movie.frameSpanBefore(timeFromStart(*lowest_));
       for (int i = 1; i < stride_ && upper; ++i) upper = movie.frameSpanBefore(upper->start);
     }
     if (!upper || (lowest_ && *lowest_ <= here->startMicros && upper->startMicros >= *lowest_)) return std::nullopt;

@@ -4,7 +4,7 @@
 namespace cli::pages {
 namespace {
 
-constexpr auto opening =
+constexpr auto fishOpening =
     R"(# What the line names before the cursor: the subcommand or "none", how many movies, "files" after "--", and whether an
 # option there waits for its value.
 function __@NAME@_given
@@ -90,7 +90,7 @@ std::string fishCompletion(const CommandDescription& command) {
   for (const CommandDescription& each : command.subcommands) subcommands.push_back(each.name);
   for (const std::string& name : optionsTaking(command, Value::File)) valued.push_back(name);
 
-  std::string text = opening;
+  std::string text = fishOpening;
   for (const CommandDescription& each : command.subcommands) text += movieCase(each, each.name);
   text += movieCase(command, "none") + complete;
   for (const CommandDescription& each : command.subcommands)

@@ -4,7 +4,7 @@
 namespace cli::pages {
 namespace {
 
-constexpr auto opening = R"(#compdef @NAME@
+constexpr auto zshOpening = R"(#compdef @NAME@
 
 _@NAME@_movies() {
   _files -g '*.(#i)(@EXTENSIONS@)(-.)'
@@ -37,7 +37,7 @@ constexpr auto subcommandsOpening = R"(    '(-): :->first' \
       case $words[1] in
 )";
 
-constexpr auto closing = R"(        *)
+constexpr auto zshClosing = R"(        *)
           (( CURRENT <= @MOST@ )) && _@NAME@_movies && ret=0
           ;;
       esac
@@ -103,14 +103,14 @@ std::string subcommandCase(const CommandDescription& command) {
 }  // namespace
 
 std::string zshCompletion(const CommandDescription& command) {
-  std::string text = opening, subcommands;
+  std::string text = zshOpening, subcommands;
   for (const OptionDescription& option : command.options) text += optionSpecs(option, "    ");
   text += subcommandsOpening;
   for (const CommandDescription& each : command.subcommands) {
     text += subcommandCase(each);
     subcommands += "    " + shellQuoted(each.name + ":" + each.description) + '\n';
   }
-  text += closing;
+  text += zshClosing;
   text = replaced(text, "@SUBCOMMANDS@", subcommands);
   text = replaced(text, "@MOST@", std::to_string(mostArguments(command)));
   text = replaced(text, "@EXTENSIONS@", joined(movieExtensions, "|"));

@@ -5,14 +5,14 @@
 namespace movie {
 
 namespace {
-constexpr std::uint32_t shortHeader = 8;
-constexpr std::uint64_t longHeader = 16;
+constexpr std::uint32_t shortestHeader = 8;
+constexpr std::uint64_t longestHeader = 16;
 constexpr std::size_t windowSize = 512;
 }  // namespace
 
 /// Makes the window hold the header at at_, as far as the file goes.
 bool FileAtoms::load() {
-  if (at_ >= windowAt_ && at_ + longHeader <= windowAt_ + window_.size()) return true;
+  if (at_ >= windowAt_ && at_ + longestHeader <= windowAt_ + window_.size()) return true;
   auto bytes = file_.read(at_, windowSize);
   if (!bytes) {
     read_ = tl::make_unexpected(std::move(bytes).error());
@@ -36,7 +36,7 @@ std::optional<Atom> FileAtoms::next() {
   const std::uint64_t left = end_ - at_;
   auto [atom, defect] = readAtomHeader(there, at_, left);
   const bool toTheEnd = atom.size == 0 && left >= atom.headerSize && there.size() >= atom.headerSize;
-  if (toTheEnd && atom.headerSize == shortHeader) {
+  if (toTheEnd && atom.headerSize == shortestHeader) {
     atom.size = left;
     defect = AtomDefect::None;
   }

@@ -29,7 +29,7 @@ struct TopLevel {
   FourCC majorBrand = 0;
 };
 
-constexpr std::uint64_t longestDuration = std::uint64_t{1} << 62;
+constexpr std::uint64_t longestShown = std::uint64_t{1} << 62;
 
 /// Why a walk that came to its end found none.
 tl::unexpected<MovieError> noMovieAtom(const ReadableFile& file, const FileAtoms& walk) {
@@ -102,7 +102,7 @@ Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& movie, BytesOrigin& o
 std::uint64_t rescaled(std::uint64_t value, std::int32_t from, std::int32_t to) {
   const auto source = static_cast<std::uint64_t>(from);
   const auto target = static_cast<std::uint64_t>(to);
-  if (value / source >= longestDuration / target) return longestDuration;
+  if (value / source >= longestShown / target) return longestShown;
   return value / source * target + value % source * target / source;
 }
 
@@ -224,7 +224,7 @@ void MovieFile::settleDurations() {
     }
     if (fragmented_ || track.duration == 0) {
       std::uint64_t shown = track.edits.empty() ? rescaled(track.mediaDuration, track.mediaTimeScale, timeScale_) : 0;
-      for (const EditListEntry& edit : track.edits) shown = std::min(shown + edit.segmentDuration, longestDuration);
+      for (const EditListEntry& edit : track.edits) shown = std::min(shown + edit.segmentDuration, longestShown);
       track.duration = std::max(track.duration, shown);
     }
   }

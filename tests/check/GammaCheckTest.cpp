@@ -28,7 +28,7 @@ Report operator+(Report report, const Report& more) {
   return report;
 }
 
-Report noPixelShift(bool mismatch) {
+Report withoutPixelShift(bool mismatch) {
   RecordedReport report;
   reportPixels(0, mismatch, report);
   return report.paragraphs();
@@ -141,7 +141,7 @@ TEST(GammaCheck, ReportsEveryCombinationOfMetadataWordForWord) {
         const Checked checked = checkOf(movieFile({entryOf(together(gamma.source, color.source, profile.source))}),
                                         movieFile({entryOf(together(gamma.dest, color.dest, profile.dest))}));
         const bool mismatch = !gamma.match || !color.match || !profile.match;
-        ASSERT_EQ(checked.report, opening + gamma.lines + color.lines + profile.lines + noPixelShift(mismatch));
+        ASSERT_EQ(checked.report, opening + gamma.lines + color.lines + profile.lines + withoutPixelShift(mismatch));
         ASSERT_TRUE(checked.outcome.metadata);
         EXPECT_EQ(checked.outcome.metadata->gammaMatch, gamma.match);
         EXPECT_EQ(checked.outcome.metadata->colorMatch, color.match);
@@ -167,7 +167,7 @@ TEST(GammaCheck, SkipsTheMetadataWithoutAWordWhenEitherMovieHasNoVideoTrack) {
   for (const auto& [source, dest] : {std::pair(video, sound), std::pair(sound, video), std::pair(sound, sound)}) {
     const test::CapturedLog log;
     const Checked checked = checkOf(source, dest);
-    EXPECT_EQ(checked.report, opening + noPixelShift(false));
+    EXPECT_EQ(checked.report, opening + withoutPixelShift(false));
     EXPECT_FALSE(checked.outcome.metadata);
     EXPECT_THAT(log.texts(), testing::Not(testing::Contains(testing::HasSubstr("ImageDescription"))));
   }
@@ -184,7 +184,7 @@ TEST(GammaCheck, TreatsAMissingFrameAsAnEmptyBitmapAndSaysWhichItWas) {
 }
 
 TEST(GammaCheck, LogsItsStepsInOrder) {
-  const Report verdict = noPixelShift(true);
+  const Report verdict = withoutPixelShift(true);
   const test::CapturedLog log;
   checkOf(movieFile({entryOf({}), entryOf({})}), movieFile({entryOf({nclcExtension(1, 2, 3)})}));
   const std::string nclc = std::to_string(movie::fourCC("nclc"));

@@ -10,7 +10,7 @@
 namespace check {
 namespace {
 
-const QString noPixelShift = QStringLiteral(
+const QString pixelsUnshifted = QStringLiteral(
     "No noticeable gamma shift detected on destination movie's pixels. This is either because the source and "
     "destination frames do not match closely enough or because the gamma shift is occurring in metadata.");
 const QString noShiftAtAll = QStringLiteral("No noticeable gamma shift was found.");
@@ -69,7 +69,7 @@ class UnshiftedReport : public testing::TestWithParam<UnshiftedRow> {};
 
 TEST_P(UnshiftedReport, SaysThatThePixelsShowNoShift) {
   const UnshiftedRow row = GetParam();
-  const ReportParagraph first{noPixelShift, ReportStyle::Bold};
+  const ReportParagraph first{pixelsUnshifted, ReportStyle::Bold};
   EXPECT_THAT(reportOf(row.v, false), testing::ElementsAre(first, ReportParagraph{noShiftAtAll, ReportStyle::Bold}));
   EXPECT_THAT(reportOf(row.v, true), testing::ElementsAre(first, ReportParagraph{shiftInMetadata, ReportStyle::Bold}));
   EXPECT_EQ(pixelShiftOf(row.v), row.shift);

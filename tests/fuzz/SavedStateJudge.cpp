@@ -10,7 +10,7 @@ using movie::Bytes;
 using movie::ByteView;
 using movie::fourCC;
 
-constexpr std::uint64_t mostSamples = 500;  // of a track
+constexpr std::uint64_t mostJudged = 500;  // of a track
 
 std::optional<TopAtom> firstMovie(const std::vector<TopAtom>& atoms) {
   const auto found =
@@ -59,7 +59,7 @@ SavedStateJudge::SavedStateJudge(const Bytes& before, const movie::MovieFile& mo
     old_.assign(view.begin(), view.end());
   }
   for (std::size_t track = 0; track < movie.tracks().size(); ++track) {
-    const std::uint64_t count = std::min(movie.tracks()[track].sampleCount, mostSamples);
+    const std::uint64_t count = std::min(movie.tracks()[track].sampleCount, mostJudged);
     for (std::uint64_t sample = 0; sample < count; ++sample) {
       const auto place = movie.locateSample(track, sample);
       if (!place) continue;

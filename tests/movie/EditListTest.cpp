@@ -15,15 +15,11 @@ std::int64_t frameAt(const TrackInfo& track, std::int32_t movieScale, const Samp
   return sample ? static_cast<std::int64_t>(sample->index) : -1;
 }
 
-struct Rate {
-  std::int32_t mediaScale;
-  std::uint32_t frameDuration;
-};
-const Rate rates[] = {{24000, 1001}, {30000, 1001}, {60000, 1001}, {24, 1},       {25, 1},       {12800, 512},
-                      {600, 25},     {600, 20},     {2997, 100},   {90000, 3753}, {90000, 3003}, {1000000, 16683}};
+const FrameRate rates[] = {{24000, 1001}, {30000, 1001}, {60000, 1001}, {24, 1},       {25, 1},       {12800, 512},
+                           {600, 25},     {600, 20},     {2997, 100},   {90000, 3753}, {90000, 3003}, {1000000, 16683}};
 
 TEST(EditList, FindsEachFrameAtItsExactStart) {
-  for (const Rate& rate : rates) {
+  for (const FrameRate& rate : rates) {
     const auto frames = 10 * static_cast<std::uint64_t>(rate.mediaScale) / rate.frameDuration;
     const SampleTable samples = evenFrames(frames, rate.frameDuration);
     const TrackInfo track = trackOf(rate.mediaScale);
@@ -41,7 +37,7 @@ TEST(EditList, FindsEachFrameAtItsExactStart) {
 // The time of frame n as the time helpers give it: floor(scale * (n / fps)) in double precision, which lands up to one
 // unit of the movie's time scale before the frame's start, and at times a whole unit where the start is a whole number.
 TEST(EditList, FindsEachFrameAtTheTimeOfItsTimecode) {
-  for (const Rate& rate : rates) {
+  for (const FrameRate& rate : rates) {
     for (const std::uint64_t frames : {240U, 600U, 599U}) {
       const SampleTable samples = evenFrames(frames, rate.frameDuration);
       const double mediaDuration = static_cast<double>(frames) * static_cast<double>(rate.frameDuration);
@@ -64,7 +60,7 @@ TEST(EditList, FindsEachFrameAtTheTimeOfItsTimecode) {
 }
 
 TEST(EditList, FindsEachFrameAtItsStartWrittenInMicroseconds) {
-  for (const Rate& rate : rates) {
+  for (const FrameRate& rate : rates) {
     const SampleTable samples = evenFrames(300, rate.frameDuration);
     for (std::int64_t n = 0; n < 300; ++n) {
       const double start = static_cast<double>(n * rate.frameDuration) / rate.mediaScale;

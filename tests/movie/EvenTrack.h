@@ -12,6 +12,12 @@ namespace movie::test {
 
 inline constexpr std::int32_t normal = 0x10000;  ///< rate of an edit
 
+/// A rate of frames: units of the media time scale that one lasts.
+struct FrameRate {
+  std::int32_t mediaScale;
+  std::uint32_t frameDuration;
+};
+
 /// `frames` frames of `frameDuration` units, shown in decode order.
 inline SampleTable evenFrames(std::uint64_t frames, std::uint32_t frameDuration) {
   return SampleTable({TimeRun{.count = frames, .duration = frameDuration}});

@@ -43,16 +43,12 @@ void expectSound(const TrackInfo& track, std::int32_t movieScale, const SampleTa
   }
 }
 
-struct Rate {
-  std::int32_t mediaScale;
-  std::uint32_t frameDuration;
-};
-const Rate rates[] = {{24000, 1001}, {30000, 1001}, {60000, 1001}, {120000, 1001}, {24, 1},
-                      {25, 1},       {12800, 512},  {600, 25},     {600, 20},      {2997, 100},
-                      {90000, 3753}, {90000, 3003}, {1000, 1},     {240, 1},       {1000000, 16683}};
+const FrameRate everyRate[] = {{24000, 1001}, {30000, 1001}, {60000, 1001}, {120000, 1001}, {24, 1},
+                               {25, 1},       {12800, 512},  {600, 25},     {600, 20},      {2997, 100},
+                               {90000, 3753}, {90000, 3003}, {1000, 1},     {240, 1},       {1000000, 16683}};
 
 TEST(FrameSpan, FindsEachFrameAgainAtItsStart) {
-  for (const Rate& rate : rates) {
+  for (const FrameRate& rate : everyRate) {
     const SampleTable samples = evenFrames(500, rate.frameDuration);
     for (const std::int32_t movieScale : {600, 1000, 24000, 30000, 90000, 25, 1, rate.mediaScale}) {
       SCOPED_TRACE(std::to_string(rate.mediaScale) + " in " + std::to_string(movieScale));

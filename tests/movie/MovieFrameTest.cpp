@@ -83,7 +83,7 @@ Bytes fileOf(const std::vector<TrackSpec>& tracks, const std::vector<Bytes>& pic
   return test::joined({test::fileType("qt  "), test::atomOf("mdat", pictures), spec.build()});
 }
 
-std::unique_ptr<Movie> opened(const TemporaryFile& file) {
+std::unique_ptr<Movie> openedFrom(const TemporaryFile& file) {
   auto movie = Movie::movieWithFile(file.path());
   EXPECT_TRUE(movie) << movie.error().message();
   return movie ? std::move(*movie) : Movie::movie();
@@ -116,19 +116,19 @@ const std::vector<Bytes> fourGreys{greyPicture(10), greyPicture(80), greyPicture
 
 TEST(MovieFrame, HasTheSizeAskedForAndVideoRange) {
   const TemporaryFile file(fileOf({videoTrack("raw ", fourGreys)}, fourGreys));
-  const RgbFrame frame = frameOf(*opened(file), unitsPerFrame);
+  const RgbFrame frame = frameOf(*openedFrom(file), unitsPerFrame);
   EXPECT_EQ(frame.width, 320);
   EXPECT_EQ(frame.height, 240);
   ASSERT_EQ(frame.samples.size(), 320U * 240U * 3U);
   for (const std::uint8_t sample : frame.samples) ASSERT_EQ(sample, measured(80));
-  const RgbFrame natural = frameOf(*opened(file), 0, {.width = 0, .height = 0, .style = FrameStyle::Measurement});
+  const RgbFrame natural = frameOf(*openedFrom(file), 0, {.width = 0, .height = 0, .style = FrameStyle::Measurement});
   EXPECT_EQ(natural.width, static_cast<int>(width));
   EXPECT_EQ(natural.height, static_cast<int>(height));
 }
 
 TEST(MovieFrame, IsTheOneOnScreen) {
   const TemporaryFile file(fileOf({videoTrack("raw ", fourGreys)}, fourGreys));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   const struct {
     std::int64_t time;
     int grey;
@@ -141,7 +141,7 @@ TEST(MovieFrame, FollowsTheEditList) {
   TrackSpec track = videoTrack("raw ", fourGreys);
   track.edits = {{600, -1, one}, {24, 2, one}, {100, 1, 0}, {24, 3, one}};
   const TemporaryFile file(fileOf({track}, fourGreys));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   EXPECT_EQ(greyAt(*movie, 0), 160) << "no picture of its own: that of what comes next";
   EXPECT_EQ(greyAt(*movie, 600), 160);
   EXPECT_EQ(greyAt(*movie, 700), 80);
@@ -155,7 +155,7 @@ TEST(MovieFrame, ComesFromTheFirstVideoTrackEnabledOrNot) {
   TrackSpec second = videoTrack("raw ", {pictures[0]});
   second.id = 2;
   const TemporaryFile file(fileOf({disabled, second}, pictures));
-  EXPECT_EQ(greyAt(*opened(file), 0), 200);
+  EXPECT_EQ(greyAt(*openedFrom(file), 0), 200);
 }
 
 TEST(MovieFrame, IsTurnedByTheTrackMatrix) {
@@ -180,7 +180,7 @@ TEST(MovieFrame, IsTurnedByTheTrackMatrix) {
     TrackSpec track = videoTrack("raw ", {quarters});
     track.matrix = {row.abcd[0], row.abcd[1], 0, row.abcd[2], row.abcd[3], 0, 0, 0, 0x40000000};
     const TemporaryFile file(fileOf({track}, {quarters}));
-    const auto movie = opened(file);
+    const auto movie = openedFrom(file);
     const FrameImageRequest asked[] = {{.width = 320, .height = 240, .style = FrameStyle::Display},
                                        {.width = 0, .height = 0, .style = FrameStyle::Display}};
     for (const FrameImageRequest& request : asked) {
@@ -206,7 +206,7 @@ TEST(MovieFrame, IsCutToTheCleanAperture) {
   entry.codec = "raw ";
   entry.extensions = {test::clapExtension({16, 1, 16, 2, 8, 2, -2, 1})};
   const TemporaryFile file(fileOf({videoTrack(entry, {framed})}, {framed}));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   const RgbFrame frame = frameOf(*movie);
   ASSERT_EQ(frame.samples.size(), 320U * 240U * 3U);
   for (const std::uint8_t sample : frame.samples) ASSERT_EQ(sample, measured(40));
@@ -221,7 +221,7 @@ TEST(MovieFrame, IsDecodedWithTheMatrixThatTheMovieHasNow) {
   entry.codec = "2vuy";
   entry.extensions = {test::nclcExtension(1, 1, 1)};
   const TemporaryFile file(fileOf({videoTrack(entry, pictures)}, pictures));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   EXPECT_THAT(pixelOf(frameOf(*movie), 0.5, 0.5), ElementsAre(211, 80, 0));
 
   const auto copy = movie->copy();
@@ -236,7 +236,7 @@ TEST(MovieFrame, IsDecodedWithTheMatrixThatTheMovieHasNow) {
 TEST(MovieFrame, CountsAsStandardDefinitionWithoutAnyMatrix) {
   const std::vector<Bytes> pictures{yCbCrPicture({100, 60, 200})};
   const TemporaryFile file(fileOf({videoTrack("2vuy", pictures)}, pictures));
-  EXPECT_THAT(pixelOf(frameOf(*opened(file)), 0.5, 0.5), ElementsAre(199, 73, 0));
+  EXPECT_THAT(pixelOf(frameOf(*openedFrom(file)), 0.5, 0.5), ElementsAre(199, 73, 0));
 }
 
 TEST(MovieFrame, ShowsItsColoursOnlyWhenItIsForDisplay) {
@@ -245,7 +245,7 @@ TEST(MovieFrame, ShowsItsColoursOnlyWhenItIsForDisplay) {
   entry.extensions = {test::gamaExtension(static_cast<std::int32_t>(1.8 * 65536))};
   const std::vector<Bytes> pictures{greyPicture(64)};
   const TemporaryFile file(fileOf({videoTrack(entry, pictures)}, pictures));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   EXPECT_THAT(pixelOf(frameOf(*movie, 0, {.style = FrameStyle::Display}), 0.5, 0.5), ElementsAre(81, 81, 81));
   EXPECT_EQ(pixelOf(frameOf(*movie), 0.5, 0.5).at(0), measured(64));
 }
@@ -258,7 +258,7 @@ TEST(MovieFrame, IsAnErrorWhereItCannotBeHad) {
   beyond.chunkOffsets = {0x7FFFFFFF};
   for (const TrackSpec& track : {videoTrack("zzzz", pictures), elsewhere, beyond}) {
     const TemporaryFile file(fileOf({track}, pictures));
-    const auto movie = opened(file);
+    const auto movie = openedFrom(file);
     for (int attempt = 0; attempt < 2; ++attempt) {
       const auto frame = movie->frameImageAtTime({0, 600, 0}, {});
       ASSERT_FALSE(frame);
@@ -270,7 +270,7 @@ TEST(MovieFrame, IsAnErrorWhereItCannotBeHad) {
 
 TEST(MovieFrame, IsTheSameFromCopiesOnSeveralThreads) {
   const TemporaryFile file(fileOf({videoTrack("raw ", fourGreys)}, fourGreys));
-  const auto movie = opened(file);
+  const auto movie = openedFrom(file);
   const RgbFrame expected = frameOf(*movie, 50);
   std::vector<std::thread> threads;
   threads.reserve(3);

@@ -101,7 +101,7 @@ AVCodecID codecOf(const SoundDescription& description) {
   return found != plain.end() ? found->second : describedCodec(description);
 }
 
-bool isEncrypted(FourCC codec) {
+bool isEncryptedSound(FourCC codec) {
   return codec == fourCC("enca") || codec == fourCC("drms");
 }
 
@@ -137,7 +137,7 @@ constexpr std::uint32_t imaFrames = 64, imaBytes = 34;  // of one channel's pack
 SoundDecoder::~SoundDecoder() = default;
 
 tl::expected<std::unique_ptr<SoundDecoder>, Clause> SoundDecoder::make(const SoundDescription& description) {
-  if (isEncrypted(description.codec)) return tl::make_unexpected(Reason::Encrypted);
+  if (isEncryptedSound(description.codec)) return tl::make_unexpected(Reason::Encrypted);
   const AVCodecID id = codecOf(description);
   const AVCodec* const codec = avcodec_find_decoder(id);
   if (codec == nullptr) {

@@ -11,13 +11,12 @@
 #include "tests/SharedFiles/EventLoop.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/tasks/Shell.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-const QString shell = "/bin/sh";
 
 /// Keeps what the delegate of a run was called with.
 class Received {

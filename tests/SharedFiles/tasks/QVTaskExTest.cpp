@@ -14,13 +14,12 @@
 #include "system/Descriptor.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/tasks/Shell.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-
-const QString shell = "/bin/sh";
 
 class TaskRuns : public testing::Test {
  protected:

@@ -11,13 +11,13 @@
 #include "tests/SharedFiles/EventLoop.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
+#include "tests/SharedFiles/tasks/Shell.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-const QString shell = "/bin/sh";
 const QString timedOut = "Task /bin/sh timed out. Terminating...";
 const QString longRun = "echo first; exec sleep 30";
 

@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int lowest = std::numeric_limits<int>::min();
-constexpr int highest = std::numeric_limits<int>::max();
+constexpr int lowestCount = std::numeric_limits<int>::min();
+constexpr int highestCount = std::numeric_limits<int>::max();
 
 struct Rate {
   int timebase = 30;
@@ -53,7 +53,7 @@ TEST(QVTimecode, NumbersFrames) {
       {3600, drop60, 0, "00:01:00;04"},
       {107892, plain30, 0, "00:59:56:12"},
       {0, plain24, -1, "01:14:55:12"},
-      {0, plain24, lowest, "01:14:55:12"},
+      {0, plain24, lowestCount, "01:14:55:12"},
       {12, plain24, 24, "00:00:01:12"},
       {108000 * 24 - 1, plain30, 0, "23:59:59:29"},
       {108000 * 24, plain30, 0, "00:00:00:00"},
@@ -277,20 +277,21 @@ TEST(QVTimecode, FormatsFourNumbers) {
 }
 
 TEST(QVTimecode, WrapsAtThirtyTwoBits) {
-  EXPECT_EQ(timecodeOf(highest, plain30, 1), timecodeOf(lowest, plain30, 0));
-  EXPECT_EQ(timecodeOf(highest, plain30, -1), timecodeOf(lowest + 107891, plain30, 0));
-  EXPECT_EQ(countOf("00:00:00:2147483647", plain30, -1), highest - 107892);
-  EXPECT_EQ(countOf("00:00:00:2147483648", plain30), highest);  // a field is held at the ends of an int
-  EXPECT_EQ(countOf("00:00:00:-99999999999999999999", plain30), lowest);
-  EXPECT_EQ(countOf("00:00:00:-2147483648", plain30, 1), highest);
+  EXPECT_EQ(timecodeOf(highestCount, plain30, 1), timecodeOf(lowestCount, plain30, 0));
+  EXPECT_EQ(timecodeOf(highestCount, plain30, -1), timecodeOf(lowestCount + 107891, plain30, 0));
+  EXPECT_EQ(countOf("00:00:00:2147483647", plain30, -1), highestCount - 107892);
+  EXPECT_EQ(countOf("00:00:00:2147483648", plain30), highestCount);  // a field is held at the ends of an int
+  EXPECT_EQ(countOf("00:00:00:-99999999999999999999", plain30), lowestCount);
+  EXPECT_EQ(countOf("00:00:00:-2147483648", plain30, 1), highestCount);
   EXPECT_EQ(countOf("99999999999:0:0:0", plain30), static_cast<int>(2147483647U * 108000U));
-  EXPECT_EQ(countOf("99999:99999:99999:99999", {highest, false}),
+  EXPECT_EQ(countOf("99999:99999:99999:99999", {highestCount, false}),
             static_cast<int>((99999U * 3600U + 99999U * 60U + 99999U) * 2147483647U + 99999U));
   EXPECT_EQ(countOf(std::string(100000, '9').append(":0:0:1"), plain30), static_cast<int>(2147483647U * 108000U + 1U));
 }
 
 TEST(QVTimecode, TakesAnyNumberAndAnyText) {
-  const std::vector<int> numbers = {lowest, lowest + 1, -107892, -1, 0, 1, 29, 30, 18000, highest - 1, highest};
+  const std::vector<int> numbers = {lowestCount, lowestCount + 1, -107892,          -1,          0, 1, 29,
+                                    30,          18000,           highestCount - 1, highestCount};
   for (const int count : numbers)
     for (const int timebase : numbers)
       for (const int start : numbers)

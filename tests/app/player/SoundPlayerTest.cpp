@@ -16,7 +16,7 @@ using namespace test;
 using testing::HasSubstr;
 using namespace std::chrono_literals;
 
-constexpr std::int64_t rate = 48000;
+constexpr std::int64_t samplesPerSecond = 48000;
 
 movie::MovieTime at(double seconds) {
   return {.value = std::llround(seconds * 600), .scale = 600};
@@ -95,9 +95,9 @@ TEST_F(SoundPlayerTest, PlaysFromTheTimeItIsGiven) {
   load(soundMovie());
   EXPECT_EQ(device.opened, 0);
   player.start(at(0.5));
-  EXPECT_EQ(device.rate, rate);
-  const std::int64_t next = pullUntilHeard(rate / 2);
-  EXPECT_GT(pull(next, rate / 4), rate / 8);
+  EXPECT_EQ(device.rate, samplesPerSecond);
+  const std::int64_t next = pullUntilHeard(samplesPerSecond / 2);
+  EXPECT_GT(pull(next, samplesPerSecond / 4), samplesPerSecond / 8);
   EXPECT_EQ(player.problem(), "");
 }
 
@@ -110,7 +110,7 @@ TEST_F(SoundPlayerTest, SeeksWithoutOpeningAgainAndCountsWhatTheDeviceHolds) {
   player.start(at(1.5));
   EXPECT_EQ(device.opened, 1);
   EXPECT_NEAR(player.ahead(at(1.5)).value_or(9), 0, 1e-9);
-  pullUntilHeard(rate * 3 / 2 + held);
+  pullUntilHeard(samplesPerSecond * 3 / 2 + held);
 
   device.played = pulled;
   player.start(at(0.25));
@@ -122,7 +122,7 @@ TEST_F(SoundPlayerTest, TellsHowFarItIsFromAMovieTime) {
   EXPECT_FALSE(player.ahead(at(0)).has_value());
   player.start(at(1));
   EXPECT_FALSE(player.ahead(at(1)).has_value()) << "nothing was heard yet";
-  pull(rate, 9600);
+  pull(samplesPerSecond, 9600);
   device.played = 4800;
   EXPECT_NEAR(player.ahead(at(1.1)).value_or(9), 0, 1e-9);
   EXPECT_NEAR(player.ahead(at(1.0)).value_or(9), 0.1, 1e-9);
@@ -151,15 +151,15 @@ TEST_F(SoundPlayerTest, StopsTheDevice) {
   EXPECT_EQ(device.stopped, before + 1);
   player.start(at(1));
   EXPECT_EQ(device.opened, 2);
-  pullUntilHeard(rate);
+  pullUntilHeard(samplesPerSecond);
 }
 
 TEST_F(SoundPlayerTest, IsSilentAfterTheEnd) {
   load(soundMovie());
   player.start(at(0.5));  // far from the end, which a busy machine would pull past before the decoder is up
-  const std::int64_t next = pullUntilHeard(rate / 2);
-  pull(next, 2 * rate - next);
-  EXPECT_EQ(pull(2 * rate, rate / 2), 0);
+  const std::int64_t next = pullUntilHeard(samplesPerSecond / 2);
+  pull(next, 2 * samplesPerSecond - next);
+  EXPECT_EQ(pull(2 * samplesPerSecond, samplesPerSecond / 2), 0);
   EXPECT_EQ(player.problem(), "");
 }
 
@@ -198,7 +198,7 @@ TEST_F(SoundPlayerTest, PlaysOnInSilenceWithoutADevice) {
   device.there = true;
   player.start(at(1));
   EXPECT_EQ(player.problem(), "");
-  pullUntilHeard(rate);
+  pullUntilHeard(samplesPerSecond);
 }
 
 TEST_F(SoundPlayerTest, OpensAgainAfterTheDeviceWentAway) {
@@ -209,7 +209,7 @@ TEST_F(SoundPlayerTest, OpensAgainAfterTheDeviceWentAway) {
   EXPECT_FALSE(player.ahead(at(0.5)).has_value());
   player.start(at(0.5));
   EXPECT_EQ(device.opened, 2);
-  pullUntilHeard(rate / 2);
+  pullUntilHeard(samplesPerSecond / 2);
 }
 
 TEST_F(SoundPlayerTest, ChangesTheMovieWhilePlaying) {
@@ -219,7 +219,7 @@ TEST_F(SoundPlayerTest, ChangesTheMovieWhilePlaying) {
   load(soundMovie());
   EXPECT_FALSE(device.pull) << "another movie begins stopped";
   player.start(at(0.25));
-  pullUntilHeard(rate / 4);
+  pullUntilHeard(samplesPerSecond / 4);
   player.setMovie(nullptr);
   EXPECT_FALSE(device.pull);
 }
@@ -235,7 +235,8 @@ TEST_F(SoundPlayerTest, TellsWhatCannotBeRead) {
   player.start(at(0));
   pullUntilHeard(0);
   player.start(at(1.5));
-  for (int i = 0; i < 1000 && player.problem().empty(); ++i) pull(rate * 3 / 2 + std::int64_t{480} * i, 480);
+  for (int i = 0; i < 1000 && player.problem().empty(); ++i)
+    pull(samplesPerSecond * 3 / 2 + std::int64_t{480} * i, 480);
   EXPECT_THAT(player.problem(), HasSubstr("past the end of the file"));
 }
 

@@ -295,18 +295,18 @@ TEST_F(German, IsSpokenOfEveryReasonOfTheMovieLayer) {
 class TranslatedProgram : public testing::Test {
  protected:
   void start(const QStringList& languageVariables) {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QProcessEnvironment surroundings = QProcessEnvironment::systemEnvironment();
     for (const char* name :
          {"LANG", "LANGUAGE", "LC_ALL", "LC_MESSAGES", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) {
-      environment.remove(name);
+      surroundings.remove(name);
     }
-    environment.insert("HOME", home_.path());
-    environment.insert("XDG_RUNTIME_DIR", home_.path());
-    environment.insert("QT_QPA_PLATFORM", "offscreen");
+    surroundings.insert("HOME", home_.path());
+    surroundings.insert("XDG_RUNTIME_DIR", home_.path());
+    surroundings.insert("QT_QPA_PLATFORM", "offscreen");
     for (const QString& variable : languageVariables) {
-      environment.insert(variable.section('=', 0, 0), variable.section('=', 1));
+      surroundings.insert(variable.section('=', 0, 0), variable.section('=', 1));
     }
-    program_.setProcessEnvironment(environment);
+    program_.setProcessEnvironment(surroundings);
     program_.start(LUMACHECK_WINDOW, {});
     ASSERT_TRUE(program_.waitForStarted());
     // The launch is recorded once the translation is in place.

@@ -1,29 +1,22 @@
 #include <gtest/gtest.h>
 
 #include "movie/atoms/ImageDescription.h"
-#include "tests/support/AtomBuilder.h"
+#include "tests/movie/atoms/BuiltFiles.h"
 
 namespace movie {
 namespace {
 
 using test::AtomBuilder;
 using test::clapExtension;
+using test::entryWith;
 using test::gamaExtension;
 using test::ImageEntry;
 using test::nclcExtension;
 using test::nclxExtension;
 using test::profileExtension;
+using test::unknownExtension;
 
 const Bytes fiel = AtomBuilder("fiel").u8(1).u8(0).build();
-const Bytes unknown = AtomBuilder("zzzz").zeros(5).build();
-
-Bytes entryWith(const std::vector<Bytes>& extensions, const Bytes& rest = {}) {
-  ImageEntry entry;
-  entry.extensions = extensions;
-  entry.rest = rest;
-  return entry.build();
-}
-
 ImageDescription describing(const std::vector<Bytes>& extensions, const Bytes& rest = {}) {
   return ImageDescription(entryWith(extensions, rest));
 }
@@ -165,7 +158,7 @@ TEST(ImageDescription, EndsTheExtensionsAtASizeThatDoesNotFit) {
 
 TEST(ImageDescription, RewritesGammaWhereItStands) {
   Bytes longGamma = AtomBuilder("gama").u32(1).u32(0xAABBCCDD).build();
-  const Bytes before = entryWith({fiel, longGamma, unknown}, Bytes(4, 0));
+  const Bytes before = entryWith({fiel, longGamma, unknownExtension()}, Bytes(4, 0));
   ImageDescription description(before);
   ASSERT_EQ(description.setGamma(0x12345678), noErr);
   EXPECT_EQ(description.gamma(), 0x12345678);
@@ -207,9 +200,9 @@ TEST(ImageDescription, MakesANewRecordOfTheFlavourAskedFor) {
 TEST(ImageDescription, PutsANewExtensionBehindTheLastAndBeforeTheRest) {
   for (const Bytes& rest :
        {Bytes{}, Bytes(4, 0), Bytes(8, 0), Bytes{1, 2, 3}, Bytes{0, 0, 0, 99, 'g', 'a', 'm', 'a'}}) {
-    ImageDescription description = describing({fiel, unknown}, rest);
+    ImageDescription description = describing({fiel, unknownExtension()}, rest);
     ASSERT_EQ(description.setGamma(0x23333), noErr);
-    EXPECT_EQ(description.bytes(), entryWith({fiel, unknown, gamaExtension(0x23333)}, rest));
+    EXPECT_EQ(description.bytes(), entryWith({fiel, unknownExtension(), gamaExtension(0x23333)}, rest));
   }
 }
 
@@ -227,9 +220,11 @@ TEST(ImageDescription, PutsANewExtensionBehindTheColourTable) {
 TEST(ImageDescription, ReplacesAProfileByOneOfAnotherLength) {
   for (const std::size_t length : {std::size_t{1}, std::size_t{3}, std::size_t{500}}) {
     const Bytes profile(length, 0x77);
-    ImageDescription description = describing({fiel, profileExtension("prof", Bytes{1, 2, 3}), unknown}, Bytes(4, 0));
+    ImageDescription description =
+        describing({fiel, profileExtension("prof", Bytes{1, 2, 3}), unknownExtension()}, Bytes(4, 0));
     ASSERT_EQ(description.setIccProfile(profile), noErr);
-    EXPECT_EQ(description.bytes(), entryWith({fiel, profileExtension("prof", profile), unknown}, Bytes(4, 0)));
+    EXPECT_EQ(description.bytes(),
+              entryWith({fiel, profileExtension("prof", profile), unknownExtension()}, Bytes(4, 0)));
     EXPECT_EQ(description.iccProfile(), profile);
   }
 }
@@ -261,9 +256,10 @@ TEST(ImageDescription, RefusesAnEmptyProfile) {
 // --- removing ---
 
 TEST(ImageDescription, RemovesOnlyTheFirstExtensionOfAType) {
-  ImageDescription description = describing({fiel, gamaExtension(1), unknown, gamaExtension(2)}, Bytes(4, 0));
+  ImageDescription description =
+      describing({fiel, gamaExtension(1), unknownExtension(), gamaExtension(2)}, Bytes(4, 0));
   ASSERT_EQ(description.removeExtension(fourCC("gama")), noErr);
-  EXPECT_EQ(description.bytes(), entryWith({fiel, unknown, gamaExtension(2)}, Bytes(4, 0)));
+  EXPECT_EQ(description.bytes(), entryWith({fiel, unknownExtension(), gamaExtension(2)}, Bytes(4, 0)));
   EXPECT_EQ(description.gamma(), 2);
 }
 
@@ -285,7 +281,7 @@ TEST(ImageDescription, FindsNothingToRemoveByAPropertyThatIsNoAtomType) {
 
 TEST(ImageDescription, IsItselfAgainAfterAPropertyWasAddedAndRemoved) {
   for (const Bytes& rest : {Bytes{}, Bytes(4, 0), Bytes{0, 0, 0, 1, 2, 3, 4, 5, 6}}) {
-    const Bytes before = entryWith({fiel, unknown}, rest);
+    const Bytes before = entryWith({fiel, unknownExtension()}, rest);
     ImageDescription description(before);
     ASSERT_EQ(description.setGamma(0x20000), noErr);
     ASSERT_EQ(description.removeExtension(fourCC("gama")), noErr);

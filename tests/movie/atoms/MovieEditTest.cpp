@@ -5,25 +5,20 @@
 #include "movie/atoms/ImageDescription.h"
 #include "movie/atoms/MovieEdit.h"
 #include "movie/atoms/MovieFile.h"
-#include "tests/support/AtomBuilder.h"
+#include "tests/movie/atoms/BuiltFiles.h"
 
 namespace movie {
 namespace {
 
 using test::AtomBuilder;
 using test::atomOf;
+using test::entryWith;
 using test::gamaExtension;
 using test::ImageEntry;
 using test::joined;
 using test::MovieSpec;
 using test::TrackSpec;
-
-Bytes entryWith(const std::vector<Bytes>& extensions, const Bytes& rest = {}) {
-  ImageEntry entry;
-  entry.extensions = extensions;
-  entry.rest = rest;
-  return entry.build();
-}
+using test::unknownExtension;
 
 Bytes movieWith(const std::vector<Bytes>& entries, const std::vector<Bytes>& more = {}) {
   MovieSpec movie;
@@ -32,16 +27,14 @@ Bytes movieWith(const std::vector<Bytes>& entries, const std::vector<Bytes>& mor
   return movie.build();
 }
 
-const Bytes unknown = AtomBuilder("zzzz").zeros(5).build();
-
 TEST(MovieEdit, ReplacesOneDescriptionAndNothingElse) {
   const Bytes first = entryWith({}, {0, 0, 0, 0});
   const Bytes second = entryWith({gamaExtension(0x10000)});
-  const Bytes larger = entryWith({gamaExtension(0x20000), unknown}, {0, 0, 0, 0});
-  const Bytes movie = movieWith({first, second}, {unknown});
+  const Bytes larger = entryWith({gamaExtension(0x20000), unknownExtension()}, {0, 0, 0, 0});
+  const Bytes movie = movieWith({first, second}, {unknownExtension()});
   const auto edited = editedMovieAtom(movie, {{0, 1, larger}});
   ASSERT_TRUE(edited) << edited.error().reason();
-  EXPECT_EQ(*edited, movieWith({first, larger}, {unknown}));
+  EXPECT_EQ(*edited, movieWith({first, larger}, {unknownExtension()}));
   EXPECT_EQ(*editedMovieAtom(*edited, {{0, 1, second}}), movie);
 }
 
@@ -79,9 +72,9 @@ TEST(MovieEdit, KeepsTheTerminatorOfTheList) {
   Bytes withRest = *editedMovieAtom(movie, {{0, 0, larger}});
   const auto at = std::search(withRest.begin(), withRest.end(), larger.begin(), larger.end()) - withRest.begin();
   write32(withRest, static_cast<std::size_t>(at), static_cast<std::uint32_t>(entry.size()));
-  const auto edited = editedMovieAtom(withRest, {{0, 0, entryWith({unknown})}});
+  const auto edited = editedMovieAtom(withRest, {{0, 0, entryWith({unknownExtension()})}});
   ASSERT_TRUE(edited);
-  EXPECT_EQ(edited->size(), withRest.size() + unknown.size());
+  EXPECT_EQ(edited->size(), withRest.size() + unknownExtension().size());
   EXPECT_EQ(*editedMovieAtom(*edited, {{0, 0, entry}}), withRest);
 }
 
@@ -102,7 +95,7 @@ TEST(MovieEdit, RefusesWhatItCannotPlace) {
   EXPECT_FALSE(editedMovieAtom(movie, {{0, 0, liar}}));
   EXPECT_FALSE(editedMovieAtom(cut, {}));
   EXPECT_FALSE(editedMovieAtom({}, {}));
-  EXPECT_FALSE(editedMovieAtom(unknown, {}));
+  EXPECT_FALSE(editedMovieAtom(unknownExtension(), {}));
 }
 
 Bytes freeOf(std::size_t size) {
@@ -117,15 +110,15 @@ struct FreeCase {
 const std::vector<FreeCase> freeCases{
     {"in moov",
      [](std::size_t size) {
-       return movieWith({entryWith({})}, {freeOf(size), unknown});
+       return movieWith({entryWith({})}, {freeOf(size), unknownExtension()});
      }},
     {"in udta",
      [](std::size_t size) {
-       return movieWith({entryWith({})}, {atomOf("udta", {unknown, freeOf(size)})});
+       return movieWith({entryWith({})}, {atomOf("udta", {unknownExtension(), freeOf(size)})});
      }},
     {"in an ISO meta",
      [](std::size_t size) {
-       const Bytes meta = AtomBuilder("meta").u32(0).bytes(unknown).bytes(freeOf(size)).build();
+       const Bytes meta = AtomBuilder("meta").u32(0).bytes(unknownExtension()).bytes(freeOf(size)).build();
        return movieWith({entryWith({})}, {atomOf("udta", {meta})});
      }},
     {"in a QuickTime meta", [](std::size_t size) {
@@ -151,11 +144,11 @@ TEST(MovieEdit, ResizesAFreeToReachASize) {
 }
 
 TEST(MovieEdit, TellsMoviesApartByAnythingButColors) {
-  const Bytes movie = movieWith({entryWith({unknown})}, {freeOf(20)});
-  EXPECT_TRUE(equalButForColors(movie, movieWith({entryWith({gamaExtension(5), unknown})}, {freeOf(8)})));
-  EXPECT_TRUE(equalButForColors(movie, movieWith({entryWith({unknown, test::nclcExtension(1, 1, 1)})})));
+  const Bytes movie = movieWith({entryWith({unknownExtension()})}, {freeOf(20)});
+  EXPECT_TRUE(equalButForColors(movie, movieWith({entryWith({gamaExtension(5), unknownExtension()})}, {freeOf(8)})));
+  EXPECT_TRUE(equalButForColors(movie, movieWith({entryWith({unknownExtension(), test::nclcExtension(1, 1, 1)})})));
   EXPECT_FALSE(equalButForColors(movie, movieWith({entryWith({})}, {freeOf(20)})));
-  EXPECT_FALSE(equalButForColors(movie, movieWith({entryWith({unknown})}, {unknown})));
+  EXPECT_FALSE(equalButForColors(movie, movieWith({entryWith({unknownExtension()})}, {unknownExtension()})));
   for (std::size_t at = 4; at < movie.size() - 20; ++at) {
     Bytes other = movie;
     other[at] = static_cast<std::uint8_t>(other[at] ^ 0x55);
@@ -171,8 +164,8 @@ TEST(MovieEdit, KnowsAVideoTrackWhereverItsHandlerStands) {
     std::rotate(handler, information, information + size);
     return movie;
   };
-  const Bytes movie = handlerLast(movieWith({entryWith({unknown})}));
-  EXPECT_TRUE(equalButForColors(movie, handlerLast(movieWith({entryWith({gamaExtension(5), unknown})}))));
+  const Bytes movie = handlerLast(movieWith({entryWith({unknownExtension()})}));
+  EXPECT_TRUE(equalButForColors(movie, handlerLast(movieWith({entryWith({gamaExtension(5), unknownExtension()})}))));
   EXPECT_FALSE(equalButForColors(movie, handlerLast(movieWith({entryWith({})}))));
 }
 

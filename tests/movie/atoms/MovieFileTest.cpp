@@ -1,39 +1,21 @@
 #include <gtest/gtest.h>
 
 #include "movie/atoms/MovieFile.h"
-#include "tests/support/AtomBuilder.h"
+#include "tests/movie/atoms/BuiltFiles.h"
 
 namespace movie {
 namespace {
 
+using test::around;
 using test::AtomBuilder;
 using test::ImageEntry;
 using test::joined;
 using test::MovieSpec;
+using test::opened;
+using test::opening;
 using test::TemporaryFile;
 using test::TrackSpec;
 using test::typedMediaData;
-
-using Opened = Result<std::shared_ptr<const MovieFile>>;
-
-Opened opened(const Bytes& content, const std::string& extension = ".mov") {
-  const TemporaryFile file(content, extension);
-  return MovieFile::open(file.path());
-}
-
-/// A movie file around a moov: ftyp and 64 bytes of media data in front of it.
-Bytes around(const Bytes& moov, std::string_view brand = "qt  ") {
-  return joined({typedMediaData(brand, 64), moov});
-}
-Bytes around(const MovieSpec& movie) {
-  return around(movie.build());
-}
-
-std::shared_ptr<const MovieFile> opening(const Bytes& content) {
-  auto movie = opened(content);
-  if (!movie) throw std::runtime_error(movie.error().message());
-  return *movie;
-}
 
 std::shared_ptr<const MovieFile> withTrack(const TrackSpec& track) {
   MovieSpec movie;

@@ -1,34 +1,21 @@
 #include <gtest/gtest.h>
 
 #include "movie/atoms/MovieFile.h"
-#include "tests/support/AtomBuilder.h"
+#include "tests/movie/atoms/BuiltFiles.h"
 
 namespace movie {
 namespace {
 
+using test::around;
 using test::AtomBuilder;
 using test::atomOf;
 using test::fileType;
 using test::joined;
 using test::MovieSpec;
+using test::opened;
+using test::opening;
 using test::TemporaryFile;
 using test::TrackSpec;
-
-Result<std::shared_ptr<const MovieFile>> opened(const Bytes& content) {
-  const TemporaryFile file(content);
-  return MovieFile::open(file.path());
-}
-
-/// A movie file around a moov: ftyp and 64 bytes of media data in front of it.
-Bytes around(const Bytes& moov) {
-  return joined({test::typedMediaData("qt  ", 64), moov});
-}
-
-std::shared_ptr<const MovieFile> opening(const Bytes& content) {
-  auto movie = opened(content);
-  if (!movie) throw std::runtime_error(movie.error().message());
-  return *movie;
-}
 
 // --- the top level ---
 
@@ -59,10 +46,10 @@ TEST_P(Layouts, Open) {
   EXPECT_EQ((*movie)->duration(), 72U);
 }
 
-const Bytes type = fileType("qt  ");
+const Bytes ftyp = fileType("qt  ");
 const Bytes moov = MovieSpec{}.build();
 const Bytes mdat = AtomBuilder("mdat").zeros(64).build();
-const Bytes wide = AtomBuilder("wide").build();
+const Bytes wideAtom = AtomBuilder("wide").build();
 const Bytes space = AtomBuilder("free").zeros(30).build();
 const Bytes skip = AtomBuilder("skip").zeros(3).build();
 const Bytes otherMoov = atomOf("moov", {AtomBuilder("mvhd").zeros(12).u32(1).u32(1).zeros(80).build()});
@@ -70,19 +57,19 @@ const Bytes halfMdat(mdat.begin(), mdat.begin() + 30);
 
 INSTANTIATE_TEST_SUITE_P(
     Files, Layouts,
-    testing::Values(LayoutRow{"MovieLast", joined({type, wide, mdat, moov})},
-                    LayoutRow{"MovieFirst", joined({type, moov, mdat})}, LayoutRow{"MovieAlone", moov},
+    testing::Values(LayoutRow{"MovieLast", joined({ftyp, wideAtom, mdat, moov})},
+                    LayoutRow{"MovieFirst", joined({ftyp, moov, mdat})}, LayoutRow{"MovieAlone", moov},
                     LayoutRow{"WithoutType", joined({mdat, moov})},
-                    LayoutRow{"PaddedAllOver", joined({type, space, skip, mdat, skip, moov, space})},
-                    LayoutRow{"WideMediaData", joined({type, wideMediaData(64), moov})},
-                    LayoutRow{"OpenEndedMediaData", joined({type, moov, openEnded(mdat)})},
-                    LayoutRow{"OpenEndedMovie", joined({type, mdat, openEnded(moov)})},
-                    LayoutRow{"CutInTheMediaData", joined({type, moov, halfMdat})},
-                    LayoutRow{"ZerosAtTheEnd", joined({type, mdat, moov, Bytes(100, 0)})},
-                    LayoutRow{"ThreeBytesAtTheEnd", joined({type, mdat, moov, Bytes{1, 2, 3}})},
-                    LayoutRow{"JunkAtTheEnd", joined({type, mdat, moov, Bytes(100, 0xEE)})},
-                    LayoutRow{"TheFirstOfTwoMovies", joined({type, mdat, moov, otherMoov})},
-                    LayoutRow{"UnknownAtoms", joined({AtomBuilder("uuid").zeros(16).build(), type,
+                    LayoutRow{"PaddedAllOver", joined({ftyp, space, skip, mdat, skip, moov, space})},
+                    LayoutRow{"WideMediaData", joined({ftyp, wideMediaData(64), moov})},
+                    LayoutRow{"OpenEndedMediaData", joined({ftyp, moov, openEnded(mdat)})},
+                    LayoutRow{"OpenEndedMovie", joined({ftyp, mdat, openEnded(moov)})},
+                    LayoutRow{"CutInTheMediaData", joined({ftyp, moov, halfMdat})},
+                    LayoutRow{"ZerosAtTheEnd", joined({ftyp, mdat, moov, Bytes(100, 0)})},
+                    LayoutRow{"ThreeBytesAtTheEnd", joined({ftyp, mdat, moov, Bytes{1, 2, 3}})},
+                    LayoutRow{"JunkAtTheEnd", joined({ftyp, mdat, moov, Bytes(100, 0xEE)})},
+                    LayoutRow{"TheFirstOfTwoMovies", joined({ftyp, mdat, moov, otherMoov})},
+                    LayoutRow{"UnknownAtoms", joined({AtomBuilder("uuid").zeros(16).build(), ftyp,
                                                       AtomBuilder("meta").zeros(9).build(), mdat, moov})}),
     [](const auto& row) { return std::string(row.param.name); });
 
@@ -155,27 +142,27 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalRow{"Text", text("This is not a movie, but a letter to a friend."), "it is not a movie", "", 0},
         RefusalRow{"ShortText", text("hi\n"), "there is no movie atom", "", 0},
         RefusalRow{"Zeros", Bytes(4096, 0), "there is no movie atom", "", 0},
-        RefusalRow{"NoMovieAtom", joined({type, mdat}), "there is no movie atom", "", 0},
-        RefusalRow{"CutInTheMediaData", joined({type, halfMdat}),
+        RefusalRow{"NoMovieAtom", joined({ftyp, mdat}), "there is no movie atom", "", 0},
+        RefusalRow{"CutInTheMediaData", joined({ftyp, halfMdat}),
                    "there is no movie atom; the walk over the atoms ends at a damaged one, or the file was cut", "mdat",
                    20},
-        RefusalRow{"CutInTheMovieAtom", cutAt(joined({type, moov}), 60),
+        RefusalRow{"CutInTheMovieAtom", cutAt(joined({ftyp, moov}), 60),
                    "the movie atom reaches past the end of the file", "moov", 20},
-        RefusalRow{"MovieAtomOfSeven", withSize(joined({type, moov}), 20, 7), below, "moov", 20},
+        RefusalRow{"MovieAtomOfSeven", withSize(joined({ftyp, moov}), 20, 7), below, "moov", 20},
         RefusalRow{"MovieAtomOverTheMediaData",
-                   withSize(joined({type, moov, mdat}), 20, static_cast<std::uint32_t>(moov.size() + mdat.size())),
+                   withSize(joined({ftyp, moov, mdat}), 20, static_cast<std::uint32_t>(moov.size() + mdat.size())),
                    "the movie atom reaches over other atoms of the file", "moov", 20},
-        RefusalRow{"OpenEndedMovieAtomBeforeTheMediaData", withSize(joined({type, moov, mdat}), 20, 0),
+        RefusalRow{"OpenEndedMovieAtomBeforeTheMediaData", withSize(joined({ftyp, moov, mdat}), 20, 0),
                    "the movie atom reaches over other atoms of the file", "moov", 20},
         RefusalRow{"EmptyMovieAtom", AtomBuilder("moov").build(), "the movie atom has no movie header", "moov", 0},
-        RefusalRow{"NoMovieHeader", joined({type, noHeader}), "the movie atom has no movie header", "moov", 20},
-        RefusalRow{"Reference", joined({type, reference}), "it only refers to other movies", "moov", 20},
-        RefusalRow{"NoTimeScale", joined({type, noScale}), "the movie header has no time scale", "moov/mvhd", 28},
-        RefusalRow{"NegativeTimeScale", joined({type, negativeScale}), "the movie header has no time scale",
+        RefusalRow{"NoMovieHeader", joined({ftyp, noHeader}), "the movie atom has no movie header", "moov", 20},
+        RefusalRow{"Reference", joined({ftyp, reference}), "it only refers to other movies", "moov", 20},
+        RefusalRow{"NoTimeScale", joined({ftyp, noScale}), "the movie header has no time scale", "moov/mvhd", 28},
+        RefusalRow{"NegativeTimeScale", joined({ftyp, negativeScale}), "the movie header has no time scale",
                    "moov/mvhd", 28},
-        RefusalRow{"ShortMovieHeader", joined({type, shortHeader}), "the movie header has no time scale", "moov/mvhd",
+        RefusalRow{"ShortMovieHeader", joined({ftyp, shortHeader}), "the movie header has no time scale", "moov/mvhd",
                    28},
-        RefusalRow{"TrackHeaderTooLarge", withSize(joined({type, moov}), 144, 0xFFFFFFFF), past, "moov/trak/tkhd", 144},
+        RefusalRow{"TrackHeaderTooLarge", withSize(joined({ftyp, moov}), 144, 0xFFFFFFFF), past, "moov/trak/tkhd", 144},
         RefusalRow{"TooManyTracks", manyTracks(), "the movie has too many tracks", "moov/trak", 116 + 8 * 4096}),
     [](const auto& row) { return std::string(row.param.name); });
 

@@ -52,20 +52,20 @@ TEST_P(FlattenedLayouts, KeepEverySampleAndTakeTheNewDescription) {
   EXPECT_EQ(contentOf(from), original);
 }
 
-const std::vector<std::string> usual{"ftyp", "moov", "free", "mdat"};
+const std::vector<std::string> usualLayout{"ftyp", "moov", "free", "mdat"};
 
 INSTANTIATE_TEST_SUITE_P(
     Files, FlattenedLayouts,
     testing::Values(
         LayoutRow{"MovieLast", {{"ftyp", "mdat", "moov"}}, {"ftyp", "mdat", "moov"}},
-        LayoutRow{"MovieFirst", {{"ftyp", "moov", "mdat"}}, usual},
+        LayoutRow{"MovieFirst", {{"ftyp", "moov", "mdat"}}, usualLayout},
         LayoutRow{"MovieInTheMiddle", {{"ftyp", "mdat", "moov", "mdat"}}, {"ftyp", "mdat", "mdat", "moov"}},
         LayoutRow{"SeveralMediaData",
                   {{"ftyp", "moov", "mdat", "free", "mdat", "mdat"}},
                   {"ftyp", "moov", "free", "mdat", "mdat", "mdat"}},
         LayoutRow{"Wide", {{"ftyp", "wide", "mdat", "moov"}}, {"ftyp", "mdat", "moov"}},
-        LayoutRow{"WideOffsets", {{"ftyp", "moov", "free", "mdat"}, true}, usual},
-        LayoutRow{"OpenEndedMediaData", {{"ftyp", "moov", "mdat0"}}, usual},
+        LayoutRow{"WideOffsets", {{"ftyp", "moov", "free", "mdat"}, true}, usualLayout},
+        LayoutRow{"OpenEndedMediaData", {{"ftyp", "moov", "mdat0"}}, usualLayout},
         LayoutRow{"MediaDataOf64Bits", {{"ftyp", "mdat64", "mdat", "moov"}}, {"ftyp", "mdat", "mdat", "moov"}},
         LayoutRow{"FreeAllOver",
                   {{"free", "ftyp", "skip", "moov", "free", "mdat", "free", "mdat", "skip"}},
@@ -75,11 +75,11 @@ INSTANTIATE_TEST_SUITE_P(
                   {"ftyp", "uuid", "moov", "free", "uuid", "mdat", "uuid"}},
         LayoutRow{"ChunksInsideAFree", {{"ftyp", "chunks", "moov", "mdat"}}, {"ftyp", "mdat", "mdat", "moov"}},
         LayoutRow{"JunkAtTheEnd", {{"ftyp", "mdat", "moov", "junk"}}, {"ftyp", "mdat", "moov"}},
-        LayoutRow{"ZerosAtTheEnd", {{"ftyp", "moov", "mdat", "zeros"}}, usual},
+        LayoutRow{"ZerosAtTheEnd", {{"ftyp", "moov", "mdat", "zeros"}}, usualLayout},
         LayoutRow{"AnotherMovieAtom", {{"ftyp", "mdat", "moov", "otherMoov"}}, {"ftyp", "mdat", "moov"}},
         LayoutRow{"WithoutType", {{"mdat", "moov"}}, {"mdat", "moov"}},
         LayoutRow{"Compressed", {{"ftyp", "mdat", "cmov"}}, {"ftyp", "mdat", "moov"}},
-        LayoutRow{"CompressedFirst", {{"ftyp", "cmov", "mdat64"}}, usual}),
+        LayoutRow{"CompressedFirst", {{"ftyp", "cmov", "mdat64"}}, usualLayout}),
     [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace {
 
 using test::AtomBuilder;
 using test::contentOf;
+using test::copied;
 using test::MovieSpec;
 using test::openedMovie;
 using test::TemporaryFolder;
@@ -69,11 +70,6 @@ MovieSpec halfExternal(const Bytes& reference) {
 
 Bytes fileOf(const MovieSpec& movie) {
   return test::joined({test::typedMediaData("qt  ", 64), movie.build()});
-}
-
-Result<void> copied(const std::string& from, const std::string& to) {
-  const auto movie = openedMovie(from);
-  return writeFlattenedCopy(*movie, movie->movieAtom(), to);
 }
 
 struct NameRow {

@@ -21,6 +21,7 @@ namespace {
 namespace fs = std::filesystem;
 using test::AtomBuilder;
 using test::contentOf;
+using test::copied;
 using test::MovieParts;
 using test::MovieSpec;
 using test::openedMovie;
@@ -30,11 +31,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 const MovieParts usual{{"ftyp", "moov", "mdat", "mdat"}};
-
-Result<void> copied(const std::string& from, const std::string& to, const CopyProgress& progress = {}) {
-  const auto movie = openedMovie(from);
-  return writeFlattenedCopy(*movie, movie->movieAtom(), to, progress);
-}
 
 // --- what is refused ---
 

@@ -15,6 +15,7 @@ namespace movie {
 namespace {
 
 using test::AtomBuilder;
+using test::copied;
 using test::MovieSpec;
 using test::openedMovie;
 using test::TemporaryFolder;
@@ -83,11 +84,6 @@ std::uint64_t spaceTaken(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) throw std::runtime_error("no " + path);
   return static_cast<std::uint64_t>(status.st_blocks) * 512;
-}
-
-Result<void> copied(const std::string& from, const std::string& to) {
-  const auto movie = openedMovie(from);
-  return writeFlattenedCopy(*movie, movie->movieAtom(), to);
 }
 
 TEST(FlattenedLarge, WidensTheTablesThatNeedItAndThoseThatTheWideningPushesOver) {

@@ -91,6 +91,11 @@ std::shared_ptr<const MovieFile> openedMovie(const std::string& path) {
   return *movie;
 }
 
+Result<void> copied(const std::string& from, const std::string& to, const CopyProgress& progress) {
+  const auto movie = openedMovie(from);
+  return writeFlattenedCopy(*movie, movie->movieAtom(), to, progress);
+}
+
 std::vector<std::vector<Bytes>> samplesOf(const std::string& path) {
   const auto movie = openedMovie(path);
   std::vector<std::vector<Bytes>> tracks;

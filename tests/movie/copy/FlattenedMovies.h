@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "movie/atoms/MovieFile.h"
+#include "movie/copy/FlattenedCopy.h"
 #include "tests/support/AtomBuilder.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -29,6 +29,8 @@ std::vector<std::vector<Bytes>> samplesOf(const std::string& path);
 std::vector<std::string> topLevelTypes(const std::string& path);
 
 std::shared_ptr<const MovieFile> openedMovie(const std::string& path);
+
+Result<void> copied(const std::string& from, const std::string& to, const CopyProgress& progress = {});
 
 /// What a shell command prints; throws std::runtime_error when it fails. `command` is trusted.
 std::string outputOf(const std::string& command);

@@ -24,12 +24,12 @@ using Call = SimulatedFile::Call;
 using Fault = SimulatedFile::Fault;
 
 /// A save into a simulated file that fails in some way.
-struct Attempt {
+struct Attempted {
   Result<SaveOutcome> outcome;
   SimulatedFile file;
 };
 
-Attempt attempt(const SaveCase& subject, const MovieFile& movie, std::function<Fault(Call, std::size_t)> fault) {
+Attempted attempt(const SaveCase& subject, const MovieFile& movie, std::function<Fault(Call, std::size_t)> fault) {
   SimulatedFile file(subject.file, movie.stamp());
   file.failWith(std::move(fault));
   auto outcome = saveMetadata(movie, subject.edits, file);
@@ -66,13 +66,13 @@ void forEveryCase(const std::function<void(const SaveCase&, const MovieFile&, st
     const TemporaryFile file(subject.file);
     const auto movie = MovieFile::open(file.path());
     ASSERT_TRUE(movie) << movie.error().message();
-    const Attempt good = attempt(subject, **movie, nullptr);
+    const Attempted good = attempt(subject, **movie, nullptr);
     ASSERT_TRUE(good.outcome) << good.outcome.error().message();
     visit(subject, **movie, good.file.callCount());
   }
 }
 
-void expectHonest(const SaveCase& subject, const Attempt& done, bool oneFault) {
+void expectHonest(const SaveCase& subject, const Attempted& done, bool oneFault) {
   const std::string metadata = metadataIn(subject, done.file.content());
   EXPECT_EQ(done.file.openDescriptors(), 0U);
   if (!done.outcome) {
@@ -96,7 +96,7 @@ TEST(SaveFaults, OneFailingCallNeverDamagesAMovieAndIsTold) {
     for (std::size_t at = 0; at < calls; ++at) {
       for (const int error : {EIO, ENOSPC, EFBIG}) {
         SCOPED_TRACE(testing::Message() << "call " << at << ", errno " << error);
-        const Attempt done = attempt(subject, movie, [&](Call, std::size_t number) {
+        const Attempted done = attempt(subject, movie, [&](Call, std::size_t number) {
           return number == at ? Fault{error, false} : Fault{};
         });
         expectHonest(subject, done, true);
@@ -112,7 +112,7 @@ TEST(SaveFaults, ADiskThatFailsFromThenOnNeverDamagesAMovie) {
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t calls) {
     for (std::size_t at = 0; at < calls; ++at) {
       SCOPED_TRACE(at);
-      const Attempt done = attempt(subject, movie, [&](Call, std::size_t number) {
+      const Attempted done = attempt(subject, movie, [&](Call, std::size_t number) {
         return Fault{number >= at ? EIO : 0, false};
       });
       expectHonest(subject, done, false);
@@ -122,15 +122,15 @@ TEST(SaveFaults, ADiskThatFailsFromThenOnNeverDamagesAMovie) {
 
 TEST(SaveFaults, InterruptedAndShortCallsGoOn) {
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t calls) {
-    const Attempt good = attempt(subject, movie, nullptr);
+    const Attempted good = attempt(subject, movie, nullptr);
     for (std::size_t at = 0; at < calls; ++at) {
-      const Attempt interrupted = attempt(subject, movie, [&](Call, std::size_t number) {
+      const Attempted interrupted = attempt(subject, movie, [&](Call, std::size_t number) {
         return Fault{number == at ? EINTR : 0, false};
       });
       ASSERT_TRUE(interrupted.outcome) << interrupted.outcome.error().message();
       EXPECT_EQ(interrupted.file.content(), good.file.content());
     }
-    const Attempt allShort = attempt(subject, movie, [](Call, std::size_t) { return Fault{0, true}; });
+    const Attempted allShort = attempt(subject, movie, [](Call, std::size_t) { return Fault{0, true}; });
     ASSERT_TRUE(allShort.outcome) << allShort.outcome.error().message();
     EXPECT_EQ(allShort.file.content(), good.file.content());
   });
@@ -141,7 +141,7 @@ TEST(SaveFaults, AStopAfterAFailureNeverDamagesAMovie) {
   std::uint64_t states = 0;
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t calls) {
     for (std::size_t at = 0; at < calls; ++at) {
-      const Attempt done = attempt(subject, movie, [&](Call, std::size_t number) {
+      const Attempted done = attempt(subject, movie, [&](Call, std::size_t number) {
         return Fault{number == at ? EIO : 0, false};
       });
       std::set<Bytes> seen;
@@ -159,7 +159,7 @@ TEST(SaveFaults, AStopAfterAFailureNeverDamagesAMovie) {
 TEST(SaveFaults, AFullDiskShowsBeforeAnyByteChanges) {
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t) {
     if (hasLeftovers(subject) || subject.place == SavePlace::Sector) return;
-    const Attempt done = attempt(subject, movie, [](Call call, std::size_t) {
+    const Attempted done = attempt(subject, movie, [](Call call, std::size_t) {
       return Fault{call == Call::Reserve ? ENOSPC : 0, false};
     });
     ASSERT_FALSE(done.outcome);
@@ -171,7 +171,7 @@ TEST(SaveFaults, AFullDiskShowsBeforeAnyByteChanges) {
 
 TEST(SaveFaults, AFileSystemWithoutReservationsLocksAndLeasesWillDo) {
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t) {
-    const Attempt done = attempt(subject, movie, [](Call call, std::size_t) {
+    const Attempted done = attempt(subject, movie, [](Call call, std::size_t) {
       if (call == Call::Reserve) return Fault{EOPNOTSUPP, false};
       if (call == Call::Lock) return Fault{ENOLCK, false};
       return Fault{call == Call::Lease ? EINVAL : 0, false};
@@ -188,7 +188,7 @@ TEST(SaveFaults, AFailedCommitIsUncertainAndNeitherUndoneNorTriedAgain) {
     for (std::size_t at = 0; at < calls; ++at) {
       bool failed = false;
       std::size_t changesAfter = 0;
-      const Attempt done = attempt(subject, movie, [&](Call call, std::size_t number) {
+      const Attempted done = attempt(subject, movie, [&](Call call, std::size_t number) {
         if (failed && (call == Call::Write || call == Call::Sync || call == Call::Resize)) ++changesAfter;
         failed = failed || number == at;
         return Fault{number == at ? EIO : 0, false};

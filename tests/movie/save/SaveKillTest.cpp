@@ -13,6 +13,7 @@
 #include "tests/movie/save/CrashStates.h"
 #include "tests/movie/save/SaveCases.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie {
 namespace {
@@ -20,11 +21,6 @@ namespace {
 using test::SaveCase;
 using test::seenIn;
 using test::TemporaryFile;
-
-Bytes read(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
-}
 
 /// Saves the two entries in turn until it is killed.
 [[noreturn]] void saveForever(const std::string& path, const std::vector<Bytes>& entries) {
@@ -60,7 +56,7 @@ TEST(SaveKill, AKilledSaveLeavesAWholeMovieThatSavesAgain) {
       for (int i = 0; i < 12; ++i, ++count) {
         const int status = killedAfter(file.path(), entries, 200 + static_cast<unsigned>(random() % 20'000));
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "the save failed";
-        const Bytes content = read(file.path());
+        const Bytes content = test::contentOf(file.path());
         const auto seen = seenIn(content, why);
         ASSERT_TRUE(seen) << why;
         ASSERT_EQ(seen->rest, before.rest);

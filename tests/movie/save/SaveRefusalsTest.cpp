@@ -11,6 +11,7 @@
 #include "movie/save/MetadataSave.h"
 #include "tests/support/AtomBuilder.h"
 #include "tests/support/FaultyCalls.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie {
 namespace {
@@ -35,11 +36,6 @@ Bytes entryWith(const std::vector<Bytes>& extensions) {
 const std::vector<SampleDescriptionEdit>& edits() {
   static const std::vector<SampleDescriptionEdit> some{{0, 0, entryWith({gamaExtension(0x20000)})}};
   return some;
-}
-
-Bytes read(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
 }
 
 /// ftyp and a mdat of 64 bytes, whose chunk is at 28.
@@ -156,7 +152,7 @@ TEST(SaveRefusals, NameTheReasonAndLeaveTheFileAlone) {
     const auto outcome = saveMetadata(**movie, edits());
     ASSERT_FALSE(outcome);
     EXPECT_EQ(outcome.error().reason(), possible.error().reason());
-    EXPECT_EQ(read(file.path()), row.file);
+    EXPECT_EQ(test::contentOf(file.path()), row.file);
   }
 }
 
@@ -207,13 +203,13 @@ TEST_F(OpenedMovie, IsRefusedWhenAnotherFileHasItsName) {
   std::filesystem::copy_file(other.path(), other.path() + "2");
   std::filesystem::rename(other.path() + "2", file_.path());
   expectRefused("changed on disk");
-  EXPECT_EQ(read(file_.path()), content_);
+  EXPECT_EQ(test::contentOf(file_.path()), content_);
 }
 
 TEST_F(OpenedMovie, IsRefusedWhileOpenForWritingElsewhere) {
   const int writer = ::open(file_.path().c_str(), O_WRONLY | O_CLOEXEC);
   expectRefused("open for writing");
-  EXPECT_EQ(read(file_.path()), content_);
+  EXPECT_EQ(test::contentOf(file_.path()), content_);
   ::close(writer);
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
 }
@@ -255,8 +251,8 @@ TEST_F(OpenedMovie, KeepsItsNamesAndTellsThem) {
   ASSERT_TRUE(outcome) << outcome.error().message();
   EXPECT_EQ(outcome->names, 2U);
   EXPECT_TRUE(std::filesystem::is_symlink(link));
-  EXPECT_EQ(read(name), read(file_.path()));
-  EXPECT_NE(read(name), content_);
+  EXPECT_EQ(test::contentOf(name), test::contentOf(file_.path()));
+  EXPECT_NE(test::contentOf(name), content_);
   std::filesystem::remove(link);
   std::filesystem::remove(name);
 }
@@ -264,7 +260,7 @@ TEST_F(OpenedMovie, KeepsItsNamesAndTellsThem) {
 TEST_F(OpenedMovie, IsOnlyLookedAtByCanUpdate) {
   EXPECT_TRUE(canUpdate(*movie_, edits()));
   EXPECT_TRUE(canUpdate(*movie_, {}));
-  EXPECT_EQ(read(file_.path()), content_);
+  EXPECT_EQ(test::contentOf(file_.path()), content_);
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
 }
 
@@ -278,7 +274,7 @@ TEST_F(OpenedMovie, IsNotLostToALimitOfFileSizes) {
     ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
     ASSERT_FALSE(outcome);
     EXPECT_NE(outcome.error().reason().find("larger than is allowed"), std::string::npos) << outcome.error().reason();
-    EXPECT_EQ(read(file_.path()), content_);
+    EXPECT_EQ(test::contentOf(file_.path()), content_);
   }
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
 }
@@ -327,7 +323,7 @@ TEST_F(OpenedMovie, CanBeSavedOnceTheReasonOfAFailureIsGone) {
     });
     const auto outcome = saveMetadata(*movie_, edits(), calls);
     ASSERT_FALSE(outcome) << at;
-    EXPECT_EQ(read(file_.path()), content_);
+    EXPECT_EQ(test::contentOf(file_.path()), content_);
   }
   EXPECT_TRUE(saveMetadata(*movie_, edits()));
 }

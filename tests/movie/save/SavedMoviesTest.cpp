@@ -10,14 +10,10 @@
 #include "movie/save/MetadataSave.h"
 #include "tests/support/AtomBuilder.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie {
 namespace {
-
-Bytes read(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
-}
 
 std::vector<std::string> madeMovies() {
   const std::vector<std::string> picture{"-f", "lavfi", "-i", "testsrc2=s=320x240:d=1:r=25"};
@@ -87,7 +83,7 @@ void expectSamplesEqual(const MovieFile& before, const MovieFile& after) {
 
 /// Adds a property that the movie lacks, saves, takes it away and saves again.
 void expectToComeBack(const std::string& original) {
-  const test::TemporaryFile file(read(original));
+  const test::TemporaryFile file(test::contentOf(original));
   const auto before = MovieFile::open(file.path());
   if (!before) return;
   const auto track = firstVideo(**before);
@@ -130,7 +126,7 @@ TEST(SavedMovies, OfTheWorldGiveTheirImageDescriptionBackAndKeepAllElse) {
 
 TEST(SavedMovies, AreOnesThatCanBeSaved) {
   for (const std::string& path : madeMovies()) {
-    const test::TemporaryFile copy(read(path));
+    const test::TemporaryFile copy(test::contentOf(path));
     EXPECT_TRUE(canUpdate(*MovieFile::open(copy.path()).value(), {})) << path;
   }
 }
@@ -139,7 +135,7 @@ TEST(SavedMovies, OfTheWorldAreOnesThatCanBeSaved) {
   const std::vector<std::string> movies = test::realMovies();
   if (movies.empty()) GTEST_SKIP() << test::whyNoRealMovies();
   for (const std::string& path : movies) {
-    const test::TemporaryFile copy(read(path));
+    const test::TemporaryFile copy(test::contentOf(path));
     EXPECT_TRUE(canUpdate(*MovieFile::open(copy.path()).value(), {})) << path;
   }
 }

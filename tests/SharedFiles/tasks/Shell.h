@@ -1,0 +1,6 @@
+#pragma once
+
+#include <QString>
+
+/// What runs the commands of the tests.
+inline const QString shell = "/bin/sh";
