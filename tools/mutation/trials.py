@@ -57,6 +57,10 @@ class Workplace:
         command = ["cmake", "--preset", self.preset, *(f"-D{each}" for each in self.definitions)]
         if self.run(command, self.tree, None) != 0:
             raise Refused(f"cmake fails:\n{self.output()}")
+        if os.getuid() == 0:  # what the tests make
+            fixtures = self.tree / "build" / "fixtures"
+            fixtures.mkdir(exist_ok=True)
+            shutil.chown(fixtures, TEST_USER)
 
     def builds(self, target):
         if target.startswith(OF_CTEST):
