@@ -101,10 +101,11 @@ class Workplace:
         with tempfile.TemporaryDirectory(prefix="mutation-home-") as home:
             environment = dict(os.environ, HOME=home, TMPDIR=home, QT_QPA_PLATFORM="offscreen")
             command = [self.build / "bin" / program, "--gtest_fail_fast", *arguments]
-            if program.startswith(OF_CTEST):
+            of_ctest = program.startswith(OF_CTEST)
+            if of_ctest:
                 name = re.escape(program.removeprefix(OF_CTEST))
                 command = ["ctest", "--test-dir", self.build, "--no-tests=error", "-R", f"^{name}$"]
-            if os.getuid() == 0:
+            if os.getuid() == 0 and not of_ctest:  # ctest writes into the build folder, which is root's
                 user = pwd.getpwnam(TEST_USER)
                 os.chown(home, user.pw_uid, user.pw_gid)
                 environment.update(USER=TEST_USER, LOGNAME=TEST_USER)
