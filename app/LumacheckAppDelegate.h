@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "SharedFiles/foundation/PathPlatform.h"
-#include "SharedFiles/support/DesktopWorkspace.h"
+#include "SharedFiles/support/Workspace.h"
 #include "app/KeyTable.h"
 #include "app/Subclasses/PlayableMovie.h"
 #include "app/dialogs/FlattenedSave.h"
@@ -26,7 +26,7 @@ class UserDefaults;
 /// What the controller asks of its surroundings. Platform and workspace outlive it.
 struct ControllerServices {
   const PathPlatform& paths = PathPlatform::standard();
-  Workspace& workspace = DesktopWorkspace::standard();
+  Workspace& workspace = Workspace::standard();
   BundleInfo bundle = BundleInfo::mainBundle();
 };
 

@@ -90,13 +90,14 @@ void LumacheckAppDelegate::showPreferences() {
 }
 
 void LumacheckAppDelegate::readQCLogging() {
-  const QVariantMap stored = AnalyticsPreferences(services_.paths).read();
-  interface_.qcLoggingCheck->setChecked(stored.value(AnalyticsPreferences::decisionKey).toLongLong() != 0);
+  const QVariant decision = AnalyticsPreferences(services_.paths).objectForKey(AnalyticsPreferences::decisionKey);
+  interface_.qcLoggingCheck->setChecked(decision.toLongLong() != 0);
 }
 
 // prefsToggleQCLogging:
 void LumacheckAppDelegate::prefsToggleQCLogging(const QCheckBox* sender) {
-  AnalyticsPreferences(services_.paths).set({{AnalyticsPreferences::decisionKey, sender->checkState() == Qt::Checked}});
+  AnalyticsPreferences(services_.paths)
+      .setObject(sender->checkState() == Qt::Checked, AnalyticsPreferences::decisionKey);
 }
 
 // helpUserManual:

@@ -1,6 +1,5 @@
 #include "check/MetadataSync.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "SharedFiles/log/QVLog.h"
@@ -127,11 +126,6 @@ bool Sync::copyProfile() {
 }
 
 }  // namespace
-
-bool SyncOutcome::isComplete() const {
-  return writtenBack && std::all_of(changes.begin(), changes.end(),
-                                    [](const PropertyChange& change) { return change.result == movie::noErr; });
-}
 
 // syncMetadata:dest:
 SyncOutcome syncMetadata(const movie::Movie& source, movie::Movie& dest) {

@@ -113,20 +113,18 @@ QBoxLayout* AlertPanel::addTexts(const Texts& texts) {
   bold.setBold(true);
   const int width = QFontMetrics(font()).averageCharWidth() * columnCharacters;
   const int screen = QWidget::screen()->availableSize().height();
-  // NOLINTBEGIN(cppcoreguidelines-owning-memory): the widgets belong to the panel.
-  auto* const column = new QVBoxLayout;
+  auto* const column = new QVBoxLayout;  // NOLINT(cppcoreguidelines-owning-memory): belongs to the panel
   column->setSpacing(spacing);
-  auto* const message = new TextBlock(texts.message, bold, width, screen / 5);
-  message->setObjectName(QStringLiteral("messageText"));
-  message->setAccessibleName(tr("Message"));
-  auto* const informative = new TextBlock(texts.informative, font(), width, screen / 3);
-  informative->setObjectName(QStringLiteral("informativeText"));
-  informative->setAccessibleName(tr("Details"));
-  // NOLINTEND(cppcoreguidelines-owning-memory)
-  column->addWidget(message);
-  column->addWidget(informative);
-  message->setVisible(!texts.message.isEmpty());
-  informative->setVisible(!texts.informative.isEmpty());
+  const auto add = [&](const QString& text, const QFont& shape, int tallest, const char* name, const QString& title) {
+    // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): belongs to the panel
+    auto* const block = new TextBlock(text, shape, width, tallest);
+    block->setObjectName(QLatin1String(name));
+    block->setAccessibleName(title);
+    if (text.isEmpty()) block->hide();
+    column->addWidget(block);
+  };
+  add(texts.message, bold, screen / 5, "messageText", tr("Message"));
+  add(texts.informative, font(), screen / 3, "informativeText", tr("Details"));
   column->addStretch(1);
   return column;
 }

@@ -1,74 +1,43 @@
 #include "SharedFiles/alerts/QVAlert.h"
 
 #include <QApplication>
-#include <QDateTime>
 #include <QEventLoop>
 #include <QTimer>
 #include <QWidget>
 #include <chrono>
 #include <future>
-#include <limits>
-#include <mutex>
 #include <optional>
 #include <system_error>
 #include <thread>
 #include <utility>
 
-#include <unistd.h>
-
 #include "SharedFiles/alerts/AlertPanel.h"
-#include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/MainThread.h"
+#include "SharedFiles/log/SystemConsole.h"
 #include "SharedFiles/settings/UserDefaults.h"
 
 namespace {
-
-using SystemLog = std::function<void(const QString&)>;
 
 constexpr std::chrono::milliseconds turnOnMainThread{10};
 constexpr std::chrono::milliseconds turnElsewhere{200};
 constexpr std::chrono::milliseconds turnWhileClosing{20};
 constexpr int defaultReturn = 1;
 constexpr int otherReturn = -1;
-constexpr int nothingGiven = std::numeric_limits<int>::min();
 
 QString defaultSelector() {
   return QStringLiteral("alertDidEnd:returnCode:contextInfo:");
 }
 
-void writeToStandardError(const QString& line) {
-  const QString text = QStringLiteral("%1 %2[%3:%4] %5\n")
-                           .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss.zzz")),
-                                BundleInfo::mainBundle().executableName())
-                           .arg(::getpid())
-                           .arg(::gettid())
-                           .arg(line);
-  const QByteArray bytes = text.toUtf8();
-  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, bytes.constData(), static_cast<size_t>(bytes.size()));
-}
-
-/// The system log's place. Never destroyed: threads that outlive main may still write.
-struct SystemLogPlace {
-  std::mutex mutex;
-  SystemLog log;
-
-  static SystemLogPlace& shared() {
-    static SystemLogPlace* const place = std::make_unique<SystemLogPlace>().release();
-    return *place;
-  }
-};
-
-void writeToSystemLog(const QString& line) {
-  SystemLogPlace& place = SystemLogPlace::shared();
-  const SystemLog log = [&place] {
-    const std::lock_guard guard(place.mutex);
-    return place.log;
-  }();
-  if (log) {
-    log(line);
-  } else {
-    writeToStandardError(line);
-  }
+QVAlert::Request requestOf(const QString& messageText, const QString& defaultButton, const QString& alternateButton,
+                           const QString& otherButton, const QString& informativeText) {
+  QVAlert::Request request = {{"messageText", messageText},
+                              {"defaultButtonTitle", defaultButton},
+                              {"alternateButtonTitle", alternateButton},
+                              {"otherButtonTitle", otherButton},
+                              {"informativeText", informativeText},
+                              {"didEndSelector", defaultSelector()}};
+  request.removeIf([](const QVAlert::Request::iterator& entry) { return entry->isNull(); });
+  return request;
 }
 
 /// The window of a widget that may be gone by now, or null. Addresses are compared, nothing is followed.
@@ -95,11 +64,9 @@ void makeKeyAndOrderFront(QWidget& window) {
 
 }  // namespace
 
-QVAlert::Answer::Answer() : given(nothingGiven) {}
-
 void QVAlert::Answer::giveAfter(int interval) {
   std::this_thread::sleep_for(std::chrono::seconds(interval));
-  int none = nothingGiven;
+  int none = nothing;
   given.compare_exchange_strong(none, defaultReturn);
   code = defaultReturn;
   ended = true;
@@ -114,74 +81,15 @@ struct QVAlert::Question {
   std::optional<int> interval;
 };
 
-std::shared_ptr<QVAlert> QVAlert::create() {
-  return std::make_shared<QVAlert>(Made{});
-}
-
-QVAlert::QVAlert(Made /*made*/) : answer_(std::make_shared<Answer>()) {}
-
-QVAlert::~QVAlert() = default;
-
-void QVAlert::alertSheetWithMessageText(const QString& messageText, const QString& informativeText,
-                                        QWidget* parentWindow) {
-  alertSheetWithMessageText(messageText, QString(), QString(), QString(), informativeText, parentWindow, nullptr,
-                            QString(), true);
-}
-
-int QVAlert::alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
-                                       const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow, bool block) {
-  return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton, informativeText,
-                                   parentWindow, nullptr, QString(), block);
-}
-
-int QVAlert::alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
-                                       const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow,
-                                       AlertDelegate* /*delegate*/, const QString& /*didEndSelector*/, bool /*block*/) {
-  return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton, informativeText,
-                                   parentWindow, nullptr, QString(), true, nullptr);
-}
-
-int QVAlert::alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
-                                       const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow, AlertDelegate* delegate,
-                                       const QString& didEndSelector, bool block,
-                                       const std::shared_ptr<QVAlert>& alertObject) {
-  return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton, informativeText,
-                                   parentWindow, delegate, didEndSelector, block, alertObject, QString());
-}
-
-QVAlert::Request QVAlert::requestOf(const QString& messageText, const QString& defaultButton,
-                                    const QString& alternateButton, const QString& otherButton,
-                                    const QString& informativeText) {
-  Request request;
-  const auto add = [&request](const char* key, const QString& text) {
-    if (!text.isNull()) request.insert(QLatin1String(key), text);
-  };
-  add("messageText", messageText);
-  add("defaultButtonTitle", defaultButton);
-  add("alternateButtonTitle", alternateButton);
-  add("otherButtonTitle", otherButton);
-  add("informativeText", informativeText);
-  add("didEndSelector", defaultSelector());
-  return request;
-}
-
 int QVAlert::alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
                                        const QString& alternateButton, const QString& otherButton,
                                        const QString& informativeText, QWidget* parentWindow, AlertDelegate* delegate,
                                        const QString& didEndSelector, bool block,
                                        const std::shared_ptr<QVAlert>& alertObject, const QString& suppressionBinding) {
-  Question question{requestOf(messageText, defaultButton, alternateButton, otherButton, informativeText),
-                    parentWindow,
-                    delegate,
-                    block,
-                    alertObject,
-                    std::nullopt};
-  if (!didEndSelector.isNull()) question.request.insert(QStringLiteral("didEndSelector"), didEndSelector);
-  if (!suppressionBinding.isNull()) question.request.insert(QStringLiteral("suppressionBinding"), suppressionBinding);
-  return ask(question);
+  Request request = requestOf(messageText, defaultButton, alternateButton, otherButton, informativeText);
+  if (!didEndSelector.isNull()) request.insert("didEndSelector", didEndSelector);
+  if (!suppressionBinding.isNull()) request.insert("suppressionBinding", suppressionBinding);
+  return ask({request, parentWindow, delegate, block, alertObject, std::nullopt});
 }
 
 int QVAlert::timedAlertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
@@ -195,9 +103,9 @@ int QVAlert::ask(const Question& question) {
   const std::shared_ptr<QVAlert> alert = question.alertObject ? question.alertObject : create();
   alert->setAlertEnded(false);
   AlertDelegate& delegate = question.delegate ? *question.delegate : *alert;
-  const QString selector = question.request.value(QStringLiteral("didEndSelector"));
+  const QString selector = question.request.value("didEndSelector");
   if (!delegate.respondsToSelector(selector)) {
-    writeToSystemLog(QStringLiteral("Alert error: delegate does not respond to selector %1").arg(selector));
+    logToConsole("Alert error: delegate does not respond to selector %@", selector);
     return otherReturn;
   }
   if (question.interval) alert->startTimer(*question.interval);
@@ -215,7 +123,7 @@ int QVAlert::ask(const Question& question) {
   alert->closeWhenWaited(question.alertObject == nullptr);
   if (answer.quitting) return otherReturn;
   const int given = answer.given;
-  return given == nothingGiven ? answer.code.load() : given;
+  return given == Answer::nothing ? answer.code.load() : given;
 }
 
 /// Closes the alert on the main thread and waits for that, but not for a main thread that has left its event loop and
@@ -241,7 +149,7 @@ void QVAlert::startTimer(int interval) {
   try {
     std::thread([answer = answer_, interval] { answer->giveAfter(interval); }).detach();
   } catch (const std::system_error& error) {
-    writeToSystemLog(QStringLiteral("Alert error: no timer thread: %1").arg(QString::fromUtf8(error.what())));
+    logToConsole("Alert error: no timer thread: %@", error.what());
   }
 }
 
@@ -330,17 +238,11 @@ void QVAlert::performAlertDidEnd(const QString& /*selector*/, QVAlert& alert, in
 }
 
 void QVAlert::setAlertEnded(bool ended) {
-  if (!ended) answer_->given = nothingGiven;
+  if (!ended) answer_->given = Answer::nothing;
   answer_->ended = ended;
 }
 
 void QVAlert::setReturnCode(int code) {
   answer_->code = code;
   answer_->given = code;
-}
-
-void QVAlert::setSystemLog(SystemLog log) {
-  SystemLogPlace& place = SystemLogPlace::shared();
-  const std::lock_guard guard(place.mutex);
-  place.log = std::move(log);
 }

@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <QString>
 #include <atomic>
-#include <functional>
+#include <limits>
 #include <memory>
 
 #include "SharedFiles/alerts/AlertPanel.h"
@@ -41,39 +41,40 @@ class QVAlert final : public AlertDelegate, public std::enable_shared_from_this<
   /// didEndSelector (always present) and suppressionBinding.
   using Request = QMap<QString, QString>;
 
-  static std::shared_ptr<QVAlert> create();
-  explicit QVAlert(Made made);
-  ~QVAlert() override;
+  static std::shared_ptr<QVAlert> create() { return std::make_shared<QVAlert>(Made{}); }
+  explicit QVAlert(Made /*made*/) {}
   QVAlert(const QVAlert&) = delete;
   QVAlert& operator=(const QVAlert&) = delete;
 
   /// alertSheetWithMessageText:informativeText:parentWindow:
   /// Returns when the user has pressed the button.
   static void alertSheetWithMessageText(const QString& messageText, const QString& informativeText,
-                                        QWidget* parentWindow);
+                                        QWidget* parentWindow) {
+    alertSheetWithMessageText(messageText, {}, {}, {}, informativeText, parentWindow, true);
+  }
 
   /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:parentWindow:block:
   /// Always waits for the answer: the flag is ignored.
   static int alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
                                        const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow, bool block);
+                                       const QString& informativeText, QWidget* parentWindow, bool /*block*/) {
+    return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton, informativeText,
+                                     parentWindow, nullptr, {}, true, nullptr);
+  }
 
   /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:parentWindow:delegate:
   /// didEndSelector:block:
   /// Always waits for the answer and tells no delegate: the last three arguments are ignored.
   static int alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
                                        const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow, AlertDelegate* delegate,
-                                       const QString& didEndSelector, bool block);
+                                       const QString& informativeText, QWidget* parentWindow,
+                                       AlertDelegate* /*delegate*/, const QString& /*didEndSelector*/, bool block) {
+    return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton, informativeText,
+                                     parentWindow, block);
+  }
 
   /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:parentWindow:delegate:
   /// didEndSelector:block:alertObject:
-  static int alertSheetWithMessageText(const QString& messageText, const QString& defaultButton,
-                                       const QString& alternateButton, const QString& otherButton,
-                                       const QString& informativeText, QWidget* parentWindow, AlertDelegate* delegate,
-                                       const QString& didEndSelector, bool block,
-                                       const std::shared_ptr<QVAlert>& alertObject);
-
   /// alertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:parentWindow:delegate:
   /// didEndSelector:block:alertObject:suppressionBinding:
   /// The full form. Nil takes a new alert, the alert as its own delegate, and alertDidEnd:returnCode:contextInfo:. The
@@ -85,7 +86,8 @@ class QVAlert final : public AlertDelegate, public std::enable_shared_from_this<
                                        const QString& alternateButton, const QString& otherButton,
                                        const QString& informativeText, QWidget* parentWindow, AlertDelegate* delegate,
                                        const QString& didEndSelector, bool block,
-                                       const std::shared_ptr<QVAlert>& alertObject, const QString& suppressionBinding);
+                                       const std::shared_ptr<QVAlert>& alertObject,
+                                       const QString& suppressionBinding = {});
 
   /// timedAlertSheetWithMessageText:defaultButton:alternateButton:otherButton:informativeText:parentWindow:interval:
   /// Answers itself with the default button after so many seconds.
@@ -120,24 +122,18 @@ class QVAlert final : public AlertDelegate, public std::enable_shared_from_this<
   int returnCode() const { return answer_->code; }
   void setReturnCode(int code);
 
-  /// Where the platform's system log goes: standard error by default, with time and program name. An empty function
-  /// brings that back. From any thread.
-  static void setSystemLog(std::function<void(const QString& line)> log);
-
  private:
   /// What threads share; a timer keeps it for longer than the alert lives.
   struct Answer {
     std::atomic<bool> ended = false;
     std::atomic<int> code = 0;  ///< returnCode
-    std::atomic<int> given;     ///< what the waiting caller gets: the code without a late timer's
+    static constexpr int nothing = std::numeric_limits<int>::min();
+    std::atomic<int> given = nothing;  ///< what the waiting caller gets: the code without a late timer's
     std::atomic<bool> quitting = false;
-    Answer();
     void giveAfter(int interval);
   };
 
   struct Question;
-  static Request requestOf(const QString& messageText, const QString& defaultButton, const QString& alternateButton,
-                           const QString& otherButton, const QString& informativeText);
   static int ask(const Question& question);
   void startTimer(int interval);
   void wait() const;
@@ -145,7 +141,7 @@ class QVAlert final : public AlertDelegate, public std::enable_shared_from_this<
   void bindSuppression(AlertPanel& panel, const QString& keyPath);
   void applicationQuits();
 
-  const std::shared_ptr<Answer> answer_;
+  const std::shared_ptr<Answer> answer_ = std::make_shared<Answer>();
   QPointer<QWidget> parentWindow_;
   AlertDelegate* delegate_ = nullptr;
   QPointer<AlertPanel> alert_;

@@ -3,16 +3,22 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEvent>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QTimer>
 #include <string_view>
 #include <utility>
 
 #include "SharedFiles/alerts/QVAlert.h"
+#include "SharedFiles/analytics/MultipartForm.h"
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/settings/PropertyList.h"
 
 namespace {
+
+using Preferences = AnalyticsPreferences;
 
 constexpr int allow = 1;
 constexpr int doNotAllow = -1;
@@ -21,6 +27,8 @@ constexpr qlonglong firstLaunchUploaded = 4;
 constexpr qint64 dayInMilliseconds = 86'400'000;
 constexpr qint64 launchIsRecent = 60;
 constexpr qint64 writePause = 1000;
+constexpr qint64 identifierLifeInMilliseconds = 90 * dayInMilliseconds;
+constexpr std::int32_t identifierLength = 12;
 constexpr std::string_view alphabet = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXZY0123456789";
 
 /// Tells whether the application was asked to quit, which closes its panels as if the user had done so.
@@ -37,6 +45,10 @@ class QuitWatch final : public QObject {
   bool asked_ = false;
 };
 
+QString knownOr(const QString& text) {
+  return text.isNull() ? QStringLiteral("Unknown") : text;
+}
+
 }  // namespace
 
 AnalyticsController::AnalyticsController(Services services)
@@ -48,9 +60,8 @@ AnalyticsController::AnalyticsController(Services services)
   if (QCoreApplication* const application = QCoreApplication::instance()) {
     QObject::connect(application, &QCoreApplication::aboutToQuit, context_.get(), [this] { willTerminate(); });
   }
-  shouldLog_ = preferences_.read().value(QLatin1String(AnalyticsPreferences::decisionKey)).toInt() == 1;
-  const QString launchCount = QStringLiteral("launchCount");
-  services_.defaults.setObject(services_.defaults.integerForKey(launchCount) + 1, launchCount);
+  shouldLog_ = preferences_.objectForKey(Preferences::decisionKey).toInt() == 1;
+  services_.defaults.setObject(services_.defaults.integerForKey("launchCount") + 1, "launchCount");
 }
 
 AnalyticsController::~AnalyticsController() {
@@ -66,22 +77,16 @@ void AnalyticsController::loadCache() {
   }
 }
 
-bool AnalyticsController::isDecided() const {
-  return preferences_.read().contains(QLatin1String(AnalyticsPreferences::decisionKey));
-}
-
-// loadQC:
 void AnalyticsController::loadQC(QWidget* parentWindow) {
-  const QVariantMap stored = preferences_.read();
-  const QLatin1String decision(AnalyticsPreferences::decisionKey);
-  if (stored.contains(decision)) {
-    shouldLog_ = stored.value(decision).toBool();
+  const auto decision = [this] { return preferences_.objectForKey(Preferences::decisionKey); };
+  if (const QVariant decided = decision(); decided.isValid()) {
+    shouldLog_ = decided.toBool();
     return;
   }
-  if (!context_ || services_.defaults.integerForKey(QStringLiteral("launchCount")) < firstLaunchAsked) return;
+  if (!context_ || services_.defaults.integerForKey("launchCount") < firstLaunchAsked) return;
   QTimer::singleShot(services_.promptDelay, Qt::PreciseTimer, context_.get(),
-                     [this, window = QPointer<QWidget>(parentWindow)] {
-                       if (!isDecided()) askForConsent(window);
+                     [this, decision, window = QPointer<QWidget>(parentWindow)] {
+                       if (!decision().isValid()) askForConsent(window);
                      });
 }
 
@@ -89,10 +94,9 @@ void AnalyticsController::askForConsent(QWidget* parentWindow) {
   const QuitWatch quit;
   const std::shared_ptr<QVAlert> alert = QVAlert::create();
   const int answer = QVAlert::alertSheetWithMessageText(
-      QStringLiteral("Help improve Quorvane software by submitting analytics and usage data"), QStringLiteral("Allow"),
-      QStringLiteral("More Info"), QStringLiteral("Don't Allow"),
-      QStringLiteral("This information helps us find problems and improve our software. It is anonymous and cannot be "
-                     "used to identify you."),
+      "Help improve Quorvane software by submitting analytics and usage data", "Allow", "More Info", "Don't Allow",
+      "This information helps us find problems and improve our software. It is anonymous and cannot be used to "
+      "identify you.",
       parentWindow, nullptr, QString(), true, alert);
   if (quit.asked() || !alert->alertEnded()) return;  // nobody has answered
   if (answer == allow) {
@@ -105,7 +109,6 @@ void AnalyticsController::askForConsent(QWidget* parentWindow) {
   }
 }
 
-// setupInitialLogging
 void AnalyticsController::setupInitialLogging() {
   if (!shouldLog_) return;
   logLoadEvent();
@@ -114,18 +117,16 @@ void AnalyticsController::setupInitialLogging() {
 }
 
 bool AnalyticsController::isUploadDue() const {
-  const QVariant last = services_.defaults.objectForKey(QStringLiteral("lastSubmission"));
+  const QVariant last = services_.defaults.objectForKey("lastSubmission");
   if (last.typeId() == QMetaType::QDateTime) return last.toDateTime().msecsTo(services_.now()) > dayInMilliseconds;
-  return services_.defaults.integerForKey(QStringLiteral("launchCount")) >= firstLaunchUploaded;
+  return services_.defaults.integerForKey("launchCount") >= firstLaunchUploaded;
 }
 
-// setQCLogging:
 void AnalyticsController::setQCLogging(bool log) {
-  preferences_.set({{QLatin1String(AnalyticsPreferences::decisionKey), log}});
+  preferences_.setObject(log, Preferences::decisionKey);
   shouldLog_ = log;
 }
 
-// awakeFromNib
 void AnalyticsController::awakeFromNib() const {
   if (showShouldLog_) showShouldLog_(shouldLog_);
 }
@@ -134,7 +135,6 @@ qint64 AnalyticsController::secondsSince1970() const {
   return services_.now().toMSecsSinceEpoch() / 1000;
 }
 
-// logQCEvent:
 void AnalyticsController::logQCEvent(const std::optional<QVariantMap>& event) {
   if (!event) return;
   {
@@ -144,35 +144,26 @@ void AnalyticsController::logQCEvent(const std::optional<QVariantMap>& event) {
   if (!wroteCacheWithinASecond()) writeCache();
 }
 
-// logLoadEvent
 void AnalyticsController::logLoadEvent() {
   const qint64 now = secondsSince1970();
-  const QString launch = QStringLiteral("launch");
   for (const QVariant& cached : cache()) {
     const QVariantMap event = cached.toMap();
-    const bool recent = now - event.value(QStringLiteral("date")).toLongLong() < launchIsRecent;
-    if (event.value(QStringLiteral("event")) == launch && recent) return;
+    if (event.value("event") == "launch" && now - event.value("date").toLongLong() < launchIsRecent) return;
   }
-  logQCEvent(QVariantMap{{QStringLiteral("event"), launch}, {QStringLiteral("date"), now}});
+  logQCEvent(QVariantMap{{"event", "launch"}, {"date", now}});
 }
 
-// logSystemSpecsEvent
 void AnalyticsController::logSystemSpecsEvent() {
   const QString version = services_.osVersion();
-  const QString lastKey = QStringLiteral("lastOSVersion");
-  if (version.isNull() || version == services_.defaults.stringForKey(lastKey)) return;
-  logQCEvent(QVariantMap{{QStringLiteral("event"), QStringLiteral("specs")},
-                         {QStringLiteral("date"), secondsSince1970()},
-                         {QStringLiteral("data"), version}});
-  services_.defaults.setObject(version, lastKey);
+  if (version.isNull() || version == services_.defaults.stringForKey("lastOSVersion")) return;
+  logQCEvent(QVariantMap{{"event", "specs"}, {"date", secondsSince1970()}, {"data", version}});
+  services_.defaults.setObject(version, "lastOSVersion");
 }
 
-// writeCache
 void AnalyticsController::writeCache() {
   if (shouldLog_) opQueue_.addOperation([this] { writeCacheOnThread(); });
 }
 
-// writeCacheOnThread
 void AnalyticsController::writeCacheOnThread() {
   if (!shouldLog_) return;
   const QString folder = cacheFolder();
@@ -206,20 +197,84 @@ bool AnalyticsController::wroteCacheWithinASecond() const {
 }
 
 QString AnalyticsController::cacheFolder() const {
-  return QVLocalPaths::cacheDirectory(true, services_.paths) + QStringLiteral("/Quorvane/QC");
+  return QVLocalPaths::cacheDirectory(true, services_.paths) + "/Quorvane/QC";
 }
 
-// generateRandomString:
 QString AnalyticsController::generateRandomString(std::int32_t length) const {
   QString made;
   for (std::int32_t i = 0; i < length; ++i) made.append(QLatin1Char(alphabet[services_.random() % alphabet.size()]));
   return made;
 }
 
-// willTerminate:
 void AnalyticsController::willTerminate() {
   if (!context_) return;
   context_.reset();
   opQueue_.shutDown();
   writeCacheOnThread();
+}
+
+// --- The upload -----------------------------------------------------------------------------------------------------
+
+void AnalyticsController::uploadData() {
+  const std::lock_guard guard(uploading_);
+  const QVariantList sent = cache();
+  if (!shouldLog_ || sent.isEmpty()) return;
+  const QByteArray events = QJsonDocument(QJsonArray::fromVariantList(sent)).toJson(QJsonDocument::Compact);
+  postDictionary({{"uid", installationIdentifier()},
+                  {"app", knownOr(bundleID_)},
+                  {"version", knownOr(services_.bundle.objectForInfoDictionaryKey("CFBundleVersion"))},
+                  {"events", QString::fromUtf8(events)}},
+                 services_.endpoint);
+  dropSent(sent.size());
+  QFile::remove(cacheFolder() + u'/' + knownOr(bundleID_));
+  services_.defaults.setObject(services_.now(), "lastSubmission");
+}
+
+/// The stored one; a new one when there is none or when it is too old.
+QString AnalyticsController::installationIdentifier() {
+  QString known = preferences_.objectForKey(Preferences::identifierKey).toString();
+  const QDateTime assigned = preferences_.objectForKey(Preferences::identifierDateKey).toDateTime();
+  const QDateTime now = services_.now();
+  const bool old = assigned.isValid() && assigned.msecsTo(now) > identifierLifeInMilliseconds;
+  if (!known.isEmpty() && !old) return known;
+  QString made = generateRandomString(identifierLength);
+  preferences_.setObjects({{Preferences::identifierKey, made}, {Preferences::identifierDateKey, now}});
+  return made;
+}
+
+/// Events recorded meanwhile stay.
+void AnalyticsController::dropSent(qsizetype sent) {
+  const std::lock_guard guard(fields_);
+  cache_.remove(0, sent);
+}
+
+void AnalyticsController::postDictionary(const QVariantMap& dictionary, const QUrl& url) {
+  const QString boundary = services_.paths.globallyUniqueString();
+  UrlRequest request{url, "multipart/form-data; boundary=" + boundary.toUtf8(),
+                     MultipartForm::generateFormData(dictionary, boundary)};
+  const std::lock_guard guard(fields_);  // how it ends is told after what is logged here
+  connection_ = services_.makeConnection(std::move(request), *this);
+  QVLog::appendLog("Sending QC log to Quorvane...");
+  if (!connection_) QVLog::appendLog("Failed to establish a connection. Please try again later.");
+}
+
+std::shared_ptr<UrlConnection> AnalyticsController::connection() const {
+  const std::lock_guard guard(fields_);
+  return connection_;
+}
+
+void AnalyticsController::connectionDidReceiveData(UrlConnection& /*connection*/, const QByteArray& /*data*/) {}
+
+void AnalyticsController::connectionDidFailWithError(UrlConnection& connection, const QString& error) {
+  releaseConnection(connection);
+  QVLog::appendLogAndPrint("Connection failed - %@", error);
+}
+
+void AnalyticsController::connectionDidFinishLoading(UrlConnection& connection) {
+  releaseConnection(connection);
+}
+
+void AnalyticsController::releaseConnection(const UrlConnection& ended) {
+  const std::lock_guard guard(fields_);
+  if (connection_.get() == &ended) connection_.reset();
 }

@@ -18,7 +18,6 @@
 #include "SharedFiles/analytics/AnalyticsPreferences.h"
 #include "SharedFiles/analytics/UrlConnection.h"
 #include "SharedFiles/foundation/BundleInfo.h"
-#include "SharedFiles/settings/UserDefaults.h"
 #include "SharedFiles/support/Workspace.h"
 #include "system/SerialQueue.h"
 
@@ -113,19 +112,18 @@ class AnalyticsController final : public UrlConnectionDelegate {
   void willTerminate();
 
  private:
-  bool isDecided() const;
   void askForConsent(QWidget* parentWindow);
   bool isUploadDue() const;
   bool wroteCacheWithinASecond() const;
   qint64 secondsSince1970() const;
   QString cacheFolder() const;
   void loadCache();
-  QString installationIdentifier() const;
+  QString installationIdentifier();
   void dropSent(qsizetype sent);
   void releaseConnection(const UrlConnection& ended);
 
   const Services services_;
-  const AnalyticsPreferences preferences_;
+  AnalyticsPreferences preferences_;
   const QString bundleID_;
   std::atomic<bool> shouldLog_ = false;
   mutable std::mutex fields_;  ///< guards what follows, up to the queue

@@ -6,7 +6,7 @@
 
 #include "SharedFiles/MakerHosts.h"
 #include "SharedFiles/analytics/HttpsConnection.h"
-#include "SharedFiles/support/DesktopWorkspace.h"
+#include "SharedFiles/support/Workspace.h"
 #include "SharedFiles/support/QVOSDetect.h"
 
 AnalyticsController& QVQC::sharedController() {
@@ -22,7 +22,7 @@ AnalyticsServices QVQC::services() {
       .paths = PathPlatform::standard(),
       .defaults = UserDefaults::standard(),
       .bundle = BundleInfo::mainBundle(),
-      .workspace = DesktopWorkspace::standard(),
+      .workspace = Workspace::standard(),
       .now = [] { return QDateTime::currentDateTimeUtc(); },
       .osVersion = [] { return QVOSDetect::osxVersion(); },
       .random = [] { return QRandomGenerator::system()->generate(); },

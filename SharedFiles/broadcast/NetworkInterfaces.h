@@ -15,7 +15,7 @@ class NetworkInterfaces {
   static NetworkInterfaces list(const PlatformTools& tools = PlatformTools::standard());
 
   bool isEmpty() const { return listing_.isEmpty(); }
-  /// The first broadcast address, or nil. 0.0.0.0, which ifconfig writes for an interface without one, is none.
+  /// The first broadcast address, or nil. 0.0.0.0, which ifconfig writes for an interface without one, is one too.
   QString broadcastAddress() const;
   /// Whether an interface has this IPv4 address, compared as text.
   bool hasAddress(const QString& address) const;

@@ -41,8 +41,10 @@ class QVBroadcast final {
   static const char* messageForSendError(int number);
 
   /// listenOnPort:delegate:selector:
-  static void listenOnPort(unsigned int port, const Delegate& delegate, const Services& services = {});
-  /// listenOnPort:delegate:selector:ignoreSelf: starts threadedListen() on a thread of its own, which calls the
+  static void listenOnPort(unsigned int port, const Delegate& delegate, const Services& services = {}) {
+    listenOnPort(port, delegate, false, services);
+  }
+  /// listenOnPort:delegate:selector:ignoreSelf: listens as threadedListen() does, on a thread of its own, and calls the
   /// delegate with every datagram that is not empty; with `ignoreSelf` only with those from other machines.
   static void listenOnPort(unsigned int port, const Delegate& delegate, bool ignoreSelf, const Services& services = {});
   /// Ends every listener on that port, on whatever thread it runs. When it returns the port is free and the delegates
@@ -56,7 +58,7 @@ class QVBroadcast final {
   static void threadedListen(const QVariantMap& settings, const Services& services = {});
 
   /// The first interface's that has one, or nil.
-  static QString broadcastAddress(const Services& services = {});
+  static QString broadcastAddress(const Services& services = {}) { return services.interfaces().broadcastAddress(); }
   /// ipAddressIsLocal: true for "127.0.0.1", "localhost", an address of this machine's, and whenever the interfaces
   /// cannot be listed.
   static bool ipAddressIsLocal(const QString& address, const Services& services = {});

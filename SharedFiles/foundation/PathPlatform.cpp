@@ -4,12 +4,10 @@
 #include <QStandardPaths>
 #include <QUuid>
 #include <atomic>
-#include <cstdlib>
 #include <memory>
 #include <vector>
 
 #include <pwd.h>
-#include <unistd.h>
 
 namespace {
 
@@ -68,17 +66,13 @@ LinuxPathPlatform::LinuxPathPlatform(uid_t realUserId, const BundleInfo& bundle)
 
 QStringList LinuxPathPlatform::searchPaths(SearchPathDirectory directory, SearchPathDomain domain) const {
   QString path;
-  switch (domain) {
-    case SearchPathDomain::User:
-      path = userFolder(directory);
-      if (realUserId_ == 0 && !path.isNull()) path = asSeenByRoot(path, homeDirectory());
-      break;
-    case SearchPathDomain::Local:
-      path = localFolder(directory);
-      break;
-    case SearchPathDomain::System:
-      if (directory == SearchPathDirectory::NSLibraryDirectory) path = QStringLiteral("/usr/lib");
-      break;
+  if (domain == SearchPathDomain::User) {
+    path = userFolder(directory);
+    if (realUserId_ == 0 && !path.isNull()) path = asSeenByRoot(path, homeDirectory());
+  } else if (domain == SearchPathDomain::Local) {
+    path = localFolder(directory);
+  } else if (directory == SearchPathDirectory::NSLibraryDirectory) {
+    path = QStringLiteral("/usr/lib");
   }
   return path.isNull() ? QStringList() : QStringList(path);
 }
@@ -103,10 +97,9 @@ QString LinuxPathPlatform::userFolder(SearchPathDirectory directory) const {
       return desktopUsersFolder(QStandardPaths::DesktopLocation, home);
     case SearchPathDirectory::NSMoviesDirectory:
       return desktopUsersFolder(QStandardPaths::MoviesLocation, home);
-    case SearchPathDirectory::NSDocumentationDirectory:
+    default:
       return QString();
   }
-  return QString();
 }
 
 QString LinuxPathPlatform::localFolder(SearchPathDirectory directory) const {
@@ -129,12 +122,9 @@ QString LinuxPathPlatform::localFolder(SearchPathDirectory directory) const {
       return QStringLiteral("/var/cache");
     case SearchPathDirectory::NSDocumentationDirectory:
       return QStringLiteral("/usr/share/doc");
-    case SearchPathDirectory::NSDocumentDirectory:
-    case SearchPathDirectory::NSDesktopDirectory:
-    case SearchPathDirectory::NSMoviesDirectory:
+    default:
       return QString();
   }
-  return QString();
 }
 
 QString LinuxPathPlatform::homeDirectory() const {
@@ -154,27 +144,10 @@ QString LinuxPathPlatform::temporaryDirectory() const {
   return folder.isNull() ? QStringLiteral("/tmp") : folder;
 }
 
-std::size_t LinuxPathPlatform::configurationString(int name, char* buffer, std::size_t size) const {
-  return ::confstr(name, buffer, size);
-}
-
-QString LinuxPathPlatform::globallyUniqueString() const {
+QString PathPlatform::globallyUniqueString() const {
   static std::atomic<unsigned int> made = 0;
   return QStringLiteral("%1-%2-%3")
       .arg(QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper())
       .arg(getpid())
       .arg(++made);
-}
-
-std::time_t LinuxPathPlatform::time() const {
-  return std::time(nullptr);
-}
-std::clock_t LinuxPathPlatform::clock() const {
-  return std::clock();
-}
-void LinuxPathPlatform::srand(unsigned int seed) const {
-  std::srand(seed);
-}
-int LinuxPathPlatform::rand() const {
-  return std::rand();
 }

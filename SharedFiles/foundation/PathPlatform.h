@@ -3,9 +3,10 @@
 #include <QString>
 #include <QStringList>
 #include <cstddef>
+#include <cstdlib>
 #include <ctime>
 
-#include <sys/types.h>
+#include <unistd.h>
 
 #include "SharedFiles/foundation/BundleInfo.h"
 
@@ -37,12 +38,14 @@ class PathPlatform {
   virtual QString temporaryDirectory() const = 0;  ///< NSTemporaryDirectory
   virtual uid_t realUserId() const = 0;            ///< getuid
   /// confstr: the length of the value with its final zero, as much of it as fits into the buffer; 0 when there is none.
-  virtual std::size_t configurationString(int name, char* buffer, std::size_t size) const = 0;
-  virtual QString globallyUniqueString() const = 0;
-  virtual std::time_t time() const = 0;
-  virtual std::clock_t clock() const = 0;
-  virtual void srand(unsigned int seed) const = 0;
-  virtual int rand() const = 0;
+  virtual std::size_t configurationString(int name, char* buffer, std::size_t size) const {
+    return ::confstr(name, buffer, size);
+  }
+  virtual QString globallyUniqueString() const;
+  virtual std::time_t time() const { return std::time(nullptr); }
+  virtual std::clock_t clock() const { return std::clock(); }
+  virtual void srand(unsigned int seed) const { std::srand(seed); }
+  virtual int rand() const { return std::rand(); }
 
   /// The running system and user; lives as long as the process.
   static const PathPlatform& standard();
@@ -61,12 +64,6 @@ class LinuxPathPlatform : public PathPlatform {
   QString userName() const override;
   QString temporaryDirectory() const override;
   uid_t realUserId() const override { return realUserId_; }
-  std::size_t configurationString(int name, char* buffer, std::size_t size) const override;
-  QString globallyUniqueString() const override;
-  std::time_t time() const override;
-  std::clock_t clock() const override;
-  void srand(unsigned int seed) const override;
-  int rand() const override;
 
  private:
   QString userFolder(SearchPathDirectory directory) const;

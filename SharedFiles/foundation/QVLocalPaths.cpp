@@ -6,17 +6,6 @@
 
 namespace {
 
-using Directory = SearchPathDirectory;
-
-QString appending(const QString& folder, const QString& component) {
-  if (folder.isNull()) return folder;
-  return QVLocalPaths::ensureTrailingSlash(folder) + component;
-}
-
-SearchPathDomain domainOf(bool user) {
-  return user ? SearchPathDomain::User : SearchPathDomain::Local;
-}
-
 QStringList protectedFolders(const PathPlatform& platform) {
   using FolderOf = QString (*)(bool, const PathPlatform&);
   constexpr std::array<FolderOf, 7> bothDomains = {
@@ -54,38 +43,6 @@ QString QVLocalPaths::pathForDirectory(SearchPathDirectory directory, SearchPath
   return userDirectory(platform) + path;
 }
 
-QString QVLocalPaths::applicationDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSApplicationDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::adminApplicationDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSAdminApplicationDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::documentDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSDocumentDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::libraryDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSLibraryDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::prefsDirectory(bool user, const Platform& platform) {
-  return appending(libraryDirectory(user, platform), QStringLiteral("Preferences"));
-}
-
-QString QVLocalPaths::cacheDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSCachesDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::appSupportDirectory(bool user, const Platform& platform) {
-  return pathForDirectory(Directory::NSApplicationSupportDirectory, domainOf(user), platform);
-}
-
-QString QVLocalPaths::logDirectory(bool user, const Platform& platform) {
-  return appending(libraryDirectory(user, platform), QStringLiteral("Logs"));
-}
-
 QString QVLocalPaths::darwinCacheDirectory(const Platform& platform) {
   // The platform's own name. NOLINTNEXTLINE(clang-diagnostic-reserved-identifier)
   constexpr int _CS_DARWIN_USER_CACHE_DIR = 65538;
@@ -94,46 +51,6 @@ QString QVLocalPaths::darwinCacheDirectory(const Platform& platform) {
   if (length == 0) return QString();
   const std::size_t characters = std::min(length, buffer.size()) - 1;
   return QString::fromUtf8(buffer.data(), static_cast<qsizetype>(characters));
-}
-
-QString QVLocalPaths::movieDirectory(const Platform& platform) {
-  return pathForDirectory(Directory::NSMoviesDirectory, SearchPathDomain::User, platform);
-}
-
-QString QVLocalPaths::desktopDirectory(const Platform& platform) {
-  return pathForDirectory(Directory::NSDesktopDirectory, SearchPathDomain::User, platform);
-}
-
-QString QVLocalPaths::userDirectory(const Platform& platform) {
-  return platform.homeDirectory();
-}
-
-QString QVLocalPaths::username(const Platform& platform) {
-  return platform.userName();
-}
-
-QString QVLocalPaths::systemLibraryDirectory(const Platform& platform) {
-  return pathForDirectory(Directory::NSLibraryDirectory, SearchPathDomain::System, platform);
-}
-
-QString QVLocalPaths::localDocumentationDirectory(const Platform& platform) {
-  return pathForDirectory(Directory::NSDocumentationDirectory, SearchPathDomain::Local, platform);
-}
-
-QString QVLocalPaths::trashDirectory(const Platform& platform) {
-  return appending(userDirectory(platform), QStringLiteral(".Trash"));
-}
-
-QString QVLocalPaths::tempDirectory(const Platform& platform) {
-  return platform.temporaryDirectory();
-}
-
-QString QVLocalPaths::tempFile(const Platform& platform) {
-  return appending(tempDirectory(platform), uuid(platform) + randomString(8, platform));
-}
-
-QString QVLocalPaths::uuid(const Platform& platform) {
-  return platform.globallyUniqueString();
 }
 
 QString QVLocalPaths::randomString(unsigned int length, const Platform& platform) {
@@ -150,10 +67,6 @@ QString QVLocalPaths::ensureTrailingSlash(const QString& path) {
 
 QString QVLocalPaths::stripTrailingSlash(const QString& path) {
   return path.size() >= 2 && path.endsWith(u'/') ? path.chopped(1) : path;
-}
-
-bool QVLocalPaths::isPathSystemDirectory(const QString& path, const Platform& platform) {
-  return isPathSystemDirectory(path, false, platform);
 }
 
 bool QVLocalPaths::isPathSystemDirectory(const QString& path, bool exactMatch, const Platform& platform) {

@@ -23,6 +23,7 @@ class BinaryShape {
   }
 
  private:
+  static constexpr quint64 wideInteger = 0x14;  ///< the marker of one of 16 bytes
   enum Kind : quint64 { integer = 1, data = 4, ascii = 5, utf16 = 6, array = 0xA, set = 0xC, dictionary = 0xD };
 
   // An object may be referred to many times, and becomes as many.
@@ -37,11 +38,14 @@ class BinaryShape {
     return value;
   }
 
+  std::optional<quint64> offsetOf(quint64 object) const { return number(table_ + object * offsetSize_, offsetSize_); }
+
   bool isSound(quint64 object, int depth) {
     if (object >= objects_ || depth > deepest_ || ++parts_ > mostParts) return false;
-    const auto offset = number(table_ + object * offsetSize_, offsetSize_);
+    const auto offset = offsetOf(object);
     const auto marker = offset ? number(*offset, 1) : std::nullopt;
     if (!marker || *marker >> 4 == set) return false;
+    if (*marker == wideInteger) return number(*offset + 1, 8) == 0U;
     const quint64 kind = *marker >> 4;
     if (kind == data || kind == ascii || kind == utf16) return holdsFewBytes(kind, *offset);
     return (kind != array && kind != dictionary) || holdsSoundParts(kind, *offset, depth);
@@ -70,6 +74,17 @@ class BinaryShape {
     return text_ <= mostBytes;
   }
 
+  /// Whether a sound object is a text without a null character: over a key with one libplist ends the program.
+  bool isKey(quint64 object) const {
+    const quint64 offset = *offsetOf(object), kind = *number(offset, 1) >> 4, width = kind == utf16 ? 2 : 1;
+    const auto parts = partsOf(offset);
+    if (!parts || (kind != ascii && kind != utf16)) return false;
+    for (quint64 i = 0; i < parts->count; ++i) {
+      if (number(parts->first + i * width, width).value_or(0) == 0) return false;
+    }
+    return true;
+  }
+
   bool holdsSoundParts(quint64 kind, quint64 offset, int depth) {
     const auto parts = partsOf(offset);
     if (!parts) return false;
@@ -78,6 +93,7 @@ class BinaryShape {
     for (quint64 i = 0; i < references; ++i) {
       const auto part = number(first + i * referenceSize_, referenceSize_);
       if (!part || !isSound(*part, depth + 1)) return false;
+      if (kind == dictionary && i < count && !isKey(*part)) return false;
     }
     return true;
   }

@@ -31,8 +31,8 @@ using Node = std::unique_ptr<void, NodeDeleter>;
 struct MemoryDeleter {
   void operator()(void* memory) const { std::free(memory); }  // NOLINT(cppcoreguidelines-owning-memory)
 };
-using Text = std::unique_ptr<char, MemoryDeleter>;
-using Iterator = std::unique_ptr<void, MemoryDeleter>;
+template <typename T>
+using Memory = std::unique_ptr<T, MemoryDeleter>;
 
 /// libplist reads and writes numbers in the thread's locale: the plain one, while this lives.
 class PlainLocale {
@@ -102,10 +102,13 @@ bool fitsXml(const QVariant& value) {
 
 std::optional<QVariant> valueOf(plist_t node);
 
+/// libplist gives away the bits alone, but compares a number with its sign: a new one has one.
 QVariant integerOf(plist_t node) {
   std::uint64_t bits = 0;
   plist_get_uint_val(node, &bits);
-  return QVariant::fromValue(static_cast<qlonglong>(bits));
+  const auto number = static_cast<qlonglong>(bits);
+  if (number >= 0 || plist_compare_node_value(node, Node(plist_new_uint(bits)).get()) != 0) return number;
+  return qulonglong{bits};
 }
 
 QVariant dateOf(plist_t node) {
@@ -121,7 +124,7 @@ std::optional<QVariant> arrayOf(plist_t node) {
   const std::uint32_t count = plist_array_get_size(node);
   plist_array_iter iterator = nullptr;
   plist_array_new_iter(node, &iterator);
-  const Iterator owner(iterator);
+  const Memory<void> owner(iterator);
   for (std::uint32_t i = 0; i < count; ++i) {
     plist_t item = nullptr;
     plist_array_next_item(node, iterator, &item);
@@ -136,12 +139,12 @@ std::optional<QVariant> dictionaryOf(plist_t node) {
   QVariantMap map;
   plist_dict_iter iterator = nullptr;
   plist_dict_new_iter(node, &iterator);
-  const Iterator owner(iterator);
+  const Memory<void> owner(iterator);
   for (;;) {
     char* name = nullptr;
     plist_t item = nullptr;
     plist_dict_next_item(node, iterator, &name, &item);
-    const Text key(name);
+    const Memory<char> key(name);
     if (!key) return map;
     std::optional<QVariant> value = valueOf(item);
     if (!value) return std::nullopt;
@@ -224,8 +227,13 @@ Node dictionaryNode(const QVariantMap& map, int depth) {
   return dictionary;
 }
 
+/// What libplist makes of a number has a sign; what it reads has none where there is no room for it.
 Node unsignedNode(qulonglong value) {
-  return value <= std::numeric_limits<qlonglong>::max() ? Node(plist_new_uint(value)) : nullptr;
+  if (value <= std::numeric_limits<qlonglong>::max()) return Node(plist_new_uint(value));
+  const QByteArray xml = "<plist><integer>" + QByteArray::number(value) + "</integer></plist>";
+  plist_t node = nullptr;
+  plist_from_xml(xml.constData(), static_cast<std::uint32_t>(xml.size()), &node);
+  return Node(node);
 }
 
 Node nodeOf(const QVariant& value, int depth) {
@@ -284,7 +292,7 @@ std::optional<QByteArray> PropertyList::toBytes(const QVariant& value) {
   char* bytes = nullptr;
   std::uint32_t length = 0;
   (xml ? plist_to_xml : plist_to_bin)(root.get(), &bytes, &length);
-  const Text owner(bytes);
+  const Memory<char> owner(bytes);
   if (!owner) return std::nullopt;
   const QByteArray written(bytes, static_cast<qsizetype>(length));
   // As it stands a carriage return would be read as a line feed.

@@ -6,11 +6,11 @@
 #include <QVariantMap>
 #include <optional>
 
-/// Property lists. A value is a QVariant: bool, an integer of at most 64 bits with its sign (read as qlonglong),
-/// double, QString, QDateTime (UTC, within 68 years of 2001; milliseconds count from 2001 on), QByteArray, QVariantList
-/// or QVariantMap, nested at most 64 deep. Both forms are read, XML and binary. Written is XML, or the binary form
-/// where XML has no room for the value: a date with a fraction of a second, a text with a control character. Stateless;
-/// callable from any thread.
+/// Property lists. A value is a QVariant: bool, an integer of at most 64 bits with its sign (read as qlonglong,
+/// above its largest as qulonglong), double, QString, QDateTime (UTC, within 68 years of 2001; milliseconds count from
+/// 2001 on), QByteArray, QVariantList or QVariantMap, nested at most 64 deep. Both forms are read, XML and binary.
+/// Written is XML, or the binary form where XML has no room for the value: a date with a fraction of a second, a text
+/// with a control character. Stateless; callable from any thread.
 class PropertyList final {
  public:
   PropertyList() = delete;

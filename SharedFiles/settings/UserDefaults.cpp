@@ -11,7 +11,6 @@
 #include <limits>
 #include <memory>
 #include <thread>
-#include <tuple>
 #include <utility>
 
 #include <fcntl.h>
@@ -56,27 +55,6 @@ bool moveAside(const QString& path) {
   return false;
 }
 
-/// Equal in value and type.
-bool isSame(const QVariant& one, const QVariant& other) {
-  if (!one.isValid() || !other.isValid()) return one.isValid() == other.isValid();
-  return PropertyList::toBytes(one) == PropertyList::toBytes(other);
-}
-
-/// The value as it comes back from the file; nothing when it cannot be stored.
-std::optional<QVariant> storable(const QVariant& value) {
-  if (!value.isValid()) return value;
-  const std::optional<QByteArray> xml = PropertyList::toBytes(value);
-  return xml ? PropertyList::fromBytes(*xml) : std::nullopt;
-}
-
-void put(QVariantMap& values, const QString& key, const QVariant& value) {
-  if (value.isValid()) {
-    values.insert(key, value);
-  } else {
-    values.remove(key);
-  }
-}
-
 bool isDictionary(const QVariant& value) {
   return value.typeId() == QMetaType::QVariantMap;
 }
@@ -87,11 +65,12 @@ QStringList partsOf(const QString& keyPath) {
   return parts.contains(QString()) ? QStringList(keyPath) : parts;
 }
 
-/// Stores below a dictionary; false when something else than a dictionary stands in the way.
+/// Stores below a dictionary, or removes; false when something else than a dictionary stands in the way.
 bool putAtPath(QVariantMap& values, const QStringList& parts, qsizetype from, const QVariant& value) {
   const QString& key = parts[from];
   if (from + 1 == parts.size()) {
-    put(values, key, value);
+    values.insert(key, value);
+    if (!value.isValid()) values.remove(key);
     return true;
   }
   const QVariant inner = values.value(key);
@@ -101,11 +80,6 @@ bool putAtPath(QVariantMap& values, const QStringList& parts, qsizetype from, co
   if (!putAtPath(below, parts, from + 1, value)) return false;
   values.insert(key, below);
   return true;
-}
-
-bool isNumber(const QVariant& value) {
-  return value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Double ||
-         value.typeId() == QMetaType::Bool;
 }
 
 qlonglong truncated(double value) {
@@ -118,15 +92,11 @@ qlonglong truncated(double value) {
 
 }  // namespace
 
-bool UserDefaults::FileState::operator==(const FileState& other) const {
-  const auto members = [](const FileState& state) {
-    return std::tie(state.path, state.exists, state.device, state.inode, state.size, state.seconds, state.nanoseconds);
-  };
-  return members(*this) == members(other);
-}
+UserDefaults::UserDefaults(const PathPlatform& platform, QString identifier)
+    : platform_(platform), identifier_(std::move(identifier)) {}
 
-UserDefaults::UserDefaults(const PathPlatform& platform, BundleInfo bundle)
-    : platform_(platform), bundle_(std::move(bundle)) {}
+UserDefaults::UserDefaults(const PathPlatform& platform, const BundleInfo& bundle)
+    : UserDefaults(platform, bundle.objectForInfoDictionaryKey("CFBundleIdentifier")) {}
 
 UserDefaults& UserDefaults::standard() {
   // Never destroyed: threads that outlive main may still ask it.
@@ -136,10 +106,9 @@ UserDefaults& UserDefaults::standard() {
 }
 
 QString UserDefaults::path() const {
-  const QString identifier = bundle_.objectForInfoDictionaryKey(QStringLiteral("CFBundleIdentifier"));
   const QString folder = QVLocalPaths::prefsDirectory(true, platform_);
-  if (identifier.isEmpty() || folder.isEmpty()) return QString();
-  return folder + u'/' + identifier + QStringLiteral(".plist");
+  if (identifier_.isEmpty() || folder.isEmpty()) return QString();
+  return folder + u'/' + identifier_ + ".plist";
 }
 
 QVariant UserDefaults::objectForKey(const QString& key) const {
@@ -152,29 +121,24 @@ QString UserDefaults::stringForKey(const QString& key) const {
   return value.typeId() == QMetaType::QString ? value.toString() : QString();
 }
 
-bool UserDefaults::boolForKey(const QString& key) const {
-  const double value = doubleForKey(key);
-  return value != 0 && !std::isnan(value);
-}
-
 qlonglong UserDefaults::integerForKey(const QString& key) const {
   const QVariant value = objectForKey(key);
-  if (value.typeId() == QMetaType::Double) return truncated(value.toDouble());
-  return isNumber(value) ? value.toLongLong() : 0;
+  switch (value.typeId()) {
+    case QMetaType::Bool:
+    case QMetaType::LongLong:
+      return value.toLongLong();
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+      return truncated(value.toDouble());
+    default:
+      return 0;
+  }
 }
 
-double UserDefaults::doubleForKey(const QString& key) const {
-  const QVariant value = objectForKey(key);
-  return isNumber(value) ? value.toDouble() : 0;
-}
-
-bool UserDefaults::setObject(const QVariant& value, const QString& key) {
-  const std::optional<QVariant> stored = storable(value);
-  const std::lock_guard guard(mutex_);
-  if (!stored) return false;
-  if (isSame(current().value(key), *stored)) return true;
-  return change([&](QVariantMap& values) {
-    put(values, key, *stored);
+bool UserDefaults::setObjects(const QVariantMap& objects) {
+  return change([&objects](QVariantMap& values) {
+    for (auto object = objects.begin(); object != objects.end(); ++object)
+      putAtPath(values, {object.key()}, 0, object.value());
     return true;
   });
 }
@@ -187,25 +151,13 @@ QVariant UserDefaults::valueForKeyPath(const QString& keyPath) const {
 }
 
 bool UserDefaults::setValueForKeyPath(const QVariant& value, const QString& keyPath) {
-  const std::optional<QVariant> stored = storable(value);
-  if (!stored) return false;
-  if (isSame(valueForKeyPath(keyPath), *stored)) return true;
-  const std::lock_guard guard(mutex_);
-  return change([&](QVariantMap& values) { return putAtPath(values, partsOf(keyPath), 0, *stored); });
+  return change([&](QVariantMap& values) { return putAtPath(values, partsOf(keyPath), 0, value); });
 }
 
 UserDefaults::FileState UserDefaults::stateOf(const QString& path) {
-  FileState state;
-  state.path = path;
   struct stat status {};
-  if (::stat(QFile::encodeName(path).constData(), &status) != 0) return state;
-  state.exists = true;
-  state.device = status.st_dev;
-  state.inode = status.st_ino;
-  state.size = status.st_size;
-  state.seconds = status.st_mtim.tv_sec;
-  state.nanoseconds = status.st_mtim.tv_nsec;
-  return state;
+  if (::stat(QFile::encodeName(path).constData(), &status) != 0) return {.path = path};
+  return {path, true, status.st_dev, status.st_ino, status.st_size, status.st_mtim.tv_sec, status.st_mtim.tv_nsec};
 }
 
 const QVariantMap& UserDefaults::current() const {
@@ -220,14 +172,15 @@ const QVariantMap& UserDefaults::current() const {
 }
 
 bool UserDefaults::change(const std::function<bool(QVariantMap&)>& edit) {
-  const QString file = path();
-  if (file.isNull()) return false;
-  const QString folder = QFileInfo(file).path();
-  if (!QDir().mkpath(folder)) return false;
+  const std::lock_guard guard(mutex_);
+  const QString file = path(), folder = QFileInfo(file).path();
+  if (file.isNull() || !QDir().mkpath(folder)) return false;
   const FolderLock lock(folder);
   if (damaged_) read_.reset();  // a passing failure to read must not cost what is there
   QVariantMap values = current();
   if (!edit(values)) return false;
+  const std::optional<QByteArray> bytes = PropertyList::toBytes(values);
+  if (!bytes || bytes == PropertyList::toBytes(values_)) return bytes.has_value();
   if (damaged_ && !moveAside(file)) return false;
   const bool written = PropertyList::write(values, file);
   read_.reset();

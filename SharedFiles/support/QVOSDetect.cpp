@@ -2,10 +2,9 @@
 
 #include <QByteArray>
 #include <QFile>
-#include <array>
+#include <QVersionNumber>
 #include <cerrno>
-#include <charconv>
-#include <system_error>
+#include <utility>
 
 #include "SharedFiles/log/LogFormat.h"
 #include "SharedFiles/log/SystemConsole.h"
@@ -50,23 +49,6 @@ QByteArray versionIdOf(const QByteArray& text) {
   return value;
 }
 
-/// Up to three numbers with dots between; what follows a number's digits ends the version.
-tl::expected<OSVersion, int> versionFrom(const QByteArray& text) {
-  std::array<int, 3> numbers = {};
-  const char* at = text.data();
-  const char* const end = at + text.size();
-  for (std::size_t i = 0; i < numbers.size(); ++i) {
-    const bool digit = at != end && *at >= '0' && *at <= '9';
-    if (!digit && i == 0) return tl::unexpected(EINVAL);
-    if (!digit) break;
-    const auto [rest, error] = std::from_chars(at, end, numbers[i]);
-    if (error == std::errc::result_out_of_range) return tl::unexpected(ERANGE);
-    if (rest == end || *rest != '.') break;
-    at = rest + 1;
-  }
-  return OSVersion{numbers[0], numbers[1], numbers[2]};
-}
-
 tl::expected<OSVersion, long> versionFromParts(const QVOSDetect::Gestalt& gestalt) {
   OSVersion version;
   for (const auto& [selector, number] : {std::pair(sys1, &version.majorVersion), std::pair(sys2, &version.minorVersion),
@@ -92,9 +74,11 @@ tl::expected<OSVersion, int> QVOSDetect::operatingSystemVersion(const QString& r
   auto text = textOf(root + "/etc/os-release");
   if (!text) text = textOf(root + "/usr/lib/os-release");
   if (!text) return tl::unexpected(text.error());
-  const QByteArray version = versionIdOf(*text);
-  if (version.isEmpty()) return tl::unexpected(ENODATA);
-  return versionFrom(version);
+  const QByteArray value = versionIdOf(*text);
+  if (value.isEmpty()) return tl::unexpected(ENODATA);
+  const QVersionNumber version = QVersionNumber::fromString(QString::fromUtf8(value));
+  if (version.isNull()) return tl::unexpected(EINVAL);
+  return OSVersion{version.majorVersion(), version.minorVersion(), version.microVersion()};
 }
 
 OSVersion QVOSDetect::runningVersion() {
@@ -104,45 +88,10 @@ OSVersion QVOSDetect::runningVersion() {
   return {static_cast<int>(major), static_cast<int>(minor), static_cast<int>(bugFix)};
 }
 
-// isOSVersionAtLeast:minor:bugfix:
-bool QVOSDetect::isOSVersionAtLeast(int major, int minor, int bugfix, const OSVersion& running) {
-  return running >= OSVersion{major, minor, bugfix};
-}
-
-bool QVOSDetect::isLeopardOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 5, 0, running);
-}
-bool QVOSDetect::isSnowLeopardOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 6, 0, running);
-}
-bool QVOSDetect::isLionOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 7, 0, running);
-}
-bool QVOSDetect::isMountainLionOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 8, 0, running);
-}
-bool QVOSDetect::isMavericksOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 9, 0, running);
-}
-bool QVOSDetect::isYosemiteOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 10, 0, running);
-}
-bool QVOSDetect::isElCapitanOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 11, 0, running);
-}
-bool QVOSDetect::isSierraOrHigher(const OSVersion& running) {
-  return isOSVersionAtLeast(10, 12, 0, running);
-}
-
 QString QVOSDetect::osVersionString(const OSVersion& running) {
-  return formatLog("%li.%li.%li", static_cast<long>(running.majorVersion), static_cast<long>(running.minorVersion),
-                   static_cast<long>(running.patchVersion));
-}
-QString QVOSDetect::osxVersion(const OSVersion& running) {
-  return osVersionString(running);
+  return formatLog("%li.%li.%li", running.majorVersion, running.minorVersion, running.patchVersion);
 }
 
-// getSystemVersionMajor:minor:bugFix:
 void QVOSDetect::getSystemVersionMajor(unsigned int* major, unsigned int* minor, unsigned int* bugFix,
                                        const Gestalt& gestalt) {
   auto version = versionFromSelectors(gestalt);

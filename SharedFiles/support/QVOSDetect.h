@@ -29,24 +29,36 @@ class QVOSDetect final {
   /// operatingSystemVersion, else getSystemVersionMajor:minor:bugFix:
   static OSVersion runningVersion();
   /// operatingSystemVersion of the process's information: VERSION_ID of /etc/os-release or, where that file is missing,
-  /// of /usr/lib/os-release. Else an errno: ENODATA for a file without it, EINVAL or ERANGE for one that is no number
-  /// or too large. `root` goes before the paths.
+  /// of /usr/lib/os-release. Else an errno: ENODATA for a file without it, EINVAL for one that is no number or too
+  /// large. `root` goes before the paths.
   static tl::expected<OSVersion, int> operatingSystemVersion(const QString& root = {});
 
   /// isOSVersionAtLeast:minor:bugfix:
-  static bool isOSVersionAtLeast(int major, int minor, int bugfix, const OSVersion& running = runningVersion());
-  static bool isLeopardOrHigher(const OSVersion& running = runningVersion());
-  static bool isSnowLeopardOrHigher(const OSVersion& running = runningVersion());
-  static bool isLionOrHigher(const OSVersion& running = runningVersion());
-  static bool isMountainLionOrHigher(const OSVersion& running = runningVersion());
-  static bool isMavericksOrHigher(const OSVersion& running = runningVersion());
-  static bool isYosemiteOrHigher(const OSVersion& running = runningVersion());
-  static bool isElCapitanOrHigher(const OSVersion& running = runningVersion());
-  static bool isSierraOrHigher(const OSVersion& running = runningVersion());
+  static bool isOSVersionAtLeast(int major, int minor, int bugfix, const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{major, minor, bugfix};
+  }
+  static bool isLeopardOrHigher(const OSVersion& running = runningVersion()) { return running >= OSVersion{10, 5, 0}; }
+  static bool isSnowLeopardOrHigher(const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{10, 6, 0};
+  }
+  static bool isLionOrHigher(const OSVersion& running = runningVersion()) { return running >= OSVersion{10, 7, 0}; }
+  static bool isMountainLionOrHigher(const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{10, 8, 0};
+  }
+  static bool isMavericksOrHigher(const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{10, 9, 0};
+  }
+  static bool isYosemiteOrHigher(const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{10, 10, 0};
+  }
+  static bool isElCapitanOrHigher(const OSVersion& running = runningVersion()) {
+    return running >= OSVersion{10, 11, 0};
+  }
+  static bool isSierraOrHigher(const OSVersion& running = runningVersion()) { return running >= OSVersion{10, 12, 0}; }
 
   /// The three numbers with dots between.
   static QString osVersionString(const OSVersion& running = runningVersion());
-  static QString osxVersion(const OSVersion& running = runningVersion());
+  static QString osxVersion(const OSVersion& running = runningVersion()) { return osVersionString(running); }
 
   /// getSystemVersionMajor:minor:bugFix: from 'sysv', which below 0x1040 is the version in binary-coded decimals and
   /// above leaves it to 'sys1', 'sys2' and 'sys3'. Each pointer may be null. When a selector fails: fallbackVersion,

@@ -27,19 +27,21 @@ QString temporaryPath(const PathPlatform& paths) {
   return QVLocalPaths::tempDirectory(paths) + updaterName;
 }
 
-/// Takes the right to write from the group of everything in a tree, as far as that can be done.
-void takeFromTheGroup(const QString& tree) {
+/// Takes the right to write from the group of everything in a tree, as far as that can be done, and gives it to the
+/// owner of every folder: what he may not write to goes into no other folder and cannot be emptied.
+void leaveToTheOwner(const QString& tree) {
   namespace fs = std::filesystem;
   const fs::path top(tree.toStdString());
-  const auto take = [](const fs::path& path) {
+  const auto leave = [](const fs::path& path) {
     std::error_code ignored;
     if (fs::is_symlink(path, ignored)) return;
     fs::permissions(path, fs::perms::group_write, fs::perm_options::remove, ignored);
+    if (fs::is_directory(path, ignored)) fs::permissions(path, fs::perms::owner_write, fs::perm_options::add, ignored);
   };
-  take(top);
+  leave(top);
   std::error_code error;
   fs::recursive_directory_iterator entry(top, error);
-  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) take(entry->path());
+  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) leave(entry->path());
 }
 
 /// The path of the copy. One copy is made at a time, in a folder of its own until the group can no longer change it.
@@ -54,10 +56,7 @@ QString copyToTemporaryFolder(const QString& updater, const PathPlatform& paths)
   const QTemporaryDir own(QVLocalPaths::tempDirectory(paths) + QStringLiteral("/updater-XXXXXX"));
   const QString made = own.path() + updaterName;
   if (own.isValid() && QVFileManager::copyFile(updater, made, false, files)) {
-    takeFromTheGroup(made);
-    std::error_code ignored;  // a folder that its owner may not write to goes into no other folder
-    std::filesystem::permissions(made.toStdString(), std::filesystem::perms::owner_write,
-                                 std::filesystem::perm_options::add, ignored);
+    leaveToTheOwner(made);
     QVFileManager::moveFile(made, copy, false, files);
   }
   return copy;

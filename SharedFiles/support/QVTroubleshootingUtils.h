@@ -4,16 +4,29 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
+#include <stop_token>
 
 #include "SharedFiles/files/FileServices.h"
-#include "SharedFiles/support/DesktopWorkspace.h"
-#include "SharedFiles/support/LogGathering.h"
+#include "SharedFiles/support/Workspace.h"
+
+/// How far a gathering is.
+struct GatheringProgress {
+  int files = 0;         ///< lie in the working folder
+  bool packing = false;  ///< the archive is being made of them
+};
+
+/// Who watches a gathering.
+struct GatheringWatch {
+  std::stop_token stop = {};  ///< asked for from any thread
+  /// Told on the thread that gathers.
+  std::function<void(const GatheringProgress&)> progress = [](const GatheringProgress& /*progress*/) {};
+};
 
 /// What gathering and viewing logs ask of their surroundings.
 struct TroubleshootingServices {
   const PathPlatform& paths = PathPlatform::standard();
   FileServices files = {};
-  Workspace& workspace = DesktopWorkspace::standard();
+  Workspace& workspace = Workspace::standard();
   std::function<QDateTime()> now = [] { return QDateTime::currentDateTime(); };
   GatheringWatch watch = {};
 };
@@ -30,12 +43,18 @@ class QVTroubleshootingUtils final {
   QVTroubleshootingUtils() = delete;
 
   /// gatherLogsForAppWithName: false at once for no name.
-  static bool gatherLogsForAppWithName(const QString& name, const TroubleshootingServices& services = {});
+  static bool gatherLogsForAppWithName(const QString& name, const TroubleshootingServices& services = {}) {
+    return !name.isEmpty() && gatherLogsForAppsWithNames({name}, services);
+  }
   /// gatherLogsForAppsWithNames: not silent.
-  static bool gatherLogsForAppsWithNames(const QStringList& names, const TroubleshootingServices& services = {});
+  static bool gatherLogsForAppsWithNames(const QStringList& names, const TroubleshootingServices& services = {}) {
+    return gatherLogsForAppsWithNames(names, false, {}, services);
+  }
   /// gatherLogsForAppsWithNames:silent:
   static bool gatherLogsForAppsWithNames(const QStringList& names, bool silent,
-                                         const TroubleshootingServices& services = {});
+                                         const TroubleshootingServices& services = {}) {
+    return gatherLogsForAppsWithNames(names, silent, {}, services);
+  }
   /// gatherLogsForAppsWithNames:silent:additionalFiles: whether an archive was written. Silent, it shows no alert.
   /// Every file lies in it under its full path, below the folder QV_App_Logs.
   static bool gatherLogsForAppsWithNames(const QStringList& names, bool silent, const QStringList& additionalFiles,

@@ -8,6 +8,9 @@ class Workspace {
  public:
   virtual ~Workspace() = default;
 
-  virtual bool openFile(const QString& path) = 0;    ///< with its default application
-  virtual bool openURL(const QString& address) = 0;  ///< in the default browser
+  virtual bool openFile(const QString& path);    ///< with its default application
+  virtual bool openURL(const QString& address);  ///< in the default browser
+
+  /// The desktop that the user is logged into; lives as long as the process.
+  static Workspace& standard();
 };

@@ -1,11 +1,10 @@
 #include "SharedFiles/timecode/QVQuickTime.h"
 
+#include <QStringList>
 #include <algorithm>
 #include <cmath>
-#include <cstddef>
 #include <limits>
 #include <optional>
-#include <span>
 
 #include "SharedFiles/log/LogFormat.h"
 #include "SharedFiles/timecode/QVTimecode.h"
@@ -49,85 +48,34 @@ std::optional<movie::TimecodeStart> timecodeStartOf(const movie::Movie* movie) {
 }
 
 TimingInfo timingInfoOf(const movie::Movie* movie) {
-  TimingInfo info;
-  QVQuickTime::getTimingInfoForMovie(movie, &info.timebase, &info.ntsc, &info.dropFrame);
-  return info;
-}
-
-/// Days, hours, minutes, seconds and the fraction that is left, as a movie time reads in words. The sign is dropped.
-struct ClockTime {
-  int days = 0;
-  int hours = 0, minutes = 0, seconds = 0;
-  double fraction = 0;  ///< of a second; NaN for a time without a scale
-};
-
-ClockTime clockTimeOf(const MovieTime& time) {
-  if (time.scale < 1) return {.fraction = std::numeric_limits<double>::quiet_NaN()};
-  const auto value = static_cast<std::uint64_t>(time.value);
-  const std::uint64_t magnitude = time.value < 0 ? std::uint64_t{0} - value : value;
-  const auto scale = static_cast<std::uint64_t>(time.scale);
-  const std::uint64_t whole = magnitude / scale;
-  constexpr std::uint64_t mostDays = std::numeric_limits<int>::max();
-  return {.days = static_cast<int>(std::min(whole / 86400, mostDays)),
-          .hours = static_cast<int>(whole / 3600 % 24),
-          .minutes = static_cast<int>(whole / 60 % 60),
-          .seconds = static_cast<int>(whole % 60),
-          .fraction = static_cast<double>(magnitude % scale) / static_cast<double>(scale)};
+  const auto start = timecodeStartOf(movie);
+  return QVQuickTime::timingInfoForRate(QVQuickTime::fpsForMovie(movie), start && isDropFrame(*start));
 }
 
 QString padded(int number) {
   return formatLog("%@%i", number < 10 ? "0" : "", number);
 }
 
+/// The names of channel codes that follow one another, with commas between.
 struct LabelRange {
   std::uint32_t first;
-  std::span<const char* const> texts;
+  const char* names;
 };
 
-constexpr std::array<const char*, 18> mainLabels = {"Left",
-                                                    "Right",
-                                                    "Center",
-                                                    "LFE",
-                                                    "Left Surround",
-                                                    "Right Surround",
-                                                    "Left Center",
-                                                    "Right Center",
-                                                    "Center Surround",
-                                                    "Left Surround Direct",
-                                                    "Right Surround Direct",
-                                                    "Top Center Surround",
-                                                    "Vertical Height Left",
-                                                    "Vertical Height Center",
-                                                    "Vertical Height Right",
-                                                    "Top Back Left",
-                                                    "Top Back Center",
-                                                    "Top Back Right"};
-constexpr std::array<const char*, 13> moreLabels = {"Rear Surround Left",
-                                                    "Rear Surround Right",
-                                                    "Left Wide",
-                                                    "Right Wide",
-                                                    "LFE2",
-                                                    "Left Total",
-                                                    "Right Total",
-                                                    "Hearing Impaired",
-                                                    "Narration",
-                                                    "Mono",
-                                                    "Dialogue Centric Mix",
-                                                    "Center Surround Direct",
-                                                    "Haptic"};
-constexpr std::array<const char*, 2> headphoneLabels = {"Headphones Left", "Headphones Right"};
-constexpr std::array<const char*, 2> clickLabels = {"Click Track", "Foreign Language"};
-constexpr std::array<const char*, 1> discreteLabel = {"Discrete"};
-constexpr std::array<const char*, 16> discreteLabels = {"Discrete 0",  "Discrete 1",  "Discrete 2",  "Discrete 3",
-                                                        "Discrete 4",  "Discrete 5",  "Discrete 6",  "Discrete 7",
-                                                        "Discrete 8",  "Discrete 9",  "Discrete 10", "Discrete 11",
-                                                        "Discrete 12", "Discrete 13", "Discrete 14", "Discrete 15"};
-constexpr std::array<LabelRange, 6> labelRanges = {{{1, mainLabels},
-                                                    {33, moreLabels},
-                                                    {301, headphoneLabels},
-                                                    {304, clickLabels},
-                                                    {400, discreteLabel},
-                                                    {65536, discreteLabels}}};
+constexpr std::array<LabelRange, 6> labelRanges = {
+    {{1,
+      "Left,Right,Center,LFE,Left Surround,Right Surround,Left Center,Right Center,Center Surround,"
+      "Left Surround Direct,Right Surround Direct,Top Center Surround,Vertical Height Left,Vertical Height Center,"
+      "Vertical Height Right,Top Back Left,Top Back Center,Top Back Right"},
+     {33,
+      "Rear Surround Left,Rear Surround Right,Left Wide,Right Wide,LFE2,Left Total,Right Total,Hearing Impaired,"
+      "Narration,Mono,Dialogue Centric Mix,Center Surround Direct,Haptic"},
+     {301, "Headphones Left,Headphones Right"},
+     {304, "Click Track,Foreign Language"},
+     {400, "Discrete"},
+     {65536,
+      "Discrete 0,Discrete 1,Discrete 2,Discrete 3,Discrete 4,Discrete 5,Discrete 6,Discrete 7,Discrete 8,"
+      "Discrete 9,Discrete 10,Discrete 11,Discrete 12,Discrete 13,Discrete 14,Discrete 15"}}};
 
 }  // namespace
 
@@ -147,8 +95,7 @@ double QVQuickTime::fpsForMovie(const movie::Movie* movie) {
 }
 
 void QVQuickTime::getTimingInfoForMovie(const movie::Movie* movie, int* timebase, bool* ntsc, bool* dropFrame) {
-  const auto start = timecodeStartOf(movie);
-  const TimingInfo info = timingInfoForRate(fpsForMovie(movie), start && isDropFrame(*start));
+  const TimingInfo info = timingInfoOf(movie);
   if (timebase != nullptr) *timebase = info.timebase;
   if (ntsc != nullptr) *ntsc = info.ntsc;
   if (dropFrame != nullptr) *dropFrame = info.dropFrame;
@@ -199,19 +146,16 @@ std::int64_t QVQuickTime::frameLength(std::int32_t timeScale, double fps) {
 }
 
 QString QVQuickTime::formattedQTTime(const MovieTime& time, double fps) {
-  const ClockTime clock = clockTimeOf(time);
-  const auto daysAsHours = clock.days >= 1 ? static_cast<std::uint32_t>(clock.days) * 24U : 0U;
-  const int hours = static_cast<int>(daysAsHours + static_cast<std::uint32_t>(clock.hours));
-  return formatLog("%@:%@:%@:%@", padded(hours), padded(clock.minutes), padded(clock.seconds),
-                   padded(heldWithin<int>(std::round(clock.fraction * fps))));
-}
-
-QString QVQuickTime::formattedQTTime(const MovieTime& time, const movie::Track* track) {
-  return formattedQTTime(time, fpsFromQTTrack(track));
-}
-
-QString QVQuickTime::formattedQTTime(const MovieTime& time, const movie::Movie* movie) {
-  return formattedQTTime(time, fpsForMovie(movie));
+  if (time.scale < 1) return QStringLiteral("00:00:00:00");
+  const auto value = static_cast<std::uint64_t>(time.value);
+  const std::uint64_t magnitude = time.value < 0 ? std::uint64_t{0} - value : value;
+  const auto scale = static_cast<std::uint64_t>(time.scale);
+  const std::uint64_t seconds = magnitude / scale;
+  constexpr std::uint64_t mostDays = std::numeric_limits<int>::max();
+  const auto hours = static_cast<std::uint32_t>(std::min(seconds / 86400, mostDays) * 24 + seconds / 3600 % 24);
+  const double frames = std::round(static_cast<double>(magnitude % scale) / static_cast<double>(scale) * fps);
+  return formatLog("%@:%@:%@:%@", padded(static_cast<int>(hours)), padded(static_cast<int>(seconds / 60 % 60)),
+                   padded(static_cast<int>(seconds % 60)), padded(heldWithin<int>(frames)));
 }
 
 QString QVQuickTime::timecodeAtTime(const MovieTime& time, const movie::Movie* movie) {
@@ -237,9 +181,8 @@ MovieTime QVQuickTime::qtTimeFromTimecode(const QString& timecode, const movie::
 }
 
 QString QVQuickTime::completedTimecode(const QString& typed, const movie::Movie* movie) {
-  bool dropFrame = false;
-  getTimingInfoForMovie(movie, nullptr, nullptr, &dropFrame);
-  return QVTimecode::timecodeFromUserString(typed, dropFrame, timecodeAtTime({.value = 0, .scale = 1}, movie));
+  const QString start = timecodeAtTime({.value = 0, .scale = 1}, movie);
+  return QVTimecode::timecodeFromUserString(typed, timingInfoOf(movie).dropFrame, start);
 }
 
 double QVQuickTime::sampleRateFromQTTrack(const movie::Track* track) {
@@ -250,8 +193,9 @@ double QVQuickTime::sampleRateFromQTTrack(const movie::Track* track) {
 
 QString QVQuickTime::friendlyAudioChannelLabel(const AudioChannelDescription& description) {
   for (const auto& [first, texts] : labelRanges) {
-    const std::uint32_t index = description.channelLabel - first;
-    if (index < texts.size()) return QString::fromLatin1(texts[index]);
+    const QStringList names = QString::fromLatin1(texts).split(u',');
+    const qsizetype index = qsizetype{description.channelLabel} - first;
+    if (index >= 0 && index < names.size()) return names[index];
   }
   return QStringLiteral("Unknown");
 }

@@ -72,9 +72,13 @@ class QVQuickTime final {
   /// rounds up to a whole second shows as fps frames.
   static QString formattedQTTime(const movie::MovieTime& time, double fps);
   /// formattedQTTime:track:
-  static QString formattedQTTime(const movie::MovieTime& time, const movie::Track* track);
+  static QString formattedQTTime(const movie::MovieTime& time, const movie::Track* track) {
+    return formattedQTTime(time, fpsFromQTTrack(track));
+  }
   /// formattedQTTime:movie:
-  static QString formattedQTTime(const movie::MovieTime& time, const movie::Movie* movie);
+  static QString formattedQTTime(const movie::MovieTime& time, const movie::Movie* movie) {
+    return formattedQTTime(time, fpsForMovie(movie));
+  }
   /// timecodeAtTime:movie: counted from the timecode track's start, or from 0 without one.
   static QString timecodeAtTime(const movie::MovieTime& time, const movie::Movie* movie);
   /// qtTimeFromTimecode:movie:

@@ -1,10 +1,11 @@
 #include "SharedFiles/timecode/QVTimecode.h"
 
+#include <QRegularExpression>
 #include <QStringList>
-#include <QStringView>
-#include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <limits>
+#include <system_error>
 
 #include "SharedFiles/log/LogFormat.h"
 
@@ -57,52 +58,20 @@ int low32(std::uint64_t value) {
   return static_cast<int>(static_cast<std::uint32_t>(value));
 }
 
-bool isDigit(QChar character) {
-  return character >= u'0' && character <= u'9';
-}
-
-qsizetype leadingSpaces(QStringView text) {
-  return std::find_if_not(text.begin(), text.end(), [](QChar c) { return c.isSpace(); }) - text.begin();
-}
-
 /// An optional sign and the digits after it; 0 without digits; held at the ends of an int.
-int leadingInteger(QStringView text) {
-  qsizetype at = leadingSpaces(text);
-  const bool negative = at < text.size() && text[at] == u'-';
-  if (negative || (at < text.size() && text[at] == u'+')) ++at;
-  std::int64_t value = 0;
-  for (; at < text.size() && isDigit(text[at]); ++at)
-    value = std::min<std::int64_t>(value * 10 + (text[at].unicode() - u'0'), std::int64_t{1} << 31);
-  if (negative) value = -value;
-  return static_cast<int>(std::min<std::int64_t>(value, std::numeric_limits<int>::max()));
-}
-
-qsizetype pastDigits(QStringView text, qsizetype at) {
-  while (at < text.size() && isDigit(text[at])) ++at;
-  return at;
+int leadingInteger(const QString& text) {
+  QByteArray bytes = text.trimmed().toLatin1();
+  if (bytes.startsWith('+')) bytes[0] = '0';  // std::from_chars knows no plus
+  int value = 0;
+  const auto end = std::from_chars(bytes.cbegin(), bytes.cend(), value);
+  if (end.ec != std::errc::result_out_of_range) return value;
+  return bytes.startsWith('-') ? std::numeric_limits<int>::min() : std::numeric_limits<int>::max();
 }
 
 /// An optional sign, digits with an optional decimal point, an optional exponent; 0 without digits.
-double leadingReal(QStringView text) {
-  const qsizetype start = leadingSpaces(text);
-  qsizetype at = start;
-  if (at < text.size() && (text[at] == u'-' || text[at] == u'+')) ++at;
-  const qsizetype whole = at;
-  at = pastDigits(text, at);
-  qsizetype digits = at - whole;
-  if (at < text.size() && text[at] == u'.') {
-    const qsizetype fraction = pastDigits(text, at + 1);
-    digits += fraction - at - 1;
-    at = fraction;
-  }
-  if (digits == 0) return 0.0;
-  if (at < text.size() && (text[at] == u'e' || text[at] == u'E')) {
-    qsizetype exponent = at + 1;
-    if (exponent < text.size() && (text[exponent] == u'-' || text[exponent] == u'+')) ++exponent;
-    const qsizetype end = pastDigits(text, exponent);
-    if (end > exponent) at = end;
-  }
-  return text.mid(start, at - start).toDouble();
+double leadingReal(const QString& text) {
+  static const QRegularExpression number(R"(^[+-]?(\d+\.?\d*|\.\d+)([eE][+-]?\d+)?)");
+  return number.match(text.trimmed()).captured().toDouble();
 }
 
 QStringList fieldsOf(const QString& text) {
@@ -131,20 +100,16 @@ QString paddedField(long number) {
   return formatLog("%@%li", padding(number), number);
 }
 
-bool replaceEnding(QString& text, const QString& ending, const QString& replacement) {
-  if (!text.endsWith(ending)) return false;
-  text.chop(ending.size());
-  text.append(replacement);
-  return true;
-}
-
 /// A run of "." or "," at the end stands for that many fields of zeros.
 QString withZerosForRunAtEnd(QString text) {
-  for (const QString& mark : {QStringLiteral("."), QStringLiteral(",")}) {
-    replaceEnding(text, mark.repeated(4), QStringLiteral("00000000"));
-    replaceEnding(text, mark.repeated(3), mark + QStringLiteral("000000"));
-    replaceEnding(text, mark.repeated(2), mark + QStringLiteral("0000"));
-    replaceEnding(text, mark, mark + QStringLiteral("00"));
+  constexpr qsizetype wholeTimecode = 4;
+  for (const QChar mark : {u'.', u','}) {
+    for (qsizetype run = wholeTimecode; run > 0; --run) {
+      if (!text.endsWith(QString(run, mark))) continue;
+      text.chop(run);
+      if (run < wholeTimecode) text += mark;
+      text += QString(2 * run, u'0');
+    }
   }
   return text;
 }
@@ -282,10 +247,6 @@ QString QVTimecode::timecodeFromSeconds(double seconds, float fps, bool dropFram
   const int frames = low32(truncatedUnsigned(std::round(static_cast<double>(fps) * seconds)));
   const float nominal = std::ceil(fps);
   return timecodeFromFrameCount(frames, truncatedInt(nominal), nominal != std::floor(fps), dropFrame, 0);
-}
-
-QString QVTimecode::timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame) {
-  return timeOfDayTimecode(timebase, ntsc, dropFrame, QDateTime::currentDateTime());
 }
 
 QString QVTimecode::timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame, const QDateTime& moment) {

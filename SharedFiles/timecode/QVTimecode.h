@@ -64,10 +64,9 @@ class QVTimecode final {
   static int frameCountFromElapsedTime(const QString& elapsed, double fps);
   /// timecodeFromSeconds:fps:dropFrame:
   static QString timecodeFromSeconds(double seconds, float fps, bool dropFrame);
-  /// timeOfDayTimecode:ntsc:dropFrame: now, in local time, to the hundredth of a second.
-  static QString timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame);
-  /// The same for a given moment, in that moment's own time zone.
-  static QString timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame, const QDateTime& moment);
+  /// timeOfDayTimecode:ntsc:dropFrame: to the hundredth of a second, in the moment's own time zone.
+  static QString timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame,
+                                   const QDateTime& moment = QDateTime::currentDateTime());
   /// sanitizeTimecodeForFilename:
   static QString sanitizeTimecodeForFilename(const QString& timecode);
 };

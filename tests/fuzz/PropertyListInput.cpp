@@ -68,8 +68,6 @@ std::string tryDefaults(const QByteArray& xml, const std::optional<QVariant>& va
     if (!same(defaults.objectForKey(entry.key()), entry.value())) return "a default is not what the file says";
     defaults.stringForKey(entry.key());
     defaults.integerForKey(entry.key());
-    defaults.boolForKey(entry.key());
-    defaults.doubleForKey(entry.key());
     defaults.valueForKeyPath(entry.key() + ".a");
   }
   const bool writable = PropertyList::toBytes(expected).has_value();

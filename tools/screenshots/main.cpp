@@ -42,7 +42,7 @@
 #include "SharedFiles/foundation/MainThread.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/settings/UserDefaults.h"
-#include "SharedFiles/support/DesktopWorkspace.h"
+#include "SharedFiles/support/Workspace.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/dialogs/FlattenedSave.h"
@@ -262,7 +262,7 @@ class Screenshots {
     AnalyticsController analytics({.paths = platform_,
                                    .defaults = defaults_,
                                    .bundle = BundleInfo::mainBundle(),
-                                   .workspace = DesktopWorkspace::standard(),
+                                   .workspace = Workspace::standard(),
                                    .now = [] { return QDateTime::currentDateTimeUtc(); },
                                    .osVersion = [] { return QString(); },
                                    .random = [] { return 0U; },

@@ -53,7 +53,6 @@ class Alerts : public testing::Test {
     window_->show();
   }
   ~Alerts() override {
-    QVAlert::setSystemLog({});
     settle();
     EXPECT_TRUE(shownPanels().empty());
   }

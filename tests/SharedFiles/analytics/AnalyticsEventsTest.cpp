@@ -162,7 +162,7 @@ TEST_F(AnalyticsEvents, CachesAnEventWithACarriageReturn) {
 TEST_F(AnalyticsEvents, SwitchesAndKeepsTheCacheAndTheOtherKeys) {
   launchWith(1, true).logQCEvent(event("one"));
   finish();
-  AnalyticsPreferences(paths_).set({{"uid", "abc"}});
+  AnalyticsPreferences(paths_).setObjects({{"uid", "abc"}});
   QCheckBox box;
   controller_->setQcShouldLogCheckbox(&box);
   controller_->awakeFromNib();

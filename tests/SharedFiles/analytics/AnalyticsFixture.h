@@ -57,12 +57,14 @@ class Analytics : public Alerts {
   }
   AnalyticsController& launchWith(int launches, const QVariant& decision = {}) {
     defaults_->setObject(launches - 1, "launchCount");
-    if (decision.isValid()) AnalyticsPreferences(paths_).set({{"logQC", decision}});
+    if (decision.isValid()) AnalyticsPreferences(paths_).setObjects({{"logQC", decision}});
     return launch();
   }
   void finish() { controller_->opQueue().waitUntilAllOperationsAreFinished(); }
 
-  QVariantMap stored() const { return AnalyticsPreferences(paths_).read(); }
+  QVariantMap stored() const {
+    return PropertyList::readDictionary(AnalyticsPreferences(paths_).path()).value_or(QVariantMap());
+  }
   QString cacheFile() const { return home_.filePath(".cache/Quorvane/QC/com.quorvane.Test"); }
   QVariantList storedCache() const { return PropertyList::read(cacheFile()).value_or(QVariant()).toList(); }
   static QVariantMap event(const QString& name, qint64 date = 0) { return {{"event", name}, {"date", date}}; }

@@ -266,7 +266,7 @@ TEST_F(AnalyticsUpload, RenewsTheIdentifierAfterNinetyDays) {
   endpoint_ = QUrl("http://refused.example");
   for (const auto& row : rows) {
     QFile::remove(AnalyticsPreferences(paths_).path());
-    AnalyticsPreferences(paths_).set(row.stored);
+    AnalyticsPreferences(paths_).setObjects(row.stored);
     random_ = 0;
     upload(endpoint_);
     EXPECT_EQ(stored().value("uid"), row.kept ? "old" : "abcdefghijkl");

@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
-#include "SharedFiles/broadcast/BroadcastListener.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/SharedFiles/broadcast/BroadcastFixture.h"
 
@@ -109,14 +108,11 @@ TEST_F(BroadcastListeners, OfOtherPortsGoOn) {
 
 TEST_F(BroadcastListeners, LetGoOfTheDelegateWhenTheyEnd) {
   const auto kept = std::make_shared<int>();
-  {
-    BroadcastListener listener({.port = port_, .delegate = [copy = kept](const QVariantMap&) {}}, {});
-    std::thread thread([&] { listener.run(); });
-    EXPECT_TRUE(runEventLoopUntil([&] { return !portIsFree(); }));
-    listener.stop();
-    EXPECT_EQ(kept.use_count(), 1);
-    thread.join();
-  }
+  QVBroadcast::listenOnPort(port_, [copy = kept](const QVariantMap&) {});
+  EXPECT_TRUE(runEventLoopUntil([&] { return !portIsFree(); }));
+  EXPECT_EQ(kept.use_count(), 2);
+  QVBroadcast::stopListeningOnPort(port_);
+  EXPECT_EQ(kept.use_count(), 1);
 }
 
 TEST_F(BroadcastListeners, OutliveAFloodOfRandomBytes) {

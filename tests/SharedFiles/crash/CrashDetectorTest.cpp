@@ -380,6 +380,18 @@ TEST_F(CrashDetection, GivesTheStampsAwayAfterEveryStamp) {
   EXPECT_EQ(tasks_[0].mid(1), QStringList({"nobody", plist}));
 }
 
+TEST_F(CrashDetection, GivesAwayNothingThatALinkLeadsTo) {
+  const QString plist = home_.path() + "/Users/nobody/stamps.plist";
+  QDir().mkpath(QFileInfo(plist).path());
+  for (const QString& target : {writeReport(home_.path() + "/somebody's", 0), home_.path() + "/nowhere"}) {
+    ASSERT_TRUE(QFile::link(target, plist));
+    detector().chownPlist(plist);
+    detector().stopCrashline(plist);
+    EXPECT_TRUE(tasks_.isEmpty()) << target.toStdString();
+    ASSERT_TRUE(QFile::remove(plist));
+  }
+}
+
 TEST(QVCrashline, KeepsTheStampsOfTheRunningProgram) {
   const ProcessLog log;
   QVCrashline::startCrashline();

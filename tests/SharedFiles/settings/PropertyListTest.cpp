@@ -28,6 +28,8 @@ QVariantMap everything() {
           {"negative", -5LL},
           {"smallest", std::numeric_limits<qlonglong>::min()},
           {"largest", std::numeric_limits<qlonglong>::max()},
+          {"larger", qulonglong{1} << 63},
+          {"largest of all", std::numeric_limits<qulonglong>::max()},
           {"real", 0.1},
           {"large", -1e300},
           {"date", QDateTime::fromString("2026-11-15T13:24:25Z", Qt::ISODate)},
@@ -84,7 +86,6 @@ TEST(PropertyList, RefusesToWriteWhatItCannotReadBack) {
   const QVariant refused[] = {QVariant(),
                               QVariantList{QVariant()},
                               QVariantMap{{"a", QVariant::fromValue(nullptr)}},
-                              qulonglong{1} << 63,
                               QDateTime(),
                               QDateTime(QDate(2100, 1, 1), QTime(0, 0), Qt::UTC),
                               QDateTime(QDate(1900, 1, 1), QTime(0, 0), Qt::UTC),
@@ -213,6 +214,17 @@ QByteArray binaryList(const QList<QByteArray>& objects) {
          tableAt;
 }
 
+TEST(PropertyList, TellsLargeIntegersFromNegativeOnes) {
+  const QByteArray zeros(8, '\0'), ones(8, '\xff');
+  EXPECT_EQ(PropertyList::fromBytes(binaryList({"\x13" + ones})), QVariant(-1LL));
+  EXPECT_EQ(PropertyList::fromBytes(binaryList({"\x14" + zeros + ones})), QVariant(~qulonglong{0}));
+  EXPECT_EQ(PropertyList::fromBytes(binaryList({"\x14" + zeros + "\x80" + QByteArray(7, '\0')})),
+            QVariant(qulonglong{1} << 63));
+  EXPECT_EQ(PropertyList::fromBytes(binaryList({"\x14" + zeros + QByteArray(7, '\0') + "\5"})), QVariant(5LL));
+  EXPECT_EQ(PropertyList::fromBytes(document("<integer>18446744073709551615</integer>")), QVariant(~qulonglong{0}));
+  EXPECT_FALSE(PropertyList::fromBytes(binaryList({"\x14" + QByteArray(7, '\0') + "\1" + zeros}))) << "2^64";
+}
+
 TEST(PropertyList, ReadsNoMoreNestingInTheBinaryFormEither) {
   const auto nested = [](int depth) {
     QList<QByteArray> objects;
@@ -245,6 +257,16 @@ TEST(PropertyList, RefusesBinaryListsThatSayALongTextAgainAndAgain) {
 TEST(PropertyList, ReadsNoTextThatItCouldNotWriteAgain) {
   const auto value = PropertyList::fromBytes(binaryList({QByteArray("\x62\0a\0\0", 5)}));
   EXPECT_TRUE(!value || PropertyList::toBytes(*value));
+}
+
+TEST(PropertyList, RefusesKeysThatAreNoPlainTexts) {
+  const auto withKey = [](const QByteArray& key) { return binaryList({QByteArray("\xd1\1\2"), key, "\x09"}); };
+  EXPECT_TRUE(PropertyList::fromBytes(withKey("\x52hi")));
+  EXPECT_TRUE(PropertyList::fromBytes(withKey(QByteArray("\x62\0h\1\0", 5))));
+  EXPECT_TRUE(PropertyList::fromBytes(withKey("\x50")));
+  for (const QByteArray& key : {QByteArray("\x52h\0", 3), QByteArray("\x62\0h\0\0", 5), QByteArray("\x10\1"),
+                                QByteArray("\x42hi"), QByteArray("\xa0")})
+    EXPECT_FALSE(PropertyList::fromBytes(withKey(key))) << key.toHex().toStdString();
 }
 
 TEST(PropertyList, RefusesMalformedBinaryLists) {

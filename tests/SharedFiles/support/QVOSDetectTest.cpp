@@ -134,6 +134,7 @@ TEST_F(OSRelease, GivesItsVersionAsThreeNumbers) {
       {"VERSION_ID=\"3.20.0_alpha\"\r\n", {3, 20, 0}},
       {"VERSION_ID=12.rc1\n", {12, 0, 0}},
       {"VERSION_ID=7.\n", {7, 0, 0}},
+      {"VERSION_ID=1.99999999999\n", {1, 0, 0}},
       {"# VERSION_ID=1\n  VERSION_ID=2 \nMY_VERSION_ID=3\n", {2, 0, 0}},
       {"VERSION_ID=1\nVERSION_ID=2\n", {2, 0, 0}},
       {"VERSION_ID=20241201\n", {20241201, 0, 0}},
@@ -163,8 +164,7 @@ TEST_F(OSRelease, TellsWhyThereIsNoVersion) {
               {"VERSION_ID=-1.2\n", EINVAL},
               {"VERSION_ID=.5\n", EINVAL},
               {"VERSION_ID=\"\n", EINVAL},
-              {"VERSION_ID=99999999999\n", ERANGE},
-              {"VERSION_ID=1.99999999999\n", ERANGE}};
+              {"VERSION_ID=99999999999\n", EINVAL}};
   for (const auto& row : rows) {
     put("/etc/os-release", row.text);
     EXPECT_EQ(read(), tl::unexpected(row.error)) << row.text;

@@ -276,6 +276,23 @@ TEST_F(SoftwareUpdate, StartsACopyThatTheGroupMayNotChange) {
             QStringList(copy_.mid(copy_.lastIndexOf('/') + 1)));
 }
 
+TEST_F(SoftwareUpdate, StartsACopyOfWhatItsOwnerMayNotWriteTo) {
+  putUpdater(host_ + "/Contents/Resources");
+  for (const char* folder : {"", "/Contents"}) {
+    const QByteArray closed = QFile::encodeName(host_ + "/Contents/Resources" + updater + folder);
+    ASSERT_EQ(::chmod(closed.constData(), 0555), 0);
+    started_.clear();
+    checkWithin(services());
+    QVSoftwareUpdate(services()).manualUpdateCheck();
+    EXPECT_EQ(::chmod(closed.constData(), 0755), 0);
+    EXPECT_THAT(started(), ElementsAre(QStringList{copy_ + "/Contents/MacOS/Updater", "-checkpath", host_},
+                                       QStringList{"open", copy_}))
+        << folder;
+    EXPECT_THAT(log_.entries(), IsEmpty());
+    EXPECT_EQ(QDir(log_.home() + "/tmp").entryList(QDir::AllEntries | QDir::NoDotAndDotDot).size(), 1) << folder;
+  }
+}
+
 TEST_F(SoftwareUpdate, DoesNotStartWhatOthersCanChange) {
   const struct {
     const char* path;
