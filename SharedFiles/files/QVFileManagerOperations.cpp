@@ -103,23 +103,22 @@ bool showsWithin(double timeout, const std::function<bool()>& effect) {
 
 bool QVFileManager::trashFile(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error trashing file: path is nil");
-  return given &&
-         orAuthorized(trash(*given, services), shouldAuth, "Error trashing file: %@. Authorizing...", path, services,
-                      [&](PrivilegedFileOperations& rights) { return rights.authTrashFile(given->text); });
+  return given && orAuthorized(trash(*given, services), shouldAuth, "Error trashing file: %@. Authorizing...", path,
+                               services, [&](auto& rights) { return rights.authTrashFile(given->text); });
 }
 
 bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error removing file: path is nil");
   return given && orAuthorized(!isProtected(*given, services) && sys::removeTree(given->bytes), shouldAuth,
                                "Error removing file: %@. Authorizing...", path, services,
-                               [&](PrivilegedFileOperations& rights) { return rights.authRemoveFile(given->text); });
+                               [&](auto& rights) { return rights.authRemoveFile(given->text); });
 }
 
 bool QVFileManager::createDirectory(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error creating folder: path is nil");
   return given && orAuthorized(sys::createFolders(given->bytes).has_value(), shouldAuth,
                                "Error creating folder: %@. Authorizing...", path, services,
-                               [&](PrivilegedFileOperations& rights) { return rights.authCreateDir(given->text); });
+                               [&](auto& rights) { return rights.authCreateDir(given->text); });
 }
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, bool shouldAuth,
@@ -127,10 +126,9 @@ bool QVFileManager::copyFile(const QString& source, const QString& destination, 
   const auto from = operationPath(source, "Error copying file: source path is nil");
   const auto to =
       from ? operationPath(destination, "Error copying file %@: destination path is nil", source) : std::nullopt;
-  return to &&
-         orAuthorized(sys::copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
-                      "Error copying file: %@. Authorizing...", source, services,
-                      [&](PrivilegedFileOperations& rights) { return rights.authCopyFile(from->text, to->text); });
+  return to && orAuthorized(sys::copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
+                            "Error copying file: %@. Authorizing...", source, services,
+                            [&](auto& rights) { return rights.authCopyFile(from->text, to->text); });
 }
 
 bool QVFileManager::moveFile(const QString& source, const QString& destination, bool shouldAuth,
@@ -147,7 +145,7 @@ bool QVFileManager::moveFile(const QString& source, const QString& destination, 
     return false;
   }
   return orAuthorized(moved.has_value(), shouldAuth, "Error moving file: %@. Authorizing...", source, services,
-                      [&](PrivilegedFileOperations& rights) { return rights.authMoveFile(from->text, to->text); });
+                      [&](auto& rights) { return rights.authMoveFile(from->text, to->text); });
 }
 
 bool QVFileManager::trashFile(const QString& path, const FileServices& services) {

@@ -101,7 +101,7 @@ std::vector<StackFrame> ProcessImage::frames(pid_t thread, ThreadRegisters regis
   thread_ = thread;
   registers_ = std::move(registers);
   const std::size_t before = frames.size();
-  const auto add = [&](Dwfl_Frame* frame) {
+  auto add = [&](Dwfl_Frame* frame) {
     Dwarf_Addr address = 0;
     bool isActive = false;
     if (frames.size() >= most || !dwfl_frame_pc(frame, &address, &isActive)) return DWARF_CB_ABORT;
@@ -110,7 +110,7 @@ std::vector<StackFrame> ProcessImage::frames(pid_t thread, ThreadRegisters regis
   };
   using Add = decltype(add);
   const auto call = [](Dwfl_Frame* frame, void* adds) -> int { return (*static_cast<Add*>(adds))(frame); };
-  dwfl_getthread_frames(dwfl_, thread, call, const_cast<std::remove_const_t<Add>*>(&add));
+  dwfl_getthread_frames(dwfl_, thread, call, &add);
   if (frames.size() == before) frames.push_back(describe(registers_.programCounter, before > 0));
   return frames;
 }
