@@ -1,8 +1,11 @@
 #include "system/FileAttributes.h"
 
-#include <algorithm>
 #include <cerrno>
+#include <optional>
+#include <string>
+#include <vector>
 
+#include <linux/posix_acl.h>
 #include <sys/xattr.h>
 
 namespace sys {
@@ -33,6 +36,21 @@ std::optional<std::string> attribute(int file, const char* name) {
   return value;
 }
 
+/// Gives the file's group what an access list gives all others, and leaves the mask, which bounds named users too, as
+/// it is. Behind a version of 4 bytes the list has entries of 8: a tag, rights and an id, little-endian.
+void giveGroupRightsOfOthers(std::string& list) {
+  const auto rightsOf = [&list](int tag) -> char* {
+    constexpr std::size_t version = 4, entry = 8, rights = 2;
+    for (std::size_t at = version; at + entry <= list.size(); at += entry) {
+      if (list[at] == static_cast<char>(tag)) return &list[at + rights];
+    }
+    return nullptr;
+  };
+  char* const group = rightsOf(ACL_GROUP_OBJ);
+  const char* const others = rightsOf(ACL_OTHER);
+  if (group != nullptr && others != nullptr) *group = *others;
+}
+
 class Inheritance {
  public:
   Inheritance(FileRef from, FileRef to, const struct stat& status, Heir heir, FileCalls& calls)
@@ -41,6 +59,7 @@ class Inheritance {
   /// Goes on after a failure; the first one is told.
   Result<void> run() {
     takeOwner();
+    TRY(own_, statusOf(to_, calls_));
     note(takeAttributes());
     note(takePermissions());
     if (heir_ == Heir::Copy) note(takeTimes());
@@ -65,28 +84,32 @@ class Inheritance {
     return heir_ == Heir::Replacement && (name == accessList || name.rfind("user.", 0) == 0);
   }
 
+  /// Whether it takes a file's place in a group that the file was not in: what that group may do is what all others
+  /// may.
+  bool isInOtherGroup() const { return heir_ == Heir::Replacement && own_.st_gid != status_.st_gid; }
+
   bool takeAttributes() {
     const std::vector<std::string> names = attributeNames(from_.descriptor);
     for (const std::string& name : names) {
-      const auto value = attribute(from_.descriptor, name.c_str());
+      auto value = attribute(from_.descriptor, name.c_str());
+      if (value && name == accessList) {
+        hasList_ = true;
+        if (isInOtherGroup()) giveGroupRightsOfOthers(*value);
+      }
       const auto set = [&] { return calls_.fsetxattr(to_.descriptor, name.c_str(), value->data(), value->size()); };
       const bool kept = value && untilUninterrupted(set) == 0;
       if (!kept && mustBeKept(name)) return false;
     }
     // The folder may have given the new file a list that the old one does not have.
-    const bool ownList = std::find(names.begin(), names.end(), accessList) == names.end() &&
-                         attribute(to_.descriptor, accessList).has_value();
+    const bool ownList = !hasList_ && attribute(to_.descriptor, accessList).has_value();
     return !ownList || ::fremovexattr(to_.descriptor, accessList) == 0 || !mustBeKept(accessList);
   }
 
   bool takePermissions() {
-    const auto own = statusOf(to_, calls_);
-    if (!own) return false;
-    mode_t mode = permissionsOfCopy(status_, own->st_uid, own->st_gid);
-    if (heir_ == Heir::Replacement) {
-      mode &= 0777U;
-      if (own->st_gid != status_.st_gid) mode = (mode & 0707U) | ((mode & 07U) << 3U);
-    }
+    mode_t mode = permissionsOfCopy(status_, own_.st_uid, own_.st_gid);
+    if (heir_ == Heir::Replacement) mode &= 0777U;
+    // With a list the group's bits are its mask.
+    if (isInOtherGroup() && !hasList_) mode = (mode & 0707U) | ((mode & 07U) << 3U);
     return untilUninterrupted([&] { return calls_.fchmod(to_.descriptor, mode); }) == 0;
   }
 
@@ -99,6 +122,8 @@ class Inheritance {
   const struct stat& status_;
   Heir heir_;
   FileCalls& calls_;
+  struct stat own_ {};  ///< of the heir, once it has its owner
+  bool hasList_ = false;
   int error_ = 0;
 };
 

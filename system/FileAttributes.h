@@ -1,9 +1,5 @@
 #pragma once
 
-#include <optional>
-#include <string>
-#include <vector>
-
 #include <sys/stat.h>
 
 #include "system/FileBytes.h"
@@ -15,9 +11,10 @@ enum class Heir {
   /// It is a copy: set-id bits where they still mean the same user and group; the times too; of owner, group, extended
   /// attributes and access lists what the process and the file system allow.
   Copy,
-  /// It takes the other's place with a content of its own: no set-id and sticky bits, and its own times. A group that
-  /// it
-  /// cannot have may do what all others may. Its access list and the user's extended attributes must be had.
+  /// It takes the other's place with a content of its own: no set-id and sticky bits, and its own times. Where it
+  /// cannot
+  /// have the group, the group that it has may do what all others may. The access list and the user's extended
+  /// attributes must be had.
   Replacement,
 };
 

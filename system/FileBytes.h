@@ -25,6 +25,11 @@ struct FileRef {
   std::string_view path;
 };
 
+/// Whether two looks were at one file.
+inline bool isSameFile(const struct stat& one, const struct stat& other) {
+  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && (one.st_mode & S_IFMT) == (other.st_mode & S_IFMT);
+}
+
 /// What the system tells of it.
 Result<struct stat> statusOf(FileRef file, FileCalls& calls = systemCalls());
 

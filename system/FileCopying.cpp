@@ -97,25 +97,20 @@ Result<std::uint64_t> FileCopying::copyInKernel(FileRef from, const CopiedRun& r
 Result<std::uint64_t> FileCopying::copyByHand(FileRef from, const CopiedRun& run) {
   if (!buffer_) buffer_ = std::make_unique_for_overwrite<std::uint8_t[]>(bufferPiece);
   const std::span<std::uint8_t> piece(buffer_.get(), static_cast<std::size_t>(std::min(run.size, bufferPiece)));
-  const auto got = readAt(from, run.from, piece, calls_);
-  if (!got) return tl::make_unexpected(got.error());
-  if (auto status = writeAt(to_, run.to, piece.first(*got), calls_); !status) {
-    return tl::make_unexpected(status.error());
-  }
-  return *got;
+  TRY(const std::size_t got, readAt(from, run.from, piece, calls_));
+  TRY(writeAt(to_, run.to, piece.first(got), calls_));
+  return got;
 }
 
 Result<void> copyContents(FileRef from, FileRef to, const std::stop_token& stop, FileCalls& calls) {
   const auto goOn = [&stop](std::uint64_t) { return !stop.stop_requested(); };
   FileCopying copying(to, goOn, FileCopying::Writeback::Later, calls);
-  const auto before = statusOf(from, calls);
-  if (!before) return tl::make_unexpected(before.error());
-  for (const CopiedRun& run : withoutHoles(from.descriptor, {0, static_cast<std::uint64_t>(before->st_size), 0})) {
-    if (auto copied = copying.copy(from, run); !copied) return tl::make_unexpected(copied.error());
+  TRY(const struct stat before, statusOf(from, calls));
+  for (const CopiedRun& run : withoutHoles(from.descriptor, {0, static_cast<std::uint64_t>(before.st_size), 0})) {
+    TRY(copying.copy(from, run));
   }
-  const auto after = statusOf(from, calls);
-  if (!after) return tl::make_unexpected(after.error());
-  const off_t end = std::min(before->st_size, after->st_size);
+  TRY(const struct stat after, statusOf(from, calls));
+  const off_t end = std::min(before.st_size, after.st_size);
   if (untilUninterrupted([&] { return calls.ftruncate(to.descriptor, end); }) != 0) {
     return failure(errno, Step::Resize, std::string(to.path));
   }
@@ -123,8 +118,8 @@ Result<void> copyContents(FileRef from, FileRef to, const std::stop_token& stop,
   // What has been added since; all of a file that does not tell its size. Where nothing is left, the kernel could
   // refuse the place that nothing would be written to.
   copying.goOnByHand();
-  auto rest = copying.copy(from, {size, largestOffset - size, size});
-  return rest ? Result<void>() : tl::make_unexpected(rest.error());
+  TRY(copying.copy(from, {size, largestOffset - size, size}));
+  return {};
 }
 
 }  // namespace sys

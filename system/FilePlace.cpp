@@ -1,6 +1,7 @@
 #include "system/FilePlace.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -8,6 +9,7 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/random.h>
 #include <unistd.h>
 
 namespace sys {
@@ -60,6 +62,20 @@ Result<std::vector<std::string>> namesInFolder(FileRef folder) {
   return names;
 }
 
+Result<std::vector<std::string>> namesInFolderAt(const std::string& path) {
+  const Descriptor folder(::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  if (!folder.isOpen()) return failure(errno, Step::Open, path);
+  return namesInFolder({folder.get(), path});
+}
+
+std::string ownName(std::string_view end) {
+  std::uint64_t number = 0;
+  untilUninterrupted([&] { return ::getrandom(&number, sizeof number, 0); });
+  std::array<char, 32> name{};
+  std::snprintf(name.data(), name.size(), ".lumacheck-%016jx", static_cast<std::uintmax_t>(number));
+  return name.data() + std::string(end);
+}
+
 int renameWithoutReplacing(const FilePlace& from, const FilePlace& to) {
   if (::renameat2(from.folder, from.name.c_str(), to.folder, to.name.c_str(), RENAME_NOREPLACE) == 0) return 0;
   if (errno != EINVAL && errno != ENOSYS) return errno;
@@ -74,8 +90,8 @@ bool isInside(int folder, const struct stat& other) {
   while (at.isOpen()) {
     struct stat here = {};
     if (::fstat(at.get(), &here) != 0) return false;
-    if (here.st_dev == other.st_dev && here.st_ino == other.st_ino) return true;
-    if (here.st_dev == before.st_dev && here.st_ino == before.st_ino) return false;
+    if (isSameFile(here, other)) return true;
+    if (isSameFile(here, before)) return false;
     before = here;
     at = Descriptor(::openat(at.get(), "..", O_PATH | O_DIRECTORY | O_CLOEXEC));
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <sys/stat.h>
@@ -37,6 +38,11 @@ struct OpenedPlace {
 
 /// The names in an open folder, "." and ".." left out, in the order of their bytes.
 Result<std::vector<std::string>> namesInFolder(FileRef folder);
+/// The same for the folder that a path leads to.
+Result<std::vector<std::string>> namesInFolderAt(const std::string& path);
+
+/// ".lumacheck-", 16 digits and this end: a name that nobody else chooses.
+std::string ownName(std::string_view end = {});
 
 /// Renames unless something stands at the new place. 0 or an errno.
 int renameWithoutReplacing(const FilePlace& from, const FilePlace& to);

@@ -22,7 +22,7 @@ bool isFolderAt(const std::string& path);
 /// them away. What cannot be given away is the process's own, without the set-id bits.
 ///
 /// The destination must not exist, its folder must. It appears whole, by a rename, or not at all: until then the copy
-/// has a name that begins with ".lumacheck-copy-" beside it. A folder is not copied into itself. Names in folders may
+/// has a name that begins with ".lumacheck-" beside it. A folder is not copied into itself. Names in folders may
 /// be any bytes.
 ///
 /// A copy that is asked to stop, from any thread, ends soon with ECANCELED as its error.

@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <random>
 #include <string>
 
 #include <fcntl.h>
@@ -16,18 +15,6 @@
 namespace sys {
 
 namespace {
-
-bool isSameFile(const struct stat& one, const struct stat& other) {
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino && (one.st_mode & S_IFMT) == (other.st_mode & S_IFMT);
-}
-
-/// A name beside others that nobody else takes.
-std::string pendingName() {
-  std::random_device random;
-  std::string name = ".lumacheck-copy-";
-  for (int i = 0; i < 4; ++i) name += std::to_string(random());
-  return name;
-}
 
 /// What a file system tells late, it tells when a descriptor is closed.
 int closingError(int file) {
@@ -54,20 +41,19 @@ bool TreeRecord::holds(const struct stat& status) const {
 
 /// What a copy still lacks when its content is there.
 Result<void> TreeCopy::settle(FileRef from, FileRef to, const struct stat& status) const {
-  auto result = inheritAttributes(from, to, status, Heir::Copy);
-  if (!result || durability_ != Durability::synced || ::fsync(to.descriptor) == 0) return result;
+  TRY(inheritAttributes(from, to, status, Heir::Copy));
+  if (durability_ != Durability::synced || ::fsync(to.descriptor) == 0) return {};
   return failure(errno, Step::Sync, std::string(to.path));
 }
 
 Result<void> TreeCopy::copy(const FilePlace& from, const FilePlace& to) {
-  const auto status = from.status();
-  if (!status) return tl::make_unexpected(status.error());
+  TRY(const struct stat status, from.status());
   if (stop_.stop_requested()) return from.failed(ECANCELED, Step::Copy);
-  record_.add(*status);
-  if (S_ISDIR(status->st_mode)) return copyFolder(from, to, *status);
-  if (S_ISREG(status->st_mode)) return copyRegularFile(from, to, *status);
-  if (S_ISLNK(status->st_mode)) return copyLink(from, to, *status);
-  return copySpecialFile(from, to, *status);
+  record_.add(status);
+  if (S_ISDIR(status.st_mode)) return copyFolder(from, to, status);
+  if (S_ISREG(status.st_mode)) return copyRegularFile(from, to, status);
+  if (S_ISLNK(status.st_mode)) return copyLink(from, to, status);
+  return copySpecialFile(from, to, status);
 }
 
 Result<void> TreeCopy::copyFolder(const FilePlace& from, const FilePlace& to, const struct stat& status) {
@@ -75,15 +61,11 @@ Result<void> TreeCopy::copyFolder(const FilePlace& from, const FilePlace& to, co
   struct stat opened = {};
   if (!source.isOpen() || ::fstat(source.get(), &opened) != 0) return from.failed(errno, Step::Open);
   if (!isSameFile(status, opened)) return from.failed(EAGAIN, Step::Open);
-  const auto names = namesInFolder({source.get(), from.path});
-  if (!names) return tl::make_unexpected(names.error());
+  TRY(const auto names, namesInFolder({source.get(), from.path}));
   if (::mkdirat(to.folder, to.name.c_str(), S_IRWXU) != 0) return to.failed(errno, Step::Create);
   const Descriptor made = to.openFolder();
   if (!made.isOpen()) return to.failed(errno, Step::Create);
-  for (const std::string& name : *names) {
-    auto result = copy(from.inside(source.get(), name), to.inside(made.get(), name));
-    if (!result) return result;
-  }
+  for (const std::string& name : names) TRY(copy(from.inside(source.get(), name), to.inside(made.get(), name)));
   return settle({source.get(), from.path}, {made.get(), to.path}, status);
 }
 
@@ -97,11 +79,10 @@ Result<void> TreeCopy::copyRegularFile(const FilePlace& from, const FilePlace& t
   const Descriptor made(::openat(to.folder, to.name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
   if (!made.isOpen()) return to.failed(errno, Step::Create);
   const FileRef original{source.get(), from.path}, copy{made.get(), to.path};
-  auto result = copyContents(original, copy, stop_);
-  if (result) result = settle(original, copy, status);
-  if (!result) return result;
-  const int number = closingError(made.get());
-  return number == 0 ? result : to.failed(number, Step::Write);
+  TRY(copyContents(original, copy, stop_));
+  TRY(settle(original, copy, status));
+  if (const int number = closingError(made.get())) return to.failed(number, Step::Write);
+  return {};
 }
 
 Result<void> TreeCopy::copyLink(const FilePlace& from, const FilePlace& to, const struct stat& status) {
@@ -118,23 +99,21 @@ Result<void> TreeCopy::copySpecialFile(const FilePlace& from, const FilePlace& t
     return from.failed(errno, Step::Create);
   }
   copyOwnerAndTimes(to, status);
-  const auto own = to.status();
-  if (!own) return tl::make_unexpected(own.error());
-  const mode_t permissions = permissionsOfCopy(status, own->st_uid, own->st_gid);
+  TRY(const struct stat own, to.status());
+  const mode_t permissions = permissionsOfCopy(status, own.st_uid, own.st_gid);
   if (::fchmodat(to.folder, to.name.c_str(), permissions, 0) != 0) return to.failed(errno, Step::SetAttributes);
   return {};
 }
 
 Result<void> PendingCopy::allowed(const FilePlace& from, const FilePlace& to) {
-  const auto source = from.status();
-  if (!source) return tl::make_unexpected(source.error());
+  TRY(const struct stat source, from.status());
   if (to.status()) return to.failed(EEXIST, Step::Create);
-  if (S_ISDIR(source->st_mode) && isInside(to.folder, *source)) return to.failed(EINVAL, Step::Create);
+  if (S_ISDIR(source.st_mode) && isInside(to.folder, source)) return to.failed(EINVAL, Step::Create);
   return {};
 }
 
 PendingCopy::PendingCopy(FilePlace to, TreeCopy::Durability durability, const std::stop_token& stop)
-    : to_(std::move(to)), pending_(to_.beside(pendingName())), copy_(durability, stop) {}
+    : to_(std::move(to)), pending_(to_.beside(ownName("-copy"))), copy_(durability, stop) {}
 
 PendingCopy::~PendingCopy() {
   if (made_) static_cast<void>(TreeRemoval(TreeRemoval::Permissions::forced).remove(pending_));
@@ -150,17 +129,6 @@ Result<void> PendingCopy::reveal() {
   if (const int number = renameWithoutReplacing(pending_, to_)) return to_.failed(number, Step::Create);
   made_ = false;
   return {};
-}
-
-Result<void> copyTree(const std::string& source, const std::string& destination, const std::stop_token& stop) {
-  const auto from = OpenedPlace::open(source), to = OpenedPlace::open(destination);
-  if (!from) return tl::unexpected(from.error());
-  if (!to) return tl::unexpected(to.error());
-  auto result = PendingCopy::allowed(from->place, to->place);
-  if (!result) return result;
-  PendingCopy copy(to->place, TreeCopy::Durability::later, stop);
-  result = copy.make(from->place);
-  return result ? copy.reveal() : result;
 }
 
 }  // namespace sys

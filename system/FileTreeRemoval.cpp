@@ -24,16 +24,14 @@ int removalError(int folder, uid_t owner) {
 }  // namespace
 
 Result<void> TreeRemoval::remove(const FilePlace& place) {
-  const auto status = place.status();
-  if (!status) return tl::make_unexpected(status.error());
-  if (record_ != nullptr && !record_->holds(*status)) return place.failed(EBUSY, Step::Remove);
-  const bool folder = S_ISDIR(status->st_mode);
+  TRY(const struct stat status, place.status());
+  if (record_ != nullptr && !record_->holds(status)) return place.failed(EBUSY, Step::Remove);
+  const bool folder = S_ISDIR(status.st_mode);
   if (folder) {
     // A folder that stays locked shows below, with the reason.
     if (permissions_ == Permissions::forced)
       static_cast<void>(::fchmodat(place.folder, place.name.c_str(), S_IRWXU, 0) == 0);
-    auto result = removeEntries(place);
-    if (!result) return result;
+    TRY(removeEntries(place));
   }
   if (::unlinkat(place.folder, place.name.c_str(), folder ? AT_REMOVEDIR : 0) != 0)
     return place.failed(errno, Step::Remove);
@@ -44,45 +42,30 @@ Result<void> TreeRemoval::removeEntries(const FilePlace& place) {
   const Descriptor folder = place.openFolder();
   // An empty folder can go even if nobody may look into it.
   if (!folder.isOpen()) return errno == EACCES ? Result<void>() : Result<void>(place.failed(errno, Step::Remove));
-  const auto names = namesInFolder({folder.get(), place.path});
-  if (!names) return tl::make_unexpected(names.error());
-  for (const std::string& name : *names) {
-    auto result = remove(place.inside(folder.get(), name));
-    if (!result) return result;
-  }
+  TRY(const auto names, namesInFolder({folder.get(), place.path}));
+  for (const std::string& name : names) TRY(remove(place.inside(folder.get(), name)));
   return {};
 }
 
 Result<void> checkRemoval(const FilePlace& place, const TreeRecord& record) {
-  const auto status = place.status();
-  if (!status) return tl::make_unexpected(status.error());
-  if (!record.holds(*status)) return place.failed(EBUSY, Step::Remove);
-  if (!S_ISDIR(status->st_mode)) return {};
+  TRY(const struct stat status, place.status());
+  if (!record.holds(status)) return place.failed(EBUSY, Step::Remove);
+  if (!S_ISDIR(status.st_mode)) return {};
   const Descriptor folder = place.openFolder();
   if (!folder.isOpen()) return place.failed(errno, Step::Remove);
-  const auto names = namesInFolder({folder.get(), place.path});
-  if (!names) return tl::make_unexpected(names.error());
-  for (const std::string& name : *names) {
+  TRY(const auto names, namesInFolder({folder.get(), place.path}));
+  for (const std::string& name : names) {
     const FilePlace entry = place.inside(folder.get(), name);
-    auto result = checkRemovalFromFolder(entry);
-    if (result) result = checkRemoval(entry, record);
-    if (!result) return result;
+    TRY(checkRemovalFromFolder(entry));
+    TRY(checkRemoval(entry, record));
   }
   return {};
 }
 
 Result<void> checkRemovalFromFolder(const FilePlace& place) {
-  const auto status = place.status();
-  if (!status) return tl::make_unexpected(status.error());
-  const int number = removalError(place.folder, status->st_uid);
-  if (number != 0) return place.failed(number, Step::Remove);
+  TRY(const struct stat status, place.status());
+  if (const int number = removalError(place.folder, status.st_uid)) return place.failed(number, Step::Remove);
   return {};
-}
-
-Result<void> removeTree(const std::string& path) {
-  const auto opened = OpenedPlace::open(path);
-  if (!opened) return tl::make_unexpected(opened.error());
-  return TreeRemoval(TreeRemoval::Permissions::kept).remove(opened->place);
 }
 
 }  // namespace sys

@@ -1,19 +1,17 @@
 #include "system/ReplacementFile.h"
 
-#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <filesystem>
 #include <utility>
 
 #include <fcntl.h>
-#include <limits.h>
 #include <linux/magic.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <sys/vfs.h>
 #include <unistd.h>
 
 #include "system/FileAttributes.h"
+#include "system/FilePlace.h"
 
 namespace sys {
 
@@ -38,38 +36,12 @@ bool linksUnnamedFiles(int folder) {
   }
 }
 
-/// "/a" of "/a/b", "." of "b", "/" of "/b".
-std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  if (slash == std::string::npos) return ".";
-  return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-std::string nameOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? path : path.substr(slash + 1);
-}
-
-std::string linkTarget(const std::string& path) {
-  std::array<char, PATH_MAX> buffer{};
-  const ssize_t length = ::readlink(path.c_str(), buffer.data(), buffer.size());
-  return length <= 0 ? std::string{} : std::string(buffer.data(), static_cast<std::size_t>(length));
-}
-
-std::string randomName() {
-  std::uint64_t number = 0;
-  untilUninterrupted([&] { return ::getrandom(&number, sizeof number, 0); });
-  std::array<char, 48> name{};
-  std::snprintf(name.data(), name.size(), ".lumacheck-%016llx.partial", static_cast<unsigned long long>(number));
-  return name.data();
-}
-
 /// Tries names of its own until one is free; `use` is asked for each and answers as a system call does. Empty, with
 /// errno, when there is none.
 template <typename Use>
 std::string useOwnName(const Use& use) {
   for (int attempt = 0; attempt < nameAttempts; ++attempt) {
-    std::string name = randomName();
+    std::string name = ownName(".partial");
     if (use(name.c_str()) >= 0) return name;
     if (errno != EEXIST && errno != EINTR) break;
   }
@@ -93,24 +65,22 @@ ReplacementFile::~ReplacementFile() {
 
 Result<ReplacementFile> ReplacementFile::create(const std::string& path, FileCalls& calls) {
   ReplacementFile file(path, calls);
-  if (auto status = file.settleTarget(); !status) return tl::make_unexpected(status.error());
-
+  TRY(file.settleTarget());
   constexpr int flags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW;
   const Descriptor existing(
       untilUninterrupted([&] { return calls.open(file.folder_.get(), file.name_.c_str(), flags, 0); }));
   if (!existing.isOpen() && errno != ENOENT) return file.failed(errno, Step::Create);
   file.replaces_ = existing.isOpen();
   // What replaces a file must not be readable to more people than it was, not even before it is complete.
-  auto made = file.createFile(file.replaces_ ? 0600 : 0666);
-  if (made && file.replaces_) made = file.takeOver(existing);
-  if (!made) return tl::make_unexpected(made.error());
+  TRY(file.createFile(file.replaces_ ? 0600 : 0666));
+  if (file.replaces_) TRY(file.takeOver(existing));
   return file;
 }
 
 Result<void> ReplacementFile::settleTarget() {
   if (path_.find('\0') != std::string::npos) return failed(EILSEQ, Step::Create);
   constexpr int mostLinks = 40;
-  std::string target = path_;
+  std::filesystem::path target = path_;
   struct stat status {};
   for (int links = 0;; ++links) {
     if (::lstat(target.c_str(), &status) != 0) {
@@ -123,13 +93,13 @@ Result<void> ReplacementFile::settleTarget() {
       break;
     }
     if (links == mostLinks) return failed(ELOOP, Step::Create);
-    const std::string next = linkTarget(target);
-    if (next.empty()) return failed(ENOENT, Step::Create);
-    target = next.front() == '/' ? next : folderOf(target).append("/").append(next);
+    std::error_code error;
+    target = target.parent_path() / std::filesystem::read_symlink(target, error);
+    if (error) return failed(ENOENT, Step::Create);
   }
-  name_ = nameOf(target);
+  name_ = target.filename().string();
   if (name_.empty()) return failed(ENOENT, Step::Create);
-  return openFolder(folderOf(target));
+  return openFolder(target.has_parent_path() ? target.parent_path().string() : ".");
 }
 
 Result<void> ReplacementFile::openFolder(const std::string& folder) {
@@ -158,10 +128,9 @@ Result<void> ReplacementFile::createFile(mode_t mode) {
 
 Result<void> ReplacementFile::takeOver(const Descriptor& existing) {
   const FileRef old{existing.get(), path_};
-  const auto status = statusOf(old, *calls_);
-  if (!status) return tl::make_unexpected(status.error());
-  if (!S_ISREG(status->st_mode)) return failed(ENXIO, Step::Create);
-  return inheritAttributes(old, ref(), *status, Heir::Replacement, *calls_);
+  TRY(const struct stat status, statusOf(old, *calls_));
+  if (!S_ISREG(status.st_mode)) return failed(ENXIO, Step::Create);
+  return inheritAttributes(old, ref(), status, Heir::Replacement, *calls_);
 }
 
 Result<void> ReplacementFile::resize(std::uint64_t size) {
@@ -199,7 +168,7 @@ Result<void> ReplacementFile::takeName() {
 
 Result<void> ReplacementFile::publish() {
   if (untilUninterrupted([this] { return calls_->fsync(file_.get()); }) != 0) return failed(errno, Step::Sync);
-  if (auto status = takeName(); !status) return status;
+  TRY(takeName());
   const int synced = untilUninterrupted([this] { return calls_->fsync(folder_.get()); });
   // EBADF: a folder that may not be listed. EINVAL: a file system that syncs no folders.
   const bool settled = synced == 0 || errno == EBADF || errno == EINVAL;
@@ -207,11 +176,9 @@ Result<void> ReplacementFile::publish() {
 }
 
 Result<void> writeWhole(const std::string& path, std::string_view bytes, FileCalls& calls) {
-  auto file = ReplacementFile::create(path, calls);
-  if (!file) return tl::make_unexpected(file.error());
-  const auto* const begin = reinterpret_cast<const std::uint8_t*>(bytes.data());
-  if (auto status = file->write(0, {begin, bytes.size()}); !status) return status;
-  return file->publish();
+  TRY(auto file, ReplacementFile::create(path, calls));
+  TRY(file.write(0, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  return file.publish();
 }
 
 }  // namespace sys

@@ -19,13 +19,10 @@ SerialQueue::~SerialQueue() {
 bool SerialQueue::addOperation(Operation operation) {
   const std::lock_guard guard(mutex_);
   if (closed_) return false;
-  if (!started_) {
-    try {
-      thread_ = std::thread([this] { run(); });
-    } catch (const std::system_error&) {
-      return false;
-    }
-    started_ = true;
+  try {
+    if (!thread_.joinable()) thread_ = std::thread([this] { run(); });
+  } catch (const std::system_error&) {
+    return false;
   }
   waiting_.push_back(std::move(operation));
   added_.notify_one();

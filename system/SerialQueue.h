@@ -47,7 +47,7 @@ class SerialQueue {
   mutable std::mutex mutex_;
   std::condition_variable added_, drained_;
   std::deque<Operation> waiting_;
-  bool running_ = false, closed_ = false, started_ = false;
+  bool running_ = false, closed_ = false;
   std::thread thread_;
 };
 

@@ -1,8 +1,12 @@
 #pragma once
 
 #include <csignal>
+#include <optional>
+#include <string>
+#include <vector>
 
 #include <spawn.h>
+#include <unistd.h>
 
 #include "system/Descriptor.h"
 
@@ -36,13 +40,23 @@ class SpawnSettings {
   void open(const char* path, int flags, int number) {
     ::posix_spawn_file_actions_addopen(&actions_, number, path, flags, 0);
   }
-  /// Starts the program with the descriptors below `firstClosed`. 0, or an errno. The arrays end with a null.
-  int spawn(pid_t& identifier, const char* path, char* const* arguments, char* const* environment, int firstClosed) {
+  /// Starts the program that the first argument is the path of, with the descriptors below `firstClosed`. Without an
+  /// environment it gets this process's. 0, or an errno.
+  int spawn(pid_t& identifier, std::vector<std::string> arguments, std::optional<std::vector<std::string>> environment,
+            int firstClosed) {
     ::posix_spawn_file_actions_addclosefrom_np(&actions_, firstClosed);
-    return ::posix_spawn(&identifier, path, &actions_, &attributes_, arguments, environment);
+    return ::posix_spawn(&identifier, arguments.front().c_str(), &actions_, &attributes_, pointersTo(arguments).data(),
+                         environment ? pointersTo(*environment).data() : environ);
   }
 
  private:
+  static std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (std::string& text : texts) pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+  }
+
   posix_spawn_file_actions_t actions_{};
   posix_spawnattr_t attributes_{};
 };

@@ -7,13 +7,14 @@
 
 namespace sys {
 
-void keepStandardDescriptorsTaken() {
+bool keepStandardDescriptorsTaken() {
   for (int descriptor = STDIN_FILENO; descriptor <= STDERR_FILENO; ++descriptor) {
     if (::fcntl(descriptor, F_GETFD) != -1 || errno != EBADF) continue;
     // The lowest free descriptor is this one.
     const int mode = descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-    if (::open("/dev/null", mode) != descriptor) return;
+    if (::open("/dev/null", mode) != descriptor) return false;
   }
+  return true;
 }
 
 }  // namespace sys

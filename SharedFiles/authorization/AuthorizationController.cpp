@@ -9,7 +9,6 @@
 #include <string>
 #include <utility>
 
-#include <fcntl.h>
 #include <sys/stat.h>
 
 #include "SharedFiles/foundation/FilePackage.h"
@@ -19,9 +18,8 @@
 #include "SharedFiles/privileged/PrivilegedRun.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
-#include "SharedFiles/tasks/TaskPipes.h"
-#include "system/Descriptor.h"
 #include "system/FilePlace.h"
+#include "system/FileTree.h"
 
 namespace {
 
@@ -62,12 +60,6 @@ QString destinationWithoutLinks(const QString& path) {
   return folder.isNull() ? withoutLinksAbove(path) : folder;
 }
 
-/// Whether anything stands there, be it a link that leads nowhere.
-bool isTaken(const QString& path) {
-  struct stat status {};
-  return ::lstat(path.toUtf8().constData(), &status) == 0;
-}
-
 /// The target with the date before its extension.
 QString dated(const QString& target, std::time_t now) {
   const qsizetype nameStart = target.lastIndexOf(u'/') + 1;
@@ -87,16 +79,10 @@ bool areGiven(const QString& oldPath, const QString& newPath, const char* operat
   return !oldPath.isNull() && !newPath.isNull();
 }
 
-bool isRefused(const QStringList& paths) {
-  return std::any_of(paths.begin(), paths.end(), [](const QString& path) { return path.isEmpty(); });
-}
-
 /// Does it with the path of everything in the folder; whether it succeeded every time. False for a folder that cannot
 /// be listed, and when a name in it is no text.
 bool forEachEntry(const QString& folder, const std::function<bool(const QString& entry)>& act) {
-  const sys::Descriptor descriptor(::open(folder.toUtf8().constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  if (!descriptor.isOpen()) return false;
-  const auto names = sys::namesInFolder({descriptor.get(), {}});
+  const auto names = sys::namesInFolderAt(folder.toStdString());
   bool succeeded = names.has_value();
   for (const std::string& name : names.value_or(std::vector<std::string>())) {
     const std::optional<QString> text = fileNameAsText(name);
@@ -131,7 +117,7 @@ bool AuthorizationController::authStart() {
     return false;
   }
   authRef_ = AuthorizationRight::askUser(environment_.programs, environment_.userId());
-  return authRef_ != nullptr;
+  return authRef_.has_value();
 }
 
 bool AuthorizationController::authStartWithUser(const QString& user, const QString& password) {
@@ -162,7 +148,7 @@ void AuthorizationController::authEnd() {
 }
 
 bool AuthorizationController::isAuthorized() const {
-  return isSuperuser() || authRef_ != nullptr;
+  return isSuperuser() || authRef_;
 }
 
 bool AuthorizationController::canAuthorize() const {
@@ -233,12 +219,12 @@ QString AuthorizationController::toolDestination(const QString& path) const {
 }
 
 bool AuthorizationController::run(const QString& tool, const QStringList& options, const QStringList& paths) {
-  return !isRefused(paths) && authExecTask(tool, options + paths) == 0;
+  return !paths.contains(QString()) && authExecTask(tool, options + paths) == 0;
 }
 
 bool AuthorizationController::start(const QString& tool, const QStringList& options, const QStringList& paths) {
   if (!isSuperuser()) return run(tool, options, paths);
-  if (isRefused(paths)) return false;
+  if (paths.contains(QString())) return false;
   environment_.runTaskAndReturn(tool, options + paths);
   return true;
 }
@@ -259,7 +245,7 @@ QString AuthorizationController::trashTarget(const QString& path) const {
   // A home folder need not have one. It is private, as the home folder's owner makes it.
   if (!isUsersTrash) ::mkdir(trash.toUtf8().constData(), S_IRWXU);
   const QString target = inside(trash, nameOf(absolutePath(path)));
-  return isTaken(target) ? dated(target, environment_.platform->time()) : target;
+  return sys::standsAt(target.toStdString()) ? dated(target, environment_.platform->time()) : target;
 }
 
 bool AuthorizationController::authTrashFile(const QString& path, bool deleteOnRootAccount) {

@@ -3,13 +3,25 @@
 #include <QString>
 #include <QStringList>
 #include <functional>
-#include <memory>
+#include <optional>
 
 #include <sys/types.h>
 #include <unistd.h>
 
 #include "SharedFiles/authorization/AuthorizationRight.h"
 #include "SharedFiles/foundation/PathPlatform.h"
+
+/// What is done with administrator rights once the plain operation has failed. Each tells whether it was started.
+class PrivilegedFileOperations {
+ public:
+  virtual ~PrivilegedFileOperations() = default;
+
+  virtual bool authTrashFile(const QString& path) = 0;
+  virtual bool authRemoveFile(const QString& path) = 0;
+  virtual bool authCreateDir(const QString& path) = 0;
+  virtual bool authCopyFile(const QString& source, const QString& destination) = 0;
+  virtual bool authMoveFile(const QString& source, const QString& destination) = 0;
+};
 
 /// What the privileged file operations ask of the process and the system around them.
 struct AuthorizationEnvironment {
@@ -33,13 +45,13 @@ struct AuthorizationEnvironment {
 /// doubled ones are dropped. A path that is empty, holds a null character or is no valid Unicode is refused with a line
 /// in the log; so is what the privileged program lets nobody do, before anybody is asked for a password. Calls block
 /// while the user is asked. One thread at a time.
-class AuthorizationController {
+class AuthorizationController final : public PrivilegedFileOperations {
  public:
   enum class Interface { gui, none };
 
   /// init / initWithoutGUI. There is no privileged reference of a process to adopt on this system.
   AuthorizationController(AuthorizationEnvironment environment, Interface interface);
-  ~AuthorizationController();
+  ~AuthorizationController() override;
   AuthorizationController(const AuthorizationController&) = delete;
   AuthorizationController& operator=(const AuthorizationController&) = delete;
 
@@ -57,9 +69,9 @@ class AuthorizationController {
   bool canAuthorize() const;
 
   /// authRemoveFile: the file or folder with all that is in it; a link, not its target.
-  bool authRemoveFile(const QString& path);
+  bool authRemoveFile(const QString& path) override;
   /// authTrashFile:
-  bool authTrashFile(const QString& path) { return authTrashFile(path, false); }
+  bool authTrashFile(const QString& path) override { return authTrashFile(path, false); }
   /// authTrashFile:deleteOnRootAccount:
   bool authTrashFile(const QString& path, bool deleteOnRootAccount);
   /// authTrashFolderContents:
@@ -70,12 +82,12 @@ class AuthorizationController {
   /// authMoveFolderContents:toPath: each entry under its own name into the folder `destination`; results as above.
   bool authMoveFolderContents(const QString& path, const QString& destination);
   /// authMoveFile:toPath: into the destination where that is a folder.
-  bool authMoveFile(const QString& oldPath, const QString& newPath);
+  bool authMoveFile(const QString& oldPath, const QString& newPath) override;
   /// authCopyFile:toPath: with owner, mode and times, and folders with all that is in them; into the destination where
   /// that is a folder.
-  bool authCopyFile(const QString& oldPath, const QString& newPath);
+  bool authCopyFile(const QString& oldPath, const QString& newPath) override;
   /// authCreateDir: with the folders above it that are missing.
-  bool authCreateDir(const QString& path);
+  bool authCreateDir(const QString& path) override;
 
   /// authExecTask:parameters:
   int authExecTask(const QString& tool, const QStringList& parameters) { return authExecTask(tool, parameters, true); }
@@ -101,5 +113,5 @@ class AuthorizationController {
   AuthorizationEnvironment environment_;
   bool hasGUI_;
   QString userDirectory_;
-  std::unique_ptr<AuthorizationRight> authRef_;
+  std::optional<AuthorizationRight> authRef_;
 };

@@ -13,7 +13,6 @@
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/log/SystemConsole.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
-#include "SharedFiles/tasks/TaskPipes.h"
 #include "system/FileBytes.h"
 #include "system/SignalsHeld.h"
 
@@ -32,38 +31,6 @@ QString subject(uid_t userId) {
   if (fields.size() <= startTime) return {};
   return QStringLiteral("%1,%2,%3").arg(::getpid()).arg(QString::fromLatin1(fields[startTime])).arg(userId);
 }
-
-/// A right that polkit keeps for this process for some minutes; pkexec asks again after that.
-class AskedRight final : public AuthorizationRight {
- public:
-  explicit AskedRight(const AuthorizationPrograms& programs) : programs_(programs) {}
-  bool renewsItself() const override { return true; }
-  // What polkit keeps can be revoked for the whole session only, other applications included: it runs out instead.
-  void giveUp() const override {}
-
- private:
-  QStringList commandLine() const override {
-    // Asked is in the desktop's dialog or not at all, never on a terminal.
-    return {programs_.pkexec, QStringLiteral("--disable-internal-agent"), programs_.privileged};
-  }
-
-  AuthorizationPrograms programs_;
-};
-
-/// A right that sudo keeps for this process for some minutes.
-class PasswordRight final : public AuthorizationRight {
- public:
-  explicit PasswordRight(const AuthorizationPrograms& programs) : programs_(programs) {}
-  bool renewsItself() const override { return false; }
-  void giveUp() const override { QVTaskEx::runTask(programs_.sudo, {QStringLiteral("-k")}); }
-
- private:
-  QStringList commandLine() const override {
-    return {programs_.sudo, QStringLiteral("-n"), QStringLiteral("--"), programs_.privileged};
-  }
-
-  AuthorizationPrograms programs_;
-};
 
 /// Writes into a pipe that has room for it. A reader that has gone is no signal to this process.
 void writeQuietly(const sys::Descriptor& pipe, std::string_view bytes) {
@@ -98,12 +65,11 @@ class Secret {
 bool sudoAccepts(const QString& sudo, const QString& password) {
   const Secret secret(password);
   if (!secret.isOneLine()) return false;
-  ChildProcess process;
-  process.setLaunchPath(sudo);
-  process.setArguments({QStringLiteral("-S"), QStringLiteral("-p"), QString(QLatin1String("")), QStringLiteral("-v")});
-  process.setStandardInput(StandardStream::pipe);
-  process.setStandardOutput(StandardStream::nullDevice);
-  process.setStandardError(StandardStream::nullDevice);
+  ChildProcess process({.path = sudo,
+                        .arguments = {"-S", "-p", "", "-v"},
+                        .input = StandardStream::pipe,
+                        .output = StandardStream::nullDevice,
+                        .error = StandardStream::nullDevice});
   process.launch();
   secret.writeLineTo(process.standardInput);
   process.standardInput.close();
@@ -132,35 +98,39 @@ AuthorizationPrograms AuthorizationPrograms::standard() {
           .privileged = folder.section(u'/', 0, -2) + QStringLiteral("/" LUMACHECK_PRIVILEGED_PROGRAM)};
 }
 
-std::unique_ptr<AuthorizationRight> AuthorizationRight::askUser(const AuthorizationPrograms& programs, uid_t userId) {
+std::optional<AuthorizationRight> AuthorizationRight::askUser(const AuthorizationPrograms& programs, uid_t userId) {
   const QString process = subject(userId);
-  if (process.isEmpty() || !isExecutableFileAtPath(programs.pkcheck)) return nullptr;
-  const QStringList arguments = {QStringLiteral("--action-id"), QStringLiteral("system.privilege.admin"),
-                                 QStringLiteral("--process"), process, QStringLiteral("--allow-user-interaction")};
-  if (QVTaskEx::terminationCodeFromTask(programs.pkcheck, arguments) != 0) return nullptr;
-  return std::make_unique<AskedRight>(programs);
+  if (process.isEmpty() || !isExecutableFileAtPath(programs.pkcheck)) return std::nullopt;
+  const QStringList arguments = {"--action-id", "system.privilege.admin", "--process", process,
+                                 "--allow-user-interaction"};
+  if (QVTaskEx::terminationCodeFromTask(programs.pkcheck, arguments) != 0) return std::nullopt;
+  // Asked is in the desktop's dialog or not at all, never on a terminal.
+  return AuthorizationRight({programs.pkexec, "--disable-internal-agent", programs.privileged}, QString());
 }
 
 AuthorizationRight::Outcome AuthorizationRight::tryPassword(const AuthorizationPrograms& programs,
                                                             const QString& password) {
-  if (!isExecutableFileAtPath(programs.sudo)) return {.right = nullptr, .error = ENOENT};
-  auto right = std::make_unique<PasswordRight>(programs);
-  right->giveUp();  // what was kept from before proves nothing
+  if (!isExecutableFileAtPath(programs.sudo)) return {.right = std::nullopt, .error = ENOENT};
+  const AuthorizationRight right({programs.sudo, "-n", "--", programs.privileged}, programs.sudo);
+  right.giveUp();  // what was kept from before proves nothing
   try {
-    if (sudoAccepts(programs.sudo, password)) return {.right = std::move(right)};
+    if (sudoAccepts(programs.sudo, password)) return {.right = right};
     return {};
   } catch (const QVPlatformException&) {
-    return {.right = nullptr, .error = EACCES};
+    return {.right = std::nullopt, .error = EACCES};
   }
 }
 
+void AuthorizationRight::giveUp() const {
+  if (!renewsItself()) QVTaskEx::runTask(keeper_, {"-k"});
+}
+
 AuthorizationRight::Start AuthorizationRight::start(const QString& tool, const QStringList& arguments) const {
-  QStringList command = commandLine();
-  auto process = std::make_shared<ChildProcess>();
-  process->setLaunchPath(command.takeFirst());
-  process->setArguments(command + QStringList(tool) + arguments);
-  process->setStandardInput(StandardStream::nullDevice);
-  process->setStandardOutput(StandardStream::pipe);
+  auto process =
+      std::make_shared<ChildProcess>(ProgramCall{.path = command_.first(),
+                                                 .arguments = command_.mid(1) + QStringList(tool) + arguments,
+                                                 .input = StandardStream::nullDevice,
+                                                 .output = StandardStream::pipe});
   try {
     process->launch();
     if (awaitStart(*process)) return {.status = 0, .process = std::move(process)};

@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 #include <memory>
+#include <optional>
+#include <utility>
 
 #include <sys/types.h>
 
@@ -19,22 +21,16 @@ struct AuthorizationPrograms {
   static AuthorizationPrograms standard();
 };
 
-/// An administrator right that was obtained. Used by one thread at a time.
+/// An administrator right that was obtained, and that polkit or sudo keeps for this process for some minutes. Used by
+/// one thread at a time.
 class AuthorizationRight {
  public:
-  virtual ~AuthorizationRight() = default;
-  AuthorizationRight(const AuthorizationRight&) = delete;
-  AuthorizationRight& operator=(const AuthorizationRight&) = delete;
-
   /// Asks for "system.privilege.admin" with a dialog; blocks until the user has answered. None when it was refused, and
   /// where the system has no such service.
-  static std::unique_ptr<AuthorizationRight> askUser(const AuthorizationPrograms& programs, uid_t userId);
+  static std::optional<AuthorizationRight> askUser(const AuthorizationPrograms& programs, uid_t userId);
 
   /// What became of credentials.
-  struct Outcome {
-    std::unique_ptr<AuthorizationRight> right;  ///< set when they were good
-    int error = 0;                              ///< an errno when they could not be tried
-  };
+  struct Outcome;
   /// Tries the invoking user's password without a dialog. It goes through a pipe, and the copy made of it here is
   /// overwritten. One that is no text, or has a line break, a null character or more than 1,000 bytes, is refused
   /// untried.
@@ -53,13 +49,20 @@ class AuthorizationRight {
   /// when the right has run out and came from a dialog.
   Start start(const QString& tool, const QStringList& arguments) const;
 
-  /// Whether it asks again by itself when it has run out.
-  virtual bool renewsItself() const = 0;
-  /// Gives the right back to the system.
-  virtual void giveUp() const = 0;
+  /// Whether pkexec asks again by itself when it has run out.
+  bool renewsItself() const { return keeper_.isNull(); }
+  /// Gives the right back to sudo. What polkit keeps can be revoked for the whole session only, other applications
+  /// included: it runs out instead.
+  void giveUp() const;
 
- protected:
-  AuthorizationRight() = default;
-  /// The program, and the arguments before the tool's, that run a tool with this right.
-  virtual QStringList commandLine() const = 0;
+ private:
+  AuthorizationRight(QStringList command, QString keeper) : command_(std::move(command)), keeper_(std::move(keeper)) {}
+
+  QStringList command_;  ///< the program, and its arguments before the tool's
+  QString keeper_;       ///< sudo's path; null where polkit keeps the right
+};
+
+struct AuthorizationRight::Outcome {
+  std::optional<AuthorizationRight> right;  ///< set when they were good
+  int error = 0;                            ///< an errno when they could not be tried
 };

@@ -8,8 +8,7 @@ class QVAuthorization final {
   QVAuthorization() = delete;
 
   /// sharedController
-  static AuthorizationController& sharedController() { return sharedController(true); }
   /// sharedController: made on first use, by whichever thread comes first; the first caller says whether dialogs may be
   /// shown. Lives as long as the process.
-  static AuthorizationController& sharedController(bool gui);
+  static AuthorizationController& sharedController(bool gui = true);
 };

@@ -2,7 +2,6 @@
 
 #include <QFileInfo>
 #include <algorithm>
-#include <filesystem>
 #include <utility>
 
 #include <sys/stat.h>
@@ -17,6 +16,7 @@
 #include "SharedFiles/tasks/DesktopEntry.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
+#include "system/FilePlace.h"
 
 namespace {
 
@@ -27,10 +27,8 @@ QStringList namesBeginningWith(const QString& beginning, const QString& folder) 
   QStringList names;
   const auto bytes = bytesOfPath(folder);
   if (!bytes) return names;
-  std::error_code error;
-  for (auto entry = std::filesystem::directory_iterator(*bytes, error);
-       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const auto name = fileNameAsText(entry->path().filename().string());
+  for (const std::string& found : sys::namesInFolderAt(*bytes).value_or(std::vector<std::string>())) {
+    const auto name = fileNameAsText(found);
     if (name && name->startsWith(beginning, Qt::CaseInsensitive)) names.append(*name);
   }
   return names;

@@ -1,21 +1,19 @@
 #include "SharedFiles/crash/CrashReporting.h"
 
-#include <filesystem>
-
 #include <sys/stat.h>
 
 #include "SharedFiles/crash/handler/CrashHandler.h"
 #include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/tasks/ApplicationBundle.h"
+#include "system/FileTree.h"
 
 namespace {
 
 bool makePrivateFolder(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(folder).parent_path(), error);
+  static_cast<void>(sys::createFolders(folder.substr(0, folder.rfind('/'))));
   ::mkdir(folder.c_str(), S_IRWXU);
-  return std::filesystem::is_directory(folder, error);
+  return sys::isFolderAt(folder);
 }
 
 }  // namespace

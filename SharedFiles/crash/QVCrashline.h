@@ -15,21 +15,24 @@ class QVCrashline final {
   using Delegate = CrashDetector::Delegate;
 
   /// startCrashline
-  static void startCrashline() { startCrashline(QString(), QString(), {}); }
-  /// startCrashlineWithDelegate:
-  static void startCrashlineWithDelegate(const Delegate& delegate) { startCrashline(QString(), QString(), delegate); }
   /// startCrashline:plistPath:
-  static void startCrashline(const QString& name, const QString& plistPath) { startCrashline(name, plistPath, {}); }
   /// startCrashline:plistPath:delegate:
-  static void startCrashline(const QString& name, const QString& plistPath, const Delegate& delegate);
+  static void startCrashline(const QString& name = {}, const QString& plistPath = {}, const Delegate& delegate = {}) {
+    detector().startCrashline(name, plistPath, delegate);
+  }
+  /// startCrashlineWithDelegate:
+  static void startCrashlineWithDelegate(const Delegate& delegate) { startCrashline({}, {}, delegate); }
   /// stopCrashline
-  static void stopCrashline() { stopCrashline(QString()); }
   /// stopCrashline:
-  static void stopCrashline(const QString& plistPath);
+  static void stopCrashline(const QString& plistPath = {}) { detector().stopCrashline(plistPath); }
   /// checkForCrashes
-  static QString checkForCrashes() { return checkForCrashes(QString(), QString()); }
   /// checkForCrashes:plistPath:
-  static QString checkForCrashes(const QString& name, const QString& plistPath);
+  static QString checkForCrashes(const QString& name = {}, const QString& plistPath = {}) {
+    return detector().checkForCrashes(name, plistPath);
+  }
   /// chownPlist:
-  static void chownPlist(const QString& path);
+  static void chownPlist(const QString& path) { detector().chownPlist(path); }
+
+ private:
+  static CrashDetector detector() { return CrashDetector(CrashDetectorEnvironment::standard()); }
 };

@@ -9,6 +9,8 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
+#include <string>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -23,14 +25,15 @@
 #include "SharedFiles/foundation/FilePackage.h"
 #include "SharedFiles/log/QVLog.h"
 #include "system/Descriptor.h"
+#include "system/FileAttributes.h"
+#include "system/FileBytes.h"
 
 namespace {
 
-constexpr std::size_t blockSize = 65536;
 constexpr quint64 reportsPerFile = 500;
 constexpr double folderTimeout = 5.0;  // seconds
 
-using Block = std::unique_ptr<char[]>;
+using Block = std::unique_ptr<std::uint8_t[]>;
 
 std::optional<DigestAlgorithm> algorithmOf(unsigned int verificationType) {
   constexpr std::array algorithms{DigestAlgorithm::md5, DigestAlgorithm::sha1, DigestAlgorithm::sha256,
@@ -39,42 +42,29 @@ std::optional<DigestAlgorithm> algorithmOf(unsigned int verificationType) {
   return algorithms[verificationType - 1];
 }
 
-bool isSameFile(const struct stat& one, const struct stat& other) {
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 /// An open regular file; none for anything else, which is neither waited for nor changed.
 struct OpenFile {
   sys::Descriptor descriptor;
+  std::string path;
   struct stat information {};
 
-  static std::optional<OpenFile> open(const QString& path, int flags) {
+  sys::FileRef ref() const { return {descriptor.get(), path}; }
+
+  static std::optional<OpenFile> open(const QString& path, int flags, sys::FileCalls& calls) {
     constexpr mode_t mode = 0666;
-    OpenFile file{sys::Descriptor(::open(QFile::encodeName(path).constData(), flags | O_CLOEXEC | O_NONBLOCK, mode))};
-    const bool regular = file.descriptor.isOpen() && ::fstat(file.descriptor.get(), &file.information) == 0 &&
-                         S_ISREG(file.information.st_mode);
-    return regular ? std::optional(std::move(file)) : std::nullopt;
+    const std::string bytes = QFile::encodeName(path).toStdString();
+    const auto call = [&] { return calls.open(AT_FDCWD, bytes.c_str(), flags | O_CLOEXEC | O_NONBLOCK, mode); };
+    OpenFile file{sys::Descriptor(sys::untilUninterrupted(call)), bytes};
+    const auto status = sys::statusOf(file.ref(), calls);
+    if (!status || !S_ISREG(status->st_mode)) return std::nullopt;
+    file.information = *status;
+    return file;
   }
 };
 
-/// One read; 0 at the end, below 0 when it failed.
-ssize_t readBlock(const sys::Descriptor& file, const Block& block) {
-  ssize_t got = 0;
-  do {
-    got = ::read(file.get(), block.get(), blockSize);
-  } while (got < 0 && errno == EINTR);
-  return got;
-}
-
-bool writeBlock(const sys::Descriptor& file, const char* bytes, std::size_t size) {
-  while (size > 0) {
-    const ssize_t written = ::write(file.get(), bytes, size);
-    if (written < 0 && errno == EINTR) continue;
-    if (written <= 0) return false;
-    bytes += written;
-    size -= static_cast<std::size_t>(written);
-  }
-  return true;
+/// Reads and writes say where in the file they are; one that cannot be moved about in refuses them for that.
+bool isOfPosition(int error) {
+  return error == ESPIPE || error == EOVERFLOW;
 }
 
 struct Destination {
@@ -86,10 +76,10 @@ struct Destination {
   /// Whether the path still leads to the file that was written.
   bool isInPlace() const {
     struct stat now {};
-    return ::stat(QFile::encodeName(path).constData(), &now) == 0 && isSameFile(now, file.information);
+    return ::stat(file.path.c_str(), &now) == 0 && sys::isSameFile(now, file.information);
   }
   void remove() const {
-    if (isInPlace()) ::unlink(QFile::encodeName(path).constData());
+    if (isInPlace()) ::unlink(file.path.c_str());
   }
   void fail() {
     good = false;
@@ -188,7 +178,7 @@ class Copy {
   /// Nothing is changed before everything is open: a destination that is the source, or another destination, is
   /// refused like one that cannot be opened.
   bool openFiles() {
-    source_ = OpenFile::open(request_.source, O_RDONLY);
+    source_ = OpenFile::open(request_.source, O_RDONLY, request_.calls);
     if (!source_) {
       QVLog::appendLog("Error: Unable to read source file %@. Aborting copy process...", request_.source);
       return false;
@@ -199,7 +189,7 @@ class Copy {
     };
     for (const QString& path : request_.destinations) {
       const bool isNew = !fileExists(path);
-      std::optional<OpenFile> file = OpenFile::open(path, O_WRONLY | O_CREAT);
+      std::optional<OpenFile> file = OpenFile::open(path, O_WRONLY | O_CREAT, request_.calls);
       if (!file || isTaken(*file)) {
         QVLog::appendLog("Error: Unable to open destination file %@. Aborting copy process...", path);
         undo();
@@ -209,21 +199,21 @@ class Copy {
       destinations_.push_back({path, std::move(*file), true, {}});
     }
     for (Destination& each : destinations_) {
-      if (::ftruncate(each.file.descriptor.get(), 0) != 0) failWriting(each);
+      const auto empty = [&] { return request_.calls.ftruncate(each.file.descriptor.get(), 0); };
+      if (sys::untilUninterrupted(empty) != 0) failWriting(each, errno);
     }
     return true;
   }
 
   bool isTaken(const OpenFile& file) const {
-    return isSameFile(file.information, source_->information) ||
-           std::any_of(destinations_.begin(), destinations_.end(),
-                       [&](const Destination& other) { return isSameFile(file.information, other.file.information); });
+    const auto is = [&file](const OpenFile& other) { return sys::isSameFile(file.information, other.information); };
+    return is(*source_) || std::any_of(destinations_.begin(), destinations_.end(),
+                                       [&is](const Destination& other) { return is(other.file); });
   }
 
   bool allocate() {
     for (Block* block : {&copied_, &readBack_}) {
-      Block made(new (std::nothrow) char[blockSize]);
-      *block = std::move(made);
+      block->reset(new (std::nothrow) std::uint8_t[FileDigest::blockSize]);
       if (!*block) {
         QVLog::appendLog("Error copying file %@ - out of memory", request_.source);
         return false;
@@ -232,15 +222,18 @@ class Copy {
     return true;
   }
 
-  static void failWriting(Destination& destination) {
-    const int error = errno;
-    QVLog::appendLog("Error writing file %@: %i", destination.path, error);
+  static void failWriting(Destination& destination, int error) {
+    if (isOfPosition(error)) {
+      QVLog::appendLog("Error: unable to seek within file %@", destination.path);
+    } else {
+      QVLog::appendLog("Error writing file %@: %i", destination.path, error);
+    }
     destination.fail();
   }
 
   /// Nothing came of the read, and the file is in its state of error.
-  static void failReading(const QString& path, quint64 position) {
-    const int error = errno;
+  static void failReading(const QString& path, quint64 position, int error) {
+    if (isOfPosition(error)) return QVLog::appendLog("Error: unable to seek within file %@", path);
     QVLog::appendLog("Error reading file %@ - aborting...", path);
     QVLog::appendLog("cur pos: %llu", position);
     QVLog::appendLog("read size: %zu", std::size_t{0});
@@ -260,43 +253,49 @@ class Copy {
     if (algorithm_) digest.emplace(*algorithm_);
     quint64 reported = 0;
     for (;;) {
-      const ssize_t got = readBlock(source_->descriptor, copied_);
-      if (got < 0) {
-        failReading(request_.source, written_);
+      const auto got = sys::readAt(source_->ref(), written_, {copied_.get(), FileDigest::blockSize}, request_.calls);
+      if (!got) {
+        failReading(request_.source, written_, got.error().code);
         return false;
       }
-      const auto count = static_cast<std::size_t>(got);
-      if (digest) digest->add(copied_.get(), count);
-      for (Destination& each : destinations_) {
-        if (each.good && !writeBlock(each.file.descriptor, copied_.get(), count)) failWriting(each);
-      }
+      const std::span<const std::uint8_t> bytes(copied_.get(), *got);
+      if (digest) digest->add(bytes);
+      writeToAll(bytes);
       if (!anyIsGood()) return false;
-      written_ += count;
-      if (written_ - reported >= step || got == 0) {
+      written_ += bytes.size();
+      if (written_ - reported >= step || bytes.empty()) {
         reports_.bytesWritten(written_);
         reported = written_;
       }
       if (reports_.isRefused()) return false;
-      if (got == 0) break;
+      if (bytes.empty()) break;
     }
     if (digest) settings_["sourceChecksum"] = digest->text();
     return true;
   }
 
+  void writeToAll(std::span<const std::uint8_t> bytes) {
+    for (Destination& each : destinations_) {
+      if (!each.good) continue;
+      const auto done = sys::writeAt(each.file.ref(), written_, bytes, request_.calls);
+      if (!done) failWriting(each, done.error().code);
+    }
+  }
+
   void flush() {
     for (Destination& each : destinations_) {
-      if (each.good && ::fsync(each.file.descriptor.get()) != 0) failWriting(each);
+      const auto sync = [&] { return request_.calls.fsync(each.file.descriptor.get()); };
+      if (each.good && sys::untilUninterrupted(sync) != 0) failWriting(each, errno);
     }
   }
 
   /// A destination that is no longer where it was written counts as one of another size.
   void compareSizes() {
-    struct stat source {};
-    const bool known = ::fstat(source_->descriptor.get(), &source) == 0;
+    const auto source = sys::statusOf(source_->ref(), request_.calls);
     for (Destination& each : destinations_) {
-      struct stat copy {};
-      const bool equal = known && each.isInPlace() && ::fstat(each.file.descriptor.get(), &copy) == 0 &&
-                         copy.st_size == source.st_size && static_cast<quint64>(copy.st_size) == written_;
+      const auto copy = sys::statusOf(each.file.ref(), request_.calls);
+      const bool equal = source && copy && each.isInPlace() && copy->st_size == source->st_size &&
+                         static_cast<quint64>(copy->st_size) == written_;
       if (each.good && !equal) {
         QVLog::appendLog("Error: copied file size does not match original source %@", request_.source);
         each.fail();
@@ -322,23 +321,17 @@ class Copy {
 
   /// Read back from the disk: what the system still holds in memory is dropped first. Nil when it cannot be read.
   QString checksumOf(const Destination& destination) {
-    const std::optional<OpenFile> file = OpenFile::open(destination.path, O_RDONLY);
-    if (!file || !isSameFile(file->information, destination.file.information)) {
+    const std::optional<OpenFile> file = OpenFile::open(destination.path, O_RDONLY, request_.calls);
+    if (!file || !sys::isSameFile(file->information, destination.file.information)) {
       QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", destination.path);
       return {};
     }
     ::posix_fadvise(file->descriptor.get(), 0, 0, POSIX_FADV_DONTNEED);
     FileDigest digest(*algorithm_);
-    for (quint64 position = 0;;) {
-      const ssize_t got = readBlock(file->descriptor, readBack_);
-      if (got < 0) {
-        failReading(destination.path, position);
-        return {};
-      }
-      if (got == 0) return digest.text();
-      digest.add(readBack_.get(), static_cast<std::size_t>(got));
-      position += static_cast<quint64>(got);
-    }
+    const auto read = digest.addFile(file->ref(), readBack_.get());
+    if (read) return digest.text();
+    failReading(destination.path, digest.size(), read.error().code);
+    return {};
   }
 
   void applyAttributes() const {
@@ -351,22 +344,13 @@ class Copy {
     }
   }
 
-  /// The first error, or 0. A file that stays another user's gets no set-id bits.
+  /// The first error, or 0.
   int applyAttributes(const OpenFile& file) const {
-    constexpr mode_t allBits = 07777, withoutSetId = 01777;
     const struct stat& source = source_->information;
-    const std::array<timespec, 2> times{source.st_atim, source.st_mtim};
-    const int descriptor = file.descriptor.get();
-    int error = 0;
-    const auto note = [&error](int result) {
-      if (result != 0 && error == 0) error = errno;
-      return result == 0;
-    };
-    const bool owned = (file.information.st_uid == source.st_uid && file.information.st_gid == source.st_gid) ||
-                       note(::fchown(descriptor, source.st_uid, source.st_gid));
-    note(::fchmod(descriptor, source.st_mode & (owned ? allBits : withoutSetId)));
-    note(::futimens(descriptor, times.data()));
-    return error;
+    const auto done = sys::inheritAttributes(source_->ref(), file.ref(), source, sys::Heir::Copy, request_.calls);
+    if (!done) return done.error().code;
+    const auto own = sys::statusOf(file.ref(), request_.calls);
+    return own && own->st_uid == source.st_uid && own->st_gid == source.st_gid ? 0 : EPERM;
   }
 
   const FileCopyRequest& request_;

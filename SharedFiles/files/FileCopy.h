@@ -6,6 +6,8 @@
 #include <QVariantMap>
 #include <functional>
 
+#include "system/FileCalls.h"
+
 /// Who hears of a copy. Each call is made if it is set, on a background thread, one after another, while the copy goes
 /// on; calls may still come after the copy has returned, fileCopyFinished being the last. `settings` is a copy of the
 /// settings record.
@@ -30,11 +32,13 @@ struct FileCopyRequest {
   unsigned int verificationType = 0;  ///< 1 MD5, 2 SHA-1, 3 SHA-256, 4 SHA-512, else none
   FileCopyDelegate delegate = {};
   QVariant object = {}, object2 = {};
+  sys::FileCalls& calls = sys::systemCalls();
 };
 
 /// Copies a file to all destinations in one pass of 64 KiB blocks, flushes them to their disks, compares their sizes
 /// and, where asked for, reads them back from there. Missing folders are made; an existing file is overwritten in
-/// place, but never the source itself. Modes, owners and times are taken over.
+/// place, but never the source itself. Modes, owners and times are taken over, and extended attributes where that may
+/// be.
 ///
 /// True when every destination holds the source. A destination that fails is told in the log and removed, and the
 /// others are completed. One that differs from the source stays for inspection. After a refusal to continue, a failure

@@ -10,7 +10,6 @@
 
 #include <fcntl.h>
 #include <openssl/evp.h>
-#include <unistd.h>
 
 #include "SharedFiles/foundation/BackgroundCalls.h"
 #include "SharedFiles/log/QVLog.h"
@@ -18,20 +17,9 @@
 
 namespace {
 
-constexpr std::size_t digestBlockSize = 65536;
-
 const EVP_MD* methodOf(DigestAlgorithm algorithm) {
-  switch (algorithm) {
-    case DigestAlgorithm::md5:
-      return EVP_md5();
-    case DigestAlgorithm::sha1:
-      return EVP_sha1();
-    case DigestAlgorithm::sha256:
-      return EVP_sha256();
-    case DigestAlgorithm::sha512:
-      return EVP_sha512();
-  }
-  return nullptr;
+  const std::array methods{EVP_md5(), EVP_sha1(), EVP_sha256(), EVP_sha512()};
+  return methods.at(static_cast<std::size_t>(algorithm));
 }
 
 /// Asks somebody in the background whether to go on. However many questions wait for a slow answer, they take no room.
@@ -41,11 +29,11 @@ class Questions {
       : state_(shouldContinue ? std::make_shared<State>(shouldContinue) : nullptr) {}
 
   void ask() {
-    if (!state_ || state_->waiting.fetch_add(1) != 0) return;
+    if (!state_ || state_->refused || state_->waiting.fetch_add(1) != 0) return;
     const bool begun = calls_.add([state = state_] {
       do {
-        if (!state->shouldContinue()) state->refused = true;
-      } while (state->waiting.fetch_sub(1) > 1);
+        state->refused = !state->shouldContinue();
+      } while (!state->refused && state->waiting.fetch_sub(1) > 1);
     });
     if (!begun) state_->waiting = 0;
   }
@@ -64,31 +52,30 @@ class Questions {
 
 }  // namespace
 
-struct FileDigest::Context {
-  using Handle = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
+FileDigest::FileDigest(DigestAlgorithm algorithm)
+    : context_(EVP_MD_CTX_new(), &EVP_MD_CTX_free),
+      good_(context_ && EVP_DigestInit_ex(context_.get(), methodOf(algorithm), nullptr) == 1) {}
 
-  explicit Context(DigestAlgorithm algorithm)
-      : handle(EVP_MD_CTX_new(), &EVP_MD_CTX_free),
-        good(handle && EVP_DigestInit_ex(handle.get(), methodOf(algorithm), nullptr) == 1) {}
+void FileDigest::add(std::span<const std::uint8_t> bytes) {
+  good_ = good_ && EVP_DigestUpdate(context_.get(), bytes.data(), bytes.size()) == 1;
+  size_ += bytes.size();
+}
 
-  Handle handle;
-  bool good;
-};
-
-FileDigest::FileDigest(DigestAlgorithm algorithm) : context_(std::make_unique<Context>(algorithm)) {}
-FileDigest::~FileDigest() = default;
-FileDigest::FileDigest(FileDigest&& other) noexcept = default;
-FileDigest& FileDigest::operator=(FileDigest&& other) noexcept = default;
-
-void FileDigest::add(const void* bytes, std::size_t size) {
-  context_->good = context_->good && EVP_DigestUpdate(context_->handle.get(), bytes, size) == 1;
+sys::Result<void> FileDigest::addFile(sys::FileRef file, std::uint8_t* block, const std::function<bool()>& goOn) {
+  for (;;) {
+    const ssize_t got = sys::readSome(file.descriptor, block, blockSize);
+    if (got < 0) return sys::failure(errno, sys::Step::Read, std::string(file.path));
+    if (got == 0) return {};
+    add({block, static_cast<std::size_t>(got)});
+    if (goOn && !goOn()) return sys::failure(ECANCELED, sys::Step::Read, std::string(file.path));
+  }
 }
 
 QString FileDigest::text() {
   std::array<unsigned char, EVP_MAX_MD_SIZE> digest{};
   unsigned int size = 0;
-  context_->good = context_->good && EVP_DigestFinal_ex(context_->handle.get(), digest.data(), &size) == 1;
-  if (!context_->good) return {};
+  good_ = good_ && EVP_DigestFinal_ex(context_.get(), digest.data(), &size) == 1;
+  if (!good_) return {};
   return QString::fromLatin1(QByteArray(reinterpret_cast<const char*>(digest.data()), static_cast<int>(size)).toHex());
 }
 
@@ -98,23 +85,18 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
     QVLog::appendLog("Error: Unable to open destination file %@. Aborting hash verification...", path);
     return {};
   }
-  const std::unique_ptr<char[]> block(new (std::nothrow) char[digestBlockSize]);
+  const std::unique_ptr<std::uint8_t[]> block(new (std::nothrow) std::uint8_t[FileDigest::blockSize]);
   if (!block) {
     QVLog::appendLog("Error reading file %@ - out of memory", path);
     return {};
   }
   FileDigest digest(algorithm);
   Questions questions(shouldContinue);
-  for (;;) {
-    const ssize_t got = ::read(file.get(), block.get(), digestBlockSize);
-    if (got < 0 && errno == EINTR) continue;
-    if (got < 0) {
-      QVLog::appendLog("Error reading file %@ - aborting...", path);
-      return {};
-    }
-    if (got == 0) return digest.text();
-    digest.add(block.get(), static_cast<std::size_t>(got));
+  const auto read = digest.addFile({file.get(), {}}, block.get(), [&questions] {
     questions.ask();
-    if (questions.areRefused()) return {};
-  }
+    return !questions.areRefused();
+  });
+  if (read) return digest.text();
+  if (read.error().code != ECANCELED) QVLog::appendLog("Error reading file %@ - aborting...", path);
+  return {};
 }

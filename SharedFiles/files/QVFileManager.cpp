@@ -7,6 +7,7 @@
 
 #include <sys/stat.h>
 
+#include "SharedFiles/files/FileDigest.h"
 #include "SharedFiles/foundation/FilePackage.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
@@ -75,6 +76,36 @@ QString QVFileManager::validateFilename(const QString& name) {
 bool QVFileManager::fileExistsAtPath(const QString& path) {
   const auto bytes = path.isEmpty() ? std::nullopt : bytesOfPath(path);
   return bytes && fileExists(QString::fromStdString(*bytes));
+}
+
+bool QVFileManager::copyFileWithProgress(const QString& source, const QStringList& destinations,
+                                         unsigned int verificationType, const FileCopyDelegate& delegate,
+                                         const QVariant& object, const QVariant& object2) {
+  return copyFileToDestinations({.source = source,
+                                 .destinations = destinations,
+                                 .verificationType = verificationType,
+                                 .delegate = delegate,
+                                 .object = object,
+                                 .object2 = object2});
+}
+
+bool QVFileManager::copyFileWithProgress(const QString& source, const QString& destination,
+                                         const FileCopyDelegate& delegate, const QVariant& object,
+                                         const QVariant& object2) {
+  constexpr unsigned int unverified = 0;
+  return copyFileWithProgress(source, QStringList{destination}, unverified, delegate, object, object2);
+}
+
+QString QVFileManager::md5HashForFile(const QString& path, const std::function<bool()>& delegate) {
+  return digestOfFile(path, DigestAlgorithm::md5, delegate);
+}
+
+QString QVFileManager::sha1HashForFile(const QString& path, const std::function<bool()>& delegate) {
+  return digestOfFile(path, DigestAlgorithm::sha1, delegate);
+}
+
+QString QVFileManager::sha512HashForFile(const QString& path, const std::function<bool()>& delegate) {
+  return digestOfFile(path, DigestAlgorithm::sha512, delegate);
 }
 
 void QVFileManager::waitForFileWrites(const QString& path, const QString& lockFile) {

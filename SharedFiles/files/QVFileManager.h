@@ -94,12 +94,10 @@ class QVFileManager final {
   static bool copyFileWithProgress(const QString& source, const QStringList& destinations,
                                    unsigned int verificationType, const FileCopyDelegate& delegate,
                                    const QVariant& object, const QVariant& object2);
-  /// copyFileWithProgress:destination:delegate:object: without verification.
+  /// copyFileWithProgress:destination:delegate:object:
+  /// copyFileWithProgress:destination:delegate:object:object: without verification.
   static bool copyFileWithProgress(const QString& source, const QString& destination, const FileCopyDelegate& delegate,
-                                   const QVariant& object);
-  /// copyFileWithProgress:destination:delegate:object:object:
-  static bool copyFileWithProgress(const QString& source, const QString& destination, const FileCopyDelegate& delegate,
-                                   const QVariant& object, const QVariant& object2);
+                                   const QVariant& object, const QVariant& object2 = {});
 
   /// md5HashForFile:delegate: see digestOfFile(). The delegate answers checksumShouldContinue:.
   static QString md5HashForFile(const QString& path, const std::function<bool()>& delegate = {});

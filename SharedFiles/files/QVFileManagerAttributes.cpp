@@ -1,15 +1,18 @@
+#include <QStorageInfo>
 #include <array>
-#include <cerrno>
+#include <optional>
 #include <string>
 
 #include <fcntl.h>
+#include <fnmatch.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 
 #include "SharedFiles/files/QVFileManager.h"
-#include "SharedFiles/foundation/FilePackage.h"
+#include "SharedFiles/settings/PropertyList.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
+#include "system/FilePlace.h"
 
 namespace {
 
@@ -37,6 +40,17 @@ bool setAttribute(const std::string& path, const std::string& name, const std::s
 std::string userAttribute(const char* name) {
   std::string attribute = "user.";
   return attribute += name;
+}
+
+constexpr mode_t permissionBits = 07777, writeBits = S_IWUSR | S_IWGRP | S_IWOTH;
+
+bool matches(const std::string& name, const std::string& wildcard) {
+  return ::fnmatch(wildcard.c_str(), name.c_str(), 0) == 0;
+}
+
+QVariantMap fromTool(const ToolCommand& command) {
+  const auto output = QVTaskEx::dataFromTask(command.path, command.arguments, nullptr);
+  return output ? PropertyList::fromBytes(*output).value_or(QVariant()).toMap() : QVariantMap();
 }
 
 /// Whether the tool did it; false too where there is none.
@@ -97,4 +111,70 @@ QDateTime QVFileManager::creationDateOfFile(const QString& path) {
   constexpr int perMillisecond = 1000000;
   return QDateTime::fromMSecsSinceEpoch(status.stx_btime.tv_sec * 1000 + status.stx_btime.tv_nsec / perMillisecond,
                                         Qt::UTC);
+}
+
+QVariantMap QVFileManager::infoForDisk(const QString& path, const FileServices& services) {
+  const QString file = absolutePath(path);
+  if (!fileExistsAtPath(file)) return {};
+  const QStorageInfo volume(file);
+  if (!volume.isValid()) return {};
+  if (const auto command = services.tools.diskInformation(volume.rootPath())) return fromTool(*command);
+  return {{"VolumeName", volume.displayName()},
+          {"MountPoint", volume.rootPath()},
+          {"DeviceNode", QString::fromUtf8(volume.device())},
+          {"FilesystemType", QString::fromUtf8(volume.fileSystemType())},
+          {"TotalSize", static_cast<qlonglong>(volume.bytesTotal())},
+          {"FreeSpace", static_cast<qlonglong>(volume.bytesAvailable())},
+          {"WritableVolume", !volume.isReadOnly()}};
+}
+
+bool QVFileManager::lockFile(const QString& path) {
+  const auto permissions = permissionsOfFile(path);
+  return permissions && setPermissions(*permissions & ~writeBits, path);
+}
+
+bool QVFileManager::unlockFile(const QString& path) {
+  const auto permissions = permissionsOfFile(path);
+  if (!permissions) return false;
+  return (*permissions & S_IWUSR) != 0 || setPermissions(*permissions | S_IWUSR, path);
+}
+
+bool QVFileManager::isFileLocked(const QString& path) {
+  const auto permissions = permissionsOfFile(path);
+  return permissions && (*permissions & writeBits) == 0;
+}
+
+std::optional<mode_t> QVFileManager::permissionsOfFile(const QString& path) {
+  const auto bytes = bytesOfPath(path);
+  struct stat status = {};
+  if (!bytes || ::stat(bytes->c_str(), &status) != 0) return std::nullopt;
+  return status.st_mode & permissionBits;
+}
+
+bool QVFileManager::setPermissions(mode_t permissions, const QString& path) {
+  const auto bytes = bytesOfPath(path);
+  return bytes && ::chmod(bytes->c_str(), permissions & permissionBits) == 0;
+}
+
+bool QVFileManager::setOwner(const QString& owner, const QString& path, const FileServices& services) {
+  const QString file = absolutePath(path);
+  if (file.isNull() || owner.isEmpty()) return false;
+  const ToolCommand command = services.tools.changeOwner(owner, file);
+  return ran(ToolCommand{command.path, QStringList{"-h", "--"} + command.arguments});
+}
+
+bool QVFileManager::filenameMatchesWildcard(const QString& name, const QString& wildcard) {
+  const auto nameBytes = bytesOfPath(name), wildcardBytes = bytesOfPath(wildcard);
+  return nameBytes && wildcardBytes && matches(*nameBytes, *wildcardBytes);
+}
+
+QStringList QVFileManager::filesInFolder(const QString& folder, const QString& wildcard) {
+  const auto folderBytes = bytesOfPath(folder), wildcardBytes = bytesOfPath(wildcard);
+  if (!folderBytes || !wildcardBytes) return {};
+  QStringList files;
+  for (const std::string& name : sys::namesInFolderAt(*folderBytes).value_or(std::vector<std::string>())) {
+    const auto text = matches(name, *wildcardBytes) ? fileNameAsText(name) : std::nullopt;
+    if (text) files << *text;
+  }
+  return files;
 }

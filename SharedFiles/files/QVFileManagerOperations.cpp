@@ -1,9 +1,15 @@
+#include <QCoreApplication>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <functional>
+#include <thread>
 
 #include <sys/stat.h>
 
+#include "SharedFiles/authorization/QVAuthorization.h"
 #include "SharedFiles/files/QVFileManager.h"
+#include "SharedFiles/foundation/MainThread.h"
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
@@ -30,10 +36,12 @@ std::optional<OperationPath> operationPath(const QString& path, const char* refu
 
 /// What was done, or else what administrator rights do after the log line.
 template <typename Privileged>
-bool orAuthorized(bool done, bool shouldAuth, const char* line, const QString& path, const Privileged& privileged) {
+bool orAuthorized(bool done, bool shouldAuth, const char* line, const QString& path, const FileServices& services,
+                  const Privileged& privileged) {
   if (done || !shouldAuth) return done;
   QVLog::appendLog(line, path);
-  return privileged();
+  if (services.privileges != nullptr) return privileged(*services.privileges);
+  return privileged(QVAuthorization::sharedController());
 }
 
 bool isProtected(const OperationPath& path, const FileServices& services) {
@@ -67,26 +75,50 @@ bool trash(const OperationPath& path, const FileServices& services) {
   return folder && moveToTrash(path, *folder);
 }
 
+using Seconds = std::chrono::duration<double>;
+
+bool isTaken(const QString& path) {
+  return sys::standsAt(absolutePath(path).toStdString());
+}
+
+void passTurn() {
+  constexpr Seconds onMainThread(0.01), elsewhere(0.3);
+  const bool main = MainThread::isCurrent();
+  if (main) QCoreApplication::processEvents();
+  std::this_thread::sleep_for(main ? onMainThread : elsewhere);
+}
+
+/// Waits for the effect of an operation; whether it showed within so many seconds.
+bool showsWithin(double timeout, const std::function<bool()>& effect) {
+  const auto start = std::chrono::steady_clock::now();
+  while (!effect()) {
+    const Seconds passed = std::chrono::steady_clock::now() - start;
+    if (!(passed.count() < timeout)) return false;
+    passTurn();
+  }
+  return true;
+}
+
 }  // namespace
 
 bool QVFileManager::trashFile(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error trashing file: path is nil");
   return given && orAuthorized(trash(*given, services), shouldAuth, "Error trashing file: %@. Authorizing...", path,
-                               [&] { return services.privileges.authTrashFile(given->text); });
+                               services, [&](auto& rights) { return rights.authTrashFile(given->text); });
 }
 
 bool QVFileManager::removeFile(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error removing file: path is nil");
   return given && orAuthorized(!isProtected(*given, services) && sys::removeTree(given->bytes), shouldAuth,
-                               "Error removing file: %@. Authorizing...", path,
-                               [&] { return services.privileges.authRemoveFile(given->text); });
+                               "Error removing file: %@. Authorizing...", path, services,
+                               [&](auto& rights) { return rights.authRemoveFile(given->text); });
 }
 
 bool QVFileManager::createDirectory(const QString& path, bool shouldAuth, const FileServices& services) {
   const auto given = operationPath(path, "Error creating folder: path is nil");
   return given && orAuthorized(sys::createFolders(given->bytes).has_value(), shouldAuth,
-                               "Error creating folder: %@. Authorizing...", path,
-                               [&] { return services.privileges.authCreateDir(given->text); });
+                               "Error creating folder: %@. Authorizing...", path, services,
+                               [&](auto& rights) { return rights.authCreateDir(given->text); });
 }
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, bool shouldAuth,
@@ -95,8 +127,8 @@ bool QVFileManager::copyFile(const QString& source, const QString& destination, 
   const auto to =
       from ? operationPath(destination, "Error copying file %@: destination path is nil", source) : std::nullopt;
   return to && orAuthorized(sys::copyTree(from->bytes, to->bytes).has_value(), shouldAuth,
-                            "Error copying file: %@. Authorizing...", source,
-                            [&] { return services.privileges.authCopyFile(from->text, to->text); });
+                            "Error copying file: %@. Authorizing...", source, services,
+                            [&](auto& rights) { return rights.authCopyFile(from->text, to->text); });
 }
 
 bool QVFileManager::moveFile(const QString& source, const QString& destination, bool shouldAuth,
@@ -112,8 +144,8 @@ bool QVFileManager::moveFile(const QString& source, const QString& destination, 
                      QString::fromLocal8Bit(std::strerror(moved.error().code)));
     return false;
   }
-  return orAuthorized(moved.has_value(), shouldAuth, "Error moving file: %@. Authorizing...", source,
-                      [&] { return services.privileges.authMoveFile(from->text, to->text); });
+  return orAuthorized(moved.has_value(), shouldAuth, "Error moving file: %@. Authorizing...", source, services,
+                      [&](auto& rights) { return rights.authMoveFile(from->text, to->text); });
 }
 
 bool QVFileManager::trashFile(const QString& path, const FileServices& services) {
@@ -134,4 +166,28 @@ bool QVFileManager::copyFile(const QString& source, const QString& destination, 
 
 bool QVFileManager::moveFile(const QString& source, const QString& destination, const FileServices& services) {
   return moveFile(source, destination, true, services);
+}
+
+bool QVFileManager::trashFile(const QString& path, double timeout, const FileServices& services) {
+  return trashFile(path, services) && showsWithin(timeout, [&] { return !isTaken(path); });
+}
+
+bool QVFileManager::removeFile(const QString& path, double timeout, const FileServices& services) {
+  return removeFile(path, services) && showsWithin(timeout, [&] { return !isTaken(path); });
+}
+
+bool QVFileManager::createDirectory(const QString& path, double timeout, const FileServices& services) {
+  return createDirectory(path, services) &&
+         showsWithin(timeout, [&] { return sys::isFolderAt(absolutePath(path).toStdString()); });
+}
+
+bool QVFileManager::copyFile(const QString& source, const QString& destination, double timeout,
+                             const FileServices& services) {
+  return copyFile(source, destination, services) && showsWithin(timeout, [&] { return isTaken(destination); });
+}
+
+bool QVFileManager::moveFile(const QString& source, const QString& destination, double timeout,
+                             const FileServices& services) {
+  return moveFile(source, destination, services) &&
+         showsWithin(timeout, [&] { return isTaken(destination) && !isTaken(source); });
 }

@@ -2,7 +2,6 @@
 
 #include <QSocketNotifier>
 #include <cerrno>
-#include <cstdint>
 #include <deque>
 #include <future>
 #include <mutex>
@@ -12,29 +11,27 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "system/Descriptor.h"
+
 /// What waits for the main thread.
 class MainThread::Queue {
  public:
   Queue() : descriptor_(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK | EFD_SEMAPHORE)) {
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "eventfd");
+    if (!descriptor_.isOpen()) throw std::system_error(errno, std::generic_category(), "eventfd");
   }
-  ~Queue() { ::close(descriptor_); }
-  Queue(const Queue&) = delete;
-  Queue& operator=(const Queue&) = delete;
 
-  int descriptor() const { return descriptor_; }
+  int descriptor() const { return descriptor_.get(); }
 
   void add(Work work) {
     const std::lock_guard guard(mutex_);
     waiting_.push_back(std::move(work));
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = ::write(descriptor_, &one, sizeof one);
+    ::eventfd_write(descriptor(), 1);
   }
 
   /// One piece of work a wake-up: while it runs the event loop itself, the descriptor wakes that for the next.
   void runNext() {
-    std::uint64_t one = 0;
-    [[maybe_unused]] const ssize_t got = ::read(descriptor_, &one, sizeof one);
+    eventfd_t one = 0;
+    ::eventfd_read(descriptor(), &one);
     if (const Work work = next()) work();
   }
 
@@ -47,7 +44,7 @@ class MainThread::Queue {
     return work;
   }
 
-  const int descriptor_;
+  const sys::Descriptor descriptor_;
   std::mutex mutex_;
   std::deque<Work> waiting_;
 };

@@ -56,53 +56,15 @@ LogController::~LogController() {
 }
 
 QString LogController::appName() const {
-  const std::lock_guard guard(fields_);
-  return appName_.isEmpty() ? environment_.bundle.executableName() : appName_;
-}
-
-void LogController::setAppName(const QString& name) {
-  const std::lock_guard guard(fields_);
-  appName_ = name;
-}
-
-std::shared_ptr<LogSink> LogController::fileHandle() const {
-  const std::lock_guard guard(fields_);
-  return fileHandle_;
-}
-
-void LogController::setFileHandle(std::shared_ptr<LogSink> handle) {
-  const std::lock_guard guard(fields_);
-  fileHandle_.swap(handle);
-}
-
-std::shared_ptr<sys::SerialQueue> LogController::writeQueue() const {
-  const std::lock_guard guard(fields_);
-  return writeQueue_;
-}
-
-void LogController::setWriteQueue(std::shared_ptr<sys::SerialQueue> queue) {
-  const std::lock_guard guard(fields_);
-  writeQueue_.swap(queue);
-}
-
-void LogController::setSink(std::shared_ptr<LogSink> sink) {
-  const std::lock_guard guard(fields_);
-  sink_.swap(sink);
-}
-
-void LogController::createNewLog() {
-  createNewLog(QString());
-}
-
-void LogController::createNewLog(const QString& name) {
-  createNewLog(name, false);
+  const QString name = appName_.get();
+  return name.isEmpty() ? environment_.bundle.executableName() : name;
 }
 
 void LogController::createNewLog(const QString& name, bool noPrinting) {
   setNoPrinting(noPrinting);
   if (loggingDisabled()) return;
   setFileHandle(nullptr);
-  if (sink()) return writeHeader();
+  if (sink_.get()) return writeHeader();
   if (isDisabledBySettings()) {
     print(QStringLiteral("Logging is disabled\n"));
     setLoggingDisabled(true);
@@ -183,7 +145,7 @@ void LogController::appendLogOnThread(const QString& text) {
 }
 
 void LogController::writeEntry(const QString& text) {
-  const std::shared_ptr<LogSink> elsewhere = sink();
+  const std::shared_ptr<LogSink> elsewhere = sink_.get();
   const std::shared_ptr<LogSink> target = elsewhere ? elsewhere : openFileHandle();
   if (!target) {
     if (loggingDisabled()) return;
@@ -208,11 +170,6 @@ void LogController::endGenerationOnThread() {
   finishWriting();
   createNewLog(appName());
   appendLog("Log truncated at 500KB");
-}
-
-std::shared_ptr<LogSink> LogController::sink() const {
-  const std::lock_guard guard(fields_);
-  return sink_;
 }
 
 void LogController::finishWriting() {

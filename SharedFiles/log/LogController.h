@@ -8,12 +8,14 @@
 #include <iosfwd>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 #include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/PathPlatform.h"
 #include "SharedFiles/log/LogFolder.h"
 #include "SharedFiles/log/LogFormat.h"
 #include "SharedFiles/log/LogSink.h"
+#include "system/Guarded.h"
 #include "system/SerialQueue.h"
 
 /// What the header of a log says about the machine.
@@ -57,15 +59,15 @@ class LogController {
 
   /// Base name of the log files: the name set, else the bundle's executable without its extension, else nil.
   QString appName() const;
-  void setAppName(const QString& name);
+  void setAppName(const QString& name) { appName_.set(name); }
   /// The open current log file, or null.
-  std::shared_ptr<LogSink> fileHandle() const;
-  void setFileHandle(std::shared_ptr<LogSink> handle);
+  std::shared_ptr<LogSink> fileHandle() const { return fileHandle_.get(); }
+  void setFileHandle(std::shared_ptr<LogSink> handle) { fileHandle_.set(std::move(handle)); }
   /// Bytes of entry lines since the current file was made.
   quint32 bytesWritten() const { return bytesWritten_; }
   void setBytesWritten(quint32 bytes) { bytesWritten_ = bytes; }
-  std::shared_ptr<sys::SerialQueue> writeQueue() const;
-  void setWriteQueue(std::shared_ptr<sys::SerialQueue> queue);
+  std::shared_ptr<sys::SerialQueue> writeQueue() const { return writeQueue_.get(); }
+  void setWriteQueue(std::shared_ptr<sys::SerialQueue> queue) { writeQueue_.set(std::move(queue)); }
   /// Characters of the entries not yet written: a hint, not exact.
   quint32 bytesInQueue() const { return bytesInQueue_; }
   void setBytesInQueue(quint32 bytes) { bytesInQueue_ = bytes; }
@@ -77,14 +79,12 @@ class LogController {
 
   /// Sends every entry to one place instead of the log files: no rotation, no size limit, no look at the shared
   /// settings. Null goes back to the files.
-  void setSink(std::shared_ptr<LogSink> sink);
+  void setSink(std::shared_ptr<LogSink> sink) { sink_.set(std::move(sink)); }
 
   /// createNewLog
-  void createNewLog();
   /// createNewLog:
-  void createNewLog(const QString& name);
   /// createNewLog:noPrinting: starts a generation. A given name counts only where appName() is nil.
-  void createNewLog(const QString& name, bool noPrinting);
+  void createNewLog(const QString& name = {}, bool noPrinting = false);
 
   /// appendLog: queues an entry. On any but the main thread a text of 1 to 99 characters, with fewer than 100 in the
   /// queue, waits until all is written. The format goes through escapeTextForLogging() first; a null one does nothing.
@@ -114,17 +114,15 @@ class LogController {
   void endGenerationOnThread();
   void writeHeader();
   bool isDisabledBySettings() const;
-  std::shared_ptr<LogSink> sink() const;
   LogFolder folder() const { return {environment_.paths, appName()}; }
   static QString printableText(QString text);
   void print(const QString& text);
 
   const LogEnvironment environment_;
   std::mutex finishing_, printing_;
-  mutable std::mutex fields_;  ///< guards the next four
-  QString appName_;
-  std::shared_ptr<LogSink> fileHandle_, sink_;
-  std::shared_ptr<sys::SerialQueue> writeQueue_;
+  sys::Guarded<QString> appName_;
+  sys::Guarded<std::shared_ptr<LogSink>> fileHandle_, sink_;
+  sys::Guarded<std::shared_ptr<sys::SerialQueue>> writeQueue_;
   std::atomic<quint32> bytesWritten_ = 0, bytesInQueue_ = 0;
   std::atomic<bool> loggingDisabled_ = false, noPrinting_ = false;
 };

@@ -2,12 +2,13 @@
 
 #include <QDir>
 #include <QFile>
-#include <QFileInfo>
-#include <QSaveFile>
+#include <cstring>
 #include <utility>
 
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/log/LogFormat.h"
+#include "system/FileTree.h"
+#include "system/ReplacementFile.h"
 
 LogFolder::LogFolder(const PathPlatform& platform, QString name)
     : platform_(platform),
@@ -39,16 +40,14 @@ std::optional<QString> LogFolder::startGeneration() const {
   if (QFile::exists(current)) {
     if (std::optional<QString> failure = rotate()) return failure;
   }
-  QSaveFile file(current);
-  if (!file.open(QIODevice::WriteOnly) || !file.commit()) {
-    return formatLog("Unable to create log file %s - %s\n", current, file.errorString());
-  }
-  return std::nullopt;
+  const auto made = sys::writeWhole(QFile::encodeName(current).toStdString(), {});
+  if (made) return std::nullopt;
+  return formatLog("Unable to create log file %s - %s\n", current, std::strerror(made.error().code));
 }
 
 std::optional<QString> LogFolder::rotate() const {
   const QString oldest = path_ + formatLog("/%@.5.log", name_);
-  if (!QFile::remove(oldest) && !QFileInfo(oldest).isSymLink()) QDir(oldest).removeRecursively();
+  static_cast<void>(sys::removeTree(QFile::encodeName(oldest).toStdString()));
   for (int number = generations - 1; number >= 1; --number) {
     const QString from = generation(number);
     const QString to = generation(number + 1);

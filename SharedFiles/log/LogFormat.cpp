@@ -3,14 +3,15 @@
 #include <QLocale>
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cmath>
+#include <cstdio>
 #include <limits>
+
+#include <locale.h>
 
 namespace {
 
 constexpr int largestField = 1000;
-constexpr int defaultPrecision = 6;
 
 QString missingMark() {
   return QStringLiteral("<missing>");
@@ -20,7 +21,7 @@ QString mismatchMark() {
 }
 
 struct Directive {
-  bool left = false, plus = false, blank = false, alternate = false, zero = false;
+  std::string flags;  ///< as they stand, and a minus for a negative width
   int width = 0;
   std::optional<int> precision;
   char16_t conversion = 0;
@@ -37,6 +38,35 @@ class ArgumentList {
   std::size_t used_ = 0;
 };
 
+/// What a number is cut to, without its fraction; nothing for what is none, or does not fit.
+template <typename Number>
+std::optional<Number> integerFrom(const LogArgument::Value& value) {
+  // The first number above all that fit; the largest itself need not be one of floating point.
+  const double end = std::ldexp(1.0, std::numeric_limits<Number>::digits);
+  if (const auto* number = std::get_if<double>(&value)) {
+    const double whole = std::trunc(*number);
+    const bool fits = whole < end && whole >= double{std::numeric_limits<Number>::min()};
+    return fits ? std::optional(static_cast<Number>(whole)) : std::nullopt;
+  }
+  if (const auto* number = std::get_if<LogArgument::Signed>(&value)) return static_cast<Number>(number->value);
+  if (const auto* number = std::get_if<quint64>(&value)) return static_cast<Number>(*number);
+  return std::nullopt;
+}
+
+/// As an unsigned directive shows it: a negative integer wraps in its own size.
+std::optional<quint64> unsignedInteger(const LogArgument::Value& value) {
+  const auto* const number = std::get_if<LogArgument::Signed>(&value);
+  const auto bits = integerFrom<quint64>(value);
+  return number != nullptr && number->bits == 32 ? *bits & 0xFFFFFFFFU : bits;
+}
+
+std::optional<double> floatingPoint(const LogArgument::Value& value) {
+  if (const auto* number = std::get_if<double>(&value)) return std::isnan(*number) ? std::abs(*number) : *number;
+  if (const auto* number = std::get_if<quint64>(&value)) return static_cast<double>(*number);
+  if (const auto* number = std::get_if<LogArgument::Signed>(&value)) return static_cast<double>(number->value);
+  return std::nullopt;
+}
+
 /// Reads what follows a per cent sign.
 class DirectiveReader {
  public:
@@ -45,18 +75,21 @@ class DirectiveReader {
 
   /// The directive, or nothing when the characters form none.
   std::optional<Directive> read() {
-    readFlags();
-    readWidth();
+    Directive directive;
+    for (; isOneOf(peek(), u"-+ #0"); ++position_) directive.flags += static_cast<char>(peek());
+    directive.width = readNumber().value_or(0);
+    if (directive.width < 0) directive.flags += '-';
+    directive.width = std::abs(directive.width);
     if (peek() == u'.') {
       ++position_;
-      directive_.precision = readNumber().value_or(0);
-      if (*directive_.precision < 0) directive_.precision.reset();
+      directive.precision = readNumber().value_or(0);
+      if (*directive.precision < 0) directive.precision.reset();
     }
     while (isOneOf(peek(), u"hlqLztj")) ++position_;
     if (!isOneOf(peek(), u"@sSdDiuUxXoOcCpfFeEgG")) return std::nullopt;
-    directive_.conversion = peek();
+    directive.conversion = peek();
     ++position_;
-    return directive_;
+    return directive;
   }
 
   qsizetype position() const { return position_; }
@@ -64,34 +97,6 @@ class DirectiveReader {
  private:
   static bool isOneOf(char16_t character, QStringView set) { return character != 0 && set.contains(QChar(character)); }
   char16_t peek() const { return position_ < format_.size() ? format_.at(position_).unicode() : u'\0'; }
-
-  void readFlags() {
-    for (; isOneOf(peek(), u"-+ #0"); ++position_) {
-      switch (peek()) {
-        case u'-':
-          directive_.left = true;
-          break;
-        case u'+':
-          directive_.plus = true;
-          break;
-        case u' ':
-          directive_.blank = true;
-          break;
-        case u'#':
-          directive_.alternate = true;
-          break;
-        default:
-          directive_.zero = true;
-          break;
-      }
-    }
-  }
-
-  void readWidth() {
-    const int width = readNumber().value_or(0);
-    directive_.left |= width < 0;
-    directive_.width = std::abs(width);
-  }
 
   /// A number, or the next argument for a star; within plus and minus the largest field.
   std::optional<int> readNumber() {
@@ -121,117 +126,32 @@ class DirectiveReader {
   const QString& format_;
   qsizetype position_;
   ArgumentList& arguments_;
-  Directive directive_;
 };
-
-/// An integer as sign and magnitude, which holds every 64-bit value of either kind.
-struct Integer {
-  bool negative = false;
-  quint64 magnitude = 0;
-};
-
-std::optional<Integer> integerFrom(double value) {
-  const double whole = std::trunc(value);
-  if (!(std::abs(whole) < 18446744073709551616.0)) return std::nullopt;
-  return Integer{whole < 0, static_cast<quint64>(std::abs(whole))};
-}
-
-std::optional<Integer> signedInteger(const LogArgument::Value& value) {
-  if (const auto* number = std::get_if<LogArgument::Signed>(&value)) {
-    const auto bits = static_cast<quint64>(number->value);
-    return Integer{number->value < 0, number->value < 0 ? ~bits + 1 : bits};
-  }
-  if (const auto* number = std::get_if<quint64>(&value)) return Integer{false, *number};
-  if (const auto* number = std::get_if<double>(&value)) return integerFrom(*number);
-  return std::nullopt;
-}
-
-std::optional<quint64> unsignedInteger(const LogArgument::Value& value) {
-  if (const auto* number = std::get_if<LogArgument::Signed>(&value)) {
-    const auto bits = static_cast<quint64>(number->value);
-    return number->bits == 32 ? bits & 0xFFFFFFFFU : bits;
-  }
-  const std::optional<Integer> number = signedInteger(value);
-  if (!number || (number->negative && number->magnitude > 0)) return std::nullopt;
-  return number->magnitude;
-}
-
-std::optional<double> floatingPoint(const LogArgument::Value& value) {
-  if (const auto* number = std::get_if<double>(&value)) return *number;
-  const std::optional<Integer> number = signedInteger(value);
-  if (!number) return std::nullopt;
-  const auto magnitude = static_cast<double>(number->magnitude);
-  return number->negative ? -magnitude : magnitude;
-}
 
 QString padded(const Directive& directive, const QString& text) {
-  return directive.left ? text.leftJustified(directive.width) : text.rightJustified(directive.width);
+  const bool left = directive.flags.find('-') != std::string::npos;
+  return left ? text.leftJustified(directive.width) : text.rightJustified(directive.width);
 }
 
-/// Sign and digits, filled up with zeros between the two or with blanks around them.
-QString paddedNumber(const Directive& directive, const QString& sign, const QString& digits, bool zerosAllowed) {
-  if (directive.zero && zerosAllowed && !directive.left) {
-    return sign + digits.rightJustified(directive.width - sign.size(), u'0');
-  }
-  return padded(directive, sign + digits);
-}
-
-QString signText(const Directive& directive, bool negative) {
-  if (negative) return QStringLiteral("-");
-  if (directive.plus) return QStringLiteral("+");
-  return directive.blank ? QStringLiteral(" ") : QString();
-}
-
-QString integerDigits(const Directive& directive, quint64 magnitude, int base) {
-  if (directive.precision == 0 && magnitude == 0) return QString();
-  return QString::number(magnitude, base).rightJustified(directive.precision.value_or(1), u'0');
+/// What printf makes of a number, whatever the program's locale.
+template <typename Number>
+QString printed(const Directive& directive, const char* conversion, std::optional<Number> number) {
+  if (!number) return padded(directive, mismatchMark());
+  static const locale_t plain = ::newlocale(LC_ALL_MASK, "C", nullptr);
+  const std::string format = '%' + directive.flags + "*.*" + conversion;
+  std::array<char, std::numeric_limits<double>::max_exponent10 + largestField + 16> buffer{};
+  const locale_t before = ::uselocale(plain);
+  const int length = std::snprintf(buffer.data(), buffer.size(), format.c_str(), directive.width,
+                                   directive.precision.value_or(-1), *number);
+  ::uselocale(before);
+  return QString::fromLatin1(buffer.data(), length);
 }
 
 QString renderSigned(const Directive& directive, const LogArgument& argument) {
-  const std::optional<Integer> number = signedInteger(argument.value());
-  if (!number) return padded(directive, mismatchMark());
-  return paddedNumber(directive, signText(directive, number->negative && number->magnitude > 0),
-                      integerDigits(directive, number->magnitude, 10), !directive.precision);
-}
-
-QString renderUnsigned(const Directive& directive, const LogArgument& argument) {
-  const std::optional<quint64> number = unsignedInteger(argument.value());
-  if (!number) return padded(directive, mismatchMark());
-  const char16_t conversion = directive.conversion;
-  const bool hexadecimal = conversion == u'x' || conversion == u'X';
-  const bool octal = conversion == u'o' || conversion == u'O';
-  QString digits = integerDigits(directive, *number, hexadecimal ? 16 : octal ? 8 : 10);
-  QString prefix;
-  if (directive.alternate && hexadecimal && *number != 0) prefix = QStringLiteral("0x");
-  if (directive.alternate && octal && !digits.startsWith(u'0')) digits.prepend(u'0');
-  if (conversion == u'X') {
-    digits = digits.toUpper();
-    prefix = prefix.toUpper();
-  }
-  return paddedNumber(directive, prefix, digits, !directive.precision);
-}
-
-QString floatingDigits(double magnitude, std::chars_format format, int precision) {
-  std::array<char, std::numeric_limits<double>::max_exponent10 + largestField + 16> buffer{};
-  const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), magnitude, format, precision);
-  if (error != std::errc()) return mismatchMark();
-  return QString::fromLatin1(buffer.data(), end - buffer.data());
-}
-
-QString renderFloatingPoint(const Directive& directive, const LogArgument& argument) {
-  const std::optional<double> number = floatingPoint(argument.value());
-  if (!number) return padded(directive, mismatchMark());
-  const QChar conversion(directive.conversion);
-  const char16_t lower = conversion.toLower().unicode();
-  const auto format = lower == u'f'   ? std::chars_format::fixed
-                      : lower == u'e' ? std::chars_format::scientific
-                                      : std::chars_format::general;
-  const bool isNumber = !std::isnan(*number);
-  QString digits = isNumber ? floatingDigits(std::abs(*number), format, directive.precision.value_or(defaultPrecision))
-                            : QStringLiteral("nan");
-  if (conversion.isUpper()) digits = digits.toUpper();
-  return paddedNumber(directive, signText(directive, isNumber && std::signbit(*number)), digits,
-                      std::isfinite(*number));
+  const auto* const number = std::get_if<quint64>(&argument.value());
+  const bool isLarge = number != nullptr && *number > quint64{std::numeric_limits<qint64>::max()};
+  return isLarge ? printed(directive, "llu", std::optional<unsigned long long>(*number))
+                 : printed(directive, "lld", integerFrom<long long>(argument.value()));
 }
 
 QString renderText(const Directive& directive, const LogArgument& argument) {
@@ -268,15 +188,19 @@ QString render(const Directive& directive, const LogArgument& argument) {
       return renderCharacter(directive, argument);
     case u'p':
       return renderPointer(directive, argument);
-    case u'f':
-    case u'F':
-    case u'e':
-    case u'E':
-    case u'g':
-    case u'G':
-      return renderFloatingPoint(directive, argument);
+    case u'x':
+      return printed(directive, "llx", unsignedInteger(argument.value()));
+    case u'X':
+      return printed(directive, "llX", unsignedInteger(argument.value()));
+    case u'o':
+    case u'O':
+      return printed(directive, "llo", unsignedInteger(argument.value()));
+    case u'u':
+    case u'U':
+      return printed(directive, "llu", unsignedInteger(argument.value()));
     default:
-      return renderUnsigned(directive, argument);
+      const char conversion[] = {static_cast<char>(directive.conversion), '\0'};
+      return printed(directive, conversion, floatingPoint(argument.value()));
   }
 }
 

@@ -19,11 +19,11 @@ class QVLog final {
   static LogController& sharedController();
 
   /// createNewLog
-  static void createNewLog() { sharedController().createNewLog(); }
   /// createNewLog:
-  static void createNewLog(const QString& name) { sharedController().createNewLog(name); }
   /// createNewLog:noPrinting:
-  static void createNewLog(const QString& name, bool noPrinting) { sharedController().createNewLog(name, noPrinting); }
+  static void createNewLog(const QString& name = {}, bool noPrinting = false) {
+    sharedController().createNewLog(name, noPrinting);
+  }
 
   /// appendLog:
   template <typename Format, typename... Arguments>

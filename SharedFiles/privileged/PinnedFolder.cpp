@@ -1,14 +1,13 @@
 #include "SharedFiles/privileged/PinnedFolder.h"
 
-#include <array>
 #include <cerrno>
-#include <climits>
+#include <filesystem>
 #include <utility>
 
 #include <fcntl.h>
-#include <unistd.h>
 
 #include "SharedFiles/privileged/ToolCommand.h"
+#include "system/Error.h"
 
 namespace privileged {
 
@@ -31,16 +30,11 @@ tl::expected<sys::Descriptor, ExitStatus> openFolderIn(const sys::Descriptor& pa
   return tl::unexpected(isFile ? ExitStatus::notThere : ExitStatus::changed);
 }
 
-std::string placeOf(const sys::Descriptor& descriptor) {
-  std::array<char, PATH_MAX> place{};
-  const std::string link = "/proc/self/fd/" + std::to_string(descriptor.get());
-  const ssize_t length = ::readlink(link.c_str(), place.data(), place.size());
-  return length > 0 ? std::string(place.data(), static_cast<std::size_t>(length)) : std::string();
-}
-
 /// The folder, if it still lies where the path says.
 tl::expected<PinnedFolder, ExitStatus> pinned(sys::Descriptor descriptor, const std::string& path) {
-  if (placeOf(descriptor) != path) return tl::unexpected(ExitStatus::changed);
+  std::error_code error;
+  const auto place = std::filesystem::read_symlink("/proc/self/fd/" + std::to_string(descriptor.get()), error);
+  if (place.native() != path) return tl::unexpected(ExitStatus::changed);
   return PinnedFolder{std::move(descriptor), path};
 }
 
@@ -49,17 +43,15 @@ tl::expected<PinnedFolder, ExitStatus> pinned(sys::Descriptor descriptor, const 
 tl::expected<PinnedFolder, ExitStatus> pinFolder(const std::string& plainPath) {
   sys::Descriptor folder(::open("/", folderFlags));
   for (const std::string& name : componentsOf(plainPath)) {
-    auto next = openFolderIn(folder, name);
-    if (!next) return tl::unexpected(next.error());
-    folder = std::move(*next);
+    TRY(auto next, openFolderIn(folder, name));
+    folder = std::move(next);
   }
   return pinned(std::move(folder), plainPath);
 }
 
 tl::expected<PinnedFolder, ExitStatus> pinFolderIn(const PinnedFolder& parent, const std::string& name) {
-  auto folder = openFolderIn(parent.descriptor, name);
-  if (!folder) return tl::unexpected(folder.error());
-  return pinned(std::move(*folder), parent.pathOf(name));
+  TRY(auto folder, openFolderIn(parent.descriptor, name));
+  return pinned(std::move(folder), parent.pathOf(name));
 }
 
 tl::expected<struct stat, ExitStatus> PinnedEntry::status() const {
@@ -67,9 +59,8 @@ tl::expected<struct stat, ExitStatus> PinnedEntry::status() const {
 }
 
 tl::expected<PinnedEntry, ExitStatus> pinEntry(const std::string& plainPath) {
-  auto folder = pinFolder(parentOf(plainPath));
-  if (!folder) return tl::unexpected(folder.error());
-  return PinnedEntry{std::move(*folder), nameOf(plainPath)};
+  TRY(auto folder, pinFolder(parentOf(plainPath)));
+  return PinnedEntry{std::move(folder), nameOf(plainPath)};
 }
 
 std::string parentOf(const std::string& plainPath) {

@@ -2,21 +2,17 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <memory>
 #include <optional>
-#include <string_view>
 #include <utility>
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include "SharedFiles/privileged/ExitStatus.h"
 #include "SharedFiles/privileged/PinnedFolder.h"
 #include "SharedFiles/privileged/StagingFolder.h"
 #include "SharedFiles/privileged/ToolCommand.h"
 #include "SharedFiles/privileged/ToolProcess.h"
+#include "system/FilePlace.h"
 
 namespace privileged {
 
@@ -26,15 +22,11 @@ int number(ExitStatus status) {
   return static_cast<int>(status);
 }
 
-bool isSame(const struct stat& one, const struct stat& other) {
-  return one.st_dev == other.st_dev && one.st_ino == other.st_ino;
-}
-
 bool isProtected(const ProtectedPlaces& places, const std::string& path, const struct stat& found) {
   if (places.isProtected(path)) return true;
   return std::any_of(places.folders.begin(), places.folders.end(), [&found](const std::string& folder) {
     struct stat status {};
-    return ::stat(folder.c_str(), &status) == 0 && isSame(status, found);
+    return ::stat(folder.c_str(), &status) == 0 && sys::isSameFile(status, found);
   });
 }
 
@@ -45,11 +37,10 @@ struct Operand {
 };
 
 tl::expected<Operand, ExitStatus> pinOperand(const std::string& path) {
-  auto entry = pinEntry(path);
-  if (!entry) return tl::unexpected(entry.error());
-  const auto status = entry->status();
+  TRY(auto entry, pinEntry(path));
+  const auto status = entry.status();
   if (!status && status.error() != ExitStatus::notThere) return tl::unexpected(status.error());
-  return Operand{std::move(*entry), status ? std::optional(*status) : std::nullopt};
+  return Operand{std::move(entry), status ? std::optional(*status) : std::nullopt};
 }
 
 /// An operand that goes away: it may not be protected.
@@ -67,22 +58,11 @@ tl::expected<Operand, ExitStatus> pinTarget(const std::string& destination, cons
   return pinOperand(isFolder ? destination + "/" + name : destination);
 }
 
-struct ClosesFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
-
 /// Whether nothing is in the folder that the entry stands for.
 bool isEmptyFolder(const PinnedEntry& entry) {
-  const int descriptor =
-      ::openat(entry.folder.descriptor.get(), entry.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (descriptor < 0) return false;
-  const std::unique_ptr<DIR, ClosesFolder> folder(::fdopendir(descriptor));
-  if (!folder) return false;
-  for (const dirent* found = ::readdir(folder.get()); found != nullptr; found = ::readdir(folder.get())) {
-    const std::string_view name = found->d_name;
-    if (name != "." && name != "..") return false;
-  }
-  return true;
+  const sys::FilePlace place{entry.folder.descriptor.get(), entry.name, entry.path()};
+  const auto names = sys::namesInFolder({place.openFolder().get(), place.path});
+  return names && names->empty();
 }
 
 /// What forbids that the source takes the target's place. A file may be replaced by a file, an empty folder by a
@@ -92,7 +72,7 @@ std::optional<ExitStatus> objection(const ProtectedPlaces& places, const Operand
   if (!target.status) return std::nullopt;
   const struct stat& standing = *target.status;
   if (isProtected(places, target.entry.path(), standing)) return ExitStatus::protectedPlace;
-  if (isSame(standing, *source.status) || S_ISDIR(standing.st_mode) != S_ISDIR(source.status->st_mode) ||
+  if (sys::isSameFile(standing, *source.status) || S_ISDIR(standing.st_mode) != S_ISDIR(source.status->st_mode) ||
       (S_ISDIR(standing.st_mode) && !isEmptyFolder(target.entry)))
     return ExitStatus::cannotCreate;
   return std::nullopt;

@@ -1,26 +1,17 @@
 #include "SharedFiles/privileged/StagingFolder.h"
 
-#include <array>
-#include <cstdint>
 #include <cstdio>
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "system/FilePlace.h"
 
 namespace privileged {
 
 namespace {
-
-std::string privateName() {
-  std::uint64_t random = 0;
-  if (::getrandom(&random, sizeof random, 0) != static_cast<ssize_t>(sizeof random)) return {};
-  std::array<char, 40> name{};
-  std::snprintf(name.data(), name.size(), ".lumacheck-%016jx", static_cast<std::uintmax_t>(random));
-  return name.data();
-}
 
 /// Nobody else's, whatever has been put under its name in the meantime.
 bool isOurs(const sys::Descriptor& folder) {
@@ -34,10 +25,9 @@ StagingFolder::StagingFolder(sys::Descriptor parent, std::string name, sys::Desc
     : parent_(std::move(parent)), name_(std::move(name)), descriptor_(std::move(descriptor)) {}
 
 tl::expected<StagingFolder, ExitStatus> StagingFolder::makeIn(const PinnedFolder& parent) {
-  const std::string name = privateName();
+  const std::string name = sys::ownName();
   sys::Descriptor held(::fcntl(parent.descriptor.get(), F_DUPFD_CLOEXEC, 0));
-  if (name.empty() || !held.isOpen() || ::mkdirat(held.get(), name.c_str(), 0700) != 0)
-    return tl::unexpected(ExitStatus::cannotCreate);
+  if (!held.isOpen() || ::mkdirat(held.get(), name.c_str(), 0700) != 0) return tl::unexpected(ExitStatus::cannotCreate);
   sys::Descriptor folder(::openat(held.get(), name.c_str(), O_PATH | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
   StagingFolder staging(std::move(held), name, std::move(folder));
   if (!staging.descriptor_.isOpen() || !isOurs(staging.descriptor_)) return tl::unexpected(ExitStatus::changed);

@@ -14,6 +14,7 @@
 
 #include "SharedFiles/privileged/ExitStatus.h"
 #include "SharedFiles/privileged/PrivilegedRun.h"
+#include "system/StandardDescriptors.h"
 
 namespace {
 
@@ -39,10 +40,7 @@ BundleInfo applicationBundle() {
 
 /// Nothing of the caller's surroundings reaches the checks or a tool.
 bool leaveCallersSurroundings() {
-  for (int descriptor = 0; descriptor <= STDERR_FILENO; ++descriptor) {
-    if (::fcntl(descriptor, F_GETFD) < 0 && ::open("/dev/null", O_RDWR) != descriptor) return false;
-  }
-  if (::close_range(STDERR_FILENO + 1, ~0U, 0) != 0) return false;
+  if (!sys::keepStandardDescriptorsTaken() || ::close_range(STDERR_FILENO + 1, ~0U, 0) != 0) return false;
   std::signal(SIGPIPE, SIG_IGN);
   ::umask(022);
   return ::clearenv() == 0 && ::chdir("/") == 0;

@@ -4,16 +4,15 @@
 #include <cerrno>
 #include <condition_variable>
 #include <csignal>
-#include <cstring>
 #include <future>
+#include <mutex>
 #include <system_error>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "system/FileBytes.h"
@@ -32,68 +31,45 @@ struct ChildProcess::State {
 namespace {
 
 constexpr int standardStreams = 3;
+constexpr auto outputUnreadable = "cannot read a program's output: ";
 
-[[noreturn]] void raise(const QString& reason, const char* name = "NSInvalidArgumentException") {
-  throw QVPlatformException(reason, name);
+[[noreturn]] void raise(const QString& reason) {
+  throw QVPlatformException(reason, "NSInvalidArgumentException");
 }
 
-QString errorText(int error) {
-  return QString::fromStdString(std::generic_category().message(error));
+/// Tells what the system has just refused.
+[[noreturn]] void raiseSystemError(const char* what) {
+  const std::string reason = what + std::generic_category().message(errno);
+  throw QVPlatformException(QString::fromStdString(reason), "NSFileHandleOperationException");
 }
 
-QByteArray bytesOf(const QString& text) {
+std::string bytesOf(const QString& text) {
   if (!text.isValidUtf16() || text.contains(QChar(0))) raise("text cannot be handed to a program unaltered");
-  return text.toUtf8();
-}
-
-/// Texts as a program gets them: pointers, the last one null.
-class TextArray {
- public:
-  void add(const QByteArray& text) { texts_.push_back(text); }
-  char* const* pointers() {
-    pointers_.clear();
-    for (QByteArray& text : texts_) pointers_.push_back(text.data());
-    pointers_.push_back(nullptr);
-    return pointers_.data();
-  }
-
- private:
-  std::vector<QByteArray> texts_;
-  std::vector<char*> pointers_;
-};
-
-struct Pipe {
-  sys::Descriptor reading, writing;
-};
-
-Pipe makePipe() {
-  std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) raise("no pipe: " + errorText(errno), "NSFileHandleOperationException");
-  return {sys::Descriptor(ends[0]), sys::Descriptor(ends[1])};
-}
-
-sys::Descriptor openNullDevice() {
-  sys::Descriptor device(::open("/dev/null", O_RDWR | O_CLOEXEC));
-  if (!device.isOpen()) raise("no null device: " + errorText(errno), "NSFileHandleOperationException");
-  return device;
+  return text.toStdString();
 }
 
 /// Keeps descriptors above the standard ones, where placing one stream cannot overwrite another.
 sys::Descriptor aboveStandardStreams(sys::Descriptor descriptor) {
   if (descriptor.get() >= standardStreams) return descriptor;
   sys::Descriptor moved(::fcntl(descriptor.get(), F_DUPFD_CLOEXEC, standardStreams));
-  if (!moved.isOpen()) raise("no descriptor: " + errorText(errno), "NSFileHandleOperationException");
+  if (!moved.isOpen()) raiseSystemError("no descriptor: ");
   return moved;
 }
 
 /// The program's end of a stream; none when it is inherited. `ours` gets this process's end of a pipe.
 sys::Descriptor childEnd(StandardStream stream, int number, sys::Descriptor& ours) {
   if (stream == StandardStream::inherited) return sys::Descriptor();
-  if (stream == StandardStream::nullDevice) return aboveStandardStreams(openNullDevice());
-  Pipe pipe = makePipe();
+  if (stream == StandardStream::nullDevice) {
+    sys::Descriptor device(::open("/dev/null", O_RDWR | O_CLOEXEC));
+    if (!device.isOpen()) raiseSystemError("no null device: ");
+    return aboveStandardStreams(std::move(device));
+  }
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) raiseSystemError("no pipe: ");
+  sys::Descriptor reading(ends[0]), writing(ends[1]);
   const bool programReads = number == STDIN_FILENO;
-  ours = std::move(programReads ? pipe.writing : pipe.reading);
-  return aboveStandardStreams(std::move(programReads ? pipe.reading : pipe.writing));
+  ours = std::move(programReads ? writing : reading);
+  return aboveStandardStreams(std::move(programReads ? reading : writing));
 }
 
 /// Waits for the program without collecting it, then collects it under the lock.
@@ -111,22 +87,39 @@ void collect(State& state, pid_t identifier) {
   state.ended.notify_all();
 }
 
+/// One read of a program's output; empty at the end.
+QByteArray readSome(int descriptor) {
+  constexpr qsizetype chunkSize = 65536;
+  QByteArray chunk(chunkSize, Qt::Uninitialized);
+  const ssize_t got = sys::readSome(descriptor, chunk.data(), static_cast<std::size_t>(chunk.size()));
+  if (got < 0) raiseSystemError(outputUnreadable);
+  chunk.truncate(got);
+  return chunk;
+}
+
+/// Waits until one can be read. Descriptors below 0 are passed over.
+void waitForAny(std::array<pollfd, 2>& descriptors) {
+  const auto wait = [&] { return ::poll(descriptors.data(), descriptors.size(), -1); };
+  if (sys::untilUninterrupted(wait) < 0) raiseSystemError(outputUnreadable);
+}
+
 }  // namespace
 
-ChildProcess::ChildProcess() : state_(std::make_shared<State>()) {}
+ChildProcess::ChildProcess(ProgramCall call) : call_(std::move(call)), state_(std::make_shared<State>()) {}
 
 void ChildProcess::launch() {
-  const QByteArray path = bytesOf(launchPath_);
-  TextArray arguments, environment;
-  arguments.add(path);
-  for (const QString& argument : arguments_) arguments.add(bytesOf(argument));
-  if (environment_) {
-    for (auto entry = environment_->cbegin(); entry != environment_->cend(); ++entry) {
-      environment.add(bytesOf(entry.key()) + '=' + bytesOf(entry.value()));
+  std::vector<std::string> arguments{bytesOf(call_.path)};
+  for (const QString& argument : call_.arguments) arguments.push_back(bytesOf(argument));
+  std::optional<std::vector<std::string>> environment;
+  if (call_.environment) {
+    environment.emplace();
+    for (auto entry = call_.environment->cbegin(); entry != call_.environment->cend(); ++entry) {
+      environment->push_back(bytesOf(entry.key()) + '=' + bytesOf(entry.value()));
     }
   }
-  const std::array ends{childEnd(input_, STDIN_FILENO, standardInput), childEnd(output_, STDOUT_FILENO, standardOutput),
-                        childEnd(error_, STDERR_FILENO, standardError)};
+  const std::array ends{childEnd(call_.input, STDIN_FILENO, standardInput),
+                        childEnd(call_.output, STDOUT_FILENO, standardOutput),
+                        childEnd(call_.error, STDERR_FILENO, standardError)};
   sys::SpawnSettings settings;
   for (int number = 0; number < standardStreams; ++number)
     settings.place(ends[static_cast<std::size_t>(number)], number);
@@ -135,12 +128,9 @@ void ChildProcess::launch() {
   std::promise<int> started;
   std::future<int> error = started.get_future();
   try {
-    std::thread([&settings, &path, &arguments, environmentGiven = environment_ ? &environment : nullptr, state = state_,
-                 started = std::move(started)]() mutable {
+    std::thread([&settings, &arguments, &environment, state = state_, started = std::move(started)]() mutable {
       pid_t identifier = 0;
-      const int failure =
-          settings.spawn(identifier, path.constData(), arguments.pointers(),
-                         environmentGiven != nullptr ? environmentGiven->pointers() : environ, standardStreams);
+      const int failure = settings.spawn(identifier, std::move(arguments), std::move(environment), standardStreams);
       if (failure == 0) {
         const std::lock_guard guard(state->mutex);
         state->identifier = identifier;
@@ -152,8 +142,9 @@ void ChildProcess::launch() {
   } catch (const std::system_error& failure) {
     raise("no thread: " + QString::fromUtf8(failure.what()));
   }
-  const int failure = error.get();
-  if (failure != 0) raise("launch path not accessible: " + errorText(failure));
+  if (const int failure = error.get()) {
+    raise("launch path not accessible: " + QString::fromStdString(std::generic_category().message(failure)));
+  }
 }
 
 bool ChildProcess::isRunning() const {
@@ -161,14 +152,9 @@ bool ChildProcess::isRunning() const {
   return state_->running;
 }
 
-void ChildProcess::terminate() const {
+void ChildProcess::send(int signal) const {
   const std::lock_guard guard(state_->mutex);
-  if (state_->running) ::kill(state_->identifier, SIGTERM);
-}
-
-void ChildProcess::kill() const {
-  const std::lock_guard guard(state_->mutex);
-  if (state_->running) ::kill(state_->identifier, SIGKILL);
+  if (state_->running) ::kill(state_->identifier, signal);
 }
 
 void ChildProcess::waitUntilExit() const {
@@ -179,4 +165,34 @@ void ChildProcess::waitUntilExit() const {
 std::int32_t ChildProcess::terminationStatus() const {
   const std::lock_guard guard(state_->mutex);
   return state_->running ? 0 : state_->status;
+}
+
+TaskOutput readToEnd(ChildProcess& process) {
+  TaskOutput collected;
+  const auto take = [](const pollfd& ready, sys::Descriptor& end, QByteArray& buffer) {
+    if (ready.fd < 0 || ready.revents == 0) return;
+    const QByteArray chunk = readSome(ready.fd);
+    buffer += chunk;
+    if (chunk.isEmpty()) end.close();
+  };
+  while (process.standardOutput.isOpen() || process.standardError.isOpen()) {
+    std::array descriptors{pollfd{process.standardOutput.get(), POLLIN, 0},
+                           pollfd{process.standardError.get(), POLLIN, 0}};
+    waitForAny(descriptors);
+    take(descriptors[0], process.standardOutput, collected.output);
+    take(descriptors[1], process.standardError, collected.errors);
+  }
+  return collected;
+}
+
+QByteArray readChunk(const sys::Descriptor& output, int wake) {
+  std::array descriptors{pollfd{output.get(), POLLIN, 0}, pollfd{wake, POLLIN, 0}};
+  waitForAny(descriptors);
+  if (descriptors[1].revents != 0) return {};
+  return readSome(output.get());
+}
+
+bool isReadable(const sys::Descriptor& descriptor) {
+  pollfd state{descriptor.get(), POLLIN, 0};
+  return ::poll(&state, 1, 0) > 0;
 }

@@ -83,33 +83,13 @@ std::optional<QStringList> argumentsOf(const QString& line) {
   return arguments;
 }
 
-QStringList applicationFolders() {
-  const QString home = qEnvironmentVariable("XDG_DATA_HOME");
-  QStringList folders(home.startsWith(u'/') ? home : qEnvironmentVariable("HOME") + QStringLiteral("/.local/share"));
-  const QString others = qEnvironmentVariable("XDG_DATA_DIRS");
-  folders += (others.isEmpty() ? QStringLiteral("/usr/local/share:/usr/share") : others).split(u':');
-  folders.removeIf([](const QString& folder) { return !folder.startsWith(u'/'); });
-  return folders;
-}
-
-/// Whether an argument has a code for a file or a URL. Two per cent signs are none.
-bool takesFile(QString argument) {
-  argument.remove(QStringLiteral("%%"));
-  for (const char* code : {"%f", "%F", "%u", "%U"}) {
-    if (argument.contains(QLatin1String(code))) return true;
-  }
-  return false;
-}
-
 }  // namespace
 
 std::optional<DesktopEntry> DesktopEntry::find(const QString& identifier) {
-  for (const QString& folder : applicationFolders()) {
-    QFile file(folder + QStringLiteral("/applications/") + identifier + QStringLiteral(".desktop"));
-    if (!QFileInfo(file).isFile()) continue;
-    return file.open(QIODevice::ReadOnly) ? parse(file.read(largestFile), file.fileName()) : std::nullopt;
-  }
-  return std::nullopt;
+  const QString name = identifier + QStringLiteral(".desktop");
+  QFile file(QStandardPaths::locate(QStandardPaths::ApplicationsLocation, name));
+  if (file.fileName().isEmpty()) return std::nullopt;
+  return file.open(QIODevice::ReadOnly) ? parse(file.read(largestFile), file.fileName()) : std::nullopt;
 }
 
 std::optional<DesktopEntry> DesktopEntry::parse(const QByteArray& text, const QString& path) {
@@ -126,7 +106,7 @@ std::optional<DesktopEntry> DesktopEntry::parse(const QByteArray& text, const QS
   return entry;
 }
 
-QString DesktopEntry::expanded(const QString& argument, const QString& file) const {
+QString DesktopEntry::expanded(const QString& argument, const QString& file, bool& given) const {
   QString text;
   for (qsizetype i = 0; i < argument.size(); ++i) {
     if (argument[i] != u'%' || i + 1 == argument.size()) {
@@ -134,8 +114,10 @@ QString DesktopEntry::expanded(const QString& argument, const QString& file) con
       continue;
     }
     const char code = argument[++i].toLatin1();
-    if (code == 'f' || code == 'F') text += file;
-    if (code == 'u' || code == 'U') text += QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded());
+    const bool isName = code == 'f' || code == 'F', isUrl = code == 'u' || code == 'U';
+    given = given || isName || isUrl;
+    if (isName) text += file;
+    if (isUrl) text += QString::fromLatin1(QUrl::fromLocalFile(file).toEncoded());
     if (code == 'c') text += name_;
     if (code == 'k') text += path_;
     if (code == '%') text += u'%';
@@ -151,10 +133,9 @@ QStringList DesktopEntry::commandFor(const QString& file) const {
       if (!icon_.isEmpty()) command << QStringLiteral("--icon") << icon_;
       continue;
     }
-    const QString text = expanded(argument, file);
+    const QString text = expanded(argument, file, given);
     // A code that stands for nothing leaves no argument behind.
     if (!text.isEmpty() || argument.isEmpty()) command << text;
-    given = given || takesFile(argument);
   }
   if (!given) command << file;
   return command;

@@ -25,7 +25,8 @@ class DesktopEntry {
   bool open(const QString& file) const;
 
  private:
-  QString expanded(const QString& argument, const QString& file) const;
+  /// Sets `given` where the argument has a code for a file or URL.
+  QString expanded(const QString& argument, const QString& file, bool& given) const;
 
   QString path_, name_, icon_;
   QStringList exec_;  ///< the arguments of the Exec line, unquoted, their codes as they stand

@@ -7,7 +7,6 @@
 #include "SharedFiles/foundation/FilePackage.h"
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/log/QVLog.h"
-#include "SharedFiles/tasks/TaskPipes.h"
 
 namespace {
 
@@ -21,24 +20,24 @@ bool checked(const QString& path) {
   return false;
 }
 
-std::shared_ptr<ChildProcess> makeProcess(const QString& path, const QStringList& arguments, ChildProcessSlot* task) {
-  auto process = std::make_shared<ChildProcess>();
+std::shared_ptr<ChildProcess> makeProcess(ProgramCall call, ChildProcessSlot* task) {
+  auto process = std::make_shared<ChildProcess>(std::move(call));
   if (task != nullptr) task->set(process);
-  process->setLaunchPath(path);
-  process->setArguments(arguments);
   return process;
 }
 
-std::shared_ptr<ChildProcess> makeSilentProcess(const QString& path, const QStringList& arguments,
-                                                ChildProcessSlot* task) {
-  auto process = makeProcess(path, arguments, task);
-  process->setStandardError(StandardStream::nullDevice);
-  process->setStandardOutput(StandardStream::nullDevice);
-  return process;
-}
-
-void logException(const QString& path, const QVPlatformException& exception) {
-  QVLog::appendLog("Exception running task %@: %@", path, exception.reason());
+/// Launches a program whose output nobody reads. None, with a line in the log, when that fails.
+std::shared_ptr<ChildProcess> launchedSilently(const QString& path, const QStringList& arguments,
+                                               ChildProcessSlot* task = nullptr) {
+  constexpr auto nowhere = StandardStream::nullDevice;
+  try {
+    auto process = makeProcess({.path = path, .arguments = arguments, .output = nowhere, .error = nowhere}, task);
+    process->launch();
+    return process;
+  } catch (const QVPlatformException& exception) {
+    QVLog::appendLog("Exception running task %@: %@", path, exception.reason());
+    return nullptr;
+  }
 }
 
 QString decoded(const std::optional<QByteArray>& data, StringEncoding encoding) {
@@ -49,33 +48,20 @@ QString decoded(const std::optional<QByteArray>& data, StringEncoding encoding) 
       return std::all_of(data->begin(), data->end(), is7Bit) ? QString::fromLatin1(*data) : QString();
     case StringEncoding::isoLatin1:
       return QString::fromLatin1(*data);
-    case StringEncoding::utf8:
-    case StringEncoding::utf16: {
+    default:
       QStringDecoder decoder(encoding == StringEncoding::utf8 ? QStringDecoder::Utf8 : QStringDecoder::Utf16);
       const QString text = decoder.decode(*data);
       return decoder.hasError() ? QString() : text;
-    }
   }
-  return {};
 }
 
 }  // namespace
 
-bool QVTaskEx::runTask(const QString& path, const QStringList& arguments) {
-  return runTask(path, arguments, nullptr);
-}
-
 bool QVTaskEx::runTask(const QString& path, const QStringList& arguments, ChildProcessSlot* task) {
   if (path.startsWith('/') && !checked(path)) return false;
-  try {
-    const auto process = makeSilentProcess(path, arguments, task);
-    process->launch();
-    process->waitUntilExit();
-    return true;
-  } catch (const QVPlatformException& exception) {
-    logException(path, exception);
-    return false;
-  }
+  const auto process = launchedSilently(path, arguments, task);
+  if (process) process->waitUntilExit();
+  return process != nullptr;
 }
 
 void QVTaskEx::runTask(const QString& path, const QStringList& arguments, double timeout) {
@@ -83,29 +69,7 @@ void QVTaskEx::runTask(const QString& path, const QStringList& arguments, double
 }
 
 void QVTaskEx::runTaskAndReturn(const QString& path, const QStringList& arguments) {
-  if (!checked(path)) return;
-  try {
-    makeSilentProcess(path, arguments, nullptr)->launch();
-  } catch (const QVPlatformException& exception) {
-    logException(path, exception);
-  }
-}
-
-std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments,
-                                                 ChildProcessSlot* task) {
-  return dataFromTask(path, arguments, task, std::nullopt);
-}
-
-std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments,
-                                                 ChildProcessSlot* task,
-                                                 const std::optional<Environment>& environment) {
-  return dataFromTask(path, arguments, task, environment, true);
-}
-
-std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments,
-                                                 ChildProcessSlot* task, const std::optional<Environment>& environment,
-                                                 bool logOutput) {
-  return dataFromTask(path, arguments, task, environment, logOutput, true);
+  if (checked(path)) launchedSilently(path, arguments);
 }
 
 std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments,
@@ -113,11 +77,13 @@ std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStr
                                                  bool logOutput, bool logError) {
   if (!checked(path)) return std::nullopt;
   try {
-    const auto process = makeProcess(path, arguments, task);
-    if (environment) process->setEnvironment(*environment);
-    process->setStandardOutput(logOutput ? StandardStream::pipe : StandardStream::inherited);
-    process->setStandardInput(StandardStream::pipe);
-    process->setStandardError(logError ? StandardStream::pipe : StandardStream::nullDevice);
+    const auto process = makeProcess({.path = path,
+                                      .arguments = arguments,
+                                      .environment = environment,
+                                      .input = StandardStream::pipe,
+                                      .output = logOutput ? StandardStream::pipe : StandardStream::inherited,
+                                      .error = logError ? StandardStream::pipe : StandardStream::nullDevice},
+                                     task);
     process->launch();
     TaskOutput collected = readToEnd(*process);
     process->standardInput.close();
@@ -128,26 +94,13 @@ std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStr
   }
 }
 
-std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments, double timeout) {
-  return dataFromTask(path, arguments, timeout, true, true);
-}
-
 std::optional<QByteArray> QVTaskEx::dataFromTask(const QString& path, const QStringList& arguments, double timeout,
                                                  bool logOutput, bool logError) {
   return create()->dataFromTaskInstance(path, arguments, timeout, logOutput, logError);
 }
 
-QString QVTaskEx::stringFromTask(const QString& path, const QStringList& arguments) {
-  return stringFromTask(path, arguments, StringEncoding::ascii, nullptr);
-}
-
 QString QVTaskEx::stringFromTask(const QString& path, const QStringList& arguments, double timeout) {
   return stringFromTask(path, arguments, StringEncoding::ascii, timeout);
-}
-
-QString QVTaskEx::stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
-                                 double timeout) {
-  return decoded(dataFromTask(path, arguments, timeout), encoding);
 }
 
 QString QVTaskEx::stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
@@ -164,23 +117,13 @@ QString QVTaskEx::stringFromTask(const QString& path, const QStringList& argumen
   return decoded(dataFromTask(path, arguments, task), encoding);
 }
 
-std::int32_t QVTaskEx::terminationCodeFromTask(const QString& path, const QStringList& arguments) {
-  return terminationCodeFromTask(path, arguments, nullptr);
-}
-
 std::int32_t QVTaskEx::terminationCodeFromTask(const QString& path, const QStringList& arguments,
                                                ChildProcessSlot* task) {
   constexpr std::int32_t notRun = -1;
-  if (!checked(path)) return notRun;
-  try {
-    const auto process = makeSilentProcess(path, arguments, task);
-    process->launch();
-    process->waitUntilExit();
-    return process->terminationStatus();
-  } catch (const QVPlatformException& exception) {
-    logException(path, exception);
-    return notRun;
-  }
+  const auto process = checked(path) ? launchedSilently(path, arguments, task) : nullptr;
+  if (!process) return notRun;
+  process->waitUntilExit();
+  return process->terminationStatus();
 }
 
 std::int32_t QVTaskEx::terminationCodeFromTask(const QString& path, const QStringList& arguments, double timeout) {

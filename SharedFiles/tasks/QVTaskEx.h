@@ -31,7 +31,7 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   struct Private {};
 
  public:
-  using Environment = ChildProcess::Environment;
+  using Environment = QMap<QString, QString>;
   /// Receives a chunk of output, empty at the end of output; the task; and its `object`, invalid when there is none.
   using Delegate = std::function<void(const QByteArray& chunk, QVTaskEx& task, const QVariant& object)>;
 
@@ -44,58 +44,47 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   // --- Class operations -------------------------------------------------------------------------------------------
 
   /// runTask:arguments:
-  static bool runTask(const QString& path, const QStringList& arguments = {});
   /// runTask:arguments:task: true when the program was launched and ended, whatever its status. Its output is dropped.
   /// A relative path is launched unchecked.
-  static bool runTask(const QString& path, const QStringList& arguments, ChildProcessSlot* task);
+  static bool runTask(const QString& path, const QStringList& arguments = {}, ChildProcessSlot* task = nullptr);
   /// runTask:arguments:timeout: the time-out ends nothing: it waits for the program however long it takes.
   static void runTask(const QString& path, const QStringList& arguments, double timeout);
   /// runTaskAndReturn:arguments: starts the program and returns.
   static void runTaskAndReturn(const QString& path, const QStringList& arguments = {});
 
-  /// dataFromTask:arguments:task: the program's output, or what it wrote to its standard error when it wrote nothing
-  /// else; null when it could not be run. What is not logged is not collected: output is inherited, errors are dropped.
-  static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments,
-                                                ChildProcessSlot* task);
+  /// dataFromTask:arguments:task:
   /// dataFromTask:arguments:task:environment:
-  static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments,
-                                                ChildProcessSlot* task, const std::optional<Environment>& environment);
   /// dataFromTask:arguments:task:environment:logOutput:
+  /// dataFromTask:arguments:task:environment:logOutput:logError: the program's output, or what it wrote to its standard
+  /// error when it wrote nothing else; null when it could not be run. What is not logged is not collected: output is
+  /// inherited, errors are dropped.
   static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments,
-                                                ChildProcessSlot* task, const std::optional<Environment>& environment,
-                                                bool logOutput);
-  /// dataFromTask:arguments:task:environment:logOutput:logError:
-  static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments,
-                                                ChildProcessSlot* task, const std::optional<Environment>& environment,
-                                                bool logOutput, bool logError);
+                                                ChildProcessSlot* task,
+                                                const std::optional<Environment>& environment = {},
+                                                bool logOutput = true, bool logError = true);
   /// dataFromTask:arguments:timeout:
-  static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments, double timeout);
   /// dataFromTask:arguments:timeout:logOutput:logError:
   static std::optional<QByteArray> dataFromTask(const QString& path, const QStringList& arguments, double timeout,
-                                                bool logOutput, bool logError);
+                                                bool logOutput = true, bool logError = true);
 
-  /// stringFromTask:arguments: the data as text; empty when there was none, null when it is not in the encoding.
-  static QString stringFromTask(const QString& path, const QStringList& arguments);
-  /// stringFromTask:arguments:timeout:
-  static QString stringFromTask(const QString& path, const QStringList& arguments, double timeout);
-  /// stringFromTask:arguments:encoding:timeout:
-  static QString stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
-                                double timeout);
-  /// stringFromTask:arguments:encoding:timeout:logOutput:logError:
-  static QString stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
-                                double timeout, bool logOutput, bool logError);
-  /// stringFromTask:arguments:task:
-  static QString stringFromTask(const QString& path, const QStringList& arguments, ChildProcessSlot* task);
+  /// stringFromTask:arguments:
+  /// stringFromTask:arguments:task: the data as text; empty when there was none, null when it is not in the encoding.
+  static QString stringFromTask(const QString& path, const QStringList& arguments, ChildProcessSlot* task = nullptr);
   /// stringFromTask:arguments:encoding:task:
   static QString stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
                                 ChildProcessSlot* task);
+  /// stringFromTask:arguments:timeout:
+  static QString stringFromTask(const QString& path, const QStringList& arguments, double timeout);
+  /// stringFromTask:arguments:encoding:timeout:
+  /// stringFromTask:arguments:encoding:timeout:logOutput:logError:
+  static QString stringFromTask(const QString& path, const QStringList& arguments, StringEncoding encoding,
+                                double timeout, bool logOutput = true, bool logError = true);
 
-  /// terminationCodeFromTask:arguments: the exit status, the number of the signal that ended the program, or -1 when it
-  /// could not be run.
-  static std::int32_t terminationCodeFromTask(const QString& path, const QStringList& arguments = {});
-  /// terminationCodeFromTask:arguments:task:
-  static std::int32_t terminationCodeFromTask(const QString& path, const QStringList& arguments,
-                                              ChildProcessSlot* task);
+  /// terminationCodeFromTask:arguments:
+  /// terminationCodeFromTask:arguments:task: the exit status, the number of the signal that ended the program, or -1
+  /// when it could not be run.
+  static std::int32_t terminationCodeFromTask(const QString& path, const QStringList& arguments = {},
+                                              ChildProcessSlot* task = nullptr);
   /// terminationCodeFromTask:arguments:timeout:
   static std::int32_t terminationCodeFromTask(const QString& path, const QStringList& arguments, double timeout);
 
@@ -117,20 +106,18 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   /// runTask:arguments:timeout:
   void runTaskInstance(const QString& path, const QStringList& arguments, double timeout);
   /// dataFromTask:arguments:timeout:
-  std::optional<QByteArray> dataFromTaskInstance(const QString& path, const QStringList& arguments, double timeout);
   /// dataFromTask:arguments:timeout:logOutput:logError:
   std::optional<QByteArray> dataFromTaskInstance(const QString& path, const QStringList& arguments, double timeout,
-                                                 bool logOutput, bool logError);
+                                                 bool logOutput = true, bool logError = true);
   /// terminationCodeFromTask:arguments:timeout:
   std::int32_t terminationCodeFromTaskInstance(const QString& path, const QStringList& arguments, double timeout);
 
   /// asyncDataFromTask:arguments:delegate:selector:object:
-  void asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate, const QVariant& object);
   /// asyncDataFromTask:arguments:delegate:selector:object:environment: runs the program on a thread of its own, which
   /// calls the delegate with each chunk of output and once more at its end; then the program is terminated. The
   /// program's errors are dropped. The caller keeps the instance until the last call.
   void asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate, const QVariant& object,
-                         const std::optional<Environment>& environment);
+                         const std::optional<Environment>& environment = {});
 
   /// Ends an asynchronous run from any thread: the delegate is not called again, but for a call that has begun, and the
   /// program is terminated.
@@ -152,6 +139,8 @@ class QVTaskEx final : public std::enable_shared_from_this<QVTaskEx> {
   void asyncTaskReturnData(const Notification& notification);
 
  private:
+  template <typename Run>
+  auto timed(double timeout, const Run& run);
   void startTimer(double timeout);
   void handToDelegate(const QByteArray& chunk);
 

@@ -1,6 +1,7 @@
 #include <chrono>
 #include <cmath>
 #include <limits>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -12,7 +13,6 @@
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/tasks/QVTaskEx.h"
-#include "SharedFiles/tasks/TaskPipes.h"
 
 namespace {
 
@@ -60,7 +60,11 @@ std::int32_t QVTaskEx::wholeSeconds(double timeout) {
 
 /// The timer sleeps its time out even when the run ends first; then it finds no task.
 void QVTaskEx::startTimer(double timeout) {
-  std::thread([self = shared_from_this(), seconds = wholeSeconds(timeout)] { self->setupTimeout(seconds); }).detach();
+  try {
+    std::thread([self = shared_from_this(), seconds = wholeSeconds(timeout)] { self->setupTimeout(seconds); }).detach();
+  } catch (const std::system_error& error) {
+    QVLog::appendLog("No thread could be started: %@", QString::fromLocal8Bit(error.what()));
+  }
 }
 
 void QVTaskEx::setupTimeout(std::int32_t seconds) {
@@ -75,52 +79,38 @@ void QVTaskEx::timeout() {
   process->terminate();
 }
 
-void QVTaskEx::runTaskInstance(const QString& path, const QStringList& arguments, double timeout) {
+template <typename Run>
+auto QVTaskEx::timed(double timeout, const Run& run) {
   startTimer(timeout);
   theTask_.set(nullptr);
-  ChildProcessSlot own;
-  runTask(path, arguments, &own);
+  auto result = run();
   theTask_.set(nullptr);
+  return result;
 }
 
-std::optional<QByteArray> QVTaskEx::dataFromTaskInstance(const QString& path, const QStringList& arguments,
-                                                         double timeout) {
-  return dataFromTaskInstance(path, arguments, timeout, true, true);
+void QVTaskEx::runTaskInstance(const QString& path, const QStringList& arguments, double timeout) {
+  timed(timeout, [&] { return runTask(path, arguments); });
 }
 
 std::optional<QByteArray> QVTaskEx::dataFromTaskInstance(const QString& path, const QStringList& arguments,
                                                          double timeout, bool logOutput, bool logError) {
-  startTimer(timeout);
-  theTask_.set(nullptr);
-  auto data = dataFromTask(path, arguments, &theTask_, std::nullopt, logOutput, logError);
-  theTask_.set(nullptr);
-  return data;
+  return timed(timeout, [&] { return dataFromTask(path, arguments, &theTask_, {}, logOutput, logError); });
 }
 
 std::int32_t QVTaskEx::terminationCodeFromTaskInstance(const QString& path, const QStringList& arguments,
                                                        double timeout) {
-  startTimer(timeout);
-  theTask_.set(nullptr);
-  const std::int32_t code = terminationCodeFromTask(path, arguments, &theTask_);
-  theTask_.set(nullptr);
-  return code;
+  return timed(timeout, [&] { return terminationCodeFromTask(path, arguments, &theTask_); });
 }
 
 // --- Asynchronous runs ----------------------------------------------------------------------------------------------
 
 void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate,
-                                 const QVariant& object) {
-  asyncDataFromTask(path, arguments, std::move(delegate), object, std::nullopt);
-}
-
-void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& arguments, Delegate delegate,
                                  const QVariant& object, const std::optional<Environment>& environment) {
-  auto process = std::make_shared<ChildProcess>();
-  process->setStandardOutput(StandardStream::pipe);
-  process->setStandardError(StandardStream::nullDevice);
-  if (environment) process->setEnvironment(*environment);
-  process->setLaunchPath(path);
-  process->setArguments(arguments);
+  auto process = std::make_shared<ChildProcess>(ProgramCall{.path = path,
+                                                            .arguments = arguments,
+                                                            .environment = environment,
+                                                            .output = StandardStream::pipe,
+                                                            .error = StandardStream::nullDevice});
   {
     const std::lock_guard guard(mutex_);
     delegate_ = std::move(delegate);
@@ -128,7 +118,12 @@ void QVTaskEx::asyncDataFromTask(const QString& path, const QStringList& argumen
     closed_ = std::make_shared<sys::Descriptor>(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     theTask_.set(std::move(process));
   }
-  std::thread([self = shared_from_this()] { self->launchAsyncTask(); }).detach();
+  try {
+    std::thread([self = shared_from_this()] { self->launchAsyncTask(); }).detach();
+  } catch (const std::system_error& error) {
+    terminateAsyncTask();
+    QVLog::appendLogAndPrint("Exception: %@", QString::fromLocal8Bit(error.what()));
+  }
 }
 
 void QVTaskEx::launchAsyncTask() {
@@ -183,8 +178,7 @@ void QVTaskEx::terminateAsyncTask() {
     const std::lock_guard guard(mutex_);
     delegate.swap(delegate_);
     object_ = QVariant();
-    const std::uint64_t one = 1;
-    [[maybe_unused]] const ssize_t written = closed_ ? ::write(closed_->get(), &one, sizeof one) : 0;
+    if (closed_) ::eventfd_write(closed_->get(), 1);
     closed_.reset();
     process = theTask_.get();
     theTask_.set(nullptr);

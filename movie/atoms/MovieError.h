@@ -82,23 +82,3 @@ Result<T> inFile(const std::string& file, Result<T> result) {
 }
 
 }  // namespace movie
-
-/// TRY(expression): returns its error from this function, if it has one.
-/// TRY(declaration, expression): what is declared becomes its value, unless its error is returned.
-/// An expression with a bare comma needs parentheses.
-// A declaration cannot stand in parentheses.
-// NOLINTBEGIN(bugprone-macro-parentheses)
-#define TRY(...) TRY_PICK(__VA_ARGS__, TRY_VALUE, TRY_STATUS, )(__VA_ARGS__)
-#define TRY_PICK(first, second, picked, ...) picked
-#define TRY_STATUS(expression)                                                                                         \
-  do {                                                                                                                 \
-    if (auto&& tried = (expression); !tried) return tl::make_unexpected(std::forward<decltype(tried)>(tried).error()); \
-  } while (false)
-#define TRY_VALUE(declaration, expression) TRY_VALUE_AS(TRY_NAME(__LINE__), declaration, expression)
-#define TRY_VALUE_AS(tried, declaration, expression)                                    \
-  auto&& tried = (expression);                                                          \
-  if (!tried) return tl::make_unexpected(std::forward<decltype(tried)>(tried).error()); \
-  declaration = *std::forward<decltype(tried)>(tried)
-#define TRY_NAME(line) TRY_NAMED(line)
-#define TRY_NAMED(line) triedInLine##line
-// NOLINTEND(bugprone-macro-parentheses)

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "system/SerialQueue.h"
+#include "tests/system/ThreadsRefused.h"
 
 namespace sys {
 namespace {
@@ -128,6 +129,21 @@ TEST(SerialQueue, NeverStartsAThreadUnused) {
   queue.waitUntilAllOperationsAreFinished();
   queue.cancelAllOperations();
   EXPECT_EQ(queue.operationCount(), 0U);
+}
+
+TEST(SerialQueue, DropsOperationsWhileTheSystemGivesNoThread) {
+  SerialQueue queue;
+  bool ran = false;
+  {
+    const ThreadsRefused refused;
+    EXPECT_FALSE(queue.addOperation([&ran] { ran = true; }));
+    EXPECT_EQ(queue.operationCount(), 0U);
+    queue.waitUntilAllOperationsAreFinished();
+  }
+  EXPECT_FALSE(ran);
+  EXPECT_TRUE(queue.addOperation([&ran] { ran = true; }));
+  queue.waitUntilAllOperationsAreFinished();
+  EXPECT_TRUE(ran);
 }
 
 TEST(SerialQueue, KeepsTheOrderOfEachOfManyThreads) {

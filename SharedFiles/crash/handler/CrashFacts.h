@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include <csignal>
 #include <ctime>
 #include <string>
 
@@ -13,10 +13,9 @@ namespace crash {
 void addStamp(SignalSafeText& text, std::time_t second);
 void addDate(SignalSafeText& text, std::time_t second);
 
-/// SIGSEGV and the like, and what a signal's code says of its cause. Safe in signal handlers.
-void addSignal(SignalSafeText& text, int signal, int code);
-/// Whether the signal tells of an address that was touched.
-bool hasAddress(int signal, int code);
+/// SIGSEGV and the like, what the signal's code says of its cause, and the address that was touched, if it was one.
+/// Safe in signal handlers.
+void addSignal(SignalSafeText& text, const siginfo_t& signal);
 
 /// How often a report's name is tried: crashes within one second get a number, from the second one on.
 constexpr int nameAttempts = 99;

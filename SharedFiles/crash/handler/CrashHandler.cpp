@@ -15,11 +15,11 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-#include "SharedFiles/crash/handler/CrashFacts.h"
 #include "SharedFiles/crash/handler/CrashRequest.h"
 #include "SharedFiles/crash/handler/RawReport.h"
 #include "SharedFiles/crash/handler/ReportProgram.h"
 #include "SharedFiles/crash/handler/Sanitizers.h"
+#include "SharedFiles/crash/handler/SignalSafeText.h"
 #include "SharedFiles/crash/handler/ThreadCrashStack.h"
 
 namespace crash {
@@ -209,10 +209,8 @@ void handleWhereDefault(int signal) {
 bool installCrashHandler(const CrashHandlerSettings& settings) {
   if (isSanitized || prepared.load() != nullptr) return false;
   auto all = std::make_unique<Prepared>();
-  if (!all->program.prepare(settings.reportProgram, settings.reportFolder, settings.application, settings.version)) {
-    return false;
-  }
-  all->rawReport.prepare(settings.reportFolder, settings.application, settings.version, hostName());
+  if (!all->program.prepare(settings)) return false;
+  all->rawReport.prepare(settings);
   // Never destroyed: a crash may come as late as the process's last moment.
   prepared = all.release();
   static const ThreadCrashStack& mainStack = *std::make_unique<ThreadCrashStack>().release();

@@ -3,6 +3,7 @@
 #include <ctime>
 #include <string>
 
+#include "SharedFiles/crash/handler/CrashHandler.h"
 #include "SharedFiles/crash/handler/CrashRequest.h"
 #include "SharedFiles/crash/handler/SignalSafeText.h"
 
@@ -13,8 +14,7 @@ namespace crash {
 class RawReport {
  public:
   /// Must be called before: loads what the unwinder needs.
-  void prepare(const std::string& folder, const std::string& application, const std::string& version,
-               const std::string& host);
+  void prepare(const CrashHandlerSettings& settings);
 
   // What follows is for signal handlers.
 
@@ -29,8 +29,10 @@ class RawReport {
   void writeFrame(int number, std::uint64_t address);
   void writeMappings();
   void flush();
+  void write(const char* bytes, std::size_t size) const;
 
-  std::string folder_, application_, version_, host_;
+  CrashHandlerSettings settings_;
+  std::string host_, program_;
   SignalSafeText text_;
   int file_ = -1;
 };

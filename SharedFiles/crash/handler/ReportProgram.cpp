@@ -21,14 +21,13 @@ constexpr int firstOtherDescriptor = 3;
 
 }  // namespace
 
-bool ReportProgram::prepare(const std::string& program, const std::string& folder, const std::string& application,
-                            const std::string& version) {
-  program_ = program;
-  folder_ = folder;
-  application_ = application;
-  version_ = version;
+bool ReportProgram::prepare(const CrashHandlerSettings& settings) {
+  settings_ = settings;
   std::size_t count = 0;
-  for (std::string* text : {&program_, &folder_, &application_, &version_}) arguments_[count++] = text->data();
+  for (std::string* text :
+       {&settings_.reportProgram, &settings_.reportFolder, &settings_.application, &settings_.version}) {
+    arguments_[count++] = text->data();
+  }
   static char locale[] = "LC_ALL=C";
   environment_[0] = locale;
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-
+#include "SharedFiles/crash/handler/CrashHandler.h"
 #include "SharedFiles/crash/handler/CrashRequest.h"
 
 namespace crash {
@@ -11,8 +10,7 @@ namespace crash {
 class ReportProgram {
  public:
   /// Makes the pipe that the request goes through. False when there is none.
-  bool prepare(const std::string& program, const std::string& folder, const std::string& application,
-               const std::string& version);
+  bool prepare(const CrashHandlerSettings& settings);
 
   // What follows is safe in signal handlers.
 
@@ -30,7 +28,7 @@ class ReportProgram {
  private:
   static int run(void* self);
 
-  std::string program_, folder_, application_, version_;
+  CrashHandlerSettings settings_;
   char* arguments_[5] = {};
   char* environment_[2] = {};
   char* stackTop_ = nullptr;

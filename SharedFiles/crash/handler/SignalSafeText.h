@@ -13,12 +13,9 @@ class SignalSafeText {
 
   const char* text() const { return text_.data(); }
   std::size_t size() const { return size_; }
-  void clear() { cut(0); }
-  /// Forgets what was appended beyond that size.
-  void cut(std::size_t size) {
-    if (size > size_) return;
-    size_ = size;
-    text_[size_] = '\0';
+  void clear() {
+    size_ = 0;
+    text_[0] = '\0';
   }
 
   SignalSafeText& add(char character) {

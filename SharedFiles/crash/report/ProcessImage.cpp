@@ -9,13 +9,6 @@
 namespace crash {
 namespace {
 
-struct Walk {
-  const ProcessImage* image;
-  std::vector<StackFrame>* frames;
-  std::size_t most;
-  StackFrame (ProcessImage::*describe)(std::uint64_t, bool) const;
-};
-
 std::string readable(const char* symbol) {
   int status = 0;
   const std::unique_ptr<char, decltype(&std::free)> name(abi::__cxa_demangle(symbol, nullptr, nullptr, &status),
@@ -94,15 +87,6 @@ bool ProcessImage::setRegisters(Dwfl_Thread* thread, void* image) {
   return dwfl_thread_state_registers(thread, 0, static_cast<unsigned>(words.size()), words.data());
 }
 
-int ProcessImage::addFrame(Dwfl_Frame* frame, void* walk) {
-  auto& [image, frames, most, describeFrame] = *static_cast<Walk*>(walk);
-  Dwarf_Addr address = 0;
-  bool isActive = false;
-  if (frames->size() >= most || !dwfl_frame_pc(frame, &address, &isActive)) return DWARF_CB_ABORT;
-  frames->push_back((image->*describeFrame)(address, !isActive));
-  return DWARF_CB_OK;
-}
-
 bool ProcessImage::isInModule(std::uint64_t address) const {
   return dwfl_addrmodule(dwfl_, address) != nullptr;
 }
@@ -117,8 +101,16 @@ std::vector<StackFrame> ProcessImage::frames(pid_t thread, ThreadRegisters regis
   thread_ = thread;
   registers_ = std::move(registers);
   const std::size_t before = frames.size();
-  Walk walk{this, &frames, most, &ProcessImage::describe};
-  dwfl_getthread_frames(dwfl_, thread, &ProcessImage::addFrame, &walk);
+  auto add = [&](Dwfl_Frame* frame) {
+    Dwarf_Addr address = 0;
+    bool isActive = false;
+    if (frames.size() >= most || !dwfl_frame_pc(frame, &address, &isActive)) return DWARF_CB_ABORT;
+    frames.push_back(describe(address, !isActive));
+    return DWARF_CB_OK;
+  };
+  using Add = decltype(add);
+  const auto call = [](Dwfl_Frame* frame, void* adds) -> int { return (*static_cast<Add*>(adds))(frame); };
+  dwfl_getthread_frames(dwfl_, thread, call, &add);
   if (frames.size() == before) frames.push_back(describe(registers_.programCounter, before > 0));
   return frames;
 }

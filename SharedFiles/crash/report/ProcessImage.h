@@ -47,7 +47,6 @@ class ProcessImage {
 
  private:
   static bool setRegisters(Dwfl_Thread* thread, void* image);
-  static int addFrame(Dwfl_Frame* frame, void* walk);
   StackFrame describe(std::uint64_t address, bool isReturnAddress) const;
   bool isInModule(std::uint64_t address) const;
 

@@ -4,12 +4,13 @@
 #include <cerrno>
 #include <charconv>
 #include <chrono>
-#include <filesystem>
 #include <string>
 #include <thread>
 
 #include <sys/ptrace.h>
 #include <sys/wait.h>
+
+#include "system/FilePlace.h"
 
 namespace crash {
 namespace {
@@ -38,6 +39,18 @@ bool hasStopped(pid_t thread, Clock::time_point end) {
   }
 }
 
+/// The threads that the process has now, without the crashed one.
+std::vector<pid_t> threadsOf(pid_t process, pid_t crashed) {
+  std::vector<pid_t> threads;
+  const auto names = sys::namesInFolderAt("/proc/" + std::to_string(process) + "/task");
+  for (const std::string& name : names.value_or(std::vector<std::string>())) {
+    pid_t thread = 0;
+    std::from_chars(name.data(), name.data() + name.size(), thread);
+    if (thread > 0 && thread != crashed) threads.push_back(thread);
+  }
+  return threads;
+}
+
 }  // namespace
 
 StoppedThreads::StoppedThreads(pid_t process, pid_t crashed) {
@@ -59,20 +72,6 @@ StoppedThreads::StoppedThreads(pid_t process, pid_t crashed) {
 
 StoppedThreads::~StoppedThreads() {
   for (const pid_t thread : seized_) ::ptrace(PTRACE_DETACH, thread, nullptr, nullptr);
-}
-
-std::vector<pid_t> StoppedThreads::threadsOf(pid_t process, pid_t crashed) {
-  std::vector<pid_t> threads;
-  std::error_code error;
-  const std::string folder = "/proc/" + std::to_string(process) + "/task";
-  for (auto entry = std::filesystem::directory_iterator(folder, error);
-       !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    pid_t thread = 0;
-    std::from_chars(name.data(), name.data() + name.size(), thread);
-    if (thread > 0 && thread != crashed) threads.push_back(thread);
-  }
-  return threads;
 }
 
 }  // namespace crash

@@ -19,9 +19,6 @@ class StoppedThreads {
   /// traced, is left out.
   const std::vector<pid_t>& all() const { return stopped_; }
 
-  /// The other thread ids that the process has now, without the crashed one.
-  static std::vector<pid_t> threadsOf(pid_t process, pid_t crashed);
-
  private:
   std::vector<pid_t> seized_, stopped_;
 };

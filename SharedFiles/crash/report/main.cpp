@@ -12,6 +12,7 @@
 
 #include "SharedFiles/crash/handler/CrashRequest.h"
 #include "SharedFiles/crash/report/CrashReport.h"
+#include "system/FileBytes.h"
 
 namespace {
 
@@ -20,7 +21,8 @@ constexpr unsigned mostSeconds = 9;
 
 std::optional<crash::CrashRequest> readRequest() {
   crash::CrashRequest request;
-  if (::read(STDIN_FILENO, &request, sizeof request) != static_cast<ssize_t>(sizeof request)) return std::nullopt;
+  if (sys::readSome(STDIN_FILENO, &request, sizeof request) != static_cast<ssize_t>(sizeof request))
+    return std::nullopt;
   if (request.mark != crash::CrashRequest::expectedMark || request.size != sizeof request) return std::nullopt;
   request.exception.back() = '\0';
   return request;

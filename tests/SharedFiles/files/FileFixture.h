@@ -12,6 +12,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "SharedFiles/authorization/AuthorizationController.h"
 #include "SharedFiles/files/QVFileManager.h"
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
@@ -87,5 +88,5 @@ class FileFixture : public testing::Test {
 
   ProcessLog log_;
   FakePrivileges privileges_;
-  FileServices services_{.privileges = privileges_};
+  FileServices services_{.privileges = &privileges_};
 };

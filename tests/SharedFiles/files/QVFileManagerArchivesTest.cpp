@@ -5,6 +5,7 @@
 
 #include "SharedFiles/tasks/QVTaskEx.h"
 #include "tests/SharedFiles/files/FileFixture.h"
+#include "tests/system/ThreadsRefused.h"
 
 namespace {
 
@@ -202,8 +203,18 @@ class SettledTools : public FileFixture {
   QTemporaryDir place_;
   QString root_ = place_.path();
   PlatformTools tools_{root_};
-  FileServices fakes_{.tools = tools_, .privileges = privileges_};
+  FileServices fakes_{.tools = tools_, .privileges = &privileges_};
 };
+
+TEST_F(SettledTools, AreNotRunWhereTheSystemGivesNoThread) {
+  addTool("/usr/bin/ditto");
+  const QString source = write("file");
+  const std::stop_source stop;
+  const ThreadsRefused refused;
+  EXPECT_FALSE(QVFileManager::compressFile(source, path("a.zip"), true, fakes_, stop.get_token()));
+  EXPECT_THAT(calls(), ElementsAre());
+  EXPECT_TRUE(log_.entries().value(0).startsWith("No thread could be started: "));
+}
 
 TEST_F(SettledTools, PackAndUnpackWithDitto) {
   addTool("/usr/bin/ditto", "for last; do :; done\n: > \"$last\"\n");

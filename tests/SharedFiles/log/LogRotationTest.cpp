@@ -88,6 +88,29 @@ TEST_F(LogRotation, DropsWhateverStandsInThePlaceOfTheOldest) {
   EXPECT_EQ(output_.str(), "");
 }
 
+TEST_F(LogRotation, NeverReachesThroughALinkThatItCannotDrop) {
+  if (::geteuid() == 0) GTEST_SKIP() << "whom nothing stops";
+  const QString kept = root_.path() + "/kept";
+  put(kept + "/inside", "precious");
+  put(file(1), "stands\n");
+  ASSERT_TRUE(QFile::link(kept, file(5)));
+  const FixedFolder fixed(userFolder());
+  log_->createNewLog();
+  EXPECT_EQ(contents(kept + "/inside"), "precious");
+}
+
+TEST_F(LogRotation, MovesALinkInThePlaceOfTheCurrentLogAndLeavesWhatItLeadsTo) {
+  const QString kept = root_.path() + "/kept";
+  put(kept, "precious");
+  ASSERT_TRUE(QDir().mkpath(userFolder()));
+  ASSERT_TRUE(QFile::link(kept, file(1)));
+  newGeneration("next");
+  EXPECT_EQ(contents(file(1)), header() + line("next"));
+  EXPECT_FALSE(QFileInfo(file(1)).isSymLink());
+  EXPECT_EQ(QFileInfo(file(2)).symLinkTarget(), kept);
+  EXPECT_EQ(contents(kept), "precious");
+}
+
 TEST_F(LogRotation, StopsAtAMoveThatFails) {
   if (::geteuid() == 0) GTEST_SKIP() << "whom nothing stops";
   for (int generation = 1; generation <= 4; ++generation) put(file(generation), QByteArray::number(generation));

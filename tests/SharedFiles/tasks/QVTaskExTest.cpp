@@ -1,7 +1,9 @@
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <system_error>
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
@@ -15,6 +17,7 @@
 #include "tests/SharedFiles/ProcessLog.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/SharedFiles/tasks/Shell.h"
+#include "tests/system/ThreadsRefused.h"
 
 namespace {
 
@@ -157,6 +160,23 @@ TEST_F(TaskRuns, ReturnAtOnceWhenNobodyWaits) {
   elapsed.start();
   while (!QFile::exists(made) && elapsed.elapsed() < 20000) ::usleep(10000);
   EXPECT_TRUE(QFile::exists(made));
+}
+
+TEST_F(TaskRuns, FailWhereTheSystemGivesNoThread) {
+  const auto task = QVTaskEx::create();
+  bool called = false;
+  {
+    const ThreadsRefused refused;
+    EXPECT_FALSE(QVTaskEx::runTask(shell, {"-c", "exit 0"}));
+    EXPECT_EQ(QVTaskEx::terminationCodeFromTask(shell, {"-c", "exit 0"}, 1.0), -1);
+    task->asyncDataFromTask(
+        shell, {"-c", "echo"}, [&called](const QByteArray&, QVTaskEx&, const QVariant&) { called = true; }, QVariant());
+  }
+  EXPECT_EQ(task->theTask(), nullptr);
+  EXPECT_FALSE(called);
+  const QString reason = QString::fromLocal8Bit(std::generic_category().message(EAGAIN).c_str());
+  const QString run = "Exception running task " + shell + ": no thread: " + reason;
+  EXPECT_THAT(log_.entries(), ElementsAre(run, "No thread could be started: " + reason, run, "Exception: " + reason));
 }
 
 // --- Refused paths --------------------------------------------------------------------------------------------------

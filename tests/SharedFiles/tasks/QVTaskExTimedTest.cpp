@@ -102,9 +102,7 @@ TEST_F(TimedTaskRuns, TakeATimeOutThatDoesNotFitForOneThatIsOver) {
     std::atomic<bool> started = false, over = false;
     // What the timer of such a run does, with the program already there.
     ChildProcess& process = *[&] {
-      auto made = std::make_shared<ChildProcess>();
-      made->setLaunchPath("/bin/sleep");
-      made->setArguments({"30"});
+      auto made = std::make_shared<ChildProcess>(ProgramCall{.path = "/bin/sleep", .arguments = {"30"}});
       made->launch();
       task->setTheTask(made);
       return made;
