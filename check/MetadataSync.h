@@ -23,8 +23,6 @@ struct SyncOutcome {
   std::optional<movie::ImageDescription> before, after;
   std::vector<PropertyChange> changes;  ///< in their fixed order; the last one when its setting failed
   bool writtenBack = false;             ///< false when a setting failed: the destination is as it was
-
-  bool isComplete() const;  ///< written back, and nothing failed
 };
 
 /// syncMetadata:dest: copies the three colour properties of the first image description of the source's first video
