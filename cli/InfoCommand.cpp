@@ -32,11 +32,12 @@ std::string videoText(const movie::Media& media) {
 std::string textOf(const movie::Movie& movie) {
   const std::vector<const movie::Track*> tracks = movie.tracksOfMediaType(movie::videoMedia);
   const std::string video = tracks.empty() ? row("video", "no video track") : videoText(tracks.front()->media());
-  const std::string text =
+  std::string text =
       movie.path() + "\n" + video + row("duration", shortNumber(movie::secondsOf(movie.duration())) + " s");
   if (tracks.empty()) return text;
   const double frameRate = QVQuickTime::fpsForMovie(&movie);
-  return text + row("frame rate", frameRate > 0 ? shortNumber(frameRate) + " fps" : "unknown");
+  text += row("frame rate", frameRate > 0 ? shortNumber(frameRate) + " fps" : "unknown");
+  return text;
 }
 
 }  // namespace

@@ -66,7 +66,9 @@ std::string optionSpecs(const OptionDescription& option, const std::string& inde
   if (option.value == Value::File) value = '=' + value + ":file:_files";
   std::string text;
   for (const std::string& name : option.names) {
-    text.append(indent).append(shellQuoted('(' + excluded + ')' + name + value)).append(" \\\n");
+    std::string spec = '(' + excluded + ')';
+    spec.append(name).append(value);
+    text.append(indent).append(shellQuoted(spec)).append(" \\\n");
   }
   return text;
 }
