@@ -19,58 +19,47 @@ bool clipboardHasText() {
   return data != nullptr && data->hasText();
 }
 
+/// Which of the operations have something to do.
+struct Possible {
+  bool undo = false, redo = false, cut = false, copy = false, paste = false, selectAll = false;
+};
+
+Possible possibleIn(const QWidget* widget) {
+  if (const auto* line = qobject_cast<const QLineEdit*>(widget)) {
+    const bool isEdited = !line->isReadOnly(), isSelected = line->hasSelectedText();
+    return {line->isUndoAvailable(),        line->isRedoAvailable(), isEdited && isSelected, isSelected,
+            isEdited && clipboardHasText(), !line->text().isEmpty()};
+  }
+  if (const auto* text = qobject_cast<const QTextEdit*>(widget)) {
+    const QTextDocument& document = *text->document();
+    const bool isEdited = !text->isReadOnly(), isSelected = text->textCursor().hasSelection();
+    return {isEdited && document.isUndoAvailable(),
+            isEdited && document.isRedoAvailable(),
+            isEdited && isSelected,
+            isSelected,
+            isEdited && clipboardHasText(),
+            !document.isEmpty()};
+  }
+  return {};
+}
+
 /// One thing done to a text.
 struct Operation {
-  const char* name;
+  const char* name;  ///< of the action, and of the slot that every text has for it
   QString text;
   QKeySequence key;
-  bool (*possibleInLine)(const QLineEdit&);
-  bool (*possibleInText)(const QTextEdit&);
-  void (*inLine)(QLineEdit&);
-  void (*inText)(QTextEdit&);
+  bool Possible::*isPossible;
 };
 
 QList<Operation> operations() {
-  using Line = QLineEdit;
-  using Text = QTextEdit;
   return {
-      {"undo", QCoreApplication::translate("EditMenu", "&Undo"), QKeySequence(Qt::CTRL | Qt::Key_Z),
-       [](const Line& line) { return line.isUndoAvailable(); },
-       [](const Text& text) { return !text.isReadOnly() && text.document()->isUndoAvailable(); },
-       [](Line& line) { line.undo(); }, [](Text& text) { text.undo(); }},
-      {"redo", QCoreApplication::translate("EditMenu", "&Redo"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z),
-       [](const Line& line) { return line.isRedoAvailable(); },
-       [](const Text& text) { return !text.isReadOnly() && text.document()->isRedoAvailable(); },
-       [](Line& line) { line.redo(); }, [](Text& text) { text.redo(); }},
-      {"cut", QCoreApplication::translate("EditMenu", "Cu&t"), QKeySequence(Qt::CTRL | Qt::Key_X),
-       [](const Line& line) { return !line.isReadOnly() && line.hasSelectedText(); },
-       [](const Text& text) { return !text.isReadOnly() && text.textCursor().hasSelection(); },
-       [](Line& line) { line.cut(); }, [](Text& text) { text.cut(); }},
-      {"copy", QCoreApplication::translate("EditMenu", "&Copy"), QKeySequence(Qt::CTRL | Qt::Key_C),
-       [](const Line& line) { return line.hasSelectedText(); },
-       [](const Text& text) { return text.textCursor().hasSelection(); }, [](Line& line) { line.copy(); },
-       [](Text& text) { text.copy(); }},
-      {"paste", QCoreApplication::translate("EditMenu", "&Paste"), QKeySequence(Qt::CTRL | Qt::Key_V),
-       [](const Line& line) { return !line.isReadOnly() && clipboardHasText(); },
-       [](const Text& text) { return !text.isReadOnly() && clipboardHasText(); }, [](Line& line) { line.paste(); },
-       [](Text& text) { text.paste(); }},
-      {"selectAll", QCoreApplication::translate("EditMenu", "Select &All"), QKeySequence(Qt::CTRL | Qt::Key_A),
-       [](const Line& line) { return !line.text().isEmpty(); },
-       [](const Text& text) { return !text.document()->isEmpty(); }, [](Line& line) { line.selectAll(); },
-       [](Text& text) { text.selectAll(); }},
+      {"undo", QCoreApplication::translate("EditMenu", "&Undo"), Qt::CTRL | Qt::Key_Z, &Possible::undo},
+      {"redo", QCoreApplication::translate("EditMenu", "&Redo"), Qt::CTRL | Qt::SHIFT | Qt::Key_Z, &Possible::redo},
+      {"cut", QCoreApplication::translate("EditMenu", "Cu&t"), Qt::CTRL | Qt::Key_X, &Possible::cut},
+      {"copy", QCoreApplication::translate("EditMenu", "&Copy"), Qt::CTRL | Qt::Key_C, &Possible::copy},
+      {"paste", QCoreApplication::translate("EditMenu", "&Paste"), Qt::CTRL | Qt::Key_V, &Possible::paste},
+      {"selectAll", QCoreApplication::translate("EditMenu", "Select &All"), Qt::CTRL | Qt::Key_A, &Possible::selectAll},
   };
-}
-
-bool isPossible(const Operation& operation, const QWidget* widget) {
-  if (const auto* line = qobject_cast<const QLineEdit*>(widget)) return operation.possibleInLine(*line);
-  if (const auto* text = qobject_cast<const QTextEdit*>(widget)) return operation.possibleInText(*text);
-  return false;
-}
-
-void perform(const Operation& operation, QWidget* widget) {
-  if (!isPossible(operation, widget)) return;
-  if (auto* line = qobject_cast<QLineEdit*>(widget)) operation.inLine(*line);
-  if (auto* text = qobject_cast<QTextEdit*>(widget)) operation.inText(*text);
 }
 
 /// The window's control in focus; menus that are walked through by key have it only for a while.
@@ -100,9 +89,11 @@ void fillEditMenu(QMenu& menu, QMainWindow& window) {
     action->setObjectName(QLatin1String(operation.name));
     action->setShortcut(operation.key);
     action->setAutoRepeat(false);
-    QObject::connect(action, &QAction::triggered, focus, [operation, focus] { perform(operation, focus->widget()); });
-    QObject::connect(&menu, &QMenu::aboutToShow, action,
-                     [operation, focus, action] { action->setEnabled(isPossible(operation, focus->widget())); });
+    const auto isPossible = [focus, which = operation.isPossible] { return possibleIn(focus->widget()).*which; };
+    QObject::connect(action, &QAction::triggered, focus, [isPossible, focus, name = operation.name] {
+      if (isPossible()) QMetaObject::invokeMethod(focus->widget(), name);
+    });
+    QObject::connect(&menu, &QMenu::aboutToShow, action, [isPossible, action] { action->setEnabled(isPossible()); });
     if (operation.name == QLatin1String("redo")) menu.addSeparator();
   }
 }

@@ -17,19 +17,8 @@ LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefault
     : interface_(interface),
       defaults_(defaults),
       services_(std::move(services)),
-      source_{.type = QStringLiteral("source"),
-              .movieView = interface.source.movieView,
-              .timecodeText = interface.source.timecodeText,
-              .filenameText = interface.source.filenameText,
-              .defaultsKey = QStringLiteral("lastSourceFile")},
-      dest_{.type = QStringLiteral("dest"),
-            .movieView = interface.dest.movieView,
-            .timecodeText = interface.dest.timecodeText,
-            .filenameText = interface.dest.filenameText,
-            .defaultsKey = QStringLiteral("lastDestFile")},
-      linkBtn_(interface.linkBtn),
-      linkLabel_(interface.linkLabel),
-      resultsView_(interface.resultsView),
+      source_{QStringLiteral("source"), QStringLiteral("lastSourceFile"), interface.source},
+      dest_{QStringLiteral("dest"), QStringLiteral("lastDestFile"), interface.dest},
       window_(&interface.window()),
       console_(*interface.resultsView) {
   QVCrashline::startCrashline();
@@ -70,45 +59,41 @@ LumacheckAppDelegate::Side& LumacheckAppDelegate::side(const QString& type) {
   return type == source_.type ? source_ : dest_;
 }
 
-// awakeFromNib
 void LumacheckAppDelegate::awakeFromNib() {
   for (Side* each : {&source_, &dest_}) restoreLastFile(*each);
   readQCLogging();
 }
 
 void LumacheckAppDelegate::restoreLastFile(Side& side) {
-  if (!side.filenameText->text().isEmpty()) return;
+  if (!side.controls.filenameText->text().isEmpty()) return;
   const QString last = defaults_.stringForKey(side.defaultsKey);
   if (!last.isNull()) loadQTMovieWithPath(last, side.type);
 }
 
-// applicationDidFinishLaunching:
 void LumacheckAppDelegate::applicationDidFinishLaunching() {
   for (Side* each : {&source_, &dest_}) {
-    connect(each->movieView, &QVMovieView::filesDropped, this, &LumacheckAppDelegate::filesDroppedOnMovieView);
+    connect(each->controls.movieView, &QVMovieView::filesDropped, this, &LumacheckAppDelegate::filesDroppedOnMovieView);
   }
   for (MovieSlot* each : {&source_.master, &source_.display, &dest_.master, &dest_.display}) {
     MovieSlot empty = PlayableMovie::movie();
     empty->setIdling(false);
     setSlot(*each, std::move(empty));
   }
-  for (Side* each : {&source_, &dest_}) each->movieView->setMovie(each->display);
+  for (Side* each : {&source_, &dest_}) each->controls.movieView->setMovie(each->display);
   for (Side* each : {&source_, &dest_}) {
-    const QString path = each->filenameText->text();
+    const QString path = each->controls.filenameText->text();
     if (!path.isEmpty()) loadQTMovieWithPath(path, each->type);
   }
-  for (Side* each : {&source_, &dest_}) observeTime(each->movieView->movie());
+  for (Side* each : {&source_, &dest_}) observeTime(each->controls.movieView->movie());
   updateLink();
   QVQC::sharedController().loadQC(window_);
 }
 
-// applicationWillTerminate:
 void LumacheckAppDelegate::applicationWillTerminate() {
   QVCrashline::stopCrashline();
   QVLog::willTerminate();
 }
 
-// manualUpdateCheck:
 void LumacheckAppDelegate::manualUpdateCheck() {
   interface_.softwareUpdate.manualUpdateCheck();
 }
@@ -121,36 +106,4 @@ LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::slot(const MovieSlot& whic
 void LumacheckAppDelegate::setSlot(MovieSlot& which, MovieSlot movie) {
   const std::lock_guard guard(slots_);
   which.swap(movie);
-}
-
-LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::sourceQTMov() const {
-  return slot(source_.master);
-}
-
-void LumacheckAppDelegate::setSourceQTMov(MovieSlot movie) {
-  setSlot(source_.master, std::move(movie));
-}
-
-LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::destQTMov() const {
-  return slot(dest_.master);
-}
-
-void LumacheckAppDelegate::setDestQTMov(MovieSlot movie) {
-  setSlot(dest_.master, std::move(movie));
-}
-
-LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::sourceQTDisplayMov() const {
-  return slot(source_.display);
-}
-
-void LumacheckAppDelegate::setSourceQTDisplayMov(MovieSlot movie) {
-  setSlot(source_.display, std::move(movie));
-}
-
-LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::destQTDisplayMov() const {
-  return slot(dest_.display);
-}
-
-void LumacheckAppDelegate::setDestQTDisplayMov(MovieSlot movie) {
-  setSlot(dest_.display, std::move(movie));
 }

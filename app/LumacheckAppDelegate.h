@@ -17,11 +17,11 @@
 class MainInterface;
 class QCheckBox;
 class QFileDialog;
-class QLabel;
 class QLineEdit;
 class QVMovieView;
 class QVQTWindow;
 class UserDefaults;
+struct SideInterface;
 
 /// What the controller asks of its surroundings. Platform and workspace outlive it.
 struct ControllerServices {
@@ -69,22 +69,22 @@ class LumacheckAppDelegate : public QObject {
 
   // Movie slots. A master and its display copy belong to one file; an empty slot is null.
 
-  MovieSlot sourceQTMov() const;
-  void setSourceQTMov(MovieSlot movie);
-  MovieSlot destQTMov() const;
-  void setDestQTMov(MovieSlot movie);
-  MovieSlot sourceQTDisplayMov() const;
-  void setSourceQTDisplayMov(MovieSlot movie);
-  MovieSlot destQTDisplayMov() const;
-  void setDestQTDisplayMov(MovieSlot movie);
+  MovieSlot sourceQTMov() const { return slot(source_.master); }
+  void setSourceQTMov(MovieSlot movie) { setSlot(source_.master, std::move(movie)); }
+  MovieSlot destQTMov() const { return slot(dest_.master); }
+  void setDestQTMov(MovieSlot movie) { setSlot(dest_.master, std::move(movie)); }
+  MovieSlot sourceQTDisplayMov() const { return slot(source_.display); }
+  void setSourceQTDisplayMov(MovieSlot movie) { setSlot(source_.display, std::move(movie)); }
+  MovieSlot destQTDisplayMov() const { return slot(dest_.display); }
+  void setDestQTDisplayMov(MovieSlot movie) { setSlot(dest_.display, std::move(movie)); }
   QVQTWindow* window() const { return window_; }
   void setWindow(QVQTWindow* window) { window_ = window; }
 
   // Loading. `type` is "source"; any other text means the destination.
 
   void loadQTMovieWithPath(const QString& path, const QString& type);  ///< loadQTMovieWithPath:type:
-  void browseSource();                                                 ///< browseSource:
-  void browseDest();                                                   ///< browseDest:
+  void browseSource() { browse(source_.type); }                        ///< browseSource:
+  void browseDest() { browse(dest_.type); }                            ///< browseDest:
   /// browseDidEnd:returnCode:contextInfo: 1 is OK; the context is the type.
   void browseDidEnd(QFileDialog* panel, int returnCode, const QString& contextInfo);
   void modifySourcePath();                                                    ///< modifySourcePath:
@@ -104,14 +104,14 @@ class LumacheckAppDelegate : public QObject {
 
   // The check and its report.
 
-  void checkAction();                                           ///< checkAction:
-  void checkOnThread();                                         ///< checkOnThread
-  void clearTextView();                                         ///< clearTextView
-  void outputText(const QString& text);                         ///< outputText:
-  void outputBoldText(const QString& text);                     ///< outputBoldText:
-  void outputErrorText(const QString& text);                    ///< outputErrorText:
-  void outputBoldErrorText(const QString& text);                ///< outputBoldErrorText:
-  void outputText(const QString& text, bool error, bool bold);  ///< outputText:error:bold:
+  void checkAction() { checkOnThread(); }                                          ///< checkAction:
+  void checkOnThread();                                                            ///< checkOnThread
+  void clearTextView() { console_.clearTextView(); }                               ///< clearTextView
+  void outputText(const QString& text) { outputText(text, false, false); }         ///< outputText:
+  void outputBoldText(const QString& text) { outputText(text, false, true); }      ///< outputBoldText:
+  void outputErrorText(const QString& text) { outputText(text, true, false); }     ///< outputErrorText:
+  void outputBoldErrorText(const QString& text) { outputText(text, true, true); }  ///< outputBoldErrorText:
+  void outputText(const QString& text, bool error, bool bold);                     ///< outputText:error:bold:
 
   // The metadata sync and the saving of the destination.
 
@@ -123,19 +123,17 @@ class LumacheckAppDelegate : public QObject {
   /// savePanelDidEnd:returnCode:contextInfo: 1 is OK; the context is not used.
   void savePanelDidEnd(QFileDialog* panel, int returnCode, void* contextInfo);
 
-  /// What Save As writes with; writeCopy by default.
+  /// What Save As writes with; Movie::writeToFile by default.
   void setCopyWriter(CopyWriter writer) { copyWriter_ = std::move(writer); }
 
   const KeyTable& keys() const { return keys_; }
 
  private:
-  /// One side's slots and controls.
+  /// One side's controls and slots.
   struct Side {
-    QString type;
+    const QString type, defaultsKey;
+    const SideInterface& controls;
     MovieSlot master = {}, display = {};
-    QVMovieView* movieView = nullptr;
-    QLineEdit *timecodeText = nullptr, *filenameText = nullptr;
-    QString defaultsKey;
   };
 
   Side& side(const QString& type);
@@ -162,11 +160,8 @@ class LumacheckAppDelegate : public QObject {
   mutable std::mutex slots_;
   Side source_, dest_;
   bool disableSync_ = false;
-  QCheckBox* linkBtn_;
-  QLabel* linkLabel_;
-  ResultsView* resultsView_;
   QVQTWindow* window_;
   ViewConsole console_;
   KeyTable keys_;
-  CopyWriter copyWriter_ = writeCopy;
+  CopyWriter copyWriter_ = &movie::Movie::writeToFile;
 };

@@ -2,10 +2,10 @@
 
 #include <QAction>
 #include <QCheckBox>
+#include <QDialog>
 #include <QFile>
-#include <QSignalBlocker>
 #include <QUrl>
-#include <mutex>
+#include <atomic>
 
 #include "SharedFiles/MakerHosts.h"
 #include "SharedFiles/analytics/AnalyticsPreferences.h"
@@ -15,7 +15,6 @@
 #include "app/MainInterface.h"
 #include "app/dialogs/AboutDialog.h"
 #include "app/dialogs/BusySheet.h"
-#include "app/dialogs/PreferencesDialog.h"
 
 namespace {
 
@@ -29,24 +28,11 @@ TroubleshootingServices troubleshooting(const ControllerServices& services) {
   return {.paths = services.paths, .files = {.paths = services.paths}, .workspace = services.workspace};
 }
 
-/// How far a gathering is: noted by the thread that gathers, told by the main thread.
-class NotedProgress {
- public:
-  void note(const GatheringProgress& progress) {
-    const std::lock_guard guard(mutex_);
-    progress_ = progress;
-  }
-  QString text() const {
-    const std::lock_guard guard(mutex_);
-    const QString text = progress_.packing ? LumacheckAppDelegate::tr("Packing… Files collected: %1")
-                                           : LumacheckAppDelegate::tr("Files collected: %1");
-    return text.arg(progress_.files);
-  }
-
- private:
-  mutable std::mutex mutex_;
-  GatheringProgress progress_;
-};
+QString textOf(const GatheringProgress& progress) {
+  const QString text = progress.packing ? LumacheckAppDelegate::tr("Packing… Files collected: %1")
+                                        : LumacheckAppDelegate::tr("Files collected: %1");
+  return text.arg(progress.files);
+}
 
 }  // namespace
 
@@ -63,8 +49,8 @@ void LumacheckAppDelegate::connectMenus() {
   wire(menus.check, &Self::checkAction);
   wire(menus.sync, [this] { syncMetadata(); });
   wire(menus.swap, &Self::swapMovies);
-  wire(menus.link, [this] { linkBtn_->click(); });
-  connect(linkBtn_, &QCheckBox::toggled, menus.link, &QAction::setChecked);
+  wire(menus.link, [this] { interface_.linkBtn->click(); });
+  connect(interface_.linkBtn, &QCheckBox::toggled, menus.link, &QAction::setChecked);
   wire(menus.fullScreen, [this] { window_->setWindowState(window_->windowState() ^ Qt::WindowFullScreen); });
   wire(menus.userManual, &Self::helpUserManual);
   wire(menus.keys, [this] { keys_.show(*window_); });
@@ -77,7 +63,7 @@ void LumacheckAppDelegate::connectMenus() {
   wire(menus.viewTaskLog, &Self::viewTaskLog);
   wire(menus.gatherLogs, &Self::gatherLogs);
   wire(menus.updateCheck, &Self::manualUpdateCheck);
-  wire(menus.about, [this] { AboutDialog::showOver(*window_); });
+  wire(menus.about, [this] { showAboutDialog(*window_); });
   connect(interface_.qcLoggingCheck, &QCheckBox::clicked, this,
           [this] { prefsToggleQCLogging(interface_.qcLoggingCheck); });
 }
@@ -94,30 +80,25 @@ void LumacheckAppDelegate::readQCLogging() {
   interface_.qcLoggingCheck->setChecked(decision.toLongLong() != 0);
 }
 
-// prefsToggleQCLogging:
 void LumacheckAppDelegate::prefsToggleQCLogging(const QCheckBox* sender) {
   AnalyticsPreferences(services_.paths)
       .setObject(sender->checkState() == Qt::Checked, AnalyticsPreferences::decisionKey);
 }
 
-// helpUserManual:
 void LumacheckAppDelegate::helpUserManual() {
   const QString manual =
       QVLocalPaths::libraryDirectory(false, services_.paths) + "/Documentation/Quorvane/Vextrel User Manual.pdf";
   if (QFile::exists(manual)) services_.workspace.openFile(manual);
 }
 
-// helpVextrelHome:
 void LumacheckAppDelegate::helpVextrelHome() {
   services_.workspace.openURL(page(makerHosts::web, "/vextrel/"));
 }
 
-// helpSupport:
 void LumacheckAppDelegate::helpSupport() {
   services_.workspace.openURL(page(makerHosts::support, "/vextrel/"));
 }
 
-// helpQVHome:
 void LumacheckAppDelegate::helpQVHome() {
   services_.workspace.openURL(page(makerHosts::web, QString()));
 }
@@ -127,44 +108,38 @@ QString LumacheckAppDelegate::shortName() const {
   return name.isNull() ? QStringLiteral("vextrel") : name;
 }
 
-// helpReportBug:
 void LumacheckAppDelegate::helpReportBug() {
   const QString version = services_.bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString"));
   services_.workspace.openURL(page(makerHosts::support, "/vextrel/bugreport?app=" + shortName() + "&version=" +
                                                             QString::fromLatin1(QUrl::toPercentEncoding(version))));
 }
 
-// helpSuggestFeature:
 void LumacheckAppDelegate::helpSuggestFeature() {
   services_.workspace.openURL(page(makerHosts::support, "/vextrel/featurerequest?app=" + shortName()));
 }
 
-// viewLog:
 void LumacheckAppDelegate::viewLog() {
   QVTroubleshootingUtils::viewLogForApp(applicationName, troubleshooting(services_));
 }
 
-// viewTaskLog:
 void LumacheckAppDelegate::viewTaskLog() {
   QVTroubleshootingUtils::viewTaskLogForApp(applicationName, troubleshooting(services_));
 }
 
-// gatherLogs:
 void LumacheckAppDelegate::gatherLogs() {
   if (gathering_) return;  // two would share their working folder
   gathering_ = true;
-  NotedProgress progress;
+  std::atomic<GatheringProgress> progress;  // noted by the thread that gathers, told by the main thread
   TroubleshootingServices services = troubleshooting(services_);
-  services.watch.progress = [&progress](const GatheringProgress& now) { progress.note(now); };
+  services.watch.progress = [&progress](const GatheringProgress& now) { progress = now; };
   const auto gather = [&services](const std::stop_token& stop) {
     services.watch.stop = stop;
     QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
   };
-  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return progress.text(); }});
+  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return textOf(progress); }});
   gathering_ = false;
 }
 
-// printOperationWithSettings:error:
 const void* LumacheckAppDelegate::printOperationWithSettings(const QVariantMap& /*settings*/, QString* /*error*/) {
   return nullptr;
 }

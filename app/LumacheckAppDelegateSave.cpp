@@ -9,8 +9,7 @@
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/log/QVLog.h"
 #include "app/LumacheckAppDelegate.h"
-#include "app/Subclasses/QVMovieView.h"
-#include "app/Subclasses/QVQTWindow.h"
+#include "app/MainInterface.h"
 #include "app/dialogs/FlattenedSave.h"
 #include "app/dialogs/MoviePanel.h"
 #include "check/MetadataSync.h"
@@ -34,7 +33,6 @@ bool wasReplacedBy(const std::string& path, const movie::Movie& content) {
 
 }  // namespace
 
-// syncMetadata:
 void LumacheckAppDelegate::syncMetadata() {
   QVLog::appendLog("Syncing metadata...");
   syncMetadata(sourceQTMov(), destQTMov());
@@ -42,7 +40,7 @@ void LumacheckAppDelegate::syncMetadata() {
   const MovieSlot master = destQTMov();
   setDestQTDisplayMov(master ? master->copy() : nullptr);
   try {
-    dest_.movieView->setMovie(destQTDisplayMov());
+    dest_.controls.movieView->setMovie(destQTDisplayMov());
   } catch (const QVPlatformException& exception) {
     QVLog::appendLog("Exception loading source movie: %@", exception.reason());
   }
@@ -51,12 +49,10 @@ void LumacheckAppDelegate::syncMetadata() {
                                      window_);
 }
 
-// syncMetadata:dest:
 void LumacheckAppDelegate::syncMetadata(const MovieSlot& source, const MovieSlot& dest) {
   if (source && dest) check::syncMetadata(source->content(), dest->content());
 }
 
-// saveDest:
 void LumacheckAppDelegate::saveDest() {
   QVLog::appendLog("Saving...");
   const MovieSlot master = destQTMov();
@@ -73,7 +69,6 @@ void LumacheckAppDelegate::saveDest() {
   for (const std::string& note : saved->notes) QVLog::appendLog("%@", QString::fromStdString(note));
 }
 
-// saveDestAs:
 void LumacheckAppDelegate::saveDestAs() {
   auto* const panel = makeMoviePanel(*window_, tr("Save the destination as"));
   panel->setAcceptMode(QFileDialog::AcceptSave);
@@ -83,7 +78,6 @@ void LumacheckAppDelegate::saveDestAs() {
   panel->open();
 }
 
-// savePanelDidEnd:returnCode:contextInfo:
 void LumacheckAppDelegate::savePanelDidEnd(QFileDialog* panel, int returnCode, void* /*contextInfo*/) {
   constexpr int ok = 1;
   if (returnCode != ok) return;

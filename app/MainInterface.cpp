@@ -2,6 +2,8 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDialog>
+#include <QDialogButtonBox>
 #include <QFontDatabase>
 #include <QFontMetrics>
 #include <QHBoxLayout>
@@ -10,11 +12,11 @@
 #include <QPushButton>
 #include <QSlider>
 #include <QSplitter>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 #include <initializer_list>
 
-#include "app/dialogs/PreferencesDialog.h"
 #include "app/widgets/PathField.h"
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
@@ -40,8 +42,9 @@ int widest(const QFontMetrics& metrics, std::initializer_list<QString> words) {
 }
 
 /// Styles leave a long text hardly any room at its sides.
-QPushButton* button(const QString& text) {
+QPushButton* button(const QString& text, const QString& toolTip = {}) {
   auto* const made = new QPushButton(text);
+  made->setToolTip(toolTip);
   const int roomy = made->fontMetrics().horizontalAdvance(text) + 3 * spacing;
   made->setMinimumWidth(std::max(made->sizeHint().width(), roomy));
   return made;
@@ -63,8 +66,7 @@ QLineEdit* timecodeField(const QString& name) {
 MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_unique<QVQTWindow>()) {
   window_->setWindowTitle(QStringLiteral("Lumacheck"));
   menus = MenuBar::in(*window_);
-  preferences = new PreferencesDialog(*window_);
-  qcLoggingCheck = preferences->qcLoggingCheck;
+  makePreferences();
   source = makeSide({tr("Source"), tr("Drop the source movie here"), tr("Path of the source movie")}, makeView());
   dest = makeSide({tr("Destination"), tr("Drop the destination movie here"), tr("Path of the destination movie")},
                   makeView());
@@ -78,6 +80,27 @@ MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_uniqu
 }
 
 MainInterface::~MainInterface() = default;
+
+void MainInterface::makePreferences() {
+  preferences = new QDialog(window_.get());
+  preferences->setObjectName(QStringLiteral("preferences"));
+  preferences->setWindowTitle(tr("Preferences"));
+  qcLoggingCheck = new QCheckBox(tr("&Send anonymous usage data to Quorvane"));
+  qcLoggingCheck->setObjectName(QStringLiteral("qcLoggingCheck"));
+  auto* const note =
+      new QLabel(tr("It is anonymous: when Lumacheck starts, and on which system.\n"
+                    "Nothing of your movies, nor their names."));
+  note->setIndent(qcLoggingCheck->style()->pixelMetric(QStyle::PM_IndicatorWidth) +
+                  qcLoggingCheck->style()->pixelMetric(QStyle::PM_CheckBoxLabelSpacing));
+  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, preferences, &QDialog::reject);
+  auto* const column = new QVBoxLayout(preferences);
+  column->setSizeConstraint(QLayout::SetFixedSize);
+  column->addWidget(qcLoggingCheck);
+  column->addWidget(note);
+  column->addSpacing(column->spacing());
+  column->addWidget(buttons);
+}
 
 SideInterface MainInterface::makeSide(const SideTexts& texts, QVMovieView* movieView) {
   const QString& name = texts.name;
@@ -120,9 +143,8 @@ QWidget* MainInterface::linkColumn() {
   linkBtn = new QCheckBox;
   linkBtn->setAccessibleName(tr("Link the playheads"));
   linkBtn->setToolTip(tr("Movies of the same length move together"));
-  swapBtn = button(tr("Swap"));
+  swapBtn = button(tr("Swap"), tr("Source becomes destination, and the other way round"));
   swapBtn->setAccessibleName(tr("Swap source and destination"));
-  swapBtn->setToolTip(tr("Source becomes destination, and the other way round"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   column->addStretch();
@@ -140,10 +162,8 @@ QWidget* MainInterface::bottomPanel() {
   syncBtn = button(tr("Sync Metadata"));
   //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
   syncBtn->setToolTip(tr("Copies the source's colour metadata onto the destination"));
-  saveBtn = button(tr("Save"));
-  saveBtn->setToolTip(tr("Saves the destination's metadata in place"));
-  saveAsBtn = button(tr("Save As…"));
-  saveAsBtn->setToolTip(tr("Saves the destination as a self-contained copy"));
+  saveBtn = button(tr("Save"), tr("Saves the destination's metadata in place"));
+  saveAsBtn = button(tr("Save As…"), tr("Saves the destination as a self-contained copy"));
   resultsView = new ResultsView;
   resultsView->setAccessibleName(tr("Results"));
   auto* const panel = new QWidget;

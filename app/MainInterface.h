@@ -10,8 +10,8 @@
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
 
-class PreferencesDialog;
 class QCheckBox;
+class QDialog;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -50,7 +50,7 @@ class MainInterface {
   ResultsView* resultsView = nullptr;
   QVSoftwareUpdate softwareUpdate;
   MenuBar menus;
-  PreferencesDialog* preferences = nullptr;
+  QDialog* preferences = nullptr;       ///< not modal; closing hides it
   QCheckBox* qcLoggingCheck = nullptr;  ///< in the preferences
 
   /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.
@@ -62,6 +62,7 @@ class MainInterface {
   struct SideTexts {
     QString name, dropHint, pathHint;
   };
+  void makePreferences();
   static SideInterface makeSide(const SideTexts& texts, QVMovieView* movieView);
   static QWidget* sidePanel(const SideInterface& side, const QString& name);
   QWidget* linkColumn();

@@ -40,7 +40,7 @@ def make_source(path, size):
 
 def main():
     options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("--build", type=pathlib.Path, default=TOP / "build/release")
+    options.add_argument("--build", type=pathlib.Path, default=TOP / "build/dev")
     options.add_argument("--pairs", type=int, default=5)
     options.add_argument("--size", type=int, default=2048, help="MiB")
     options.add_argument("--folder", type=pathlib.Path, default=None, help="where the files lie (default: a new folder in the build)")

@@ -79,18 +79,19 @@ def paired(ours, theirs, pairs):
         done = subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True)
         if done.returncode not in (0, 1):
             sys.exit(f"{command[0]} failed with {done.returncode}: {done.stderr}")
+    return in_turns(lambda turn: ours, theirs, pairs)
+
+
+def in_turns(ours, theirs, pairs, prepare=lambda: None):
+    """The same of commands that are known to work; `ours` tells its own of each turn."""
     times = []
     for turn in range(pairs):
+        prepare()
         if turn % 2:
-            second, first = seconds_of(theirs), seconds_of(ours)
+            second, first = seconds_of(theirs), seconds_of(ours(turn))
         else:
-            first, second = seconds_of(ours), seconds_of(theirs)
+            first, second = seconds_of(ours(turn)), seconds_of(theirs)
         times.append((first, second))
-    return medians(times)
-
-
-def medians(times):
-    """Of pairs of seconds: ours, theirs, and the ratio."""
     return (statistics.median(a for a, _ in times), statistics.median(b for _, b in times),
             statistics.median(a / b for a, b in times))
 
@@ -170,29 +171,28 @@ def rows(lumacheck, movies, pairs):
         theirs = ["sh", "-c", f"ffmpeg -v error -nostdin -y -i '{big}' -map 0 -c copy '{out}/save-theirs.mov' && sync '{out}/save-theirs.mov'"]
         subprocess.run(["cp", "--reflink=never", big, target], check=True)
         os.sync()
-        times = []
-        for turn in range(pairs):
-            ours = [lumacheck, "sync", sources[turn % 2], str(target)]
-            pair = [seconds_of(ours), seconds_of(theirs)] if turn % 2 else [seconds_of(theirs), seconds_of(ours)][::-1]
-            times.append(pair)
-        report("metadata save of a 2 GB movie : ffmpeg -c copy and sync", *medians(times), 0.05)
-        written, pages = bytes_written_by([lumacheck, "sync", sources[pairs % 2], str(target)])
+
+        def ours(turn):
+            return [lumacheck, "sync", sources[turn % 2], str(target)]
+
+        report("metadata save of a 2 GB movie : ffmpeg -c copy and sync", *in_turns(ours, theirs, pairs), 0.05)
+        written, pages = bytes_written_by(ours(pairs))
         allowed = 2 * movie_atom_size(target) + (64 << 10)
         print(f"{'bytes written by one such save':<58} {written:8d} ({pages} in pages)   goal {allowed}"
               f"  {'met' if written <= allowed else 'MISSED'}", flush=True)
 
     def copy():
         big, source = movies.large(), str(movies.tagged("1.8"))
-        times = []
-        for turn in range(pairs):
+        ours = [lumacheck, "sync", source, str(big), "--save-as", str(out / "copy-ours.mov")]
+        theirs = ["sh", "-c", f"cp --reflink=never '{big}' '{out}/copy-theirs.mov' && sync '{out}/copy-theirs.mov'"]
+
+        def clear():
             for name in ("copy-ours.mov", "copy-theirs.mov"):
                 (out / name).unlink(missing_ok=True)
             os.sync()
-            ours = [lumacheck, "sync", source, str(big), "--save-as", str(out / "copy-ours.mov")]
-            theirs = ["sh", "-c", f"cp --reflink=never '{big}' '{out}/copy-theirs.mov' && sync '{out}/copy-theirs.mov'"]
-            pair = [seconds_of(ours), seconds_of(theirs)] if turn % 2 else [seconds_of(theirs), seconds_of(ours)][::-1]
-            times.append(pair)
-        report("flattened copy of a 2 GB movie : cp --reflink=never and sync", *medians(times), 1.1)
+
+        report("flattened copy of a 2 GB movie : cp --reflink=never and sync",
+               *in_turns(lambda turn: ours, theirs, pairs, clear), 1.1)
 
     return {"prores": prores, "h264": h264, "info": info, "length": length, "memory": memory, "save": save, "copy": copy}
 

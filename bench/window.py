@@ -17,6 +17,7 @@ def median_of(command, runs=9):
 
 def main():
     parser = whole_process.parser_of(__doc__)
+    parser.set_defaults(build=whole_process.TOP / "build" / "dev")  # which builds bench_window
     parser.add_argument("--seconds", type=int, default=10)
     options = parser.parse_args()
     movies = whole_process.Movies(options.movies)

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "SharedFiles/log/QVLog.h"
+#include "movie/Movie.h"
 
 namespace check {
 
@@ -25,6 +26,15 @@ int colorInfoCompare(ColorInfo source, ColorInfo dest) {
 
 bool isColorInfoSet(const ColorInfo& info) {
   return info != ColorInfo{};
+}
+
+movie::ImageDescription firstDescription(const movie::Media& media) {
+  return media.imageDescription(1).value_or(movie::ImageDescription(movie::Bytes{}));
+}
+
+ColorInfo colorInfoOf(const movie::ImageDescription& description) {
+  ColorInfo none;
+  return description.nclc().value_or(*zeroColorInfo(&none));
 }
 
 float gammaLevel(std::optional<std::int32_t> fixed) {

@@ -12,13 +12,11 @@
 namespace check {
 namespace {
 
-using movie::ImageDescription;
-
 constexpr movie::FrameImageRequest frameAttributes{320, 240, movie::FrameStyle::Measurement};
 
 /// The first video track's first image description of each side, which is all the metadata section looks at.
 struct DescriptionPair {
-  std::optional<ImageDescription> source, dest;  ///< none when the media has no sample description
+  movie::ImageDescription source, dest;
 };
 
 std::optional<DescriptionPair> firstDescriptions(const movie::Movie& source, const movie::Movie& dest) {
@@ -31,38 +29,24 @@ std::optional<DescriptionPair> firstDescriptions(const movie::Movie& source, con
                        static_cast<int>(sourceMedia.sampleDescriptionCount()));
   QVLog::fastAppendLog(QStringLiteral("Dest ImageDescription count: %i"),
                        static_cast<int>(destMedia.sampleDescriptionCount()));
-  return DescriptionPair{sourceMedia.imageDescription(1), destMedia.imageDescription(1)};
+  return DescriptionPair{firstDescription(sourceMedia), firstDescription(destMedia)};
 }
 
-float gammaOf(const std::optional<ImageDescription>& description) {
-  return gammaLevel(description ? description->gamma() : std::nullopt);
-}
-
-ColorInfo colorInfoOf(const std::optional<ImageDescription>& description) {
-  ColorInfo info;
-  zeroColorInfo(&info);
-  if (description) info = description->nclc().value_or(info);
-  return info;
-}
-
-std::optional<movie::Bytes> profileOf(const std::optional<ImageDescription>& description) {
-  return description ? description->iccProfile() : std::nullopt;
+/// Says which of the two it is, and gives it back.
+bool outputMatch(bool match, const QString& matching, const QString& different, ReportConsole& console) {
+  match ? console.outputBoldText(matching) : console.outputBoldErrorText(different);
+  return match;
 }
 
 bool compareGammas(const DescriptionPair& descriptions, ReportConsole& console) {
-  const float source = gammaOf(descriptions.source);
-  const float dest = gammaOf(descriptions.dest);
+  const float source = gammaLevel(descriptions.source.gamma());
+  const float dest = gammaLevel(descriptions.dest.gamma());
   console.outputText(source == 0.0F ? QStringLiteral("Source file has no gamma metadata set.")
                                     : formatLog(QStringLiteral("Source gamma metadata: %0.2f"), double{source}));
   console.outputText(dest == 0.0F ? QStringLiteral("Destination file has no gamma metadata set.")
                                   : formatLog(QStringLiteral("Destination gamma metadata: %0.2f"), double{dest}));
-  const bool match = source == dest;
-  if (match) {
-    console.outputBoldText(QStringLiteral("Source and destination gamma metadata match."));
-  } else {
-    console.outputBoldErrorText(QStringLiteral("Source and destination gamma metadata do not match."));
-  }
-  return match;
+  return outputMatch(source == dest, QStringLiteral("Source and destination gamma metadata match."),
+                     QStringLiteral("Source and destination gamma metadata do not match."), console);
 }
 
 bool compareColors(const DescriptionPair& descriptions, ReportConsole& console) {
@@ -72,40 +56,30 @@ bool compareColors(const DescriptionPair& descriptions, ReportConsole& console) 
   const ColorInfo dest = colorInfoOf(descriptions.dest);
   console.outputText(isColorInfoSet(dest) ? QStringLiteral("Destination color metadata is set.")
                                           : QStringLiteral("Destination file has no color metadata set."));
-  const bool match = colorInfoCompare(source, dest) == 0;
-  if (match) {
-    console.outputBoldText(QStringLiteral("Source and destination color metadata match."));
-  } else {
-    console.outputBoldErrorText(QStringLiteral("Source and destination color metadata do not match."));
-  }
-  return match;
+  return outputMatch(colorInfoCompare(source, dest) == 0,
+                     QStringLiteral("Source and destination color metadata match."),
+                     QStringLiteral("Source and destination color metadata do not match."), console);
 }
 
 bool compareProfiles(const DescriptionPair& descriptions, ReportConsole& console) {
-  const std::optional<movie::Bytes> source = profileOf(descriptions.source);
+  const std::optional<movie::Bytes> source = descriptions.source.iccProfile();
   console.outputText(source ? QStringLiteral("Source color space metadata is set.")
                             : QStringLiteral("Source file has no color space metadata set."));
-  const std::optional<movie::Bytes> dest = profileOf(descriptions.dest);
+  const std::optional<movie::Bytes> dest = descriptions.dest.iccProfile();
   console.outputText(dest ? QStringLiteral("Destination color space metadata is set.")
                           : QStringLiteral("Destination file has no color space metadata set."));
-  const bool match = source == dest;  // byte for byte; two absent ones match
-  if (match) {
-    console.outputBoldText(QStringLiteral("Source and destination color space metadata match."));
-  } else {
-    console.outputBoldErrorText(QStringLiteral("Source and destination color space metadata do not match."));
-  }
-  return match;
+  // Byte for byte; two absent ones match.
+  return outputMatch(source == dest, QStringLiteral("Source and destination color space metadata match."),
+                     QStringLiteral("Source and destination color space metadata do not match."), console);
 }
 
 std::optional<MetadataFindings> compareMetadata(const movie::Movie& source, const movie::Movie& dest,
                                                 ReportConsole& console) {
   const std::optional<DescriptionPair> descriptions = firstDescriptions(source, dest);
   if (!descriptions) return std::nullopt;
-  MetadataFindings findings;
-  findings.gammaMatch = compareGammas(*descriptions, console);
-  findings.colorMatch = compareColors(*descriptions, console);
-  findings.colorSpaceMatch = compareProfiles(*descriptions, console);
-  return findings;
+  return MetadataFindings{.gammaMatch = compareGammas(*descriptions, console),
+                          .colorMatch = compareColors(*descriptions, console),
+                          .colorSpaceMatch = compareProfiles(*descriptions, console)};
 }
 
 struct FramePair {
@@ -178,7 +152,6 @@ void reportPixels(double v, bool metadataMismatch, ReportConsole& console) {
                              : QStringLiteral("No noticeable gamma shift was found."));
 }
 
-// checkOnThread
 CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console) {
   console.clearTextView();
   console.outputText(QStringLiteral("Checking files..."));

@@ -1,7 +1,5 @@
 #include "check/MetadataSync.h"
 
-#include <utility>
-
 #include "SharedFiles/log/QVLog.h"
 #include "check/ColorInfo.h"
 #include "movie/atoms/AtomTypes.h"
@@ -17,7 +15,7 @@ constexpr movie::NclcParameters fixedColors{movie::code::nclc, 1, 1, 1};
 struct EditedDescription {
   explicit EditedDescription(movie::Media& from, const movie::Movie& movie)
       : media(&from),
-        description(from.imageDescription(1).value_or(movie::ImageDescription(movie::Bytes{}))),
+        description(firstDescription(from)),
         newColorFlavour(movie.file()->isQuickTime() ? movie::ColorAtomFlavour::Nclc
                                                     : movie::ColorAtomFlavour::NclxVideoRange) {}
 
@@ -32,25 +30,6 @@ void logFailure(const QString& format, movie::OSErr result) {
   if (result != movie::noErr) QVLog::appendLog(format, int{result});
 }
 
-void setGammas(EditedDescription& source, EditedDescription& dest) {
-  logFailure(QStringLiteral("Error setting source gamma: %d"), source.description.setGamma(unityGamma));
-  logFailure(QStringLiteral("Error setting dest gamma: %d"), dest.description.setGamma(unityGamma));
-}
-
-void setColors(EditedDescription& source, EditedDescription& dest) {
-  logFailure(QStringLiteral("Error setting source color: %d"),
-             source.description.setNclc(fixedColors, source.newColorFlavour));
-  logFailure(QStringLiteral("Error setting dest color: %d"),
-             dest.description.setNclc(fixedColors, dest.newColorFlavour));
-}
-
-void setProfiles(EditedDescription& source, EditedDescription& dest) {
-  const movie::Bytes& profile = movie::sRGBProfile();
-  if (profile.empty()) return;
-  logFailure(QStringLiteral("Error setting source color space: %d"), source.description.setIccProfile(profile));
-  logFailure(QStringLiteral("Error setting dest color space: %d"), dest.description.setIccProfile(profile));
-}
-
 /// The kind of colour atom that the destination gets where it has none: an ISO one states the range, which is the
 /// pictures' own.
 movie::ColorAtomFlavour flavourFor(movie::Movie& dest, const EditedDescription& edited) {
@@ -59,95 +38,73 @@ movie::ColorAtomFlavour flavourFor(movie::Movie& dest, const EditedDescription& 
   return isFull ? movie::ColorAtomFlavour::NclxFullRange : edited.newColorFlavour;
 }
 
-/// A sync in the making: one step for each property, each telling whether the next may follow.
-class Sync {
- public:
-  Sync(const movie::ImageDescription& source, EditedDescription& dest) : source_(source), dest_(dest) {}
+// The three steps of a sync: each notes its edit, if it makes one, and tells whether the next step may follow.
 
-  bool copyGamma();
-  bool copyColor();
-  bool copyProfile();
-  std::vector<PropertyChange> takeChanges() { return std::move(changes_); }
+using Changes = std::vector<PropertyChange>;
 
- private:
-  bool set(ColorProperty property, movie::OSErr result, const QString& failure);
-  void remove(ColorProperty property, movie::FourCC type, const QString& failure);
-
-  const movie::ImageDescription& source_;
-  EditedDescription& dest_;
-  std::vector<PropertyChange> changes_;
-};
-
-bool Sync::set(ColorProperty property, movie::OSErr result, const QString& failure) {
-  changes_.push_back({property, PropertyEdit::Set, result});
-  logFailure(failure, result);
-  return result == movie::noErr;
+bool noted(Changes& changes, const PropertyChange& change, const QString& failure) {
+  changes.push_back(change);
+  logFailure(failure, change.result);
+  return change.result == movie::noErr || change.edit == PropertyEdit::Remove;
 }
 
-void Sync::remove(ColorProperty property, movie::FourCC type, const QString& failure) {
-  const movie::OSErr result = dest_.description.removeExtension(type);
-  changes_.push_back({property, PropertyEdit::Remove, result});
-  logFailure(failure, result);
-}
-
-bool Sync::copyGamma() {
-  const std::optional<std::int32_t> source = source_.gamma();
-  if (gammaLevel(source) == gammaLevel(dest_.description.gamma())) return true;
+bool copyGamma(const movie::ImageDescription& from, movie::ImageDescription& to, Changes& changes) {
+  const std::optional<std::int32_t> gamma = from.gamma();
+  if (gammaLevel(gamma) == gammaLevel(to.gamma())) return true;
   QVLog::appendLog("Gamma does not match");
-  if (gammaLevel(source) != 0.0F) {
-    return set(ColorProperty::Gamma, dest_.description.setGamma(*source), QStringLiteral("Error setting gamma: %d"));
+  if (gammaLevel(gamma) != 0.0F) {
+    return noted(changes, {ColorProperty::Gamma, PropertyEdit::Set, to.setGamma(*gamma)},
+                 QStringLiteral("Error setting gamma: %d"));
   }
-  remove(ColorProperty::Gamma, movie::code::gama, QStringLiteral("Error removing destination gamma atom: %d"));
-  return true;
+  return noted(changes, {ColorProperty::Gamma, PropertyEdit::Remove, to.removeExtension(movie::code::gama)},
+               QStringLiteral("Error removing destination gamma atom: %d"));
 }
 
-bool Sync::copyColor() {
-  const ColorInfo source = source_.nclc().value_or(ColorInfo{});
-  if (colorInfoCompare(source, dest_.description.nclc().value_or(ColorInfo{})) == 0) return true;
+bool copyColor(const movie::ImageDescription& from, EditedDescription& edited, Changes& changes) {
+  movie::ImageDescription& to = edited.description;
+  const ColorInfo color = colorInfoOf(from);
+  if (colorInfoCompare(color, colorInfoOf(to)) == 0) return true;
   QVLog::appendLog("Colors do not match");
-  if (source.primaries != 0) {
-    return set(ColorProperty::Color, dest_.description.setNclc(source, dest_.newColorFlavour),
-               QStringLiteral("Error setting color: %i"));
+  if (color.primaries != 0) {
+    return noted(changes, {ColorProperty::Color, PropertyEdit::Set, to.setNclc(color, edited.newColorFlavour)},
+                 QStringLiteral("Error setting color: %i"));
   }
-  remove(ColorProperty::Color, movie::code::nclc, QStringLiteral("Error removing destination color atom: %d"));
-  return true;
+  return noted(changes, {ColorProperty::Color, PropertyEdit::Remove, to.removeExtension(movie::code::nclc)},
+               QStringLiteral("Error removing destination color atom: %d"));
 }
 
-bool Sync::copyProfile() {
-  const auto source = source_.iccProfile();
-  if (source && source == dest_.description.iccProfile()) return true;
+bool copyProfile(const movie::ImageDescription& from, movie::ImageDescription& to, Changes& changes) {
+  const auto profile = from.iccProfile();
+  if (profile && profile == to.iccProfile()) return true;
   QVLog::appendLog("Color spaces do not match");
-  if (source) {
-    return set(ColorProperty::ColorSpace, dest_.description.setIccProfile(*source),
-               QStringLiteral("Error setting colorspace: %i"));
+  if (profile) {
+    return noted(changes, {ColorProperty::ColorSpace, PropertyEdit::Set, to.setIccProfile(*profile)},
+                 QStringLiteral("Error setting colorspace: %i"));
   }
-  remove(ColorProperty::ColorSpace, movie::code::iccp, QStringLiteral("Error removing destination color space: %d"));
-  return true;
+  return noted(changes, {ColorProperty::ColorSpace, PropertyEdit::Remove, to.removeExtension(movie::code::iccp)},
+               QStringLiteral("Error removing destination color space: %d"));
 }
 
 }  // namespace
 
-// syncMetadata:dest:
 SyncOutcome syncMetadata(const movie::Movie& source, movie::Movie& dest) {
   const std::vector<const movie::Track*> sourceTracks = source.tracksOfMediaType(movie::videoMedia);
   const std::vector<movie::Track*> destTracks = dest.tracksOfMediaType(movie::videoMedia);
   if (sourceTracks.empty() || destTracks.empty()) return {};
 
-  const auto sourceDescription =
-      sourceTracks.front()->media().imageDescription(1).value_or(movie::ImageDescription(movie::Bytes{}));
+  const movie::ImageDescription from = firstDescription(sourceTracks.front()->media());
   EditedDescription edited(destTracks.front()->media(), dest);
   SyncOutcome outcome;
   outcome.before = edited.description;
-  if (sourceDescription.nclc()) edited.newColorFlavour = flavourFor(dest, edited);
-  Sync sync(sourceDescription, edited);
-  outcome.writtenBack = sync.copyGamma() && sync.copyColor() && sync.copyProfile();
-  outcome.changes = sync.takeChanges();
+  if (from.nclc()) edited.newColorFlavour = flavourFor(dest, edited);
+  outcome.writtenBack = copyGamma(from, edited.description, outcome.changes) &&
+                        copyColor(from, edited, outcome.changes) &&
+                        copyProfile(from, edited.description, outcome.changes);
   if (outcome.writtenBack) edited.putBack();
   outcome.after = outcome.writtenBack ? edited.description : outcome.before;
   return outcome;
 }
 
-// matchMetadata:dest:
 void matchMetadata(movie::Movie& source, movie::Movie& dest) {
   const std::vector<movie::Track*> sourceTracks = source.tracksOfMediaType(movie::videoMedia);
   const std::vector<movie::Track*> destTracks = dest.tracksOfMediaType(movie::videoMedia);
@@ -155,9 +112,17 @@ void matchMetadata(movie::Movie& source, movie::Movie& dest) {
 
   EditedDescription editedSource(sourceTracks.front()->media(), source);
   EditedDescription editedDest(destTracks.front()->media(), dest);
-  setGammas(editedSource, editedDest);
-  setColors(editedSource, editedDest);
-  setProfiles(editedSource, editedDest);
+  movie::ImageDescription& first = editedSource.description;
+  movie::ImageDescription& second = editedDest.description;
+  logFailure(QStringLiteral("Error setting source gamma: %d"), first.setGamma(unityGamma));
+  logFailure(QStringLiteral("Error setting dest gamma: %d"), second.setGamma(unityGamma));
+  logFailure(QStringLiteral("Error setting source color: %d"),
+             first.setNclc(fixedColors, editedSource.newColorFlavour));
+  logFailure(QStringLiteral("Error setting dest color: %d"), second.setNclc(fixedColors, editedDest.newColorFlavour));
+  if (const movie::Bytes& profile = movie::sRGBProfile(); !profile.empty()) {
+    logFailure(QStringLiteral("Error setting source color space: %d"), first.setIccProfile(profile));
+    logFailure(QStringLiteral("Error setting dest color space: %d"), second.setIccProfile(profile));
+  }
   editedSource.putBack();
   editedDest.putBack();
 }

@@ -9,24 +9,4 @@ void ReportConsole::output(const ReportParagraph& paragraph) {
   append(paragraph);
 }
 
-// outputText:
-void ReportConsole::outputText(const QString& text) {
-  output({text, ReportStyle::Normal});
-}
-
-// outputBoldText:
-void ReportConsole::outputBoldText(const QString& text) {
-  output({text, ReportStyle::Bold});
-}
-
-// outputErrorText:
-void ReportConsole::outputErrorText(const QString& text) {
-  output({text, ReportStyle::Error});
-}
-
-// outputBoldErrorText:
-void ReportConsole::outputBoldErrorText(const QString& text) {
-  output({text, ReportStyle::BoldError});
-}
-
 }  // namespace check

@@ -24,10 +24,10 @@ class ReportConsole {
   virtual void clearTextView() = 0;
 
   // Each also writes the text to the application log, the text itself being the log's format.
-  void outputText(const QString& text);           ///< outputText:
-  void outputBoldText(const QString& text);       ///< outputBoldText:
-  void outputErrorText(const QString& text);      ///< outputErrorText:
-  void outputBoldErrorText(const QString& text);  ///< outputBoldErrorText:
+  void outputText(const QString& text) { output({text, ReportStyle::Normal}); }              ///< outputText:
+  void outputBoldText(const QString& text) { output({text, ReportStyle::Bold}); }            ///< outputBoldText:
+  void outputErrorText(const QString& text) { output({text, ReportStyle::Error}); }          ///< outputErrorText:
+  void outputBoldErrorText(const QString& text) { output({text, ReportStyle::BoldError}); }  ///< outputBoldErrorText:
 
  protected:
   virtual void append(const ReportParagraph& paragraph) = 0;

@@ -1,5 +1,3 @@
-#include "cli/CheckCommand.h"
-
 #include <cstdio>
 #include <future>
 #include <memory>
@@ -8,7 +6,7 @@
 
 #include "check/GammaCheck.h"
 #include "cli/CheckJson.h"
-#include "cli/MovieFacts.h"
+#include "cli/Commands.h"
 #include "movie/decode/DecoderModule.h"
 
 namespace cli {
@@ -52,7 +50,7 @@ CommandResult failureResult(const std::vector<SideFailure>& failures, OutputForm
 }
 
 bool lacksFrame(const check::CheckOutcome& outcome) {
-  return outcome.sourceFrameError.has_value() || outcome.destFrameError.has_value();
+  return outcome.sourceFrameError || outcome.destFrameError;
 }
 
 bool isUnmatched(const check::CheckOutcome& outcome) {
@@ -76,14 +74,10 @@ std::string remarksOn(const check::CheckOutcome& outcome) {
   if (!lacksFrame(outcome)) {
     return isUnmatched(outcome) ? complaint(unmatchedSentence(outcome.pixels->commonDiff)) : std::string();
   }
-  std::string remarks;
-  if (outcome.sourceFrameError) {
-    remarks += complaint("The source frame cannot be had. " + outcome.sourceFrameError->message());
-  }
-  if (outcome.destFrameError) {
-    remarks += complaint("The destination frame cannot be had. " + outcome.destFrameError->message());
-  }
-  return remarks;
+  const auto lack = [](const char* side, const std::optional<movie::MovieError>& error) {
+    return error ? complaint(std::string("The ") + side + " frame cannot be had. " + error->message()) : std::string();
+  };
+  return lack("source", outcome.sourceFrameError) + lack("destination", outcome.destFrameError);
 }
 
 CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {
@@ -96,9 +90,8 @@ CommandResult checkSides(const Side& source, const Side& dest, const CheckOption
   if (options.form == OutputForm::Text) {
     result.out = reportText(report.paragraphs(), styling);
   } else {
-    result.out = textOf(checkJson(jsonOf(factsOf(*source.movie), *source.movie, source.time),
-                                  jsonOf(factsOf(*dest.movie), *dest.movie, dest.time), outcome, report.paragraphs(),
-                                  result.status));
+    result.out = textOf(checkJson(jsonOf(*source.movie, source.time), jsonOf(*dest.movie, dest.time), outcome,
+                                  report.paragraphs(), result.status));
   }
   return result;
 }

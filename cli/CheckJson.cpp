@@ -9,85 +9,57 @@ namespace {
 
 constexpr const char* schema = "lumacheck.check/1";
 
-Json numberOrNull(double number) {
-  return std::isfinite(number) ? Json(number) : Json(nullptr);
+JsonValue numberOrNull(double number) {
+  return std::isfinite(number) ? JsonValue(number) : JsonValue(nullptr);
 }
 
-const char* nameOf(check::PixelShift shift) {
-  switch (shift) {
-    case check::PixelShift::Darker:
-      return "darker";
-    case check::PixelShift::Lighter:
-      return "lighter";
-    case check::PixelShift::Unmatched:
-      return "unmatched";
-    case check::PixelShift::None:
-      break;
-  }
-  return "none";
+// In the order of check::PixelShift and check::ReportStyle.
+constexpr const char* shiftNames[] = {"none", "darker", "lighter", "unmatched"};
+constexpr const char* styleNames[] = {"normal", "bold", "error", "boldError"};
+
+JsonValue metadataJson(const std::optional<check::MetadataFindings>& findings) {
+  const auto found = [&](bool check::MetadataFindings::*match) {
+    return findings ? JsonValue((*findings).*match) : JsonValue();
+  };
+  return {{"compared", findings.has_value()},
+          {"gammaMatch", found(&check::MetadataFindings::gammaMatch)},
+          {"colorMatch", found(&check::MetadataFindings::colorMatch)},
+          {"colorSpaceMatch", found(&check::MetadataFindings::colorSpaceMatch)},
+          {"mismatch", findings && findings->mismatch()}};
 }
 
-const char* nameOf(check::ReportStyle style) {
-  switch (style) {
-    case check::ReportStyle::Bold:
-      return "bold";
-    case check::ReportStyle::Error:
-      return "error";
-    case check::ReportStyle::BoldError:
-      return "boldError";
-    case check::ReportStyle::Normal:
-      break;
-  }
-  return "normal";
-}
-
-Json metadataJson(const std::optional<check::MetadataFindings>& findings) {
-  Json json;
-  json["compared"] = findings.has_value();
-  json["gammaMatch"] = findings ? Json(findings->gammaMatch) : Json(nullptr);
-  json["colorMatch"] = findings ? Json(findings->colorMatch) : Json(nullptr);
-  json["colorSpaceMatch"] = findings ? Json(findings->colorSpaceMatch) : Json(nullptr);
-  json["mismatch"] = findings && findings->mismatch();
-  return json;
-}
-
-Json pixelsJson(const check::CheckOutcome& outcome) {
+JsonValue pixelsJson(const check::CheckOutcome& outcome) {
   if (!outcome.pixels || outcome.sourceFrameError || outcome.destFrameError) return nullptr;
   return {{"commonDiff", numberOrNull(outcome.pixels->commonDiff)},
           {"average", numberOrNull(outcome.pixels->average)},
-          {"shift", nameOf(check::pixelShiftOf(outcome.pixels->commonDiff))}};
+          {"shift", shiftNames[static_cast<std::size_t>(check::pixelShiftOf(outcome.pixels->commonDiff))]}};
 }
 
-Json reportJson(const std::vector<check::ReportParagraph>& report) {
-  Json json = Json::array();
+JsonValue reportJson(const std::vector<check::ReportParagraph>& report) {
+  JsonValue json = JsonValue::array();
   for (const check::ReportParagraph& paragraph : report) {
-    json.push_back({{"text", paragraph.text.toStdString()}, {"style", nameOf(paragraph.style)}});
+    json.push_back(
+        {{"text", paragraph.text.toStdString()}, {"style", styleNames[static_cast<std::size_t>(paragraph.style)]}});
   }
   return json;
 }
 
 }  // namespace
 
-Json checkJson(Json source, Json dest, const check::CheckOutcome& outcome,
-               const std::vector<check::ReportParagraph>& report, int exitStatus) {
-  Json json;
-  json["schema"] = schema;
-  json["source"] = std::move(source);
-  json["dest"] = std::move(dest);
-  json["metadata"] = metadataJson(outcome.metadata);
-  json["pixels"] = pixelsJson(outcome);
-  json["tooDark"] = outcome.tooDark;
-  json["report"] = reportJson(report);
-  json["exitStatus"] = exitStatus;
-  return json;
+JsonValue checkJson(JsonValue source, JsonValue dest, const check::CheckOutcome& outcome,
+                    const std::vector<check::ReportParagraph>& report, int exitStatus) {
+  return {{"schema", schema},
+          {"source", std::move(source)},
+          {"dest", std::move(dest)},
+          {"metadata", metadataJson(outcome.metadata)},
+          {"pixels", pixelsJson(outcome)},
+          {"tooDark", outcome.tooDark},
+          {"report", reportJson(report)},
+          {"exitStatus", exitStatus}};
 }
 
-Json checkErrorJson(const std::string& message, const std::string& path, int exitStatus) {
-  Json json;
-  json["schema"] = schema;
-  json["error"] = {{"message", message}, {"path", path}};
-  json["exitStatus"] = exitStatus;
-  return json;
+JsonValue checkErrorJson(const std::string& message, const std::string& path, int exitStatus) {
+  return {{"schema", schema}, {"error", {{"message", message}, {"path", path}}}, {"exitStatus", exitStatus}};
 }
 
 }  // namespace cli

@@ -1,59 +1,63 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
-#include "cli/CheckCommand.h"
-#include "cli/InfoCommand.h"
-#include "cli/SyncCommand.h"
-#include "cli/WindowCommand.h"
+#include "cli/Commands.h"
 
 namespace cli {
 
-/// What an exit status of a subcommand means.
-struct ExitMeaning {
-  int status;
-  const char* meaning;  ///< part of a sentence: no capital, no full stop
+/// Takes a value that was given, "" for a flag. What is wrong with it; empty: nothing.
+using Take = std::function<std::string(const std::string& given)>;
+
+/// What an option's value is, as a shell completes it.
+enum class Value { None, File, Time };
+
+struct OptionDescription {
+  std::vector<std::string> names;  ///< with their dashes, short ones first
+  Value value = Value::None;
+  std::string valueName;                   ///< empty where there is no value
+  std::string description;                 ///< part of a sentence, with a capital and no full stop
+  std::vector<std::string> excludes = {};  ///< options that may not be given beside it, by their long names, in order
+  Take take = {};                          ///< none: it ends the command
 };
 
-/// The whole interface of the command as its parser holds it: the help, the manual page and the shells' completions are
-/// all made of it. Parsing fills the options of the subcommand that is given.
-struct CommandInterface {
-  CLI::App app{"Tells whether a movie suffers a gamma shift against its source.", "lumacheck"};
-  CLI::App* check = nullptr;
-  CLI::App* info = nullptr;
-  CLI::App* sync = nullptr;
-  CheckOptions checkOptions;
-  InfoOptions infoOptions;
-  SyncOptions syncOptions;
-  WindowOptions windowOptions;  ///< of the command itself
+/// An argument that is no option: a movie.
+struct ArgumentDescription {
+  std::string name;
+  std::string description;
+  bool required = false;
+  bool repeated = false;
+  Take take = {};
+};
+
+struct ExitDescription {
+  int status = 0;
+  std::string meaning;  ///< part of a sentence: no capital, no full stop
+};
+
+struct CommandDescription {
+  std::string name;
+  std::string description;  ///< without a full stop
+  std::vector<OptionDescription> options;
+  std::vector<ArgumentDescription> arguments;
+  std::vector<ExitDescription> exits = {};  ///< in ascending order; none of the command itself
+  std::vector<CommandDescription> subcommands = {};
+};
+
+/// What all that can be given is kept in.
+struct GivenOptions {
+  CheckOptions check;
+  InfoOptions info;
+  SyncOptions sync;
+  WindowOptions window;  ///< of the command itself
   std::optional<std::string> logFile;
-
-  CommandInterface();
-  CommandInterface(const CommandInterface&) = delete;
-  CommandInterface& operator=(const CommandInterface&) = delete;
-  CommandInterface(CommandInterface&&) = delete;
-  CommandInterface& operator=(CommandInterface&&) = delete;
-  ~CommandInterface() = default;
-
-  /// The exit statuses of one of the subcommands, in ascending order; none of the command itself.
-  std::vector<ExitMeaning> exitMeanings(const CLI::App& command) const;
-
-  /// The names that the values of options go by in the help.
-  static constexpr auto timeValue = "T";
-  static constexpr auto logValue = "FILE";
-  static constexpr auto newMovieValue = "OUT";
-
- private:
-  void addCommonOptions(CLI::App& command, OutputForm& form);
-  void addTimes();
-  void addCheck();
-  void addInfo();
-  void addSync();
-  void addFooter(CLI::App& command) const;
 };
+
+/// The whole interface of the command: its parser, the help, the manual page and the shells' completions are all made
+/// of it. What it takes fills `given`, which outlives it.
+CommandDescription commandInterface(GivenOptions& given);
 
 }  // namespace cli

@@ -7,11 +7,7 @@
 
 #include <tl/expected.hpp>
 
-#include "cli/CheckCommand.h"
-#include "cli/CommandResult.h"
-#include "cli/InfoCommand.h"
-#include "cli/SyncCommand.h"
-#include "cli/WindowCommand.h"
+#include "cli/Commands.h"
 
 namespace cli {
 

@@ -1,12 +1,12 @@
-#include "cli/InfoCommand.h"
-
 #include <cstdio>
 #include <memory>
 
 #include <nlohmann/json.hpp>
 
+#include "SharedFiles/timecode/QVQuickTime.h"
 #include "cli/ColorText.h"
-#include "cli/MovieFacts.h"
+#include "cli/Commands.h"
+#include "cli/MovieJson.h"
 
 namespace cli {
 namespace {
@@ -17,26 +17,26 @@ std::string row(const char* label, const std::string& value) {
   return start + value + "\n";
 }
 
-std::string videoText(const MovieFacts& facts) {
+std::string videoText(const movie::Media& media) {
   std::string text;
-  if (const std::optional<DescriptionFacts>& description = facts.description) {
-    text += row("gamma", gammaText(description->gammaFixed));
-    text += row("color", colorText(description->color));
-    text += row("profile", profileText(description->profile));
-    text += row("size", std::to_string(description->width) + " x " + std::to_string(description->height));
-    text += row("codec", description->codec);
+  if (const std::optional<movie::ImageDescription> description = media.imageDescription(1)) {
+    text += row("gamma", gammaText(description->gamma()));
+    text += row("color", colorText(description->nclc()));
+    text += row("profile", profileText(description->iccProfile()));
+    text += row("size", std::to_string(description->width()) + " x " + std::to_string(description->height()));
+    text += row("codec", movie::fourCCText(description->codec()));
   }
-  text += row("image descriptions", std::to_string(facts.imageDescriptions));
-  return text;
+  return text + row("image descriptions", std::to_string(media.sampleDescriptionCount()));
 }
 
-std::string textOf(const MovieFacts& facts) {
-  std::string text = facts.path + "\n";
-  text += facts.hasVideo ? videoText(facts) : row("video", "no video track");
-  text += row("duration", shortNumber(facts.duration) + " s");
-  if (facts.hasVideo) {
-    text += row("frame rate", facts.framesPerSecond > 0 ? shortNumber(facts.framesPerSecond) + " fps" : "unknown");
-  }
+std::string textOf(const movie::Movie& movie) {
+  const std::vector<const movie::Track*> tracks = movie.tracksOfMediaType(movie::videoMedia);
+  const std::string video = tracks.empty() ? row("video", "no video track") : videoText(tracks.front()->media());
+  std::string text =
+      movie.path() + "\n" + video + row("duration", shortNumber(movie::secondsOf(movie.duration())) + " s");
+  if (tracks.empty()) return text;
+  const double frameRate = QVQuickTime::fpsForMovie(&movie);
+  text += row("frame rate", frameRate > 0 ? shortNumber(frameRate) + " fps" : "unknown");
   return text;
 }
 
@@ -44,20 +44,17 @@ std::string textOf(const MovieFacts& facts) {
 
 CommandResult runInfoCommand(const InfoOptions& options) {
   CommandResult result;
-  Json array = Json::array();
+  JsonValue array = JsonValue::array();
   for (const std::string& file : options.files) {
     const auto movie = movie::Movie::movieWithFile(file);
     if (!movie) {
       result.err += complaint(movie.error().message());
       result.status = failure;
       array.push_back({{"error", jsonOf(movie.error())}});
-      continue;
-    }
-    const MovieFacts facts = factsOf(**movie);
-    if (options.form == OutputForm::Json) {
-      array.push_back(jsonOf(facts));
+    } else if (options.form == OutputForm::Json) {
+      array.push_back(jsonOf(**movie));
     } else {
-      result.out += (result.out.empty() ? "" : "\n") + textOf(facts);
+      result.out += (result.out.empty() ? "" : "\n") + textOf(**movie);
     }
   }
   if (options.form == OutputForm::Json) result.out = textOf(array);

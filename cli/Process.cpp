@@ -1,13 +1,11 @@
 #include "cli/Process.h"
 
-#include <cerrno>
 #include <csignal>
 
-#include <poll.h>
 #include <signal.h>
 #include <unistd.h>
 
-#include "cli/CommandResult.h"
+#include "cli/Commands.h"
 
 namespace cli {
 namespace {
@@ -51,21 +49,6 @@ NotedInterrupts::~NotedInterrupts() {
 
 int NotedInterrupts::signal() {
   return notedSignal;
-}
-
-bool writeAll(int descriptor, std::string_view bytes) {
-  while (!bytes.empty()) {
-    const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
-    if (written >= 0) {
-      bytes.remove_prefix(static_cast<std::size_t>(written));
-    } else if (errno == EAGAIN) {
-      pollfd ready{descriptor, POLLOUT, 0};
-      ::poll(&ready, 1, -1);
-    } else if (errno != EINTR) {
-      return false;
-    }
-  }
-  return true;
 }
 
 }  // namespace cli

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <array>
-#include <string_view>
 
 #include <signal.h>
 
@@ -25,8 +24,5 @@ class NotedInterrupts {
  private:
   std::array<struct sigaction, 3> before_{};
 };
-
-/// Writes all of it; false with errno set when that fails.
-bool writeAll(int descriptor, std::string_view bytes);
 
 }  // namespace cli

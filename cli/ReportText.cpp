@@ -8,24 +8,13 @@
 namespace cli {
 namespace {
 
-std::string_view startOf(check::ReportStyle style) {
-  switch (style) {
-    case check::ReportStyle::Bold:
-      return "\x1b[1m";
-    case check::ReportStyle::Error:
-      return "\x1b[31m";
-    case check::ReportStyle::BoldError:
-      return "\x1b[1;31m";
-    case check::ReportStyle::Normal:
-      break;
-  }
-  return "";
-}
+// In the order of check::ReportStyle.
+constexpr const char* styleStarts[] = {"", "\x1b[1m", "\x1b[31m", "\x1b[1;31m"};
 
 std::string styled(const check::ReportParagraph& paragraph) {
-  const std::string_view start = startOf(paragraph.style);
+  const std::string start = styleStarts[static_cast<std::size_t>(paragraph.style)];
   const std::string text = paragraph.text.toStdString();
-  return start.empty() ? text : std::string(start) + text + "\x1b[0m";
+  return start.empty() ? text : start + text + "\x1b[0m";
 }
 
 }  // namespace

@@ -1,5 +1,3 @@
-#include "cli/SyncCommand.h"
-
 #include <filesystem>
 #include <memory>
 #include <vector>
@@ -10,6 +8,8 @@
 
 #include "check/MetadataSync.h"
 #include "cli/ColorText.h"
+#include "cli/Commands.h"
+#include "cli/MovieJson.h"
 #include "cli/Process.h"
 #include "movie/Movie.h"
 
@@ -20,49 +20,26 @@ using check::ColorProperty;
 using check::PropertyChange;
 using check::PropertyEdit;
 
-struct Names {
+/// A colour property in words and in documents.
+struct PropertyWords {
   const char* key;    ///< as in the objects of `info`
   const char* title;  ///< in a sentence
+  std::string (*text)(const movie::ImageDescription&);
+  JsonValue (*json)(const movie::ImageDescription&);
 };
 
-Names namesOf(ColorProperty property) {
-  switch (property) {
-    case ColorProperty::Gamma:
-      return {"gamma", "gamma level"};
-    case ColorProperty::Color:
-      return {"color", "color parameters"};
-    case ColorProperty::ColorSpace:
-      return {"profile", "ICC profile"};
-  }
-  return {"", ""};
-}
-
-std::string valueText(ColorProperty property, const DescriptionFacts& facts) {
-  switch (property) {
-    case ColorProperty::Gamma:
-      return gammaText(facts.gammaFixed);
-    case ColorProperty::Color:
-      return colorText(facts.color);
-    case ColorProperty::ColorSpace:
-      return profileText(facts.profile);
-  }
-  return {};
-}
-
-Json valueJson(ColorProperty property, const DescriptionFacts& facts) {
-  switch (property) {
-    case ColorProperty::Gamma:
-      return facts.gammaFixed ? Json(gammaNumber(*facts.gammaFixed)) : Json();
-    case ColorProperty::Color:
-      return facts.color ? jsonOf(*facts.color) : Json();
-    case ColorProperty::ColorSpace:
-      return facts.profile ? jsonOf(*facts.profile) : Json();
-  }
-  return {};
-}
-
-bool isThere(ColorProperty property, const DescriptionFacts& facts) {
-  return !valueJson(property, facts).is_null();
+const PropertyWords& wordsOf(ColorProperty property) {
+  using Description = const movie::ImageDescription&;
+  static const PropertyWords words[] = {
+      // In the order of ColorProperty.
+      {"gamma", "gamma level", [](Description of) { return gammaText(of.gamma()); },
+       [](Description of) { return gammaJson(of.gamma()); }},
+      {"color", "color parameters", [](Description of) { return colorText(of.nclc()); },
+       [](Description of) { return colorJson(of.nclc()); }},
+      {"profile", "ICC profile", [](Description of) { return profileText(of.iccProfile()); },
+       [](Description of) { return profileJson(of.iccProfile()); }},
+  };
+  return words[static_cast<std::size_t>(property)];
 }
 
 /// A sync on its way to a result.
@@ -70,7 +47,6 @@ struct Job {
   SyncOptions options;
   std::unique_ptr<movie::Movie> source, dest;
   check::SyncOutcome outcome;
-  DescriptionFacts before, after;
   std::vector<PropertyChange> changes;  ///< without the removal of what is not there
   std::vector<std::string> complaints;
   std::optional<std::string> savedAs;
@@ -84,7 +60,7 @@ struct Job {
 /// Why a change did not come about; empty when it did.
 std::string problemOf(const PropertyChange& change) {
   if (change.result == movie::noErr) return {};
-  const std::string title = namesOf(change.property).title;
+  const std::string title = wordsOf(change.property).title;
   if (change.edit == PropertyEdit::Remove)
     return "The source has no " + title + ", and the destination's could not be removed: it is still there.";
   return "The " + title + " could not be set (error " + std::to_string(change.result) + "); nothing was changed.";
@@ -108,10 +84,9 @@ bool sync(Job& job) {
     job.complaints.push_back((lacking ? job.options.source : job.options.dest) + ": The movie has no video track.");
     return false;
   }
-  job.before = factsOf(*job.outcome.before);
-  job.after = factsOf(*job.outcome.after);
   for (const PropertyChange& change : job.outcome.changes) {
-    if (change.edit == PropertyEdit::Remove && !isThere(change.property, job.before)) continue;
+    const bool wasThere = !wordsOf(change.property).json(*job.outcome.before).is_null();
+    if (change.edit == PropertyEdit::Remove && !wasThere) continue;
     job.changes.push_back(change);
     if (std::string problem = problemOf(change); !problem.empty()) job.complaints.push_back(std::move(problem));
   }
@@ -178,8 +153,9 @@ std::string textOf(const Job& job) {
   std::string text;
   for (const PropertyChange& change : job.changes) {
     if (change.result != movie::noErr) continue;
-    text += std::string(namesOf(change.property).key) + ": " + valueText(change.property, job.before) + " -> " +
-            valueText(change.property, job.after) + "\n";
+    const PropertyWords& words = wordsOf(change.property);
+    text += std::string(words.key) + ": " + words.text(*job.outcome.before) + " -> " + words.text(*job.outcome.after) +
+            "\n";
   }
   if (text.empty()) text = "Nothing to change.\n";
   if (job.savedAs) return text + "Saved: " + *job.savedAs + "\n";
@@ -187,19 +163,20 @@ std::string textOf(const Job& job) {
   return text + (job.options.mode == SyncMode::DryRun ? "Not saved: this was a dry run.\n" : "Not saved.\n");
 }
 
-Json jsonOf(const Job& job, int status) {
-  Json document{{"schema", "lumacheck.sync/1"}, {"source", job.options.source}, {"dest", job.options.dest}};
-  document["changes"] = Json::array();
+JsonValue jsonOf(const Job& job, int status) {
+  JsonValue document{{"schema", "lumacheck.sync/1"}, {"source", job.options.source}, {"dest", job.options.dest}};
+  document["changes"] = JsonValue::array();
   for (const PropertyChange& change : job.changes) {
     const std::string problem = problemOf(change);
-    document["changes"].push_back({{"property", namesOf(change.property).key},
+    const PropertyWords& words = wordsOf(change.property);
+    document["changes"].push_back({{"property", words.key},
                                    {"action", change.edit == PropertyEdit::Set ? "set" : "remove"},
-                                   {"before", valueJson(change.property, job.before)},
-                                   {"after", valueJson(change.property, job.after)},
-                                   {"error", problem.empty() ? Json() : Json(problem)}});
+                                   {"before", words.json(*job.outcome.before)},
+                                   {"after", words.json(*job.outcome.after)},
+                                   {"error", problem.empty() ? JsonValue() : JsonValue(problem)}});
   }
   document["saved"] = job.savedAs.has_value();
-  document["path"] = job.savedAs ? Json(*job.savedAs) : Json();
+  document["path"] = job.savedAs ? JsonValue(*job.savedAs) : JsonValue();
   document["exitStatus"] = status;
   return document;
 }

@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <optional>
 #include <string_view>
 #include <vector>
 
@@ -47,17 +46,12 @@ std::optional<double> parsedSeconds(const std::string& text) {
   return seconds;
 }
 
-const movie::Track* videoTrack(const movie::Movie& movie) {
-  const std::vector<const movie::Track*> tracks = movie.tracksOfMediaType(movie::videoMedia);
-  return tracks.empty() ? nullptr : tracks.front();
-}
-
 /// A multiple of the video media's scale, so that frames start on whole units; at most 1 us a unit, so that rounding
 /// does not reach into the next frame.
 std::int32_t scaleFor(const movie::Movie& movie) {
   constexpr std::int32_t coarsest = 1'000'000;
-  const movie::Track* video = videoTrack(movie);
-  const std::int32_t scale = std::max(video != nullptr ? video->media().timeScale() : movie.timeScale(), 1);
+  const std::vector<const movie::Track*> video = movie.tracksOfMediaType(movie::videoMedia);
+  const std::int32_t scale = std::max(video.empty() ? movie.timeScale() : video.front()->media().timeScale(), 1);
   return scale < coarsest ? scale * ((coarsest + scale - 1) / scale) : scale;
 }
 
@@ -69,7 +63,8 @@ tl::unexpected<std::string> outside(const TimeArgument& argument, const movie::M
                              ", which lasts " + duration + " s" + from + ".");
 }
 
-Placed placeSeconds(double seconds, const TimeArgument& argument, const movie::Movie& movie) {
+Placed placeSeconds(const TimeArgument& argument, const movie::Movie& movie) {
+  const double seconds = *argument.seconds;
   const double duration = movie::secondsOf(movie.duration());
   if (seconds < 0 || seconds >= duration) return outside(argument, movie, {});
   const std::int32_t scale = scaleFor(movie);
@@ -88,12 +83,12 @@ movie::MovieTime timeOf(const QString& timecode, const movie::Movie& movie) {
   return QVQuickTime::qtTimeFromTimecode(QString::number(hours + 24) + timecode.mid(hourDigits), &movie);
 }
 
-Placed placeTimecode(const TimeArgument::Timecode& timecode, const TimeArgument& argument, const movie::Movie& movie) {
+Placed placeTimecode(const TimeArgument& argument, const movie::Movie& movie) {
   if (QVQuickTime::fpsForMovie(&movie) <= 0) {
     return tl::make_unexpected("The timecode " + quoted(argument.text) + " means nothing in " + quoted(movie.path()) +
                                ", which has no video frames to count.");
   }
-  const QString full = QVQuickTime::completedTimecode(QString::fromStdString(timecode.typed), &movie);
+  const QString full = QVQuickTime::completedTimecode(QString::fromStdString(argument.text), &movie);
   if (!isFullTimecode(full.toStdString())) return tl::make_unexpected(quoted(argument.text) + " is no timecode.");
   const movie::MovieTime time = timeOf(full, movie);
   if (time.value < 0 || movie::secondsOf(time) >= movie::secondsOf(movie.duration())) {
@@ -107,18 +102,15 @@ Placed placeTimecode(const TimeArgument::Timecode& timecode, const TimeArgument&
 tl::expected<TimeArgument, std::string> parseTimeArgument(const std::string& text) {
   if (text.find_first_of(":;") != std::string::npos) {
     if (!isTimecode(text)) return tl::unexpected(quoted(text) + " is no timecode");
-    return TimeArgument{text, TimeArgument::Timecode{text}};
+    return TimeArgument{text, std::nullopt};
   }
   const std::optional<double> seconds = parsedSeconds(text);
   if (!seconds) return tl::unexpected(quoted(text) + " is neither a number of seconds nor a timecode");
-  return TimeArgument{text, *seconds};
+  return TimeArgument{text, seconds};
 }
 
 tl::expected<movie::MovieTime, std::string> timeInMovie(const TimeArgument& argument, const movie::Movie& movie) {
-  if (const auto* timecode = std::get_if<TimeArgument::Timecode>(&argument.time)) {
-    return placeTimecode(*timecode, argument, movie);
-  }
-  return placeSeconds(std::get<double>(argument.time), argument, movie);
+  return argument.seconds ? placeSeconds(argument, movie) : placeTimecode(argument, movie);
 }
 
 }  // namespace cli

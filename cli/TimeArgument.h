@@ -1,7 +1,7 @@
 #pragma once
 
+#include <optional>
 #include <string>
-#include <variant>
 
 #include <tl/expected.hpp>
 
@@ -15,11 +15,8 @@ namespace cli {
 
 /// A time as the command line gives it: seconds, or a timecode to be completed as the window's timecode fields do.
 struct TimeArgument {
-  struct Timecode {
-    std::string typed;  ///< digits and separators only
-  };
-  std::string text;  ///< as given
-  std::variant<double, Timecode> time;
+  std::string text;               ///< as given
+  std::optional<double> seconds;  ///< none: the text is a timecode, of digits and separators only
 };
 
 /// Seconds are a finite decimal number; a text with a colon or semicolon in it is a timecode, of digits and the

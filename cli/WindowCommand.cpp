@@ -1,10 +1,10 @@
-#include "cli/WindowCommand.h"
-
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 
 #include <unistd.h>
+
+#include "cli/Commands.h"
 
 namespace cli {
 

@@ -173,6 +173,20 @@
         <translation>Pfad des Zielfilms</translation>
     </message>
     <message>
+        <source>&amp;Send anonymous usage data to Quorvane</source>
+        <translation>Anonyme &amp;Nutzungsdaten an Quorvane senden</translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation>Einstellungen</translation>
+    </message>
+    <message>
+        <source>It is anonymous: when Lumacheck starts, and on which system.
+Nothing of your movies, nor their names.</source>
+        <translation>Anonym: wann Lumacheck startet und auf welchem System.
+Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
+    </message>
+    <message>
         <source>%1: path</source>
         <translation>%1: Pfad</translation>
     </message>
@@ -996,23 +1010,6 @@
     <message>
         <source>Movies (%1)</source>
         <translation>Filme (%1)</translation>
-    </message>
-</context>
-<context>
-    <name>PreferencesDialog</name>
-    <message>
-        <source>&amp;Send anonymous usage data to Quorvane</source>
-        <translation>Anonyme &amp;Nutzungsdaten an Quorvane senden</translation>
-    </message>
-    <message>
-        <source>Preferences</source>
-        <translation>Einstellungen</translation>
-    </message>
-    <message>
-        <source>It is anonymous: when Lumacheck starts, and on which system.
-Nothing of your movies, nor their names.</source>
-        <translation>Anonym: wann Lumacheck startet und auf welchem System.
-Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     </message>
 </context>
 <context>

@@ -2,6 +2,7 @@
 
 #include <QDragEnterEvent>
 #include <QMimeData>
+#include <QUrl>
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -12,7 +13,7 @@
 
 #include "SharedFiles/foundation/MainThread.h"
 #include "SharedFiles/foundation/QVPlatformException.h"
-#include "app/Subclasses/DroppedFiles.h"
+#include "SharedFiles/tasks/FileNameBytes.h"
 #include "app/Subclasses/MovieReasons.h"
 #include "app/Subclasses/MovieShape.h"
 
@@ -41,6 +42,23 @@ QImage imageOf(const SharedFrame& frame) {
   const auto letGo = [](void* held) { std::unique_ptr<SharedFrame>(static_cast<SharedFrame*>(held)).reset(); };
   return {shown.samples.data(),  shown.width, shown.height,  qsizetype{3} * shown.width,
           QImage::Format_RGB888, letGo,       kept.release()};
+}
+
+/// Whether a drag carries names of files on this machine (NSFilenamesPboardType).
+bool hasFileNames(const QMimeData& dragged) {
+  const QList<QUrl> urls = dragged.urls();
+  return std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); });
+}
+
+/// The full paths, in the order of the drag. A name that is not UTF-8 is left out with a line in the log.
+QStringList fileNamesOf(const QMimeData& dragged) {
+  QStringList files;
+  for (const QUrl& url : dragged.urls()) {
+    if (!url.isLocalFile()) continue;
+    const QByteArray name = QByteArray::fromPercentEncoding(url.path(QUrl::FullyEncoded).toLatin1());
+    if (const auto path = fileNameAsText(name.toStdString())) files << *path;
+  }
+  return files;
 }
 
 }  // namespace
@@ -75,7 +93,6 @@ QString QVMovieView::message() const {
   return problem_;
 }
 
-// setMovie:
 void QVMovieView::setMovie(std::shared_ptr<PlayableMovie> movie) {
   if (movie_) {
     movie_->stop();
@@ -230,7 +247,6 @@ void QVMovieView::scheduleRefresh() {
   refreshTimer_.start(std::clamp(wait, milliseconds(1), milliseconds(100)));
 }
 
-// performDragOperation:
 bool QVMovieView::performDragOperation(const QMimeData& dragged) {
   if (!hasFileNames(dragged)) return false;
   emit filesDropped(this, fileNamesOf(dragged));

@@ -5,7 +5,6 @@
 #include <QApplication>
 #include <QKeyEvent>
 #include <QLineEdit>
-#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTextEdit>
 #include <utility>
@@ -13,8 +12,7 @@
 namespace {
 
 bool isText(const QWidget* widget) {
-  return qobject_cast<const QLineEdit*>(widget) != nullptr || qobject_cast<const QTextEdit*>(widget) != nullptr ||
-         qobject_cast<const QPlainTextEdit*>(widget) != nullptr;
+  return qobject_cast<const QLineEdit*>(widget) != nullptr || qobject_cast<const QTextEdit*>(widget) != nullptr;
 }
 
 /// Whether the widget would use the key itself.
@@ -33,16 +31,9 @@ bool moveCursor(QWidget* text, int key) {
     forward ? line->cursorForward(false) : line->cursorBackward(false);
     return true;
   }
-  const auto operation = forward ? QTextCursor::Right : QTextCursor::Left;
-  if (auto* edit = qobject_cast<QTextEdit*>(text)) {
-    edit->moveCursor(operation);
-    return true;
-  }
-  if (auto* plain = qobject_cast<QPlainTextEdit*>(text)) {
-    plain->moveCursor(operation);
-    return true;
-  }
-  return false;
+  auto* const edit = qobject_cast<QTextEdit*>(text);
+  if (edit != nullptr) edit->moveCursor(forward ? QTextCursor::Right : QTextCursor::Left);
+  return edit != nullptr;
 }
 
 /// What a control without text does with a key that the window has a use for too.
@@ -73,7 +64,6 @@ void QVQTWindow::setDefaultButton(QPushButton* button) {
   button->setDefault(true);
 }
 
-// performKeyEquivalent:
 bool QVQTWindow::performKeyEquivalent(QKeyEvent& event) {
   QWidget* const firstResponder = focusWidget();
   if (isText(firstResponder)) {
@@ -113,7 +103,6 @@ void QVQTWindow::keyPressEvent(QKeyEvent* event) {
   if (pressed != nullptr) pressed->click();
 }
 
-// selectNextKeyView:
 void QVQTWindow::selectNextKeyView(const QWidget* /*sender*/) {
   focusNextChild();
 }

@@ -1,5 +1,7 @@
 #include "app/dialogs/AboutDialog.h"
 
+#include <QCoreApplication>
+#include <QDialog>
 #include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
@@ -55,8 +57,10 @@ QLayout* titleRow() {
   icon->setPixmap(applicationIcon().pixmap(iconSize));
   auto* const texts = new QVBoxLayout;
   texts->addWidget(heading());
-  texts->addWidget(selectable(AboutDialog::tr("Finds gamma and colour shifts between two movies.")));
-  texts->addWidget(selectable(AboutDialog::tr("Licence: GPL-3.0-or-later. It comes without any warranty.")));
+  texts->addWidget(
+      selectable(QCoreApplication::translate("AboutDialog", "Finds gamma and colour shifts between two movies.")));
+  texts->addWidget(selectable(
+      QCoreApplication::translate("AboutDialog", "Licence: GPL-3.0-or-later. It comes without any warranty.")));
   auto* const row = new QHBoxLayout;
   row->addWidget(icon);
   row->addLayout(texts, 1);
@@ -78,27 +82,25 @@ QLayout* libraryTable() {
 
 }  // namespace
 
-AboutDialog::AboutDialog(QWidget& window) : QDialog(&window) {
-  setObjectName(QStringLiteral("about"));
-  setAttribute(Qt::WA_DeleteOnClose);
-  setWindowTitle(tr("About Lumacheck"));
-  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-  connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
-  auto* const column = new QVBoxLayout(this);
-  column->setSizeConstraint(QLayout::SetFixedSize);
-  column->addLayout(titleRow());
-  column->addSpacing(column->spacing());
-  column->addWidget(new QLabel(tr("It is built on:")));
-  column->addLayout(libraryTable());
-  column->addWidget(buttons);
-}
-
-void AboutDialog::showOver(QWidget& window) {
-  for (auto* const shown : window.findChildren<AboutDialog*>()) {
+void showAboutDialog(QWidget& window) {
+  const QString name = QStringLiteral("about");
+  for (auto* const shown : window.findChildren<QDialog*>(name)) {
     if (!shown->isVisible()) continue;
     shown->raise();
     return shown->activateWindow();
   }
-  auto* const dialog = new AboutDialog(window);
+  auto* const dialog = new QDialog(&window);
+  dialog->setObjectName(name);
+  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  dialog->setWindowTitle(QCoreApplication::translate("AboutDialog", "About Lumacheck"));
+  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
+  QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
+  auto* const column = new QVBoxLayout(dialog);
+  column->setSizeConstraint(QLayout::SetFixedSize);
+  column->addLayout(titleRow());
+  column->addSpacing(column->spacing());
+  column->addWidget(new QLabel(QCoreApplication::translate("AboutDialog", "It is built on:")));
+  column->addLayout(libraryTable());
+  column->addWidget(buttons);
   dialog->show();
 }

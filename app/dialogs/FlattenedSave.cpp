@@ -9,10 +9,6 @@
 #include "app/Subclasses/PlayableMovie.h"
 #include "app/dialogs/BusySheet.h"
 
-movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress) {
-  return movie.writeToFile(path, progress);
-}
-
 movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
                                    const CopyWriter& write) {
   movie::Result<void> result;

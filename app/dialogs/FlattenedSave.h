@@ -13,9 +13,6 @@ class QWidget;
 using CopyWriter = std::function<movie::Result<void>(movie::Movie& movie, const std::string& path,
                                                      const movie::CopyProgress& progress)>;
 
-/// Movie::writeToFile.
-movie::Result<void> writeCopy(movie::Movie& movie, const std::string& path, const movie::CopyProgress& progress);
-
 /// Writes the movie to a file, flattened, under a BusySheet, and returns when that is done. The movie itself goes on
 /// with the file that it has open, also where that one is replaced. Main thread only.
 movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,

@@ -7,7 +7,6 @@
 #include <utility>
 
 #include "app/player/PictureWorker.h"
-#include "app/player/PlaybackClock.h"
 
 namespace player {
 namespace {
@@ -33,44 +32,11 @@ std::int64_t endBackwards(const movie::FrameSpan& span) {
 
 }  // namespace
 
-/// Everything here but the worker's own is of the owner's thread.
-class MoviePlayer::Implementation {
- public:
-  explicit Implementation(Environment environment) : environment_(std::move(environment)) {}
+MoviePlayer::MoviePlayer(Environment environment) : environment_(std::move(environment)) {}
 
-  void setMovie(std::unique_ptr<movie::Movie> movie);
-  void setPictureSize(int width, int height);
-  void setTime(const movie::MovieTime& time);
-  movie::MovieTime time();
-  void setRate(double rate);
-  double rate();
-  std::shared_ptr<const ShownFrame> frame();
-  Clock::time_point nextChange();
-  const PlayingStatistics& statistics() const { return statistics_; }
+MoviePlayer::~MoviePlayer() = default;
 
- private:
-  Clock::time_point now() const { return environment_.now(); }
-  std::optional<movie::FrameSpan> spanNow(std::int64_t position) const;
-  void standAt(const movie::MovieTime& time);
-  void stop(std::int64_t position);
-  void stopAtEnd();
-  std::int64_t expectedStep(std::int64_t moved);
-  void send();
-  void countDue(const movie::FrameSpan& here);
-  void countShown(const ShownFrame& frame, Clock::time_point now);
-
-  const Environment environment_;
-  std::unique_ptr<movie::Movie> movie_;  ///< to look up spans; the worker has another copy
-  Wish wish_;
-  std::int64_t lastMove_ = 0;  ///< in microseconds
-  PlayingStatistics statistics_;
-  std::optional<movie::FrameSpan> counted_;  ///< the frame counted as due last
-  std::optional<movie::MovieTime> shown_;    ///< the start of the one counted as shown last
-  std::int64_t playedFrom_ = 0;              ///< the start of the frame that was on screen as play began
-  std::unique_ptr<PictureWorker> worker_;    ///< last: its thread goes first
-};
-
-void MoviePlayer::Implementation::setMovie(std::unique_ptr<movie::Movie> movie) {
+void MoviePlayer::setMovie(std::unique_ptr<movie::Movie> movie) {
   if (!worker_ && movie)
     worker_ = std::make_unique<PictureWorker>(environment_.frameArrived, environment_.now, environment_.workTime);
   movie_ = std::move(movie);
@@ -84,12 +50,12 @@ void MoviePlayer::Implementation::setMovie(std::unique_ptr<movie::Movie> movie) 
   send();
 }
 
-void MoviePlayer::Implementation::send() {
+void MoviePlayer::send() {
   ++wish_.epoch;
   if (worker_) worker_->setWish(wish_);
 }
 
-void MoviePlayer::Implementation::setPictureSize(int width, int height) {
+void MoviePlayer::setPictureSize(int width, int height) {
   const PictureSize size = width > 0 && height > 0 ? PictureSize{width, height} : PictureSize{};
   if (size == wish_.size) return;
   wish_.size = size;
@@ -97,14 +63,14 @@ void MoviePlayer::Implementation::setPictureSize(int width, int height) {
   if (worker_) worker_->setWish(wish_);
 }
 
-std::optional<movie::FrameSpan> MoviePlayer::Implementation::spanNow(std::int64_t position) const {
+std::optional<movie::FrameSpan> MoviePlayer::spanNow(std::int64_t position) const {
   if (!movie_) return std::nullopt;
   return movie_->frameSpanAt(wish_.clock.isMoving() ? timeAt(position) : wish_.time);
 }
 
 /// Puts the playhead at a time. The clock begins inside of the frame that is on screen there, though the time may be
 /// one written a little before that frame's start.
-void MoviePlayer::Implementation::standAt(const movie::MovieTime& time) {
+void MoviePlayer::standAt(const movie::MovieTime& time) {
   wish_.time = time;
   std::int64_t position = microsOf(time);
   const auto span = movie_ ? movie_->frameSpanAt(time) : std::nullopt;
@@ -113,7 +79,7 @@ void MoviePlayer::Implementation::standAt(const movie::MovieTime& time) {
 }
 
 /// What a move lets expect: more of its kind after a move forward, and after two moves backward.
-std::int64_t MoviePlayer::Implementation::expectedStep(std::int64_t moved) {
+std::int64_t MoviePlayer::expectedStep(std::int64_t moved) {
   constexpr std::int64_t longest = 500000;
   const bool small = moved != 0 && std::abs(moved) <= longest;
   const bool row = small && (moved > 0) == (lastMove_ > 0) && lastMove_ != 0;
@@ -121,7 +87,7 @@ std::int64_t MoviePlayer::Implementation::expectedStep(std::int64_t moved) {
   return small && (moved > 0 || row) ? moved : 0;
 }
 
-void MoviePlayer::Implementation::setTime(const movie::MovieTime& time) {
+void MoviePlayer::setTime(const movie::MovieTime& time) {
   if (!movie_) return;
   const Clock::time_point at = now();
   const std::int64_t before = wish_.clock.position(at);
@@ -131,12 +97,12 @@ void MoviePlayer::Implementation::setTime(const movie::MovieTime& time) {
   send();
 }
 
-movie::MovieTime MoviePlayer::Implementation::time() {
+movie::MovieTime MoviePlayer::time() {
   stopAtEnd();
   return wish_.clock.isMoving() ? timeAt(wish_.clock.position(now())) : wish_.time;
 }
 
-void MoviePlayer::Implementation::stopAtEnd() {
+void MoviePlayer::stopAtEnd() {
   if (!wish_.clock.isAtEnd(now())) return;
   const bool forward = wish_.clock.rate() > 0;
   if (const auto span = spanNow(wish_.clock.position(now()))) countDue(*span);
@@ -148,7 +114,7 @@ void MoviePlayer::Implementation::stopAtEnd() {
   send();
 }
 
-void MoviePlayer::Implementation::stop(std::int64_t position) {
+void MoviePlayer::stop(std::int64_t position) {
   const auto span = spanNow(position);
   if (span) countDue(*span);
   wish_.clock.setRate(0, now());
@@ -156,7 +122,7 @@ void MoviePlayer::Implementation::stop(std::int64_t position) {
   send();
 }
 
-void MoviePlayer::Implementation::setRate(double rate) {
+void MoviePlayer::setRate(double rate) {
   stopAtEnd();
   if (!movie_ || wish_.clock.duration() == 0) return;
   PlaybackClock changed = wish_.clock;
@@ -174,12 +140,12 @@ void MoviePlayer::Implementation::setRate(double rate) {
   send();
 }
 
-double MoviePlayer::Implementation::rate() {
+double MoviePlayer::rate() {
   stopAtEnd();
   return wish_.clock.rate();
 }
 
-std::shared_ptr<const ShownFrame> MoviePlayer::Implementation::frame() {
+std::shared_ptr<const ShownFrame> MoviePlayer::frame() {
   stopAtEnd();
   const Clock::time_point at = now();
   const std::int64_t position = wish_.clock.position(at);
@@ -192,7 +158,7 @@ std::shared_ptr<const ShownFrame> MoviePlayer::Implementation::frame() {
 }
 
 /// Counts the frames that became due since it was last asked.
-void MoviePlayer::Implementation::countDue(const movie::FrameSpan& here) {
+void MoviePlayer::countDue(const movie::FrameSpan& here) {
   const bool forward = wish_.clock.rate() > 0;
   while (counted_ && counted_->startMicros != here.startMicros) {
     const bool behind = counted_->startMicros < here.startMicros;
@@ -205,7 +171,7 @@ void MoviePlayer::Implementation::countDue(const movie::FrameSpan& here) {
   counted_ = here;
 }
 
-void MoviePlayer::Implementation::countShown(const ShownFrame& frame, Clock::time_point now) {
+void MoviePlayer::countShown(const ShownFrame& frame, Clock::time_point now) {
   const bool isNew = shown_ != frame.time;
   shown_ = frame.time;
   if (!isNew || !wish_.clock.isMoving()) return;
@@ -222,7 +188,7 @@ void MoviePlayer::Implementation::countShown(const ShownFrame& frame, Clock::tim
   if (now <= wish_.clock.whenAt(limit) && length > 0) ++statistics_.inTime;
 }
 
-MoviePlayer::Clock::time_point MoviePlayer::Implementation::nextChange() {
+MoviePlayer::Clock::time_point MoviePlayer::nextChange() {
   stopAtEnd();
   if (!wish_.clock.isMoving()) return Clock::time_point::max();
   const bool forward = wish_.clock.rate() > 0;
@@ -231,39 +197,6 @@ MoviePlayer::Clock::time_point MoviePlayer::Implementation::nextChange() {
   if (!here || (forward && here->last)) return wish_.clock.whenAt(end);
   const std::int64_t change = forward ? here->endMicros : endBackwards(*here);
   return wish_.clock.whenAt(std::clamp<std::int64_t>(change, 0, wish_.clock.duration()));
-}
-
-MoviePlayer::MoviePlayer(Environment environment)
-    : implementation_(std::make_unique<Implementation>(std::move(environment))) {}
-
-MoviePlayer::~MoviePlayer() = default;
-
-void MoviePlayer::setMovie(std::unique_ptr<movie::Movie> movie) {
-  implementation_->setMovie(std::move(movie));
-}
-void MoviePlayer::setPictureSize(int width, int height) {
-  implementation_->setPictureSize(width, height);
-}
-void MoviePlayer::setTime(const movie::MovieTime& time) {
-  implementation_->setTime(time);
-}
-movie::MovieTime MoviePlayer::time() {
-  return implementation_->time();
-}
-void MoviePlayer::setRate(double rate) {
-  implementation_->setRate(rate);
-}
-double MoviePlayer::rate() {
-  return implementation_->rate();
-}
-std::shared_ptr<const ShownFrame> MoviePlayer::frame() {
-  return implementation_->frame();
-}
-MoviePlayer::Clock::time_point MoviePlayer::nextChange() {
-  return implementation_->nextChange();
-}
-PlayingStatistics MoviePlayer::statistics() const {
-  return implementation_->statistics();
 }
 
 }  // namespace player

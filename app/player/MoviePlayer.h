@@ -4,11 +4,15 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 
-#include "app/player/ShownFrame.h"
+#include "app/player/PicturePlan.h"
+#include "app/player/RenderedFrames.h"
 #include "movie/Movie.h"
 
 namespace player {
+
+class PictureWorker;
 
 /// How playing went since the rate was last changed from 0.
 struct PlayingStatistics {
@@ -63,11 +67,28 @@ class MoviePlayer {
   /// When the next change is due by the clock, the end of playing included; Clock::time_point::max() while still.
   Clock::time_point nextChange();
 
-  PlayingStatistics statistics() const;
+  const PlayingStatistics& statistics() const { return statistics_; }
 
  private:
-  class Implementation;
-  std::unique_ptr<Implementation> implementation_;
+  Clock::time_point now() const { return environment_.now(); }
+  std::optional<movie::FrameSpan> spanNow(std::int64_t position) const;
+  void standAt(const movie::MovieTime& time);
+  void stop(std::int64_t position);
+  void stopAtEnd();
+  std::int64_t expectedStep(std::int64_t moved);
+  void send();
+  void countDue(const movie::FrameSpan& here);
+  void countShown(const ShownFrame& frame, Clock::time_point now);
+
+  const Environment environment_;
+  std::unique_ptr<movie::Movie> movie_;  ///< to look up spans; the worker has another copy
+  Wish wish_;
+  std::int64_t lastMove_ = 0;  ///< in microseconds
+  PlayingStatistics statistics_;
+  std::optional<movie::FrameSpan> counted_;  ///< the frame counted as due last
+  std::optional<movie::MovieTime> shown_;    ///< the start of the one counted as shown last
+  std::int64_t playedFrom_ = 0;              ///< the start of the frame that was on screen as play began
+  std::unique_ptr<PictureWorker> worker_;    ///< last: its thread goes first
 };
 
 }  // namespace player

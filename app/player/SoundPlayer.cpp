@@ -13,10 +13,6 @@ namespace {
 
 constexpr std::int64_t pieceLength = 1024;  // frames
 
-std::int64_t heldFrames(int rate) {
-  return std::int64_t{rate} * 3 / 10;
-}
-
 std::int64_t frameAt(const movie::MovieTime& time, int rate) {
   constexpr double latest = 1e15;  // frames: in range whatever is added
   return std::llround(std::clamp(movie::secondsOf(time) * rate, -latest, latest));
@@ -108,9 +104,8 @@ void SoundPlayer::pull(std::span<float> stereo) {
   {
     const std::lock_guard lock(mutex_);
     const auto wanted = static_cast<std::int64_t>(stereo.size() / 2);
-    const std::int64_t ringEnd = ringFirst_ + static_cast<std::int64_t>(ring_.size() / 2);
     const std::int64_t from = std::clamp(ringFirst_, next_, next_ + wanted);
-    const std::int64_t to = std::clamp(ringEnd, from, next_ + wanted);
+    const std::int64_t to = std::clamp(ringFirst_ + heldFrames(), from, next_ + wanted);
     std::fill(stereo.begin(), stereo.end(), 0.0F);
     if (to > from) {
       std::copy(ring_.begin() + 2 * (from - ringFirst_), ring_.begin() + 2 * (to - ringFirst_),
@@ -118,15 +113,20 @@ void SoundPlayer::pull(std::span<float> stereo) {
     }
     next_ += wanted;
     pulled_ += wanted;
-    const std::int64_t passed = std::clamp<std::int64_t>(next_ - ringFirst_, 0, ringEnd - ringFirst_);
-    ring_.erase(ring_.begin(), ring_.begin() + 2 * passed);
-    ringFirst_ += passed;
+    dropPulled();
   }
   changed_.notify_all();
 }
 
+void SoundPlayer::dropPulled() {
+  const std::int64_t passed = std::clamp<std::int64_t>(next_ - ringFirst_, 0, heldFrames());
+  ring_.erase(ring_.begin(), ring_.begin() + 2 * passed);
+  ringFirst_ += passed;
+}
+
 bool SoundPlayer::hasWork() const {
-  return ending_ || (running_ && static_cast<std::int64_t>(ring_.size() / 2) < heldFrames(rate_));
+  const std::int64_t wanted = std::int64_t{rate_} * 3 / 10;
+  return ending_ || (running_ && heldFrames() < wanted);
 }
 
 void SoundPlayer::work() {
@@ -138,7 +138,7 @@ void SoundPlayer::work() {
     changed_.wait(lock, [this] { return hasWork(); });
     if (ending_) return;
     if (ring_.empty()) ringFirst_ = next_;
-    const std::int64_t first = ringFirst_ + static_cast<std::int64_t>(ring_.size() / 2);
+    const std::int64_t first = ringFirst_ + heldFrames();
     const std::uint64_t start = starts_;
     lock.unlock();
     if (mixer == nullptr) mixer = std::make_unique<SoundMixer>(file_, rate_);
@@ -148,10 +148,7 @@ void SoundPlayer::work() {
     if (!running_ || start != starts_) continue;
     if (ring_.empty()) ringFirst_ = first;
     ring_.insert(ring_.end(), piece.begin(), piece.end());
-    const std::int64_t late =
-        std::clamp<std::int64_t>(next_ - ringFirst_, 0, static_cast<std::int64_t>(ring_.size() / 2));
-    ring_.erase(ring_.begin(), ring_.begin() + 2 * late);
-    ringFirst_ += late;
+    dropPulled();  // what came too late
   }
 }
 

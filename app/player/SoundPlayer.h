@@ -51,6 +51,8 @@ class SoundPlayer {
  private:
   void work();
   bool hasWork() const;
+  std::int64_t heldFrames() const { return static_cast<std::int64_t>(ring_.size() / 2); }
+  void dropPulled();
   void pull(std::span<float> stereo);
   void endThread();
 

@@ -4,12 +4,6 @@
 namespace cli::pages {
 namespace {
 
-std::string subcommandNames(const CommandDescription& command) {
-  std::vector<std::string> names;
-  for (const CommandDescription& each : command.subcommands) names.push_back(each.name);
-  return joined(names, " ");
-}
-
 constexpr auto opening = R"(# bash completion for @NAME@                                   -*- shell-script -*-
 
 _@NAME@()
@@ -78,8 +72,9 @@ constexpr auto closing = R"(            esac
 
 /// "check) options=' --at --json '; most=2 ;;": the options between spaces, so that each can be found and taken out.
 std::string optionsCase(const CommandDescription& command, const std::string& pattern) {
-  return "        " + pattern + ") options=' " + joined(optionNames(command), "  ") +
-         " ' most=" + std::to_string(mostArguments(command)) + " ;;\n";
+  std::string names;
+  for (const OptionDescription& option : command.options) names += ' ' + joined(option.names, "  ") + ' ';
+  return "        " + pattern + ") options='" + names + "' most=" + std::to_string(mostArguments(command)) + " ;;\n";
 }
 
 /// What an option that is given settles beyond its own name.
@@ -98,18 +93,15 @@ std::string settledCases(const CommandDescription& command, const std::string& p
 }  // namespace
 
 std::string bashCompletion(const CommandDescription& command) {
-  std::vector<std::string> valued = optionsTaking(command, Value::Time);
-  for (const std::string& name : optionsTaking(command, Value::File)) valued.push_back(name);
-
   std::string text = opening;
   for (const CommandDescription& each : command.subcommands) text += optionsCase(each, each.name);
   text += optionsCase(command, "*") + settledOptions;
   for (const CommandDescription& each : command.subcommands) text += settledCases(each, each.name);
   text += settledCases(command, "") + closing;
 
-  text = replaced(text, "@VALUED@", joined(valued, " | "));
-  text = replaced(text, "@TIMED@", joined(optionsTaking(command, Value::Time), " | "));
-  text = replaced(text, "@FILED@", joined(optionsTaking(command, Value::File), " | "));
+  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::File}), " | "));
+  text = replaced(text, "@TIMED@", joined(optionsTaking(command, {Value::Time}), " | "));
+  text = replaced(text, "@FILED@", joined(optionsTaking(command, {Value::File}), " | "));
   text = replaced(text, "@SUBCOMMANDS@", subcommandNames(command));
   text = replaced(text, "@EXTENSIONS@", joined(movieExtensions, "|"));
   return replaced(text, "@NAME@", command.name);

@@ -79,17 +79,13 @@ std::string optionLine(const OptionDescription& option, const std::string& comma
   std::string text = "complete -c @NAME@ -n '__@NAME@_option " + command + ' ' + joined(settledBy(option), " ") + '\'';
   for (const std::string& name : option.names) text += nameOption(name);
   if (option.value == Value::Time) text += " -x";
-  if (option.value == Value::File || option.value == Value::Movie) text += " -r -F";
+  if (option.value == Value::File) text += " -r -F";
   return text + " -d " + fishQuoted(option.description) + '\n';
 }
 
 }  // namespace
 
 std::string fishCompletion(const CommandDescription& command) {
-  std::vector<std::string> subcommands, valued = optionsTaking(command, Value::Time);
-  for (const CommandDescription& each : command.subcommands) subcommands.push_back(each.name);
-  for (const std::string& name : optionsTaking(command, Value::File)) valued.push_back(name);
-
   std::string text = fishOpening;
   for (const CommandDescription& each : command.subcommands) text += movieCase(each, each.name);
   text += movieCase(command, "none") + complete;
@@ -99,8 +95,8 @@ std::string fishCompletion(const CommandDescription& command) {
   for (const CommandDescription& each : command.subcommands) {
     for (const OptionDescription& option : each.options) text += optionLine(option, each.name);
   }
-  text = replaced(text, "@SUBCOMMANDS@", joined(subcommands, " "));
-  text = replaced(text, "@VALUED@", joined(valued, " "));
+  text = replaced(text, "@SUBCOMMANDS@", subcommandNames(command));
+  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::File}), " "));
   return replaced(text, "@NAME@", command.name);
 }
 

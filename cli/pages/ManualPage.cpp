@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <cctype>
 #include <sstream>
 
 #include "cli/pages/Pages.h"
@@ -23,11 +24,6 @@ std::string italic(const std::string& text) {
 
 std::string argument(const ArgumentDescription& each) {
   return italic(each.name) + (each.repeated ? " ...\\&" : "");
-}
-
-/// The options that have no part in a synopsis: they end the command.
-bool endsTheCommand(const OptionDescription& option) {
-  return option.names.back() == "--help" || option.names.back() == "--version";
 }
 
 std::string optionForm(const OptionDescription& option) {
@@ -102,24 +98,17 @@ std::string exits(const CommandDescription& command) {
   return text;
 }
 
-char smallLetter(char letter) {
-  return letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
-}
-
-char capital(char letter) {
-  return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
-
 std::string title(const CommandDescription& command, const Release& release) {
   std::string name = command.name;
-  std::transform(name.begin(), name.end(), name.begin(), capital);
+  std::transform(name.begin(), name.end(), name.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::toupper(letter)); });
   return ".TH " + name + " 1 \"" + release.date + "\" \"Lumacheck " + release.version + "\" \"User Commands\"\n";
 }
 
 /// "Tells whether..." as the name section has it: small, no full stop.
 std::string name(const CommandDescription& command) {
   std::string what = command.description;
-  if (!what.empty()) what.front() = smallLetter(what.front());
+  if (!what.empty()) what.front() = static_cast<char>(std::tolower(static_cast<unsigned char>(what.front())));
   return printed(command.name) + " \\- " + printed(what) + '\n';
 }
 

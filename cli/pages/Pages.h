@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "cli/pages/InterfaceDescription.h"
+#include "cli/CommandInterface.h"
 
 namespace cli::pages {
 

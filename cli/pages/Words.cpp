@@ -10,33 +10,25 @@ std::string replaced(std::string text, const std::string& from, const std::strin
   return text;
 }
 
-std::string shellQuoted(const std::string& text) {
-  return '\'' + replaced(text, "'", "'\\''") + '\'';
+std::string subcommandNames(const CommandDescription& command) {
+  std::vector<std::string> names;
+  for (const CommandDescription& each : command.subcommands) names.push_back(each.name);
+  return joined(names, " ");
 }
 
-std::vector<const CommandDescription*> allOf(const CommandDescription& command) {
-  std::vector<const CommandDescription*> result{&command};
-  for (const CommandDescription& each : command.subcommands) result.push_back(&each);
-  return result;
-}
-
-std::vector<std::string> optionsTaking(const CommandDescription& command, Value value) {
+std::vector<std::string> optionsTaking(const CommandDescription& command, const std::vector<Value>& values) {
+  std::vector<OptionDescription> options = command.options;
+  for (const CommandDescription& each : command.subcommands)
+    options.insert(options.end(), each.options.begin(), each.options.end());
   std::vector<std::string> result;
-  for (const CommandDescription* each : allOf(command)) {
-    for (const OptionDescription& option : each->options) {
-      if (option.value != value) continue;
+  for (const Value value : values) {
+    for (const OptionDescription& option : options) {
       for (const std::string& name : option.names) {
-        if (std::find(result.begin(), result.end(), name) == result.end()) result.push_back(name);
+        const bool isNew = std::find(result.begin(), result.end(), name) == result.end();
+        if (option.value == value && isNew) result.push_back(name);
       }
     }
   }
-  return result;
-}
-
-std::vector<std::string> optionNames(const CommandDescription& command) {
-  std::vector<std::string> result;
-  for (const OptionDescription& option : command.options)
-    result.insert(result.end(), option.names.begin(), option.names.end());
   return result;
 }
 
@@ -44,6 +36,10 @@ std::vector<std::string> settledBy(const OptionDescription& option) {
   std::vector<std::string> result = option.names;
   result.insert(result.end(), option.excludes.begin(), option.excludes.end());
   return result;
+}
+
+bool endsTheCommand(const OptionDescription& option) {
+  return option.names.back() == "--help" || option.names.back() == "--version";
 }
 
 int mostArguments(const CommandDescription& command) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/pages/InterfaceDescription.h"
+#include "cli/CommandInterface.h"
 
 namespace cli::pages {
 
@@ -24,20 +24,18 @@ std::string joined(const Texts& texts, const std::string& separator) {
 /// The text with `to` wherever it had `from`.
 std::string replaced(std::string text, const std::string& from, const std::string& to);
 
-/// In single quotes, for shells of the Bourne family.
-std::string shellQuoted(const std::string& text);
+/// The names of the subcommands, with blanks between them.
+std::string subcommandNames(const CommandDescription& command);
 
-/// The command and its subcommands.
-std::vector<const CommandDescription*> allOf(const CommandDescription& command);
-
-/// Every name of the options that take such a value, in the command and its subcommands, each once and in order.
-std::vector<std::string> optionsTaking(const CommandDescription& command, Value value);
-
-/// Every name of the command's own options.
-std::vector<std::string> optionNames(const CommandDescription& command);
+/// Every name of the options that take one of these values, in the command and its subcommands, each once: in the order
+/// of the values, then of the options.
+std::vector<std::string> optionsTaking(const CommandDescription& command, const std::vector<Value>& values);
 
 /// The names that make no sense any more beside this option: its own and those that it excludes.
 std::vector<std::string> settledBy(const OptionDescription& option);
+
+/// Whether the command prints something and ends where it is given: no part of a synopsis.
+bool endsTheCommand(const OptionDescription& option);
 
 /// How many arguments that are no options the command takes at most; -1 for any number.
 int mostArguments(const CommandDescription& command);

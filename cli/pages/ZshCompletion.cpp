@@ -49,33 +49,25 @@ constexpr auto zshClosing = R"(        *)
 _@NAME@ "$@"
 )";
 
+/// In single quotes, for shells of the Bourne family.
+std::string shellQuoted(const std::string& text) {
+  return '\'' + replaced(text, "'", "'\\''") + '\'';
+}
+
 std::string explanation(const std::string& text) {
   return '[' + replaced(replaced(replaced(text, "\\", "\\\\"), "[", "\\["), "]", "\\]") + ']';
 }
 
-std::string valueAction(const OptionDescription& option) {
-  switch (option.value) {
-    case Value::None:
-      return "";
-    case Value::Time:
-      return ":time: ";
-    case Value::Movie:
-    case Value::File:
-      return ":file:_files";
-  }
-  return "";
-}
-
 /// "'(--at --source-at)--at=[Where...]:time: '", one for each name of the option.
 std::string optionSpecs(const OptionDescription& option, const std::string& indent) {
-  const bool endsTheCommand = option.names.back() == "--help" || option.names.back() == "--version";
-  const std::string excluded = endsTheCommand ? "- : *" : joined(settledBy(option), " ");
+  const std::string excluded = endsTheCommand(option) ? "- : *" : joined(settledBy(option), " ");
+  std::string value = explanation(option.description);
+  if (option.value == Value::Time) value = '=' + value + ":time: ";
+  if (option.value == Value::File) value = '=' + value + ":file:_files";
   std::string text;
-  const std::string sign = option.value == Value::None ? "" : "=";
-  const std::string rest = sign + explanation(option.description) + valueAction(option);
   for (const std::string& name : option.names) {
     std::string spec = '(' + excluded + ')';
-    spec.append(name).append(rest);
+    spec.append(name).append(value);
     text.append(indent).append(shellQuoted(spec)).append(" \\\n");
   }
   return text;

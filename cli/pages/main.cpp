@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "cli/CommandInterface.h"
 #include "cli/pages/Pages.h"
 
 namespace {
 
-using cli::pages::CommandDescription;
+using cli::CommandDescription;
 
 std::string contentsOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -19,8 +18,8 @@ std::string contentsOf(const std::string& path) {
 
 /// Empty where the arguments ask for nothing that there is.
 std::string pageFor(const std::vector<std::string>& arguments) {
-  const cli::CommandInterface interface;
-  const CommandDescription command = cli::pages::describe(interface);
+  cli::GivenOptions unused;
+  const CommandDescription command = cli::commandInterface(unused);
   const std::map<std::string, std::string (*)(const CommandDescription&)> shells = {
       {"bash", cli::pages::bashCompletion},
       {"zsh", cli::pages::zshCompletion},
@@ -33,7 +32,7 @@ std::string pageFor(const std::vector<std::string>& arguments) {
 
 }  // namespace
 
-/// Writes what goes beside the command in its package, from the command's own parser.
+/// Writes what goes beside the command in its package, from the command's own interface.
 int main(int argc, char** argv) {
   const std::vector<std::string> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
   const std::string page = pageFor(arguments);

@@ -218,6 +218,7 @@ TEST(SyncMetadata, TellsWhatItDid) {
   EXPECT_EQ(outcome.changes[1].result, movie::codecExtensionNotFoundErr);
   EXPECT_EQ(outcome.changes[2].property, ColorProperty::ColorSpace);
   EXPECT_EQ(outcome.changes[2].result, movie::noErr);
+  EXPECT_TRUE(outcome.writtenBack);
 }
 
 TEST(SyncMetadata, ComparesGammaInSinglePrecisionAsTheCheckDoes) {

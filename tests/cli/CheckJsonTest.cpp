@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "cli/CheckCommand.h"
 #include "cli/CheckJson.h"
+#include "cli/Commands.h"
 
 namespace cli {
 namespace {
@@ -32,14 +32,14 @@ CheckOutcome tooDarkOutcome() {
   return outcome;
 }
 
-std::vector<std::string> keysOf(const Json& object) {
+std::vector<std::string> keysOf(const JsonValue& object) {
   std::vector<std::string> keys;
   for (const auto& [key, value] : object.items()) keys.push_back(key);
   return keys;
 }
 
 TEST(CheckJson, KeepsTheOrderOfItsKeys) {
-  const Json json = checkJson({{"path", "a"}}, {{"path", "b"}}, outcomeOf(1.25), {}, 1);
+  const JsonValue json = checkJson({{"path", "a"}}, {{"path", "b"}}, outcomeOf(1.25), {}, 1);
   EXPECT_THAT(keysOf(json),
               ElementsAre("schema", "source", "dest", "metadata", "pixels", "tooDark", "report", "exitStatus"));
   EXPECT_THAT(keysOf(json["metadata"]),
@@ -63,7 +63,7 @@ TEST(CheckJson, NamesEveryShift) {
 TEST(CheckJson, ShowsWhatIsNoNumberAsNull) {
   CheckOutcome outcome = outcomeOf(0);
   outcome.pixels->average = notANumber;
-  const Json pixels = checkJson({}, {}, outcome, {}, 2)["pixels"];
+  const JsonValue pixels = checkJson({}, {}, outcome, {}, 2)["pixels"];
   EXPECT_TRUE(pixels["average"].is_null());
   EXPECT_EQ(pixels["commonDiff"], 0.0);
 }
@@ -77,7 +77,7 @@ TEST(CheckJson, HasNoPixelsWithoutBothFrames) {
 }
 
 TEST(CheckJson, SaysThatTheSourceIsTooDark) {
-  const Json json = checkJson({}, {}, tooDarkOutcome(), {}, 3);
+  const JsonValue json = checkJson({}, {}, tooDarkOutcome(), {}, 3);
   EXPECT_EQ(json["tooDark"], true);
   EXPECT_TRUE(json["pixels"].is_null());
   EXPECT_EQ(json["metadata"]["colorMatch"], false);
@@ -107,14 +107,14 @@ TEST(CheckJson, TellsAFailureWithItsFile) {
 }
 
 TEST(CheckJson, ReplacesBytesThatAreNoUtf8) {
-  EXPECT_EQ(textOf(Json("a\xff")), "\"a\xEF\xBF\xBD\"\n");
+  EXPECT_EQ(textOf(JsonValue("a\xff")), "\"a\xEF\xBF\xBD\"\n");
 }
 
-TEST(MovieFacts, RoundsGammaToFourDecimals) {
-  EXPECT_EQ(Json(gammaNumber(144179)).dump(), "2.2");
-  EXPECT_EQ(Json(gammaNumber(0x20000)).dump(), "2.0");
-  EXPECT_EQ(Json(gammaNumber(0x1CCCD)).dump(), "1.8");
-  EXPECT_EQ(Json(gammaNumber(-65536)).dump(), "-1.0");
+TEST(MovieJson, RoundsGammaToFourDecimals) {
+  EXPECT_EQ(JsonValue(gammaNumber(144179)).dump(), "2.2");
+  EXPECT_EQ(JsonValue(gammaNumber(0x20000)).dump(), "2.0");
+  EXPECT_EQ(JsonValue(gammaNumber(0x1CCCD)).dump(), "1.8");
+  EXPECT_EQ(JsonValue(gammaNumber(-65536)).dump(), "-1.0");
 }
 
 struct StatusRow {

@@ -2,8 +2,8 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "cli/ColorNames.h"
-#include "cli/InfoCommand.h"
+#include "cli/ColorText.h"
+#include "cli/Commands.h"
 #include "movie/render/IccProfile.h"
 #include "tests/support/AtomBuilder.h"
 

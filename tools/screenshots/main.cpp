@@ -71,26 +71,19 @@ QPalette darkPalette() {
   return dark;
 }
 
-enum class BadgePlace { Above, Below, Right, End, Middle };
+/// Where a part's badge stands: in its middle or towards one of its sides, and how far beyond that.
+struct BadgePlace {
+  QPoint side;
+  int beyond = 0;
 
-/// The badge's middle, in the part's own coordinates.
-QPoint placeOf(BadgePlace place, const QSize& part) {
-  constexpr int away = 13, inside = 18;
-  const QPoint middle(part.width() / 2, part.height() / 2);
-  switch (place) {
-    case BadgePlace::Above:
-      return {middle.x(), -away};
-    case BadgePlace::Below:
-      return {middle.x(), part.height() + away};
-    case BadgePlace::Right:
-      return {part.width() + away, middle.y()};
-    case BadgePlace::End:
-      return {part.width() - inside, middle.y()};
-    case BadgePlace::Middle:
-      break;
+  /// The badge's middle, in the part's own coordinates.
+  QPoint in(const QSize& part) const {
+    return {(1 + side.x()) * part.width() / 2 + side.x() * beyond,
+            (1 + side.y()) * part.height() / 2 + side.y() * beyond};
   }
-  return middle;
-}
+};
+
+constexpr BadgePlace above{{0, -1}, 13}, below{{0, 1}, 13}, right{{1, 0}, 13}, atEnd{{1, 0}, -18}, inMiddle{};
 
 /// A number in a disc, around a point.
 void drawBadge(QPainter& painter, const QPoint& middle, int number) {
@@ -159,29 +152,22 @@ class Screenshots {
   }
 
   void takeParts() {
-    using Where = BadgePlace;
     const SideInterface& side = interface_.source;
     const TransportBar& bar = *side.transport;
     QPixmap picture = window().grab();
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     int number = 0;
-    for (const auto& [part, where] :
-         std::initializer_list<std::pair<const QWidget*, Where>>{{side.filenameText, Where::End},
-                                                                 {side.browseBtn, Where::Right},
-                                                                 {side.movieView, Where::Middle},
-                                                                 {bar.playButton, Where::Above},
-                                                                 {bar.scrubber, Where::Above},
-                                                                 {bar.volumeSlider, Where::Above},
-                                                                 {side.timecodeText, Where::Above},
-                                                                 {interface_.linkBtn, Where::Right},
-                                                                 {interface_.swapBtn, Where::Below},
-                                                                 {interface_.checkBtn, Where::Below},
-                                                                 {interface_.syncBtn, Where::Below},
-                                                                 {interface_.saveBtn, Where::Below},
-                                                                 {interface_.saveAsBtn, Where::Below},
-                                                                 {interface_.resultsView, Where::Middle}}) {
-      drawBadge(painter, part->mapTo(&window(), placeOf(where, part->size())), ++number);
+    const std::pair<const QWidget*, BadgePlace> parts[] = {
+        {side.filenameText, atEnd},    {side.browseBtn, right},
+        {side.movieView, inMiddle},    {bar.playButton, above},
+        {bar.scrubber, above},         {bar.volumeSlider, above},
+        {side.timecodeText, above},    {interface_.linkBtn, right},
+        {interface_.swapBtn, below},   {interface_.checkBtn, below},
+        {interface_.syncBtn, below},   {interface_.saveBtn, below},
+        {interface_.saveAsBtn, below}, {interface_.resultsView, inMiddle}};
+    for (const auto& [part, where] : parts) {
+      drawBadge(painter, part->mapTo(&window(), where.in(part->size())), ++number);
     }
     painter.end();
     write("parts", picture);
@@ -327,8 +313,6 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setWindowIcon(applicationIcon());
   const MainThread mainThread;
-  return Screenshots(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[3]))
-                 .take()
-             ? 0
-             : 1;
+  const QStringList arguments = QApplication::arguments();
+  return Screenshots(arguments[1], arguments[2], arguments[3]).take() ? 0 : 1;
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include <QtCore/QIODevice>
+#include <QtCore/QScopedValueRollback>
 #include <QtCore/QString>
 #include <QtMultimedia/QAudioDevice>
 #include <QtMultimedia/QAudioSink>
@@ -41,14 +42,6 @@ void filterMessages() {
   }();
   static_cast<void>(once);
 }
-
-class QuietQt {
- public:
-  QuietQt() { quiet = true; }
-  ~QuietQt() { quiet = false; }
-  QuietQt(const QuietQt&) = delete;
-  QuietQt& operator=(const QuietQt&) = delete;
-};
 
 std::optional<QAudioFormat> supportedFormat(const QAudioDevice& device, int rate) {
   constexpr int usualRate = 48000;
@@ -155,7 +148,7 @@ QtSoundOutput::QtSoundOutput() {
 QtSoundOutput::~QtSoundOutput() = default;
 
 bool QtSoundOutput::open(int rate, Pull pull) {
-  const QuietQt quietly;
+  const QScopedValueRollback quietly(quiet, true);
   opened_.reset();
   const QAudioDevice device = QMediaDevices::defaultAudioOutput();
   if (device.isNull()) return false;
@@ -167,7 +160,7 @@ bool QtSoundOutput::open(int rate, Pull pull) {
 }
 
 void QtSoundOutput::stop() {
-  const QuietQt quietly;
+  const QScopedValueRollback quietly(quiet, true);
   opened_.reset();
 }
 

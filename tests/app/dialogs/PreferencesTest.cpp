@@ -1,11 +1,11 @@
 #include <QCheckBox>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QTest>
 
 #include "SharedFiles/foundation/QVLocalPaths.h"
 #include "SharedFiles/settings/PropertyList.h"
-#include "app/dialogs/PreferencesDialog.h"
 #include "tests/app/WindowFixture.h"
 
 namespace {

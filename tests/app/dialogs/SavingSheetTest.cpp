@@ -34,7 +34,7 @@ class SavingSheet : public SaveFixture {
         if (!goOn) std::this_thread::sleep_for(std::chrono::milliseconds(150));
         return goOn && progress(done, all);
       };
-      return writeCopy(movie, path, slowly);
+      return movie.writeToFile(path, slowly);
     });
     load(plainMovie(), copyOf(retaggedMovie()));
   }
@@ -85,7 +85,7 @@ TEST_F(SavingSheet, ShowsHowFarTheCopyIs) {
 TEST_F(SavingSheet, ComesUpAlsoOverACopyThatHasNotMovedYet) {
   controller().setCopyWriter([this](movie::Movie& movie, const std::string& path, const auto& progress) {
     while (!letGo_) std::this_thread::sleep_for(std::chrono::milliseconds(5));
-    return writeCopy(movie, path, progress);
+    return movie.writeToFile(path, progress);
   });
   saveAsMeanwhile(target_, [&](QDialog&) { letGo_ = true; });
   EXPECT_EQ(gammaOf(target_), gamma18);
@@ -195,7 +195,7 @@ TEST_F(SavingSheet, QuittingTakesTheSavePanelAway) {
 
 TEST_F(SavingSheet, SaysThatACopyWasCompleteBeforeItCouldBeCancelled) {
   controller().setCopyWriter([](movie::Movie& movie, const std::string& path, const auto& progress) {
-    const auto written = writeCopy(movie, path, {});
+    const auto written = movie.writeToFile(path, {});
     while (progress(1, 1)) std::this_thread::sleep_for(std::chrono::milliseconds(5));
     return written;
   });

@@ -80,8 +80,9 @@ TEST(FishCompletion, QuotesDescriptions) {
 }
 
 TEST(Completions, LeaveNoPlaceholderBehind) {
+  GivenOptions given;
   for (const auto& complete : {bashCompletion, zshCompletion, fishCompletion}) {
-    const std::string text = complete(describe(CommandInterface()));
+    const std::string text = complete(commandInterface(given));
     EXPECT_THAT(text, Not(testing::ContainsRegex("@[A-Z]+@")));
     EXPECT_THAT(text, HasSubstr("--source-at"));
   }

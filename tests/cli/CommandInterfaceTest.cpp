@@ -4,23 +4,23 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "cli/CommandInterface.h"
 #include "cli/CommandLine.h"
-#include "cli/pages/InterfaceDescription.h"
 
-namespace cli::pages {
+namespace cli {
 namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 
-const CommandInterface& interface() {
-  static const CommandInterface theInterface;
-  return theInterface;
+CommandDescription wholeInterface() {
+  static GivenOptions given;
+  return commandInterface(given);
 }
 
 CommandDescription subcommand(const std::string& name) {
-  const CommandDescription command = describe(interface());
+  const CommandDescription command = wholeInterface();
   const auto found = std::find_if(command.subcommands.begin(), command.subcommands.end(),
                                   [&](const CommandDescription& each) { return each.name == name; });
   if (found == command.subcommands.end()) throw std::runtime_error("no subcommand " + name);
@@ -41,8 +41,8 @@ std::vector<std::string> longNames(const CommandDescription& command) {
   return names;
 }
 
-TEST(InterfaceDescription, HoldsTheCommandAndItsSubcommands) {
-  const CommandDescription command = describe(interface());
+TEST(CommandInterface, HoldsTheCommandAndItsSubcommands) {
+  const CommandDescription command = wholeInterface();
   EXPECT_EQ(command.name, "lumacheck");
   EXPECT_EQ(command.description, "Tells whether a movie suffers a gamma shift against its source");
   EXPECT_THAT(longNames(command), ElementsAre("--help", "--version"));
@@ -51,7 +51,7 @@ TEST(InterfaceDescription, HoldsTheCommandAndItsSubcommands) {
   EXPECT_THAT(names, ElementsAre("check", "info", "sync"));
 }
 
-TEST(InterfaceDescription, HoldsEveryOptionOfASubcommand) {
+TEST(CommandInterface, HoldsEveryOptionOfASubcommand) {
   EXPECT_THAT(longNames(subcommand("check")),
               UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("info")), UnorderedElementsAre("--help", "--json", "--log"));
@@ -59,7 +59,7 @@ TEST(InterfaceDescription, HoldsEveryOptionOfASubcommand) {
               UnorderedElementsAre("--help", "--save-as", "--dry-run", "--json", "--log"));
 }
 
-TEST(InterfaceDescription, TellsWhatAnOptionTakes) {
+TEST(CommandInterface, TellsWhatAnOptionTakes) {
   struct Row {
     const char *command, *option;
     Value value;
@@ -80,14 +80,14 @@ TEST(InterfaceDescription, TellsWhatAnOptionTakes) {
   }
 }
 
-TEST(InterfaceDescription, TellsWhichOptionsExcludeEachOther) {
+TEST(CommandInterface, TellsWhichOptionsExcludeEachOther) {
   EXPECT_THAT(option(subcommand("check"), "--at").excludes, ElementsAre("--dest-at", "--source-at"));
   EXPECT_THAT(option(subcommand("check"), "--source-at").excludes, ElementsAre("--at"));
   EXPECT_THAT(option(subcommand("check"), "--json").excludes, IsEmpty());
 }
 
-TEST(InterfaceDescription, TellsWhichMoviesHaveToBeNamedAndHowMany) {
-  const CommandDescription command = describe(interface());
+TEST(CommandInterface, TellsWhichMoviesHaveToBeNamedAndHowMany) {
+  const CommandDescription command = wholeInterface();
   ASSERT_EQ(command.arguments.size(), 2U);
   EXPECT_EQ(command.arguments[0].name, "SOURCE");
   EXPECT_FALSE(command.arguments[0].required);
@@ -105,7 +105,7 @@ TEST(InterfaceDescription, TellsWhichMoviesHaveToBeNamedAndHowMany) {
   EXPECT_TRUE(info.arguments[0].repeated);
 }
 
-TEST(InterfaceDescription, HoldsTheExitStatusesInOrder) {
+TEST(CommandInterface, HoldsTheExitStatusesInOrder) {
   for (const char* name : {"check", "info", "sync"}) {
     const CommandDescription command = subcommand(name);
     std::vector<int> statuses;
@@ -121,7 +121,7 @@ TEST(InterfaceDescription, HoldsTheExitStatusesInOrder) {
   EXPECT_EQ(subcommand("check").exits.size(), 5U);
 }
 
-TEST(InterfaceDescription, TheHelpTellsTheSameExitStatuses) {
+TEST(CommandInterface, TheHelpTellsTheSameExitStatuses) {
   for (const char* name : {"check", "info", "sync"}) {
     std::string help = parseCommandLine({name, "--help"}).error().out;
     std::replace(help.begin(), help.end(), '\n', ' ');
@@ -130,7 +130,7 @@ TEST(InterfaceDescription, TheHelpTellsTheSameExitStatuses) {
   }
 }
 
-TEST(InterfaceDescription, TheHelpStaysWithinATerminalsWidth) {
+TEST(CommandInterface, TheHelpStaysWithinATerminalsWidth) {
   for (const char* name : {"check", "info", "sync"}) {
     const std::string help = parseCommandLine({name, "--help"}).error().out;
     const std::string footer = help.substr(help.find("Exit status:"));
@@ -143,4 +143,4 @@ TEST(InterfaceDescription, TheHelpStaysWithinATerminalsWidth) {
 }
 
 }  // namespace
-}  // namespace cli::pages
+}  // namespace cli

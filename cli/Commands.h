@@ -1,0 +1,84 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "cli/ReportText.h"
+#include "cli/TimeArgument.h"
+
+namespace check {
+struct CheckOutcome;
+}
+
+namespace cli {
+
+/// What the command exits with.
+enum ExitStatus : int {
+  noShift = 0,        ///< also: done
+  shiftFound = 1,     ///< in pixels or in metadata
+  failure = 2,        ///< usage, or a file or frame that cannot be read, or frames that do not match
+  sourceTooDark = 3,  ///< no verdict on this frame
+  interrupted = 130   ///< by SIGINT; another signal that was noted gives 128 and its number, as shells tell it
+};
+
+/// What a command has to say: data for stdout, sentences for stderr, and the exit status. Bytes as they are written.
+struct CommandResult {
+  std::string out, err;
+  int status = noShift;
+};
+
+/// A sentence for stderr, ended as a line.
+inline std::string complaint(const std::string& sentence) {
+  return "lumacheck: " + sentence + "\n";
+}
+
+// What each subcommand is given. Paths are raw bytes.
+
+enum class OutputForm { Text, Json };
+enum class ExitPolicy { ByVerdict, ZeroUnlessFailed };
+enum class SyncMode { Save, DryRun };
+
+struct CheckOptions {
+  std::string source, dest;
+  std::optional<TimeArgument> sourceTime, destTime;  ///< none: the beginning
+  OutputForm form = OutputForm::Text;
+  ExitPolicy exitPolicy = ExitPolicy::ByVerdict;
+};
+
+struct InfoOptions {
+  std::vector<std::string> files;
+  OutputForm form = OutputForm::Text;
+};
+
+struct SyncOptions {
+  std::string source, dest;
+  std::optional<std::string> saveAs;  ///< a flattened copy there instead of the destination itself
+  SyncMode mode = SyncMode::Save;
+  OutputForm form = OutputForm::Text;
+};
+
+struct WindowOptions {
+  std::vector<std::string> files;  ///< at most two
+};
+
+/// `lumacheck check`: opens both movies and runs the check on them.
+CommandResult runCheckCommand(const CheckOptions& options, TextStyling styling);
+
+/// The exit status that an outcome stands for: a frame that could not be had and frames that do not match come before a
+/// shift in the metadata.
+int exitStatusOf(const check::CheckOutcome& outcome, ExitPolicy policy);
+
+/// `lumacheck info`: what the first image description of each file's first video track says. A file that cannot be read
+/// does not stop the rest. Never loads the decoder module.
+CommandResult runInfoCommand(const InfoOptions& options);
+
+/// `lumacheck sync`: copies the source's colour metadata onto the destination and saves it. Examines every result: what
+/// is refused, failed or incomplete is said on stderr, with status 2.
+CommandResult runSyncCommand(const SyncOptions& options);
+
+/// `lumacheck [FILE [FILE]]`: becomes the program Lumacheck, which lies beside this one, with the files. Returns only
+/// when that cannot be done, or when a file is not there.
+CommandResult runWindowCommand(const WindowOptions& options);
+
+}  // namespace cli
