@@ -73,8 +73,6 @@ class Timeline {
         mediaScale_(std::max(track.mediaTimeScale, 1)),
         segments_(segmentsOf(track, movieTimeScale)) {}
 
-  std::int64_t mediaTimeAt(const Instant& time) const { return mediaTimeAt(placeAt(time)); }
-
   std::int64_t mediaTimeAt(const Place& place) const {
     const Segment& segment = segments_[place.segment];
     if (segment.rate <= 0) return segment.mediaTime;

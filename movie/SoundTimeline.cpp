@@ -2,18 +2,17 @@
 
 #include <algorithm>
 
+#include "movie/atoms/MovieTime.h"
+
 namespace movie {
 namespace {
-
-__extension__ using Int128 = __int128;
 
 constexpr std::int32_t normalRate = 0x10000;
 constexpr std::int64_t farthest = SoundTimeline::endless / 4;  // so that sums stay in range
 
 /// Units of a clock as frames, to the nearest.
 std::int64_t framesOf(std::uint64_t value, std::int32_t scale, int rate) {
-  const Int128 frames = (Int128{value} * rate + scale / 2) / scale;
-  return static_cast<std::int64_t>(std::min<Int128>(frames, farthest));
+  return std::min(timeScaled({static_cast<std::int64_t>(value), scale}, rate).value, farthest);
 }
 
 }  // namespace
