@@ -10,7 +10,6 @@ namespace {
 __extension__ using Int128 = __int128;
 
 constexpr std::int64_t endless = std::numeric_limits<std::int64_t>::max();
-constexpr std::int32_t normalRate = 0x10000;
 constexpr std::int32_t micro = 1000000;
 
 /// An exact instant: `value` / `scale` seconds, scale above 0.
@@ -72,8 +71,6 @@ class Timeline {
       : movieScale_(std::max(movieTimeScale, 1)),
         mediaScale_(std::max(track.mediaTimeScale, 1)),
         segments_(segmentsOf(track, movieTimeScale)) {}
-
-  std::int64_t mediaTimeAt(const Instant& time) const { return mediaTimeAt(placeAt(time)); }
 
   std::int64_t mediaTimeAt(const Place& place) const {
     const Segment& segment = segments_[place.segment];

@@ -9,8 +9,7 @@
 
 #include "movie/atoms/MovieEdit.h"
 #include "movie/decode/DecoderModule.h"
-#include "movie/render/DisplayRenderer.h"
-#include "movie/render/MeasurementRenderer.h"
+#include "movie/render/FrameRenderer.h"
 #include "movie/render/Orientation.h"
 
 namespace movie {
@@ -39,10 +38,8 @@ PictureRequest requestFor(const PresentedSample& sample, const ImageDescription&
 
 /// Whether the name leads to the file that a movie has open.
 bool leadsTo(const std::string& path, const MovieFile& file) {
-  struct stat named {
-  }, open{};
-  return ::stat(path.c_str(), &named) == 0 && ::fstat(file.descriptor(), &open) == 0 && named.st_dev == open.st_dev &&
-         named.st_ino == open.st_ino;
+  struct stat named {};
+  return ::stat(path.c_str(), &named) == 0 && named.st_dev == file.stamp().device && named.st_ino == file.stamp().inode;
 }
 
 }  // namespace

@@ -2,18 +2,16 @@
 
 #include <algorithm>
 
+#include "movie/atoms/MovieTime.h"
+
 namespace movie {
 namespace {
 
-__extension__ using Int128 = __int128;
-
-constexpr std::int32_t unchangedRate = 0x10000;
 constexpr std::int64_t farthest = SoundTimeline::endless / 4;  // so that sums stay in range
 
 /// Units of a clock as frames, to the nearest.
 std::int64_t framesOf(std::uint64_t value, std::int32_t scale, int rate) {
-  const Int128 frames = (Int128{value} * rate + scale / 2) / scale;
-  return static_cast<std::int64_t>(std::min<Int128>(frames, farthest));
+  return std::min(timeScaled({static_cast<std::int64_t>(value), scale}, rate).value, farthest);
 }
 
 }  // namespace
@@ -31,7 +29,7 @@ SoundTimeline::SoundTimeline(const TrackInfo& track, std::int32_t movieTimeScale
     constexpr auto most = static_cast<std::uint64_t>(endless);
     position += std::min(edit.segmentDuration, most - std::min(position, most));
     segment.end = framesOf(position, movieScale, rate);
-    if (edit.mediaTime >= 0 && edit.mediaRate == unchangedRate) {
+    if (edit.mediaTime >= 0 && edit.mediaRate == normalRate) {
       segment.mediaFrame = framesOf(static_cast<std::uint64_t>(edit.mediaTime), mediaScale, rate);
     }
     if (segment.end > segment.start) segments_.push_back(segment);

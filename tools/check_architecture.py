@@ -14,16 +14,13 @@ import pathlib
 import re
 import sys
 
-FLOORS = ("system", "movie", "SharedFiles", "check", "cli", "app")
+sys.dont_write_bytecode = True
+import check_layers  # noqa: E402
+
 PAGE = "docs/architecture.md"
 LISTED = re.compile(r"^#   (?! )([A-Za-z][^:]*(?:: [A-Z][\w, ]*)?): ", re.MULTILINE)
 CODE = re.compile(r"`([^`]+)`")
 PATH = re.compile(r"^(?:\w[\w.-]*/)+(?:[\w.-]+)?$")
-
-
-def rooms(root):
-    lists = (file for floor in FLOORS for file in (root / floor).rglob("CMakeLists.txt"))
-    return sorted(file.parent for file in lists if re.search(r"\b(lumacheck_room|libav_module)\(", file.read_text()))
 
 
 def listed(folder):
@@ -48,9 +45,8 @@ def disagreements_of(folder, room):
 
 def disagreements(root):
     page = (root / PAGE).read_text(encoding="utf-8")
-    for folder in rooms(root):
-        room = folder.relative_to(root).as_posix()
-        yield from disagreements_of(folder, room)
+    for room in sorted(each.folder for each in check_layers.rooms_of(root).values()):
+        yield from disagreements_of(root / room, room)
         if not re.search(rf"(^|[`\s]){re.escape(room)}/?([`\s,:]|$)", page, re.MULTILINE):
             yield f"{PAGE}: does not name the room {room}"
     for path in sorted({code for code in CODE.findall(page) if PATH.match(code)}):

@@ -15,6 +15,7 @@ its main.cpp also what the folder's programs link. Prints one line a breach and 
 
 --graph prints the rooms, ground floor first, with what each links.
 """
+import graphlib
 import pathlib
 import re
 import sys
@@ -180,22 +181,11 @@ class House:
 
     @staticmethod
     def circles(graph, what):
-        state, path = {}, []
-
-        def visit(node):
-            state[node] = "open"
-            path.append(node)
-            for other in sorted(graph.get(node, ())):
-                if state.get(other) == "open":
-                    yield f"{what} in a circle: {' -> '.join(path[path.index(other):] + [other])}"
-                elif other in graph and other not in state:
-                    yield from visit(other)
-            path.pop()
-            state[node] = "done"
-
-        for node in sorted(graph):
-            if node not in state:
-                yield from visit(node)
+        """The first circle that there is."""
+        try:
+            graphlib.TopologicalSorter({node: sorted(graph[node]) for node in sorted(graph)}).prepare()
+        except graphlib.CycleError as error:
+            yield f"{what} in a circle: {' -> '.join(reversed(error.args[1]))}"
 
     def storeys(self):
         """The rooms, each after all that it links."""

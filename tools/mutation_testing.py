@@ -62,15 +62,10 @@ def candidates(root, folder, seed):
     )
 
 
-class Equivalents:
-    """The changes that nothing could notice, and those of them that no line of the tree has any more."""
-
-    def __init__(self, path):
-        entries = json.loads(path.read_text("utf-8")) if path.is_file() else []
-        self.keys = {(each["file"], each["line"], each["becomes"]) for each in entries if each["reason"]}
-
-    def __contains__(self, mutation):
-        return mutation.key in self.keys
+def read_equivalents(path):
+    """The names of the changes that nothing could notice."""
+    entries = json.loads(path.read_text("utf-8")) if path.is_file() else []
+    return {(each["file"], each["line"], each["becomes"]) for each in entries if each["reason"]}
 
 
 class Session:
@@ -104,7 +99,7 @@ class Session:
                     mutation = next(queue, None)
                     if mutation is None:
                         break
-                    verdict = "equivalent" if mutation in self.equivalents else self.known.get(mutation.key)
+                    verdict = "equivalent" if mutation.key in self.equivalents else self.known.get(mutation.key)
                     if verdict:
                         self.results[verdict].append(mutation)
                     if verdict in (None, "killed"):
@@ -205,11 +200,11 @@ def measure(options, session):
 def main(given=None):
     options = arguments(given)
     try:
-        session = Session(options, Equivalents(options.root / "tools" / "mutation" / "equivalent.json"))
+        session = Session(options, read_equivalents(options.root / "tools" / "mutation" / "equivalent.json"))
         if options.list:
             for queue in session.queues:
                 for _, mutation in zip(range(options.count), queue):
-                    print(("equivalent: " if mutation in session.equivalents else "") + str(mutation))
+                    print(("equivalent: " if mutation.key in session.equivalents else "") + str(mutation))
             return 0
         return measure(options, session)
     except trials.Refused as reason:

@@ -658,10 +658,6 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
         <translation>es ist keine gewöhnliche Datei</translation>
     </message>
     <message>
-        <source>it has no status</source>
-        <translation>ihr Status lässt sich nicht abfragen</translation>
-    </message>
-    <message>
         <source>the file is empty</source>
         <translation>die Datei ist leer</translation>
     </message>

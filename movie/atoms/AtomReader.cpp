@@ -1,6 +1,9 @@
 #include "movie/atoms/AtomReader.h"
 
 #include <algorithm>
+#include <limits>
+
+#include "movie/atoms/AtomTypes.h"
 
 namespace movie {
 
@@ -39,8 +42,13 @@ AtomHeader readAtomHeader(ByteView bytes, std::uint64_t offset, std::uint64_t le
   return {atom, atom.size > left ? AtomDefect::ReachesPastParent : AtomDefect::None};
 }
 
-AtomList readAtoms(ByteView bytes) {
-  return readAtoms(bytes, 0, bytes.size());
+std::size_t metaHeadSize(ByteView body) {
+  return body.size() >= 4 && read32(body, 0) == 0 ? 4 : 0;
+}
+
+AtomList readChildren(ByteView bytes, const Atom& parent) {
+  const std::size_t head = parent.type == code::meta ? metaHeadSize(bodyOf(bytes, parent)) : 0;
+  return readAtoms(bytes, parent.bodyOffset() + head, parent.end());
 }
 
 AtomList readAtoms(ByteView bytes, std::uint64_t begin, std::uint64_t end) {
@@ -65,6 +73,16 @@ std::optional<Atom> firstAtom(const AtomList& list, FourCC type) {
       std::find_if(list.atoms.begin(), list.atoms.end(), [type](const Atom& atom) { return atom.type == type; });
   if (found == list.atoms.end()) return std::nullopt;
   return *found;
+}
+
+Bytes atomHeader(FourCC type, std::uint64_t bodySize, bool wide) {
+  wide = wide || bodySize + shortHeader > std::numeric_limits<std::uint32_t>::max();
+  Bytes header(wide ? longHeader : shortHeader);
+  const std::uint64_t size = header.size() + bodySize;
+  write32(header, 0, wide ? 1 : static_cast<std::uint32_t>(size));
+  write32(header, 4, type);
+  if (wide) write64(header, 8, size);
+  return header;
 }
 
 }  // namespace movie

@@ -54,25 +54,31 @@ struct AtomList {
 
 Reason describe(AtomDefect defect);
 
-/// The atoms of `bytes`, in order. Stops at the first malformed header; what stands before it is returned. A size of 0,
-/// which reaches to the end of a file, has no such meaning inside another atom.
-AtomList readAtoms(ByteView bytes);
-
-/// The atoms between two offsets of `bytes`; their own offsets are from the start of `bytes`. begin <= end <=
-/// bytes.size().
+/// The atoms between two offsets of `bytes`, in order; their own offsets are from the start of `bytes`. Stops at the
+/// first malformed header; what stands before it is returned. A size of 0, which reaches to the end of a file, has no
+/// such meaning inside another atom. begin <= end <= bytes.size().
 AtomList readAtoms(ByteView bytes, std::uint64_t begin, std::uint64_t end);
-
-/// The children of an atom that was read from `bytes`; their offsets too are from the start of `bytes`.
-inline AtomList readChildren(ByteView bytes, const Atom& parent) {
-  return readAtoms(bytes, parent.bodyOffset(), parent.end());
+inline AtomList readAtoms(ByteView bytes) {
+  return readAtoms(bytes, 0, bytes.size());
 }
+
+/// What stands before the children in the body of a meta atom: four bytes, version and flags, which are 0, in ISO
+/// files. QuickTime's begin with the size of a child, which is not 0. `body` may be cut behind the first four bytes.
+std::size_t metaHeadSize(ByteView body);
+
+/// The children of an atom that was read from `bytes`, a meta atom of either kind too; their offsets too are from the
+/// start of `bytes`.
+AtomList readChildren(ByteView bytes, const Atom& parent);
 
 /// The first child of that type, or none.
 std::optional<Atom> firstAtom(const AtomList& list, FourCC type);
 
 /// The body of an atom that was read from `bytes`.
 inline ByteView bodyOf(ByteView bytes, const Atom& atom) {
-  return bytes.subspan(static_cast<std::size_t>(atom.bodyOffset()), static_cast<std::size_t>(atom.bodySize()));
+  return between(bytes, atom.bodyOffset(), atom.end());
 }
+
+/// The header of a new atom; with a 64-bit size where it is asked for or needed.
+Bytes atomHeader(FourCC type, std::uint64_t bodySize, bool wide = false);
 
 }  // namespace movie

@@ -9,15 +9,6 @@ namespace movie {
 
 namespace {
 
-constexpr std::size_t tableHead = 8;   // version, flags, count
-constexpr std::size_t sizesHead = 12;  // version, flags, common size, count
-constexpr std::size_t referenceAt = 14;
-
-std::size_t rowsIn(const std::optional<ByteView>& body, std::size_t rowSize) {
-  if (!body || body->size() < tableHead) return 0;
-  return std::min<std::size_t>(read32(*body, 4), (body->size() - tableHead) / rowSize);
-}
-
 /// Bytes of one channel's sample in a format that is not packed; 0 for any other format.
 unsigned bytesPerValue(FourCC format, unsigned bits) {
   switch (format) {
@@ -65,86 +56,44 @@ TrackChunks::SoundPacking TrackChunks::packingOf(ByteView description) {
   }
 }
 
-TrackChunks::TrackChunks(const TrackAtoms& track, std::vector<DataReference> references)
-    : tables_(track.tables), references_(std::move(references)), sampleCount_(track.tables.sampleCount()) {
-  for (const Bytes& description : track.info.sampleDescriptions) {
-    referenceOf_.push_back(description.size() >= referenceAt + 2 ? read16(description, referenceAt) : 0);
-    packings_.push_back(track.info.mediaType == soundMedia ? packingOf(description) : SoundPacking{});
-  }
-}
-
-std::uint64_t TrackChunks::chunkCount() const {
-  return rowsIn(tables_.chunkOffset, tables_.wideOffsets ? 8 : 4);
+TrackChunks::TrackChunks(const TrackAtoms& track)
+    : tables_(track.tables), elsewhere_(track.elsewhere), sampleCount_(track.tables.sampleCount()) {
+  if (track.info.mediaType != soundMedia) return;
+  for (const Bytes& description : track.info.sampleDescriptions) packings_.push_back(packingOf(description));
 }
 
 const DataReference* TrackChunks::externalReference(std::size_t description) const {
-  const std::size_t number = description < referenceOf_.size() ? referenceOf_[description] : 0;
-  if (number == 0 || number > references_.size()) return nullptr;
-  const DataReference& reference = references_[number - 1];
-  return reference.external ? &reference : nullptr;
+  return description < elsewhere_.size() && elsewhere_[description] ? &*elsewhere_[description] : nullptr;
 }
 
 std::uint64_t TrackChunks::samplesSize(std::uint64_t first, std::uint64_t count, std::size_t description) const {
-  if (!tables_.sampleSize || tables_.sampleSize->size() < sizesHead) return 0;
-  const ByteView sizes = *tables_.sampleSize;
-  std::uint64_t total = 0;
-  if (tables_.compactSizes) {
-    const unsigned fieldBits = sizes[7];
-    for (std::uint64_t sample = first; sample < first + count; ++sample) {
-      const auto index = static_cast<std::size_t>(sample);
-      const auto pair = [&] { return static_cast<unsigned>(sizes[sizesHead + index / 2]); };
-      if (fieldBits == 16) total += read16(sizes, sizesHead + 2 * index);
-      if (fieldBits == 8) total += sizes[sizesHead + index];
-      if (fieldBits == 4) total += index % 2 == 0 ? pair() >> 4 : pair() & 15;
-    }
-    return total;
-  }
-  const std::uint64_t common = read32(sizes, 4);
-  if (common == 1 && description < packings_.size()) {
+  const auto common = tables_.commonSize();
+  if (!common) return 0;
+  if (*common == 1 && description < packings_.size()) {
     const SoundPacking& packing = packings_[description];
     return (count + packing.samplesPerPacket - 1) / packing.samplesPerPacket * packing.bytesPerPacket;
   }
-  if (common != 0) return common * count;
-  for (std::uint64_t sample = first; sample < first + count; ++sample) {
-    total += read32(sizes, sizesHead + 4 * static_cast<std::size_t>(sample));
-  }
+  if (*common != 0) return *common * count;
+  std::uint64_t total = 0;
+  for (std::uint64_t sample = first; sample < first + count; ++sample) total += tables_.sizeOf(sample).value_or(0);
   return total;
 }
 
-/// Walks the rows of stsc beside those of stco.
-struct TrackChunks::Walk {
-  ByteView rows;
-  std::size_t rowCount = 0;
-  std::size_t row = 0;
-
-  std::uint32_t at(std::size_t index, std::size_t column) const {
-    return read32(rows, tableHead + 12 * index + 4 * column);
-  }
-  bool ascending() const {
-    for (std::size_t i = 1; i < rowCount; ++i) {
-      if (at(i, 0) < at(i - 1, 0)) return false;
-    }
-    return rowCount == 0 || at(0, 0) != 0;
-  }
-  /// How many samples the chunk has, and which description.
-  std::pair<std::uint32_t, std::uint32_t> next(std::uint64_t chunk) {
-    while (row + 1 < rowCount && at(row + 1, 0) <= chunk + 1) ++row;
-    if (row >= rowCount || at(row, 0) > chunk + 1) return {0, 1};
-    return {at(row, 1), at(row, 2)};
-  }
-};
-
 Result<void> TrackChunks::visit(const std::function<Result<void>(const Chunk&)>& visit) const {
-  Walk walk{tables_.sampleToChunk.value_or(ByteView{}), rowsIn(tables_.sampleToChunk, 12)};
-  if (!walk.ascending()) return failed({}, Reason::ChunksOutOfOrder, "moov/trak/mdia/minf/stbl/stsc");
-  const std::uint64_t count = chunkCount();
+  const TableRows rows(tables_.sampleToChunk, 12);  // first chunk, samples in a chunk, description, counted from 1
+  for (std::size_t i = 0; i < rows.count(); ++i) {
+    if (rows.at(i) >= (i == 0 ? 1U : rows.at(i - 1))) continue;
+    return failed({}, Reason::ChunksOutOfOrder, "moov/trak/mdia/minf/stbl/stsc");
+  }
+  const std::uint64_t count = tables_.chunkCount();
+  std::size_t next = 0;  // the first row of a chunk that comes later
   Chunk chunk;
   for (; chunk.index < count; ++chunk.index) {
-    const auto [samples, description] = walk.next(chunk.index);
+    while (next < rows.count() && rows.at(next) <= chunk.index + 1) ++next;
+    const std::uint32_t samples = next == 0 ? 0 : rows.at(next - 1, 1);
+    const std::uint32_t description = next == 0 ? 1 : rows.at(next - 1, 2);
     const std::uint64_t here = std::min<std::uint64_t>(samples, sampleCount_ - chunk.firstSample);
-    const auto row = static_cast<std::size_t>(chunk.index);
-    chunk.offset = tables_.wideOffsets ? read64(*tables_.chunkOffset, tableHead + 8 * row)
-                                       : read32(*tables_.chunkOffset, tableHead + 4 * row);
+    chunk.offset = tables_.chunkOffsetOf(chunk.index).value_or(0);
     chunk.description = descriptionIndex(description, tables_.descriptionCount);
     chunk.size = samplesSize(chunk.firstSample, here, chunk.description);
     TRY(visit(chunk));

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
-#include <span>
 #include <vector>
 
 #include "movie/atoms/AtomReader.h"
@@ -61,10 +61,10 @@ class ImageDescription {
   explicit ImageDescription(Bytes entry);
 
   const Bytes& bytes() const { return bytes_; }
-  FourCC codec() const;         ///< the data format, 'apch', 'avc1' ...
-  std::uint16_t width() const;  ///< pixels, as encoded
-  std::uint16_t height() const;
-  std::uint16_t depth() const;  ///< the depth field, 24, 32, 40 for 8 bits of grey ...
+  FourCC codec() const { return bytes_.size() >= 8 ? read32(bytes_, 4) : 0; }  ///< the data format, 'apch', 'avc1' ...
+  std::uint16_t width() const { return fieldAt(32); }                          ///< pixels, as encoded
+  std::uint16_t height() const { return fieldAt(34); }
+  std::uint16_t depth() const { return fieldAt(82); }  ///< the depth field, 24, 32, 40 for 8 bits of grey ...
 
   /// The extensions in file order; offsets are into bytes(). Read while 8 bytes remain and the size fits.
   const std::vector<Atom>& extensions() const { return extensions_; }
@@ -90,12 +90,13 @@ class ImageDescription {
   OSErr removeExtension(FourCC type);
 
  private:
+  std::uint16_t fieldAt(std::size_t at) const {
+    return at + 2 <= bytes_.size() ? read16(bytes_, at) : std::uint16_t{0};
+  }
   bool editable() const;
   void parse();
   OSErr replaceRange(std::size_t offset, std::size_t oldSize, ByteView replacement);
-  std::optional<Atom> firstGamma() const;
-  std::optional<Atom> firstColor(FourCC oneType, FourCC otherType, std::size_t least) const;
-  OSErr insertExtension(ByteView atom);
+  std::optional<Atom> first(FourCC type, std::size_t least, std::initializer_list<FourCC> kinds = {}) const;
 
   Bytes bytes_;
   std::vector<Atom> extensions_;

@@ -85,12 +85,10 @@ class Parser {
 
   Status movieHeader(const AtomList& parts, const Atom& atom, MovieAtoms& movie) const;
   Status track(const Atom& atom, TrackAtoms& track) const;
-  Status edits(const Atom& atom, TrackAtoms& track) const;
   Status media(const Atom& atom, TrackAtoms& track) const;
   Status mediaInformation(const Atom& atom, const std::string& path, TrackAtoms& track) const;
   Status sampleDescriptions(const Atom& atom, const std::string& path, TrackInfo& info) const;
-  Status dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const;
-  bool isExternal(const Atom& reference) const;
+  Status dataReferences(const Atom& atom, const std::string& path, TrackAtoms& track) const;
   Status extends(const Atom& atom, MovieAtoms& movie) const;
 
   ByteView bytes_;
@@ -134,16 +132,11 @@ Parser::Status Parser::track(const Atom& atom, TrackAtoms& track) const {
   TRY(const auto parts, children(atom, "moov/trak"));
   if (const auto header = firstAtom(parts, code::tkhd)) readTrackHeader(body(*header), track.info);
   if (const auto list = firstAtom(parts, code::edts)) {
-    TRY(edits(*list, track));
+    TRY(const auto inside, children(*list, "moov/trak/edts"));
+    if (const auto edits = firstAtom(inside, code::elst)) track.info.edits = readEditList(body(*edits));
   }
   const auto mediaAtom = firstAtom(parts, code::mdia);
   return mediaAtom ? media(*mediaAtom, track) : Status{};
-}
-
-Parser::Status Parser::edits(const Atom& atom, TrackAtoms& track) const {
-  TRY(const auto parts, children(atom, "moov/trak/edts"));
-  if (const auto list = firstAtom(parts, code::elst)) track.info.edits = readEditList(body(*list));
-  return {};
 }
 
 Parser::Status Parser::media(const Atom& atom, TrackAtoms& track) const {
@@ -172,7 +165,7 @@ Parser::Status Parser::mediaInformation(const Atom& atom, const std::string& pat
     track.tables.descriptionCount = track.info.sampleDescriptions.size();
   }
   const auto data = firstAtom(parts, code::dinf);
-  return data ? dataReferences(*data, path + "/dinf", track.info) : Status{};
+  return data ? dataReferences(*data, path + "/dinf", track) : Status{};
 }
 
 Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& path, TrackInfo& info) const {
@@ -191,24 +184,18 @@ Parser::Status Parser::sampleDescriptions(const Atom& atom, const std::string& p
   return {};
 }
 
-Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path, TrackInfo& info) const {
-  constexpr std::uint64_t head = 8;
+Parser::Status Parser::dataReferences(const Atom& atom, const std::string& path, TrackAtoms& track) const {
   TRY(const auto parts, children(atom, path));
   const auto list = firstAtom(parts, code::dref);
-  if (!list || list->bodySize() < head) return {};
-  const AtomList references = readAtoms(bytes_, list->bodyOffset() + head, list->end());
-  for (const Bytes& description : info.sampleDescriptions) {
+  if (!list) return {};
+  const AtomList references = dataReferencesIn(bytes_, *list);
+  for (const Bytes& description : track.info.sampleDescriptions) {
     const std::size_t index = description.size() >= 16 ? read16(description, 14) : 0;  // 1-based
     const bool named = index != 0 && index <= references.atoms.size();
-    info.external.push_back(named && isExternal(references.atoms[index - 1]));
+    track.elsewhere.push_back(named ? otherFileOf(bytes_, references.atoms[index - 1]) : std::nullopt);
+    track.info.external.push_back(track.elsewhere.back().has_value());
   }
   return {};
-}
-
-bool Parser::isExternal(const Atom& reference) const {
-  constexpr std::uint32_t selfContained = 1;
-  // A reference with nothing behind version and flags names no other file, whatever its flag says.
-  return reference.bodySize() > 4 && (read32(body(reference), 0) & selfContained) == 0;
 }
 
 Parser::Status Parser::extends(const Atom& atom, MovieAtoms& movie) const {
@@ -234,6 +221,19 @@ Result<AtomList> wellFormedChildren(ByteView bytes, const Atom& atom, const std:
   AtomList list = readChildren(bytes, atom);
   if (!list.malformed()) return list;
   return origin.failure(path + "/" + fourCCText(list.defectType), list.defectOffset, describe(list.defect));
+}
+
+AtomList dataReferencesIn(ByteView bytes, const Atom& list) {
+  constexpr std::uint64_t head = 8;  // version, flags, count
+  return list.bodySize() < head ? AtomList{} : readAtoms(bytes, list.bodyOffset() + head, list.end());
+}
+
+std::optional<DataReference> otherFileOf(ByteView bytes, const Atom& reference) {
+  constexpr std::uint32_t selfContained = 1;
+  const ByteView body = bodyOf(bytes, reference);
+  // A reference with nothing behind version and flags names no other file, whatever its flag says.
+  if (body.size() <= 4 || (read32(body, 0) & selfContained) != 0) return std::nullopt;
+  return DataReference{reference.type, body.subspan(4)};
 }
 
 Result<MovieAtoms> parseMovieAtom(ByteView bytes, const Atom& movie, const BytesOrigin& origin) {

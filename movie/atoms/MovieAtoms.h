@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -36,9 +37,22 @@ struct FragmentDefaults {
   std::uint32_t description = 1;  ///< counted from 1
 };
 
+/// One entry of a dref atom. Source: QTFF "Data reference atoms"; ISO/IEC 14496-12, 8.7.2.
+struct DataReference {
+  FourCC type = 0;  ///< 'alis', 'url ', 'rsrc' ...
+  ByteView data;    ///< behind version and flags; a view into the movie atom's bytes
+};
+
+/// The children of a dref atom that was read from `bytes`.
+AtomList dataReferencesIn(ByteView bytes, const Atom& list);
+/// What an entry of a dref says of another file; none for one that names the movie's own.
+std::optional<DataReference> otherFileOf(ByteView bytes, const Atom& reference);
+
 struct TrackAtoms {
   TrackInfo info;           ///< sampleCount without fragments; durations as stored, 0 where unknown
   SampleTableAtoms tables;  ///< views into the movie atom's bytes
+  /// Per sample description: the other file that its data lies in. Empty without references.
+  std::vector<std::optional<DataReference>> elsewhere;
 };
 
 /// The movie atom, parsed. Tables are left where they lie.

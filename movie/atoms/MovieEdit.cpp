@@ -1,7 +1,6 @@
 #include "movie/atoms/MovieEdit.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <string>
 #include <utility>
@@ -9,6 +8,7 @@
 #include "movie/atoms/AtomReader.h"
 #include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/ImageDescription.h"
+#include "movie/atoms/Splice.h"
 #include "movie/atoms/TrackInfo.h"
 
 namespace movie {
@@ -18,11 +18,6 @@ namespace {
 constexpr std::uint64_t listHead = 8;  // version, flags and the count of a stsd
 /// How many atoms may stand around one that is looked into; no format nests them deeper.
 constexpr std::size_t deepest = 8;
-
-void write64(Bytes& bytes, std::size_t at, std::uint64_t value) {
-  write32(bytes, at, static_cast<std::uint32_t>(value >> 32));
-  write32(bytes, at + 4, static_cast<std::uint32_t>(value));
-}
 
 /// The atom that `bytes` are, all of them; a size of 0 counts as theirs.
 std::optional<Atom> wholeAtom(ByteView bytes) {
@@ -42,51 +37,14 @@ std::optional<Atom> childOf(ByteView bytes, const Atom& parent, FourCC type, std
   return std::nullopt;
 }
 
-/// The children of a meta atom, which has version and flags before them in ISO files and does not in QuickTime ones.
-AtomList metaChildren(ByteView bytes, const Atom& meta) {
-  const bool plain =
-      meta.bodySize() >= 8 && read32(bytes, static_cast<std::size_t>(meta.bodyOffset()) + 4) == code::hdlr;
-  if (plain || meta.bodySize() < 4) return readChildren(bytes, meta);
-  return readAtoms(bytes, meta.bodyOffset() + 4, meta.end());
-}
-
 /// The atoms from the outermost to the one to be replaced.
 using AtomPath = std::vector<Atom>;
 
-/// Puts `replacement` in place of `length` bytes at `at`, inside all the atoms of `around`, and settles their sizes.
-/// False when a size does not fit into its field.
-bool splice(Bytes& bytes, const AtomPath& around, std::uint64_t at, std::uint64_t length, ByteView replacement) {
-  for (const Atom& atom : around) {
-    const std::uint64_t size = atom.size - length + replacement.size();
-    if (atom.headerSize == 8 && size > std::numeric_limits<std::uint32_t>::max()) return false;
-    if (atom.headerSize == 8) {
-      write32(bytes, static_cast<std::size_t>(atom.offset), static_cast<std::uint32_t>(size));
-    } else {
-      write64(bytes, static_cast<std::size_t>(atom.offset) + 8, size);
-    }
-  }
-  const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
-  const std::size_t common = std::min<std::size_t>(static_cast<std::size_t>(length), replacement.size());
-  std::copy_n(replacement.begin(), common, begin);
-  const auto rest = begin + static_cast<std::ptrdiff_t>(common);
-  if (replacement.size() > common) {
-    bytes.insert(rest, replacement.begin() + static_cast<std::ptrdiff_t>(common), replacement.end());
-  } else {
-    bytes.erase(rest, begin + static_cast<std::ptrdiff_t>(length));
-  }
-  return true;
-}
-
-/// From the movie atom down to a track's stsd.
-Result<AtomPath> pathToDescriptions(ByteView bytes, std::size_t track) {
-  const auto movie = wholeAtom(bytes);
-  if (!movie || movie->type != code::moov) return failed({}, Reason::MovieMalformed, "moov");
-  AtomPath path{*movie};
-  std::string name = "moov";
-  std::size_t index = track;
-  constexpr std::array steps{code::trak, code::mdia, code::minf, code::stbl, code::stsd};
-  for (const FourCC type : steps) {
-    const auto atom = childOf(bytes, path.back(), type, std::exchange(index, 0));
+/// From the movie atom and one of its tracks down to that track's stsd.
+Result<AtomPath> pathToDescriptions(ByteView bytes, AtomPath path) {
+  std::string name = "moov/trak";
+  for (const FourCC type : {code::mdia, code::minf, code::stbl, code::stsd}) {
+    const auto atom = childOf(bytes, path.back(), type);
     name += '/' + fourCCText(type);
     if (!atom) return failed({}, Reason::NoSuchAtom, name, path.back().offset);
     path.push_back(*atom);
@@ -102,169 +60,117 @@ AtomList descriptionsIn(ByteView bytes, const Atom& list) {
   return entries;
 }
 
-Result<void> replaceDescription(Bytes& bytes, const SampleDescriptionEdit& edit) {
+Result<Bytes> withDescription(ByteView bytes, const SampleDescriptionEdit& edit) {
   const std::string name = "moov/trak/mdia/minf/stbl/stsd";
-  TRY(const auto path, pathToDescriptions(bytes, edit.track));
+  const auto movie = wholeAtom(bytes);
+  const auto track = movie ? childOf(bytes, *movie, code::trak, edit.track) : std::nullopt;
+  if (!track) return failed({}, Reason::NoSuchAtom, "moov/trak");
+  TRY(const auto path, pathToDescriptions(bytes, {*movie, *track}));
+  const auto failure = [&](Reason why) { return failed({}, why, name, path.back().offset); };
   const AtomList entries = descriptionsIn(bytes, path.back());
-  if (edit.description >= entries.atoms.size()) return failed({}, Reason::NoSuchDescription, name, path.back().offset);
+  if (edit.description >= entries.atoms.size()) return failure(Reason::NoSuchDescription);
   const AtomHeader header = readAtomHeader(edit.entry, 0, edit.entry.size());
   if (header.defect != AtomDefect::None || header.atom.size != edit.entry.size()) {
-    return failed({}, Reason::DescriptionSizeWrong, name, path.back().offset);
+    return failure(Reason::DescriptionSizeWrong);
   }
   const Atom& old = entries.atoms[edit.description];
-  if (!splice(bytes, path, old.offset, old.size, edit.entry)) {
-    return failed({}, Reason::MovieWouldBeTooLarge, name, path.back().offset);
-  }
-  return {};
+  auto edited = spliced(bytes, path, {{old.offset, old.size, edit.entry}});
+  if (!edited) return failure(Reason::MovieWouldBeTooLarge);
+  return std::move(*edited);
 }
 
-/// Every `free` whose size is nobody's business, with the atoms around it.
+/// Every `free` whose size is nobody's business, with the atoms around it. Not one that a meta atom begins with: its
+/// size tells of which kind the meta atom is.
 std::vector<AtomPath> resizableFrees(ByteView bytes, const Atom& movie) {
   std::vector<AtomPath> found;
-  const auto search = [&](const AtomPath& around, const AtomList& children, const auto& again) -> void {
+  const auto search = [&](const AtomPath& around, const auto& again) -> void {
     if (around.size() > deepest) return;
-    for (const Atom& child : children.atoms) {
+    const Atom& parent = around.back();
+    for (const Atom& child : readChildren(bytes, parent).atoms) {
       AtomPath path = around;
       path.push_back(child);
-      if (child.type == code::free && child.headerSize == 8) found.push_back(path);
-      if (child.type == code::udta && around.size() == 1) again(path, readChildren(bytes, child), again);
-      if (child.type == code::meta) again(path, metaChildren(bytes, child), again);
+      const bool beginsMeta = parent.type == code::meta && child.offset == parent.bodyOffset();
+      if (child.type == code::free && child.headerSize == 8 && !beginsMeta) found.push_back(path);
+      if (child.type == code::meta || (child.type == code::udta && around.size() == 1)) again(path, again);
     }
   };
-  search({movie}, readChildren(bytes, movie), search);
+  search({movie}, search);
   return found;
 }
 
-void append(Bytes& bytes, ByteView more) {
-  bytes.insert(bytes.end(), more.begin(), more.end());
+Bytes viewed(ByteView bytes, const Atom& atom) {
+  const ByteView view = between(bytes, atom.offset, atom.end());
+  return {view.begin(), view.end()};
 }
 
-ByteView viewOf(ByteView bytes, const Atom& atom) {
-  return bytes.subspan(static_cast<std::size_t>(atom.offset), static_cast<std::size_t>(atom.size));
+bool isVideo(ByteView bytes, const Atom& media) {
+  const auto handler = childOf(bytes, media, code::hdlr);
+  return handler && handler->bodySize() >= 12 && read32(bodyOf(bytes, *handler), 8) == videoMedia;
 }
 
-/// A movie atom without its colours and without the sizes that depend on them, to be compared.
-class Skeleton {
- public:
-  explicit Skeleton(ByteView bytes) : bytes_(bytes) {}
-
-  Bytes make() {
-    if (const auto movie = wholeAtom(bytes_)) container(*movie, readChildren(bytes_, *movie), 0);
-    return std::move(out_);
+/// A movie atom to be compared: without its colours and without what movieAtomOfSize() may resize.
+std::optional<Bytes> withoutColors(ByteView bytes) {
+  const auto movie = wholeAtom(bytes);
+  if (!movie) return std::nullopt;
+  std::vector<Splice> splices;
+  std::vector<Atom> containers{*movie};
+  for (const AtomPath& path : resizableFrees(bytes, *movie)) {
+    splices.push_back({path.back().offset, path.back().size, {}});
+    containers.insert(containers.end(), path.begin(), path.end() - 1);
   }
-
- private:
-  void type(FourCC code) {
-    out_.resize(out_.size() + 4);
-    write32(out_, out_.size() - 4, code);
-  }
-
-  void container(const Atom& atom, const AtomList& children, std::size_t depth) {
-    if (depth > deepest) return append(out_, viewOf(bytes_, atom));
-    type(atom.type);
-    const FourCC around = mediaType_;
-    if (atom.type == code::mdia) mediaType_ = mediaTypeOf(children);
-    const std::uint64_t begin = children.atoms.empty() ? atom.bodyOffset() : children.atoms.front().offset;
-    if (!children.atoms.empty())
-      append(out_, bytes_.subspan(position(atom.bodyOffset()), position(begin - atom.bodyOffset())));
-    for (const Atom& child : children.atoms) part(atom, child, depth + 1);
-    const std::uint64_t end = children.atoms.empty() ? atom.bodyOffset() : children.atoms.back().end();
-    append(out_, bytes_.subspan(position(end), position(atom.end() - end)));
-    type(0);
-    mediaType_ = around;
-  }
-
-  FourCC mediaTypeOf(const AtomList& children) const {
-    const auto handler = firstAtom(children, code::hdlr);
-    return handler && handler->bodySize() >= 12 ? read32(bodyOf(bytes_, *handler), 8) : 0;
-  }
-
-  void part(const Atom& parent, const Atom& atom, std::size_t depth) {
-    const bool loose = parent.type == code::moov || parent.type == code::udta || parent.type == code::meta;
-    switch (atom.type) {
-      case code::trak:
-      case code::mdia:
-      case code::minf:
-      case code::stbl:
-        return container(atom, readChildren(bytes_, atom), depth);
-      case code::udta:
-        if (parent.type != code::moov) break;
-        return container(atom, readChildren(bytes_, atom), depth);
-      case code::meta:
-        if (!loose) break;
-        return container(atom, metaChildren(bytes_, atom), depth);
-      case code::free:
-        if (loose) return;
-        break;
-      case code::stsd:
-        return descriptions(atom);
-      default:
-        break;
-    }
-    append(out_, viewOf(bytes_, atom));
-  }
-
-  void descriptions(const Atom& list) {
-    const AtomList entries = descriptionsIn(bytes_, list);
-    if (mediaType_ != videoMedia || entries.atoms.empty()) return append(out_, viewOf(bytes_, list));
-    type(list.type);
-    append(out_, bytes_.subspan(position(list.bodyOffset()), listHead));
-    for (const Atom& entry : entries.atoms) {
-      const ByteView view = viewOf(bytes_, entry);
-      ImageDescription description(Bytes(view.begin(), view.end()));
+  for (const Atom& track : readChildren(bytes, *movie).atoms) {
+    if (track.type != code::trak) continue;
+    const auto path = pathToDescriptions(bytes, {*movie, track});
+    if (!path || !isVideo(bytes, path->at(2))) continue;
+    for (const Atom& entry : descriptionsIn(bytes, path->back()).atoms) {
+      ImageDescription description(viewed(bytes, entry));
       for (const FourCC color : {code::gama, code::colr}) {
-        while (description.removeExtension(color) == noErr) {
-        }
+        while (description.removeExtension(color) == noErr) continue;
       }
-      append(out_, description.bytes());
+      splices.push_back({entry.offset, entry.size, description.bytes()});
     }
-    append(out_,
-           bytes_.subspan(position(entries.atoms.back().end()), position(list.end() - entries.atoms.back().end())));
+    containers.insert(containers.end(), path->begin(), path->end());
   }
-
-  static std::size_t position(std::uint64_t offset) { return static_cast<std::size_t>(offset); }
-
-  ByteView bytes_;
-  Bytes out_;
-  FourCC mediaType_ = 0;
-};
+  return spliced(bytes, containers, std::move(splices));
+}
 
 }  // namespace
 
 Result<Bytes> editedMovieAtom(ByteView movieAtom, const std::vector<SampleDescriptionEdit>& edits) {
-  Bytes bytes(movieAtom.begin(), movieAtom.end());
-  const auto movie = wholeAtom(bytes);
+  const auto movie = wholeAtom(movieAtom);
   if (!movie || movie->type != code::moov) return failed({}, Reason::MovieMalformed, "moov");
-  if (!splice(bytes, {*movie}, movie->end(), 0, {})) return failed({}, Reason::MovieTooLarge, "moov");
+  auto bytes = spliced(movieAtom, {*movie}, {});
+  if (!bytes) return failed({}, Reason::MovieTooLarge, "moov");
   for (const SampleDescriptionEdit& edit : edits) {
-    TRY(replaceDescription(bytes, edit));
+    TRY(bytes, withDescription(*bytes, edit));
   }
-  return bytes;
+  return std::move(*bytes);
 }
 
 std::optional<Bytes> movieAtomOfSize(ByteView movieAtom, std::uint64_t size) {
-  Bytes bytes(movieAtom.begin(), movieAtom.end());
-  if (size == bytes.size()) return bytes;
-  const auto movie = wholeAtom(bytes);
+  if (size == movieAtom.size()) return Bytes(movieAtom.begin(), movieAtom.end());
+  const auto movie = wholeAtom(movieAtom);
   if (!movie) return std::nullopt;
-  for (AtomPath& path : resizableFrees(bytes, *movie)) {
+  for (AtomPath& path : resizableFrees(movieAtom, *movie)) {
     const Atom free = path.back();
     const std::uint64_t others = movie->size - free.size;
-    if (size < others || (size - others < free.headerSize && size != others)) continue;
     const std::uint64_t left = size - others;
-    if (left == 0) path.pop_back();
-    // From the body's end, so that what a `free` holds at its beginning stays.
-    const std::uint64_t cut = left == 0 ? free.size : free.size - std::min(left, free.size);
-    const Bytes more(static_cast<std::size_t>(left > free.size ? left - free.size : 0));
-    if (!splice(bytes, path, free.end() - cut, cut, more)) return std::nullopt;
-    return bytes;
+    if (size < others || (left != 0 && left < free.headerSize) || left > std::numeric_limits<std::uint32_t>::max()) {
+      continue;
+    }
+    path.pop_back();
+    // What it holds at its beginning stays.
+    Bytes resized = viewed(movieAtom, free);
+    resized.resize(static_cast<std::size_t>(left));
+    if (left != 0) write32(resized, 0, static_cast<std::uint32_t>(left));
+    return spliced(movieAtom, path, {{free.offset, free.size, std::move(resized)}});
   }
   return std::nullopt;
 }
 
 bool equalButForColors(ByteView left, ByteView right) {
-  const Bytes skeleton = Skeleton(left).make();
-  return !skeleton.empty() && skeleton == Skeleton(right).make();
+  const auto skeleton = withoutColors(left);
+  return skeleton && skeleton == withoutColors(right);
 }
 
 }  // namespace movie

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
-#include <optional>
 #include <system_error>
 
 namespace movie {
@@ -40,27 +39,13 @@ constexpr SystemReason systemReasons[] = {
     {ELOOP, Reason::SystemSays, Reason::SystemSays, Reason::TooManyLinks},
 };
 
-/// What a saver was doing to the file when it failed; nothing for what it does before.
-std::optional<Reason> doingOf(sys::Step step) {
-  switch (step) {
-    case sys::Step::Look:
-      return Reason::LookingAtFile;
-    case sys::Step::Read:
-      return Reason::ReadingFile;
-    case sys::Step::Write:
-      return Reason::WritingFile;
-    case sys::Step::Sync:
-      return Reason::SyncingFile;
-    case sys::Step::Resize:
-      return Reason::SettingLength;
-    case sys::Step::SetAttributes:
-      return Reason::SettingTime;
-    case sys::Step::Reserve:
-      return Reason::ReservingRoom;
-    default:
-      return std::nullopt;
-  }
-}
+/// What a saver was doing to the file when it failed; nothing stands here for what it does before.
+constexpr std::pair<sys::Step, Reason> doings[] = {
+    {sys::Step::Look, Reason::LookingAtFile},    {sys::Step::Read, Reason::ReadingFile},
+    {sys::Step::Write, Reason::WritingFile},     {sys::Step::Sync, Reason::SyncingFile},
+    {sys::Step::Resize, Reason::SettingLength},  {sys::Step::SetAttributes, Reason::SettingTime},
+    {sys::Step::Reserve, Reason::ReservingRoom},
+};
 
 }  // namespace
 
@@ -102,8 +87,9 @@ Clause systemReason(int number, Access access) {
 MovieError fromSystem(const sys::Error& error, Access access) {
   const bool readsSource = access == Access::Create && error.what == sys::Step::Read;
   Clause why = systemReason(error.code, readsSource ? Access::Read : access);
-  const auto doing = access == Access::Write ? doingOf(error.what) : std::nullopt;
-  if (doing) why = {Reason::Meanwhile, {std::move(why), *doing}};
+  for (const auto& [step, doing] : doings) {
+    if (access == Access::Write && step == error.what) why = {Reason::Meanwhile, {why, doing}};
+  }
   if (error.what == sys::Step::SyncName) why = {Reason::NameUncertain, {std::move(why)}};
   return {error.path, {}, 0, std::move(why)};
 }

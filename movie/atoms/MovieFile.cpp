@@ -7,10 +7,9 @@
 #include <optional>
 #include <utility>
 
-#include <sys/stat.h>
+#include <zlib.h>
 
 #include "movie/atoms/AtomTypes.h"
-#include "movie/atoms/CompressedMovie.h"
 #include "movie/atoms/FileAtoms.h"
 #include "movie/atoms/MovieFragments.h"
 
@@ -18,10 +17,42 @@ namespace movie {
 
 namespace {
 
-/// One track's table, built once.
-struct LazyTable {
+/// A track's tables as they lie in the movie atom and in its fragments, and what is made of them once.
+struct LazyTrack {
+  SampleTableAtoms atoms;
+  TrackFragments more;
   std::once_flag built;
   SampleTable table;
+
+  SampleTable build() const {
+    std::vector<TimeRun> runs = atoms.timeRuns();
+    auto sync = atoms.syncSamples();
+    if (more.sampleCount == 0) return SampleTable(runs, std::move(sync));
+    const std::uint64_t before = atoms.sampleCount();
+    if (!sync) sync.emplace(1, SampleRange{0, before});
+    for (const SampleRange& range : more.sync) sync->push_back({before + range.first, range.count});
+    runs.insert(runs.end(), more.runs.begin(), more.runs.end());
+    return SampleTable(runs, std::move(sync));
+  }
+
+  std::optional<SampleLocation> locate(std::uint64_t sample) const {
+    const std::uint64_t before = atoms.sampleCount();
+    if (sample < before) return atoms.locationOf(sample);
+    auto location = more.locationOf(sample - before);
+    if (location) location->neighbours.first += before;
+    return location;
+  }
+
+  DescriptionRun descriptionRunOf(std::uint64_t sample) const {
+    const std::uint64_t before = atoms.sampleCount();
+    if (sample < before) return atoms.descriptionRunOf(sample).value_or(DescriptionRun{});
+    if (more.sampleCount == 0) return {};
+    DescriptionRun run = more.descriptionRunOf(sample - before);
+    run.first += before;
+    if (run.first > before || before == 0) return run;
+    const DescriptionRun earlier = descriptionRunOf(before - 1);
+    return earlier.description == run.description ? earlier : run;
+  }
 };
 
 struct TopLevel {
@@ -86,13 +117,34 @@ Result<Bytes> loadMovieAtom(const ReadableFile& file, const Atom& movie) {
   return bytes;
 }
 
+/// The movie atom, header included, that a 'cmov' atom holds compressed. `compressed` was read from `bytes`. Source:
+/// QTFF "Compressed movie resources".
+tl::expected<Bytes, Clause> inflated(ByteView bytes, const Atom& compressed) {
+  const auto failure = [](Clause why) { return tl::make_unexpected(std::move(why)); };
+  const AtomList parts = readChildren(bytes, compressed);
+  const auto method = firstAtom(parts, code::dcom);
+  const auto data = firstAtom(parts, code::cmvd);
+  if (!method || method->bodySize() < 4 || !data || data->bodySize() < 4) return failure(Reason::CompressedIncomplete);
+  const FourCC algorithm = read32(bodyOf(bytes, *method), 0);
+  if (algorithm != code::zlib) return failure({Reason::UnknownCompression, {verbatim(fourCCText(algorithm))}});
+  const ByteView body = bodyOf(bytes, *data);
+  uLongf size = read32(body, 0);
+  if (size > maximumInflatedSize) return failure(Reason::CompressedTooLarge);
+  Bytes movie(size);
+  if (uncompress(movie.data(), &size, body.data() + 4, static_cast<uLong>(body.size() - 4)) != Z_OK) {
+    return failure(Reason::CompressedDamaged);
+  }
+  movie.resize(size);
+  return movie;
+}
+
 /// Where the movie atom stands in `bytes`, which are replaced by the inflated ones when they hold a compressed movie.
-Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& movie, BytesOrigin& origin) {
-  const auto compressed = firstAtom(readChildren(bytes, movie), code::cmov);
-  if (!compressed) return movie;
-  auto inflated = inflateMovie(bytes, *compressed);
-  if (!inflated) return origin.failure("moov/cmov", compressed->offset, inflated.error().why);
-  bytes = std::move(*inflated);
+Result<Atom> inflateIfCompressed(Bytes& bytes, const Atom& outer, BytesOrigin& origin) {
+  const auto compressed = firstAtom(readChildren(bytes, outer), code::cmov);
+  if (!compressed) return outer;
+  auto movie = inflated(bytes, *compressed);
+  if (!movie) return origin.failure("moov/cmov", compressed->offset, movie.error());
+  bytes = std::move(*movie);
   origin.inflated = true;
   const auto inner = firstAtom(readAtoms(bytes), code::moov);
   if (!inner) return origin.failure("moov/cmov", 0, Reason::CompressedWithoutMovie);
@@ -111,38 +163,7 @@ std::uint64_t rescaled(std::uint64_t value, std::int32_t from, std::int32_t to) 
 struct MovieFile::Lazy {
   Bytes movieAtom;  ///< inflated where it was compressed
   Atom whole;       ///< where the movie atom stands in those bytes
-  std::vector<SampleTableAtoms> atoms;
-  std::vector<TrackFragments> fragments;  ///< empty, or one per track
-  std::deque<LazyTable> tables;
-
-  SampleTable build(std::size_t track) const {
-    std::vector<TimeRun> runs = atoms[track].timeRuns();
-    auto sync = atoms[track].syncSamples();
-    if (track >= fragments.size() || fragments[track].sampleCount == 0) return SampleTable(runs, std::move(sync));
-    const TrackFragments& more = fragments[track];
-    const std::uint64_t before = atoms[track].sampleCount();
-    if (!sync) sync.emplace(1, SampleRange{0, before});
-    for (const SampleRange& range : more.sync) sync->push_back({before + range.first, range.count});
-    runs.insert(runs.end(), more.runs.begin(), more.runs.end());
-    return SampleTable(runs, std::move(sync));
-  }
-
-  std::optional<SampleLocation> locate(std::size_t track, std::uint64_t sample) const {
-    const std::uint64_t before = atoms[track].sampleCount();
-    if (sample < before) return atoms[track].locationOf(sample);
-    return track < fragments.size() ? fragments[track].locationOf(sample - before) : std::nullopt;
-  }
-
-  DescriptionRun descriptionRunOf(std::size_t track, std::uint64_t sample) const {
-    const std::uint64_t before = atoms[track].sampleCount();
-    if (sample < before) return atoms[track].descriptionRunOf(sample).value_or(DescriptionRun{});
-    if (track >= fragments.size()) return {};
-    DescriptionRun run = fragments[track].descriptionRunOf(sample - before);
-    run.first += before;
-    if (run.first > before || before == 0) return run;
-    const DescriptionRun earlier = descriptionRunOf(track, before - 1);
-    return earlier.description == run.description ? earlier : run;
-  }
+  std::deque<LazyTrack> tracks;
 };
 
 MovieFile::MovieFile(Private, ReadableFile file) : file_(std::move(file)) {}
@@ -157,10 +178,6 @@ Result<std::shared_ptr<const MovieFile>> MovieFile::open(const std::string& path
 }
 
 Result<void> MovieFile::load() {
-  struct stat onDisk {};
-  if (::fstat(descriptor(), &onDisk) != 0) return failed(path(), Reason::NoStatus);
-  stamp_ = {onDisk.st_dev, onDisk.st_ino, static_cast<std::uint64_t>(onDisk.st_size), onDisk.st_mtim.tv_sec,
-            onDisk.st_mtim.tv_nsec};
   TRY(const auto top, findMovie(file_));
   movieAtomOffset_ = top.movie.offset;
   TRY(auto bytes, loadMovieAtom(file_, top.movie));
@@ -179,14 +196,11 @@ Result<void> MovieFile::load() {
   timeScale_ = movie.timeScale;
   duration_ = movie.duration;
   fragmented_ = movie.fragmented;
+  for (const TrackAtoms& track : movie.tracks) lazy_->tracks.emplace_back().atoms = track.tables;
   if (fragmented_) {
     TRY(loadFragments(movie, top.movie.end()));
   }
-  for (TrackAtoms& track : movie.tracks) {
-    tracks_.push_back(std::move(track.info));
-    lazy_->atoms.push_back(track.tables);
-  }
-  lazy_->tables.resize(tracks_.size());
+  for (TrackAtoms& track : movie.tracks) tracks_.push_back(std::move(track.info));
   settleDurations();
   return {};
 }
@@ -197,7 +211,7 @@ ByteView MovieFile::movieAtom() const {
 }
 
 Result<void> MovieFile::loadFragments(const MovieAtoms& movie, std::uint64_t begin) {
-  FragmentCollector collector(movie, path());
+  FragmentCollector collector(movie);
   FileAtoms walk(file_, begin, file_.size());
   while (const auto atom = walk.next()) {
     if (atom->type != code::moof) continue;
@@ -205,14 +219,15 @@ Result<void> MovieFile::loadFragments(const MovieAtoms& movie, std::uint64_t beg
   }
   TRY(walk.readStatus());
   if (walk.defect() == AtomDefect::TooMany) return failed(path(), Reason::TooManyAtoms);
-  lazy_->fragments = collector.take();
+  std::vector<TrackFragments> fragments = collector.take();
+  for (std::size_t i = 0; i < fragments.size(); ++i) lazy_->tracks[i].more = std::move(fragments[i]);
   return {};
 }
 
 void MovieFile::settleDurations() {
   for (std::size_t i = 0; i < tracks_.size(); ++i) {
     TrackInfo& track = tracks_[i];
-    if (i < lazy_->fragments.size()) track.sampleCount += lazy_->fragments[i].sampleCount;
+    track.sampleCount += lazy_->tracks[i].more.sampleCount;
     if (fragmented_ || track.mediaDuration == 0) {
       const auto ofSamples = static_cast<std::uint64_t>(sampleTable(i).duration());
       track.mediaDuration = std::max(track.mediaDuration, ofSamples);
@@ -235,19 +250,19 @@ void MovieFile::settleDurations() {
 const SampleTable& MovieFile::sampleTable(std::size_t track) const {
   static const SampleTable empty;
   if (track >= tracks_.size()) return empty;
-  LazyTable& lazy = lazy_->tables[track];
-  std::call_once(lazy.built, [&] { lazy.table = lazy_->build(track); });
+  LazyTrack& lazy = lazy_->tracks[track];
+  std::call_once(lazy.built, [&lazy] { lazy.table = lazy.build(); });
   return lazy.table;
 }
 
 DescriptionRun MovieFile::descriptionRunOf(std::size_t track, std::uint64_t sample) const {
-  return track < tracks_.size() ? lazy_->descriptionRunOf(track, sample) : DescriptionRun{};
+  return track < tracks_.size() ? lazy_->tracks[track].descriptionRunOf(sample) : DescriptionRun{};
 }
 
 Result<SampleLocation> MovieFile::locateSample(std::size_t track, std::uint64_t sample) const {
   const auto failure = [&](Reason why) { return failed(path(), why); };
   if (track >= tracks_.size()) return failure(Reason::NoSuchTrack);
-  const auto place = lazy_->locate(track, sample);
+  const auto place = lazy_->tracks[track].locate(sample);
   if (!place) return failure(Reason::SampleNotFound);
   if (tracks_[track].isExternal(place->description)) return failure(Reason::MediaElsewhere);
   if (place->offset > size() || place->size > size() - place->offset) return failure(Reason::SamplePastEnd);

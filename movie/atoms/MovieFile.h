@@ -17,14 +17,9 @@ namespace movie {
 
 struct MovieAtoms;
 
-/// Which file it was and how it stood when it was loaded, to tell whether it is still that one.
-struct FileStamp {
-  std::uint64_t device = 0, inode = 0;
-  std::uint64_t size = 0;
-  std::int64_t modifiedSeconds = 0, modifiedNanoseconds = 0;
-
-  friend bool operator==(const FileStamp&, const FileStamp&) = default;
-};
+/// No compressed movie atom is inflated beyond this many bytes. What is built from its tables takes up to ten times as
+/// much, and a thousandth of it in the file.
+inline constexpr std::size_t maximumInflatedSize = std::size_t{16} << 20;
 
 /// A QuickTime or ISO movie file: its movie atom parsed, its media data left where it is. Any file whose atoms make a
 /// movie opens, whatever its extension. Immutable and shared by all copies of a movie; usable from several threads.
@@ -66,7 +61,7 @@ class MovieFile {
   std::uint64_t movieAtomOffset() const { return movieAtomOffset_; }  ///< in the file, of the compressed one too
   bool isCompressed() const { return compressed_; }
   /// Taken before anything was read.
-  const FileStamp& stamp() const { return stamp_; }
+  const FileStamp& stamp() const { return file_.stamp(); }
 
   std::int32_t timeScale() const { return timeScale_; }  ///< above 0
   /// In timeScale(); where the movie header has none or the movie is fragmented, at least that of the longest track.
@@ -103,7 +98,6 @@ class MovieFile {
   bool fragmented_ = false;
   bool compressed_ = false;
   std::uint64_t movieAtomOffset_ = 0;
-  FileStamp stamp_;
   std::int32_t timeScale_ = 0;
   std::uint64_t duration_ = 0;
   std::vector<TrackInfo> tracks_;

@@ -1,6 +1,7 @@
 #include "movie/atoms/MovieFragments.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "movie/atoms/AtomTypes.h"
@@ -43,45 +44,13 @@ std::optional<std::int64_t> decodeStartOf(ByteView bytes, const AtomList& parts)
   return static_cast<std::int64_t>(std::min<std::uint64_t>(read64(body, 4), SampleTable::maximumTime));
 }
 
-/// Reads 32-bit fields one after the other; past the end they are 0.
-class Fields {
- public:
-  Fields(ByteView body, std::size_t at) : body_(body), at_(at) {}
-  std::uint32_t next() {
-    const std::uint32_t value = left() >= 4 ? read32(body_, at_) : 0;
-    at_ += 4;
-    return value;
-  }
-  std::uint32_t nextIf(bool there, std::uint32_t otherwise) { return there ? next() : otherwise; }
-  std::size_t left() const { return at_ < body_.size() ? body_.size() - at_ : 0; }
-
- private:
-  ByteView body_;
-  std::size_t at_;
-};
-
-std::uint32_t flagsOf(ByteView body) {
-  return body.size() >= 4 ? read32(body, 0) & 0xFFFFFF : 0;
-}
-
-void appendTime(std::vector<TimeRun>& runs, const TimeRun& run) {
-  const bool goesOn = !runs.empty() && !run.decodeStart && runs.back().duration == run.duration &&
-                      runs.back().compositionOffset == run.compositionOffset;
-  if (goesOn)
-    runs.back().count += run.count;
-  else
-    runs.push_back(run);
-}
-
-void appendSync(std::vector<SampleRange>& ranges, const SampleRange& range) {
-  if (!ranges.empty() && ranges.back().first + ranges.back().count == range.first)
-    ranges.back().count += range.count;
-  else
-    ranges.push_back(range);
+/// The next field of 32 bits if it is there, else another value.
+std::uint32_t nextIf(bool there, Fields& fields, std::uint32_t otherwise) {
+  return there ? static_cast<std::uint32_t>(fields.next(4)) : otherwise;
 }
 
 void appendData(std::vector<FragmentData>& data, const FragmentData& piece) {
-  const bool goesOn = !data.empty() && data.back().size == piece.size &&
+  const bool goesOn = !data.empty() && data.back().size == piece.size && data.back().description == piece.description &&
                       data.back().offset + data.back().count * data.back().size == piece.offset;
   if (goesOn)
     data.back().count += piece.count;
@@ -89,11 +58,12 @@ void appendData(std::vector<FragmentData>& data, const FragmentData& piece) {
     data.push_back(piece);
 }
 
-void appendDescription(std::vector<DescriptionRun>& runs, const DescriptionRun& run) {
-  if (runs.empty() || runs.back().description != run.description) runs.push_back(run);
-}
-
 }  // namespace
+
+bool isOfFragments(FourCC type) {
+  constexpr std::array types{code::moof, code::styp, code::sidx, code::ssix, code::mfra};
+  return std::find(types.begin(), types.end(), type) != types.end();
+}
 
 struct FragmentCollector::RunDefaults {
   std::uint32_t duration = 0;
@@ -116,8 +86,10 @@ std::optional<SampleLocation> TrackFragments::locationOf(std::uint64_t sample) c
                        [](std::uint64_t value, const FragmentData& piece) { return value < piece.firstSample; });
   if (after == data.begin() || sample >= sampleCount) return std::nullopt;
   const FragmentData& piece = *(after - 1);
-  return SampleLocation{piece.offset + (sample - piece.firstSample) * piece.size, piece.size,
-                        descriptionRunOf(sample).description};
+  return SampleLocation{piece.offset + (sample - piece.firstSample) * piece.size,
+                        piece.size,
+                        piece.description,
+                        {piece.firstSample, piece.count, piece.offset}};
 }
 
 DescriptionRun TrackFragments::descriptionRunOf(std::uint64_t sample) const {
@@ -126,8 +98,7 @@ DescriptionRun TrackFragments::descriptionRunOf(std::uint64_t sample) const {
   return after == descriptions.begin() ? DescriptionRun{} : *(after - 1);
 }
 
-FragmentCollector::FragmentCollector(const MovieAtoms& movie, std::string file)
-    : file_(std::move(file)), tracks_(movie.tracks.size()) {
+FragmentCollector::FragmentCollector(const MovieAtoms& movie) : tracks_(movie.tracks.size()) {
   for (std::size_t i = 0; i < movie.tracks.size(); ++i) {
     indexOfId_.emplace(movie.tracks[i].info.id, i);
     descriptionCounts_.push_back(movie.tracks[i].info.sampleDescriptions.size());
@@ -136,7 +107,7 @@ FragmentCollector::FragmentCollector(const MovieAtoms& movie, std::string file)
 }
 
 Result<void> FragmentCollector::add(const ReadableFile& file, const Atom& fragment) {
-  BytesOrigin origin{file_, fragment.offset};
+  const BytesOrigin origin{file.path(), fragment.offset};
   total_ += fragment.size;
   if (fragment.size > maximumFragmentSize || total_ > maximumFragmentTotal) {
     return origin.failure("moof", 0, Reason::FragmentsTooLarge);
@@ -158,10 +129,9 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
   TRY(const auto parts, wellFormedChildren(bytes, atom, "moof/traf", origin));
   const auto header = firstAtom(parts, code::tfhd);
   if (!header || header->bodySize() < 8) return {};
-  const ByteView body = bodyOf(bytes, *header);
-  const std::uint32_t flags = flagsOf(body);
-  Fields fields(body, 4);
-  const std::uint32_t id = fields.next();
+  Fields fields(bodyOf(bytes, *header));
+  const auto flags = static_cast<std::uint32_t>(fields.next(4));  // below the version
+  const auto id = static_cast<std::uint32_t>(fields.next(4));
   const auto index = indexOfId_.find(id);
   if (index == indexOfId_.end()) return {};
 
@@ -169,15 +139,12 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
   const FragmentDefaults movieDefaults = known == defaultsOfId_.end() ? FragmentDefaults{} : known->second;
   RunDefaults defaults;
   defaults.base = (flags & baseIsFragment) != 0 ? place.fragment : place.next;
-  if ((flags & hasBaseOffset) != 0) {
-    const std::uint64_t high = fields.next();
-    defaults.base = (high << 32) | fields.next();
-  }
-  const std::uint32_t description = fields.nextIf((flags & hasDescription) != 0, movieDefaults.description);
+  if ((flags & hasBaseOffset) != 0) defaults.base = fields.next(8);
+  const std::uint32_t description = nextIf((flags & hasDescription) != 0, fields, movieDefaults.description);
   defaults.description = descriptionIndex(description, descriptionCounts_[index->second]);
-  defaults.duration = fields.nextIf((flags & hasDefaultDuration) != 0, movieDefaults.duration);
-  defaults.size = fields.nextIf((flags & hasDefaultSize) != 0, movieDefaults.size);
-  defaults.flags = fields.nextIf((flags & hasDefaultFlags) != 0, movieDefaults.flags);
+  defaults.duration = nextIf((flags & hasDefaultDuration) != 0, fields, movieDefaults.duration);
+  defaults.size = nextIf((flags & hasDefaultSize) != 0, fields, movieDefaults.size);
+  defaults.flags = nextIf((flags & hasDefaultFlags) != 0, fields, movieDefaults.flags);
 
   defaults.decodeStart = decodeStartOf(bytes, parts);
   place.next = defaults.base;
@@ -191,14 +158,14 @@ Result<void> FragmentCollector::addTrack(ByteView bytes, const Atom& atom, const
 }
 
 void FragmentCollector::addRun(ByteView body, const RunDefaults& defaults, Place& place, TrackFragments& track) {
-  const std::uint32_t flags = flagsOf(body);
-  Fields fields(body, 4);
-  std::uint64_t left = fields.next();
+  Fields fields(body);
+  const auto flags = static_cast<std::uint32_t>(fields.next(4));  // below the version
+  std::uint64_t left = fields.next(4);
   if ((flags & hasDataOffset) != 0) {
-    const auto offset = static_cast<std::int64_t>(static_cast<std::int32_t>(fields.next()));
+    const auto offset = static_cast<std::int64_t>(static_cast<std::int32_t>(fields.next(4)));
     place.next = defaults.base + static_cast<std::uint64_t>(offset);
   }
-  const std::uint32_t firstFlags = fields.nextIf((flags & hasFirstFlags) != 0, defaults.flags);
+  const std::uint32_t firstFlags = nextIf((flags & hasFirstFlags) != 0, fields, defaults.flags);
   std::size_t row = 0;
   for (const std::uint32_t column : {hasDuration, hasSize, hasFlags, hasComposition})
     row += (flags & column) != 0 ? 4 : 0;
@@ -208,14 +175,15 @@ void FragmentCollector::addRun(ByteView body, const RunDefaults& defaults, Place
   for (bool first = true; left > 0; first = false) {
     // Without columns all samples but the first are alike, and none is looked at alone.
     const std::uint64_t count = row != 0 || first ? 1 : left;
-    const std::uint32_t duration = fields.nextIf((flags & hasDuration) != 0, defaults.duration);
-    const std::uint32_t size = fields.nextIf((flags & hasSize) != 0, defaults.size);
-    const std::uint32_t sampleFlags = fields.nextIf((flags & hasFlags) != 0, first ? firstFlags : defaults.flags);
-    const auto composition = static_cast<std::int32_t>(fields.nextIf((flags & hasComposition) != 0, 0));
-    appendTime(track.runs, {count, duration, composition, decodeStart});
-    if (isSync(sampleFlags)) appendSync(track.sync, {track.sampleCount, count});
-    appendData(track.data, {track.sampleCount, count, place.next, size});
-    appendDescription(track.descriptions, {track.sampleCount, defaults.description});
+    const std::uint32_t duration = nextIf((flags & hasDuration) != 0, fields, defaults.duration);
+    const std::uint32_t size = nextIf((flags & hasSize) != 0, fields, defaults.size);
+    const std::uint32_t sampleFlags = nextIf((flags & hasFlags) != 0, fields, first ? firstFlags : defaults.flags);
+    const auto composition = static_cast<std::int32_t>(nextIf((flags & hasComposition) != 0, fields, 0));
+    appendRun(track.runs, {count, duration, composition, decodeStart});
+    if (isSync(sampleFlags)) appendRange(track.sync, {track.sampleCount, count});
+    appendData(track.data, {track.sampleCount, count, place.next, size, defaults.description});
+    const bool goesOn = !track.descriptions.empty() && track.descriptions.back().description == defaults.description;
+    if (!goesOn) track.descriptions.push_back({track.sampleCount, defaults.description});
     place.next += count * size;
     track.sampleCount += count;
     left -= count;

@@ -5,7 +5,6 @@
 #include <utility>
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 namespace movie {
 
@@ -23,6 +22,11 @@ Result<void> refuseUnlessRegular(const std::string& path, mode_t mode) {
 
 }  // namespace
 
+FileStamp stampOf(const struct stat& status) {
+  return {status.st_dev, status.st_ino, static_cast<std::uint64_t>(status.st_size), status.st_mtim.tv_sec,
+          status.st_mtim.tv_nsec};
+}
+
 Result<ReadableFile> ReadableFile::open(const std::string& path) {
   if (path.find('\0') != std::string::npos) return failed(path, Reason::ZeroByteInName);
   struct stat status {};
@@ -35,13 +39,18 @@ Result<ReadableFile> ReadableFile::open(const std::string& path) {
   // What the name leads to can have changed since.
   if (!file.descriptor_.isOpen() || ::fstat(file.descriptor(), &status) != 0) return failure(path, errno);
   TRY(refuseUnlessRegular(path, status.st_mode));
-  file.size_ = static_cast<std::uint64_t>(status.st_size);
+  file.stamp_ = stampOf(status);
   return file;
 }
 
+bool ReadableFile::isAsOpened() const {
+  struct stat now {};
+  return ::fstat(descriptor(), &now) == 0 && stampOf(now) == stamp_;
+}
+
 Result<Bytes> ReadableFile::read(std::uint64_t offset, std::size_t count) const {
-  if (offset >= size_) return Bytes{};
-  Bytes bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, size_ - offset)));
+  if (offset >= size()) return Bytes{};
+  Bytes bytes(static_cast<std::size_t>(std::min<std::uint64_t>(count, size() - offset)));
   TRY(const auto done, read(offset, std::span(bytes)));
   bytes.resize(done);
   return bytes;

@@ -5,6 +5,23 @@
 
 namespace movie {
 
+void appendRun(std::vector<TimeRun>& runs, const TimeRun& run) {
+  const bool goesOn = !runs.empty() && !run.decodeStart && runs.back().duration == run.duration &&
+                      runs.back().compositionOffset == run.compositionOffset;
+  if (goesOn)
+    runs.back().count += run.count;
+  else
+    runs.push_back(run);
+}
+
+void appendRange(std::vector<SampleRange>& ranges, const SampleRange& range) {
+  const bool goesOn = !ranges.empty() && range.first >= ranges.back().first && range.first <= ranges.back().end();
+  if (goesOn)
+    ranges.back().count = std::max(ranges.back().end(), range.end()) - ranges.back().first;
+  else
+    ranges.push_back(range);
+}
+
 SampleTable::SampleTable(const std::vector<TimeRun>& runs, std::optional<std::vector<SampleRange>> syncSamples)
     : sync_(std::move(syncSamples)) {
   std::int64_t decodeTime = 0;
@@ -33,16 +50,14 @@ bool SampleTable::append(const TimeRun& run, std::int64_t& decodeTime) {
 }
 
 void SampleTable::orderByPresentation() {
-  bool inOrder = true;
-  for (std::size_t i = 1; i < runs_.size() && inOrder; ++i) {
-    inOrder = runs_[i].firstPresented() >= runs_[i - 1].firstPresented() && lastPresented(i) >= lastPresented(i - 1);
-  }
-  if (inOrder) return;
   order_.resize(runs_.size());
   std::iota(order_.begin(), order_.end(), std::uint32_t{0});
-  std::stable_sort(order_.begin(), order_.end(), [this](std::uint32_t left, std::uint32_t right) {
+  const auto isEarlier = [this](std::uint32_t left, std::uint32_t right) {
     return runs_[left].firstPresented() < runs_[right].firstPresented();
-  });
+  };
+  if (!std::is_sorted(order_.begin(), order_.end(), isEarlier)) {
+    std::stable_sort(order_.begin(), order_.end(), isEarlier);
+  }
   latest_.reserve(order_.size());
   for (const std::uint32_t run : order_) {
     const std::int64_t last = lastPresented(run);
@@ -58,12 +73,7 @@ void SampleTable::normaliseSync() {
   for (const SampleRange& range : *sync_) {
     if (range.first >= count_) break;
     if (range.count == 0) continue;
-    const std::uint64_t end = range.first + std::min(range.count, count_ - range.first);
-    if (!apart.empty() && range.first <= apart.back().first + apart.back().count) {
-      apart.back().count = std::max(apart.back().first + apart.back().count, end) - apart.back().first;
-    } else {
-      apart.push_back({range.first, end - range.first});
-    }
+    appendRange(apart, {range.first, std::min(range.count, count_ - range.first)});
   }
   sync_ = std::move(apart);
 }
@@ -83,30 +93,21 @@ std::int64_t SampleTable::lastPresented(std::size_t run) const {
   return runs_[run].firstPresented() + static_cast<std::int64_t>((samplesIn(run) - 1) * runs_[run].duration);
 }
 
-std::int64_t SampleTable::latestUpTo(std::size_t place) const {
-  return latest_.empty() ? lastPresented(place) : latest_[place];
-}
-
 std::optional<PresentedSample> SampleTable::presentedAt(std::int64_t mediaTime) const {
   if (runs_.empty()) return std::nullopt;
   // Every presentation lies below 2 * maximumTime; differences of such times do not overflow.
-  const std::int64_t time = std::clamp(mediaTime, runs_[ordered(0)].firstPresented(), 2 * maximumTime);
+  const std::int64_t time = std::clamp(mediaTime, runs_[order_[0]].firstPresented(), 2 * maximumTime);
 
-  // The first place whose run begins after the time; its first sample is a candidate for the next one on screen.
-  std::size_t low = 0;
-  for (std::size_t high = runs_.size(); low < high;) {
-    const std::size_t middle = low + (high - low) / 2;
-    if (runs_[ordered(middle)].firstPresented() <= time)
-      low = middle + 1;
-    else
-      high = middle;
-  }
+  // The first run that begins after the time; its first sample is a candidate for the next one on screen.
+  const auto after =
+      std::upper_bound(order_.begin(), order_.end(), time,
+                       [this](std::int64_t value, std::uint32_t run) { return value < runs_[run].firstPresented(); });
   std::optional<std::int64_t> next;
-  if (low < runs_.size()) next = runs_[ordered(low)].firstPresented();
+  if (after != order_.end()) next = runs_[*after].firstPresented();
 
   std::optional<PresentedSample> best;
-  for (std::size_t place = low; place-- > 0;) {
-    const std::size_t number = ordered(place);
+  for (auto place = static_cast<std::size_t>(after - order_.begin()); place-- > 0;) {
+    const std::size_t number = order_[place];
     const Run& run = runs_[number];
     const std::uint64_t last = samplesIn(number) - 1;
     const auto elapsed = static_cast<std::uint64_t>(time - run.firstPresented());
@@ -117,7 +118,7 @@ std::optional<PresentedSample> SampleTable::presentedAt(std::int64_t mediaTime) 
                        (sample.presentationTime == best->presentationTime && sample.index > best->index);
     if (later) best = sample;
     if (step < last) next = std::min(next.value_or(2 * maximumTime), sample.presentationTime + run.duration);
-    if (place > 0 && latestUpTo(place - 1) < best->presentationTime) break;
+    if (place > 0 && latest_[place - 1] < best->presentationTime) break;
   }
   if (next) best->duration = *next - best->presentationTime;
   return best;
@@ -143,8 +144,7 @@ std::uint64_t SampleTable::syncSampleAtOrBefore(std::uint64_t index) const {
       std::upper_bound(sync_->begin(), sync_->end(), sample,
                        [](std::uint64_t value, const SampleRange& range) { return value < range.first; });
   if (after == sync_->begin()) return 0;
-  const SampleRange& range = *(after - 1);
-  return std::min(sample, range.first + range.count - 1);
+  return std::min(sample, (after - 1)->end() - 1);
 }
 
 }  // namespace movie

@@ -28,8 +28,13 @@ struct SampleRange {
   std::uint64_t first = 0;
   std::uint64_t count = 0;
 
+  std::uint64_t end() const { return first + count; }
   friend bool operator==(const SampleRange&, const SampleRange&) = default;
 };
+
+/// Makes the last one longer where the new one goes on with it; a range also where it begins inside.
+void appendRun(std::vector<TimeRun>& runs, const TimeRun& run);
+void appendRange(std::vector<SampleRange>& ranges, const SampleRange& range);
 
 /// When the samples of a track are shown, and from which of them decoding can start. Built from stts, ctts, stss and
 /// stps, or from the fragments' trun atoms. Immutable and free of threads' concerns once built. Look-ups are O(log
@@ -77,12 +82,10 @@ class SampleTable {
   std::size_t runOf(std::uint64_t index) const;
   std::uint64_t samplesIn(std::size_t run) const;
   std::int64_t lastPresented(std::size_t run) const;
-  std::size_t ordered(std::size_t place) const { return order_.empty() ? place : order_[place]; }
-  std::int64_t latestUpTo(std::size_t place) const;
 
-  std::vector<Run> runs_;             ///< in decode order
-  std::vector<std::uint32_t> order_;  ///< runs by first presentation; empty when runs_ already is in that order
-  std::vector<std::int64_t> latest_;  ///< per place in order_: the latest presentation up to there
+  std::vector<Run> runs_;                         ///< in decode order
+  std::vector<std::uint32_t> order_;              ///< runs by first presentation
+  std::vector<std::int64_t> latest_;              ///< per place in order_: the latest presentation up to there
   std::optional<std::vector<SampleRange>> sync_;  ///< ascending, apart from each other
   std::uint64_t count_ = 0;
   std::int64_t duration_ = 0;

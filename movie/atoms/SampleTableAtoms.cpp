@@ -6,24 +6,6 @@ namespace movie {
 
 namespace {
 
-/// The rows of a table behind version, flags and a count. The count is held to the rows that are there.
-class Rows {
- public:
-  Rows(const std::optional<ByteView>& body, std::size_t rowSize) : rowSize_(rowSize) {
-    if (!body || body->size() < head) return;
-    rows_ = body->subspan(head);
-    count_ = std::min<std::size_t>(read32(*body, 4), rows_.size() / rowSize);
-  }
-  std::size_t count() const { return count_; }
-  std::uint32_t at(std::size_t row, std::size_t column = 0) const { return read32(rows_, row * rowSize_ + column * 4); }
-
- private:
-  static constexpr std::size_t head = 8;
-  std::size_t rowSize_;
-  ByteView rows_;
-  std::size_t count_ = 0;
-};
-
 constexpr std::size_t sizesAt = 12;  // version, flags, size or field size, count
 
 std::uint32_t usableDuration(std::uint32_t duration) {
@@ -52,31 +34,25 @@ class OffsetCursor {
   void settle() {
     while (row_ < rows_.count() && (left_ = rows_.at(row_)) == 0) ++row_;
   }
-  Rows rows_;
+  TableRows rows_;
   std::size_t row_ = 0;
   std::uint64_t left_ = 0;
 };
 
-void appendRun(std::vector<TimeRun>& runs, const TimeRun& run) {
-  if (!runs.empty() && runs.back().duration == run.duration && runs.back().compositionOffset == run.compositionOffset) {
-    runs.back().count += run.count;
-  } else {
-    runs.push_back(run);
-  }
-}
-
-void appendSync(std::vector<SampleRange>& ranges, const Rows& rows) {
+void appendSync(std::vector<SampleRange>& ranges, const TableRows& rows) {
   for (std::size_t i = 0; i < rows.count(); ++i) {
-    const std::uint32_t number = rows.at(i);  // 1-based
-    if (number == 0) continue;
-    if (!ranges.empty() && ranges.back().first + ranges.back().count == number - 1)
-      ++ranges.back().count;
-    else
-      ranges.push_back({number - 1U, 1});
+    if (const std::uint32_t number = rows.at(i); number != 0) appendRange(ranges, {number - 1U, 1});
   }
 }
 
 }  // namespace
+
+TableRows::TableRows(const std::optional<ByteView>& body, std::size_t rowSize) : rowSize_(rowSize) {
+  constexpr std::size_t head = 8;
+  if (!body || body->size() < head) return;
+  rows_ = body->subspan(head);
+  count_ = std::min<std::size_t>(read32(*body, 4), rows_.size() / rowSize);
+}
 
 SampleTableAtoms SampleTableAtoms::among(ByteView bytes, const AtomList& children) {
   SampleTableAtoms tables;
@@ -109,7 +85,7 @@ std::uint64_t SampleTableAtoms::sampleCount() const {
     }
     return read32(*sampleSize, 4) != 0 ? count : std::min(count, bits / 32);
   }
-  const Rows rows(timeToSample, 8);
+  const TableRows rows(timeToSample, 8);
   std::uint64_t count = 0;
   for (std::size_t i = 0; i < rows.count(); ++i) count += rows.at(i);
   return count;
@@ -117,7 +93,7 @@ std::uint64_t SampleTableAtoms::sampleCount() const {
 
 std::vector<TimeRun> SampleTableAtoms::timeRuns() const {
   std::vector<TimeRun> runs;
-  const Rows rows(timeToSample, 8);
+  const TableRows rows(timeToSample, 8);
   OffsetCursor offsets(compositionOffset);
   std::uint64_t left = sampleCount();
   for (std::size_t i = 0; i < rows.count() && left > 0; ++i) {
@@ -137,18 +113,22 @@ std::vector<TimeRun> SampleTableAtoms::timeRuns() const {
 std::optional<std::vector<SampleRange>> SampleTableAtoms::syncSamples() const {
   if (!syncSample) return std::nullopt;
   std::vector<SampleRange> ranges;
-  appendSync(ranges, Rows(syncSample, 4));
-  appendSync(ranges, Rows(partialSync, 4));
+  appendSync(ranges, TableRows(syncSample, 4));
+  appendSync(ranges, TableRows(partialSync, 4));
   return ranges;
 }
 
+std::optional<std::uint32_t> SampleTableAtoms::commonSize() const {
+  if (!sampleSize || sampleSize->size() < sizesAt) return std::nullopt;
+  return compactSizes ? 0 : read32(*sampleSize, 4);
+}
+
 std::optional<std::uint64_t> SampleTableAtoms::sizeOf(std::uint64_t sample) const {
-  if (sample >= sampleCount() || !sampleSize || sampleSize->size() < sizesAt) return std::nullopt;
+  const auto common = commonSize();
+  if (!common || sample >= sampleCount()) return std::nullopt;
+  if (*common != 0) return *common;
   const auto index = static_cast<std::size_t>(sample);
-  if (!compactSizes) {
-    const std::uint32_t common = read32(*sampleSize, 4);
-    return common != 0 ? common : read32(*sampleSize, sizesAt + 4 * index);
-  }
+  if (!compactSizes) return read32(*sampleSize, sizesAt + 4 * index);
   const unsigned fieldBits = (*sampleSize)[7];
   if (fieldBits == 16) return read16(*sampleSize, sizesAt + 2 * index);
   if (fieldBits == 8) return (*sampleSize)[sizesAt + index];
@@ -157,11 +137,11 @@ std::optional<std::uint64_t> SampleTableAtoms::sizeOf(std::uint64_t sample) cons
 }
 
 std::uint64_t SampleTableAtoms::chunkCount() const {
-  return Rows(chunkOffset, wideOffsets ? 8 : 4).count();
+  return TableRows(chunkOffset, wideOffsets ? 8 : 4).count();
 }
 
 std::optional<std::uint64_t> SampleTableAtoms::chunkOffsetOf(std::uint64_t chunk) const {
-  const Rows rows(chunkOffset, wideOffsets ? 8 : 4);
+  const TableRows rows(chunkOffset, wideOffsets ? 8 : 4);
   if (chunk >= rows.count()) return std::nullopt;
   const auto row = static_cast<std::size_t>(chunk);
   if (!wideOffsets) return rows.at(row);
@@ -177,7 +157,7 @@ struct SampleTableAtoms::ChunkRun {
 };
 
 std::optional<SampleTableAtoms::ChunkRun> SampleTableAtoms::chunkRunOf(std::uint64_t sample) const {
-  const Rows rows(sampleToChunk, 12);
+  const TableRows rows(sampleToChunk, 12);
   DescriptionRun description;
   const std::uint64_t chunks = chunkCount();
   std::uint64_t before = 0;  // samples in the rows that lie behind
@@ -206,12 +186,13 @@ std::optional<SampleLocation> SampleTableAtoms::locationOf(std::uint64_t sample)
   const std::uint64_t into = sample - run->firstSample;
   const auto base = chunkOffsetOf(run->firstChunk + into / run->perChunk);
   if (!base) return std::nullopt;
-  SampleLocation location{*base, *size, run->description.description};
-  const std::uint64_t earlier = into % run->perChunk;
-  if (!compactSizes && read32(*sampleSize, 4) != 0) {
+  const std::uint64_t earlier = into % run->perChunk, first = sample - earlier;
+  SampleLocation location{
+      *base, *size, run->description.description, {first, std::min(run->perChunk, sampleCount() - first), *base}};
+  if (commonSize() != 0U) {
     location.offset += earlier * *size;
   } else {
-    for (std::uint64_t other = sample - earlier; other < sample; ++other) location.offset += sizeOf(other).value_or(0);
+    for (std::uint64_t other = first; other < sample; ++other) location.offset += sizeOf(other).value_or(0);
   }
   return location;
 }

@@ -14,6 +14,25 @@ struct SampleLocation {
   std::uint64_t offset = 0;     ///< from the start of the file that its data reference names
   std::uint64_t size = 0;       ///< bytes
   std::size_t description = 0;  ///< 0-based, among the track's sample descriptions
+
+  /// The samples of its description around it that lie one behind the other, this one among them.
+  struct Neighbours {
+    std::uint64_t first = 0, count = 0;  ///< 0-based
+    std::uint64_t offset = 0;            ///< of the first one
+  } neighbours{};
+};
+
+/// The rows of a table behind version, flags and a count. The count is held to the rows that are there.
+class TableRows {
+ public:
+  TableRows(const std::optional<ByteView>& body, std::size_t rowSize);
+  std::size_t count() const { return count_; }
+  std::uint32_t at(std::size_t row, std::size_t column = 0) const { return read32(rows_, row * rowSize_ + column * 4); }
+
+ private:
+  std::size_t rowSize_;
+  ByteView rows_;
+  std::size_t count_ = 0;
 };
 
 /// Samples that follow each other under one sample description.
@@ -51,6 +70,14 @@ struct SampleTableAtoms {
   /// Of stsz or stz2; of stts where there is neither.
   std::uint64_t sampleCount() const;
 
+  /// The size of all samples, 0 where each has one of its own. None without stsz and stz2.
+  std::optional<std::uint32_t> commonSize() const;
+  /// None when the tables do not lead to it. Looks up one row.
+  std::optional<std::uint64_t> sizeOf(std::uint64_t sample) const;
+
+  std::uint64_t chunkCount() const;
+  std::optional<std::uint64_t> chunkOffsetOf(std::uint64_t chunk) const;
+
   /// stts and ctts laid over each other, sampleCount() samples in all. Where stts ends early its last duration goes on;
   /// where ctts does, the offset is 0. Without stts there are no times. Offsets are signed in either version of ctts,
   /// as writers do it. A duration that is a small negative number, which some writers leave, counts as 1.
@@ -66,10 +93,6 @@ struct SampleTableAtoms {
   std::optional<DescriptionRun> descriptionRunOf(std::uint64_t sample) const;
 
  private:
-  std::optional<std::uint64_t> sizeOf(std::uint64_t sample) const;
-  std::optional<std::uint64_t> chunkOffsetOf(std::uint64_t chunk) const;
-  std::uint64_t chunkCount() const;
-
   struct ChunkRun;
   std::optional<ChunkRun> chunkRunOf(std::uint64_t sample) const;
 };

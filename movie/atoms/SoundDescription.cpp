@@ -8,6 +8,7 @@
 
 #include "movie/atoms/AtomReader.h"
 #include "movie/atoms/AtomTypes.h"
+#include "movie/atoms/ElementaryStream.h"
 
 namespace movie {
 namespace {
@@ -25,55 +26,20 @@ std::optional<ByteView> extension(ByteView atoms, FourCC type) {
   return found ? std::optional(bodyOf(inside, *found)) : std::nullopt;
 }
 
-/// The body of the descriptor that `bytes` starts with, empty where it is of another kind. A descriptor that is cut
-/// reaches as far as there are bytes.
-ByteView descriptor(ByteView bytes, std::uint8_t tag) {
-  if (bytes.empty() || bytes[0] != tag) return {};
-  std::size_t size = 0;
-  std::size_t at = 1;
-  bool more = true;
-  for (; more && at < bytes.size() && at <= 4; ++at) {
-    size = (size << 7) | (bytes[at] & 0x7FU);
-    more = (bytes[at] & 0x80U) != 0;
-  }
-  const ByteView rest = bytes.subspan(at);
-  return more ? ByteView() : rest.first(std::min(size, rest.size()));
-}
-
-ByteView without(ByteView bytes, std::size_t count) {
-  return bytes.subspan(std::min(count, bytes.size()));
-}
-
-void readElementaryStream(ByteView esds, SoundDescription& description) {
-  const ByteView stream = descriptor(without(esds, 4), 3);
-  if (stream.size() < 3) return;
-  const unsigned flags = stream[2];
-  std::size_t optional = 3;
-  if ((flags & 0x80U) != 0) optional += 2;
-  if ((flags & 0x40U) != 0 && optional < stream.size()) optional += 1U + stream[optional];
-  if ((flags & 0x20U) != 0) optional += 2;
-  const ByteView config = descriptor(without(stream, optional), 4);
-  if (config.empty()) return;
-  description.objectType = config[0];
-  const ByteView setup = descriptor(without(config, 13), 5);
-  description.setup.assign(setup.begin(), setup.end());
-}
-
-/// The decoder wants the atom as it stands in a file, header included.
-void keepAtom(FourCC type, ByteView body, Bytes& setup) {
-  setup.assign(8, 0);
-  write32(setup, 0, static_cast<std::uint32_t>(body.size() + 8));
-  write32(setup, 4, type);
-  setup.insert(setup.end(), body.begin(), body.end());
-}
-
 void readExtensions(ByteView atoms, SoundDescription& description) {
   if (const auto order = extension(atoms, code::enda); order && order->size() >= 2) {
     description.bigEndian = read16(*order, 0) == 0;
   }
-  if (const auto esds = extension(atoms, code::esds)) readElementaryStream(*esds, description);
-  if (description.codec != code::alac) return;
-  if (const auto alac = extension(atoms, code::alac)) keepAtom(code::alac, *alac, description.setup);
+  if (const auto esds = extension(atoms, code::esds)) {
+    const ElementaryStream stream = readElementaryStream(*esds);
+    description.objectType = stream.objectType;
+    description.setup.assign(stream.setup.begin(), stream.setup.end());
+  }
+  const auto alac = description.codec == code::alac ? extension(atoms, code::alac) : std::nullopt;
+  if (!alac) return;
+  // The decoder wants the atom as it stands in a file, header included.
+  description.setup = atomHeader(code::alac, alac->size());
+  append(description.setup, *alac);
 }
 
 int wholeRate(double rate) {
@@ -169,7 +135,7 @@ tl::expected<SoundDescription, Clause> readSoundDescription(ByteView entry) {
   }
   description.channels = static_cast<int>(channels);
   description.bits = static_cast<int>(std::min<std::uint64_t>(bits, 64));
-  readExtensions(without(entry, header), description);
+  readExtensions(entry.subspan(std::min(header, entry.size())), description);
   return description;
 }
 

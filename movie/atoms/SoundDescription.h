@@ -10,7 +10,7 @@
 namespace movie {
 
 /// What a sound track's sample description says. Source: QTFF "Sound sample descriptions" (versions 0, 1 and 2);
-/// ISO/IEC 14496-12, 12.2.3; ISO/IEC 14496-1, 7.2.6 for esds.
+/// ISO/IEC 14496-12, 12.2.3.
 struct SoundDescription {
   static constexpr int mostChannels = 64;
   static constexpr double highestRate = 768000;  ///< frames a second

@@ -14,12 +14,14 @@ inline constexpr FourCC soundMedia = fourCC("soun");
 inline constexpr FourCC timecodeMedia = fourCC("tmcd");
 
 /// One entry of an edit list. Source: QTFF "Edit list atoms"; ISO/IEC 14496-12, 8.6.6.
+inline constexpr std::int32_t normalRate = 0x10000;  ///< 16.16: as fast as the media is
+
 struct EditListEntry {
   /// In the movie's time scale. A last entry of 0 means the rest of the media, as fragmented movies write it, and is
   /// given that rest's duration.
   std::uint64_t segmentDuration = 0;
-  std::int64_t mediaTime = 0;        ///< in the media's time scale, at most 2^62; -1 is an empty edit
-  std::int32_t mediaRate = 0x10000;  ///< 16.16; 0 is a dwell
+  std::int64_t mediaTime = 0;           ///< in the media's time scale, at most 2^62; -1 is an empty edit
+  std::int32_t mediaRate = normalRate;  ///< 16.16; 0 is a dwell
 };
 
 /// Row-major 3 x 3 as in tkhd and mvhd: a b u c d v x y w; u, v, w are 2.30, the rest 16.16.

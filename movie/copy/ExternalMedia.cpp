@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "movie/atoms/AtomTypes.h"
+#include "movie/atoms/Utf16.h"
 
 namespace movie {
 
@@ -17,12 +18,9 @@ std::string text(ByteView bytes) {
   return std::string(bytes.begin(), end);
 }
 
-std::string lastPart(const std::string& path, char separator) {
-  const std::size_t end = path.find_last_not_of(separator);
-  if (end == std::string::npos) return {};
-  const std::size_t before = path.rfind(separator, end);
-  const std::size_t begin = before == std::string::npos ? 0 : before + 1;
-  return path.substr(begin, end + 1 - begin);
+std::string lastPart(std::string path) {
+  path.erase(path.find_last_not_of('/') + 1);
+  return path.substr(path.rfind('/') + 1);
 }
 
 std::string unescaped(const std::string& address) {
@@ -41,37 +39,10 @@ std::string unescaped(const std::string& address) {
   return plain;
 }
 
-void appendUtf8(std::string& result, std::uint32_t code) {
-  const auto tail = [&](unsigned shift) { result += static_cast<char>(0x80 | ((code >> shift) & 0x3F)); };
-  if (code < 0x80) {
-    result += static_cast<char>(code);
-  } else if (code < 0x800) {
-    result += static_cast<char>(0xC0 | (code >> 6));
-    tail(0);
-  } else if (code < 0x10000) {
-    result += static_cast<char>(0xE0 | (code >> 12));
-    tail(6);
-    tail(0);
-  } else {
-    result += static_cast<char>(0xF0 | (code >> 18));
-    tail(12);
-    tail(6);
-    tail(0);
-  }
-}
-
-std::string fromUtf16(ByteView units) {
-  std::string result;
-  for (std::size_t at = 0; at + 2 <= units.size(); at += 2) {
-    std::uint32_t code = read16(units, at);
-    const bool pair = (code & 0xFC00) == 0xD800 && at + 4 <= units.size() && (read16(units, at + 2) & 0xFC00) == 0xDC00;
-    if (pair) {
-      code = 0x10000 + ((code & 0x3FF) << 10) + (read16(units, at + 2) & 0x3FFU);
-      at += 2;
-    }
-    appendUtf8(result, code);
-  }
-  return result;
+std::string fromUtf16(ByteView bytes) {
+  std::u16string units;
+  for (std::size_t at = 0; at + 2 <= bytes.size(); at += 2) units.push_back(read16(bytes, at));
+  return utf8Of(units);
 }
 
 /// A slash in a name of the old file manager is a colon in one of ours.
@@ -89,7 +60,7 @@ void addAliasNames(ByteView alias, std::vector<std::string>& names) {
     const std::size_t size = read16(alias, at + 2);
     if (tag == endOfTags || size > alias.size() - at - 4) break;
     const ByteView value = alias.subspan(at + 4, size);
-    if (tag == posixPath) path = lastPart(text(value), '/');
+    if (tag == posixPath) path = lastPart(text(value));
     if (tag == unicodeName && size >= 2) {
       unicode = fromUtf16(value.subspan(2, std::min<std::size_t>(size - 2, std::size_t{2} * read16(value, 0))));
     }
@@ -103,8 +74,7 @@ void addAliasNames(ByteView alias, std::vector<std::string>& names) {
 }
 
 std::string folderOf(const std::string& path) {
-  const std::size_t slash = path.rfind('/');
-  return slash == std::string::npos ? std::string() : path.substr(0, slash + 1);
+  return path.substr(0, path.rfind('/') + 1);
 }
 
 std::vector<std::string> foldersOf(const std::string& path) {
@@ -120,7 +90,7 @@ std::vector<std::string> fileNamesOf(const DataReference& reference) {
   std::vector<std::string> names;
   if (reference.type == code::url) {
     const std::string address = text(reference.data);
-    names = {lastPart(unescaped(address), '/'), lastPart(address, '/')};
+    names = {lastPart(unescaped(address)), lastPart(address)};
   } else if (reference.type == code::alis || reference.type == code::rsrc) {
     addAliasNames(reference.data, names);
   }

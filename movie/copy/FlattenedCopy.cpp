@@ -1,11 +1,9 @@
 #include "movie/copy/FlattenedCopy.h"
 
-#include <ctime>
 #include <utility>
 #include <vector>
 
 #include <signal.h>
-#include <sys/stat.h>
 
 #include "movie/copy/FlattenedLayout.h"
 #include "system/FileCopying.h"
@@ -16,34 +14,6 @@ namespace movie {
 
 namespace {
 
-/// What shows that a file's content was changed.
-struct FileState {
-  off_t size = 0;
-  timespec changed{};
-
-  friend bool operator==(const FileState& a, const FileState& b) {
-    return a.size == b.size && a.changed.tv_sec == b.changed.tv_sec && a.changed.tv_nsec == b.changed.tv_nsec;
-  }
-};
-
-FileState stateOf(const ReadableFile& file) {
-  struct stat status {};
-  if (::fstat(file.descriptor(), &status) != 0) return {-1, {}};
-  return {status.st_size, status.st_mtim};
-}
-
-FileState stateWhenOpened(const MovieFile& movie) {
-  const FileStamp& stamp = movie.stamp();
-  FileState state{static_cast<off_t>(stamp.size), {}};
-  state.changed.tv_sec = static_cast<time_t>(stamp.modifiedSeconds);
-  state.changed.tv_nsec = static_cast<long>(stamp.modifiedNanoseconds);
-  return state;
-}
-
-tl::unexpected<MovieError> changedMeanwhile(const ReadableFile& file) {
-  return failed(file.path(), Reason::ChangedSinceOpened);
-}
-
 /// What makes a new file, or reads what goes into it.
 template <typename T>
 Result<T> making(sys::Result<T> result) {
@@ -51,6 +21,13 @@ Result<T> making(sys::Result<T> result) {
 }
 
 using Sources = std::vector<const ReadableFile*>;
+
+Result<void> checkUnchanged(const Sources& sources) {
+  for (const ReadableFile* const source : sources) {
+    if (!source->isAsOpened()) return failed(source->path(), Reason::ChangedSinceOpened);
+  }
+  return {};
+}
 
 /// The part of the ranges that takes space.
 std::vector<CopiedRange> withoutHoles(const Sources& sources, const std::vector<CopiedRange>& ranges) {
@@ -100,18 +77,10 @@ Result<void> writeFlattenedCopy(const MovieFile& movie, ByteView movieAtom, cons
 
   Sources sources{&movie.readable()};
   for (const ReadableFile& file : layout.media) sources.push_back(&file);
-  std::vector<FileState> states;
-  for (const ReadableFile* const source : sources) {
-    states.push_back(stateOf(*source));
-    if (states.back().size != static_cast<off_t>(source->size())) return changedMeanwhile(*source);
-  }
-  if (!(states.front() == stateWhenOpened(movie))) return changedMeanwhile(movie.readable());
-
+  TRY(checkUnchanged(sources));
   TRY(auto target, making(sys::ReplacementFile::create(path, calls)));
   TRY(fill(target, layout, sources, progress));
-  for (std::size_t i = 0; i < sources.size(); ++i) {
-    if (!(stateOf(*sources[i]) == states[i])) return changedMeanwhile(*sources[i]);
-  }
+  TRY(checkUnchanged(sources));
   return making(target.publish());
 }
 

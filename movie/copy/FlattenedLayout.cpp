@@ -9,6 +9,7 @@
 
 #include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/FileAtoms.h"
+#include "movie/atoms/MovieFragments.h"
 #include "movie/copy/ExternalMedia.h"
 
 namespace movie {
@@ -38,24 +39,6 @@ bool isPadding(FourCC type) {
   return type == 0 || type == code::free || type == code::skip || type == code::wide;
 }
 
-bool isFragment(FourCC type) {
-  for (const FourCC fragment : {code::moof, code::styp, code::sidx, code::ssix, code::mfra}) {
-    if (type == fragment) return true;
-  }
-  return false;
-}
-
-Bytes atomHeader(FourCC type, std::uint64_t bodySize, bool wide) {
-  wide = wide || bodySize + 8 > largestNarrow;
-  Bytes bytes(wide ? 16 : 8);
-  const std::uint64_t size = bytes.size() + bodySize;
-  write32(bytes, 0, wide ? 1 : static_cast<std::uint32_t>(size));
-  write32(bytes, 4, type);
-  if (wide) write32(bytes, 8, static_cast<std::uint32_t>(size >> 32));
-  if (wide) write32(bytes, 12, static_cast<std::uint32_t>(size));
-  return bytes;
-}
-
 class LayoutMaker {
  public:
   LayoutMaker(const MovieFile& movie, ByteView movieAtom) : movie_(movie), movieAtom_(movieAtom) {}
@@ -64,7 +47,7 @@ class LayoutMaker {
 
  private:
   Result<void> walkFile();
-  Result<void> keep(const Atom& atom, bool& seenMovie);
+  Result<void> keep(const Atom& atom);
   Result<void> refuseItemLocations(const Atom& meta) const;
   Result<void> claimChunks();
   Result<void> claimOwn(std::size_t track, const Chunk& chunk);
@@ -74,7 +57,6 @@ class LayoutMaker {
   void dropPadding();
   void orderGathered();
   void placeAtoms(std::uint64_t movieSize);
-  std::uint64_t placeMovie(std::uint64_t at, std::uint64_t movieSize);
   Result<std::vector<std::uint64_t>> newOffsets(std::size_t track);
   Result<Bytes> relocatedMovie();
   void describe(Bytes movieAtom);
@@ -87,8 +69,8 @@ class LayoutMaker {
   const MovieFile& movie_;
   ByteView movieAtom_;
   MovieMap map_;
-  std::vector<TopAtom> atoms_;   ///< those that are kept, in file order, without the movie atom
-  std::size_t movieBefore_ = 0;  ///< the index in atoms_ that the movie atom came before
+  std::vector<TopAtom> atoms_;              ///< those that are kept, in file order, without the movie atom
+  std::optional<std::size_t> movieBefore_;  ///< the index in atoms_ that the movie atom came before
   bool movieFirst_ = false;
   FlattenedLayout layout_;
   std::map<std::pair<FourCC, std::vector<std::uint8_t>>, std::size_t> sourceOfReference_;
@@ -117,9 +99,8 @@ Result<FlattenedLayout> LayoutMaker::make() {
 
 Result<void> LayoutMaker::walkFile() {
   FileAtoms walk(movie_.readable());
-  bool seenMovie = false;
   while (const auto atom = walk.next()) {
-    TRY(keep(*atom, seenMovie));
+    TRY(keep(*atom));
   }
   TRY(walk.readStatus());
   if (walk.defect() == AtomDefect::TooMany) return refusal(Reason::TooManyAtoms);
@@ -128,21 +109,18 @@ Result<void> LayoutMaker::walkFile() {
       movie_.size() - last.offset >= last.headerSize) {
     // Cut off; that nothing which counts is missing shows when the chunks are looked at.
     last.size = movie_.size() - last.offset;
-    TRY(keep(last, seenMovie));
+    TRY(keep(last));
   }
-  if (!seenMovie) return refusal(Reason::ChangedSinceOpened);
-  return {};
+  return movieBefore_ ? Result<void>() : refusal(Reason::ChangedSinceOpened);
 }
 
-Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
-  if (isFragment(atom.type)) return refusal(Reason::Fragmented, fourCCText(atom.type), atom.offset);
+Result<void> LayoutMaker::keep(const Atom& atom) {
+  if (isOfFragments(atom.type)) return refusal(Reason::Fragmented, fourCCText(atom.type), atom.offset);
   if (atom.type == code::moov) {
-    if (!seenMovie) {
-      movieBefore_ = atoms_.size();
-      movieFirst_ = std::none_of(atoms_.begin(), atoms_.end(),
-                                 [](const TopAtom& before) { return before.atom.type == code::mdat; });
-    }
-    seenMovie = true;
+    if (movieBefore_) return {};
+    movieBefore_ = atoms_.size();
+    movieFirst_ = std::none_of(atoms_.begin(), atoms_.end(),
+                               [](const TopAtom& before) { return before.atom.type == code::mdat; });
     return {};
   }
   if (atom.type == code::meta) {
@@ -153,15 +131,12 @@ Result<void> LayoutMaker::keep(const Atom& atom, bool& seenMovie) {
 }
 
 Result<void> LayoutMaker::refuseItemLocations(const Atom& meta) const {
-  for (const std::uint64_t skipped : {0U, 4U}) {
-    if (meta.bodySize() < skipped) continue;
-    FileAtoms walk(movie_.readable(), meta.bodyOffset() + skipped, meta.end());
-    while (const auto child = walk.next()) {
-      if (child->type == code::iloc) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
-    }
-    TRY(walk.readStatus());
+  TRY(const auto head, movie_.readable().read(meta.bodyOffset(), 4));
+  FileAtoms walk(movie_.readable(), meta.bodyOffset() + std::min(metaHeadSize(head), meta.bodySize()), meta.end());
+  while (const auto child = walk.next()) {
+    if (child->type == code::iloc) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
   }
-  return {};
+  return walk.readStatus();
 }
 
 Result<void> LayoutMaker::claimChunks() {
@@ -262,26 +237,25 @@ void LayoutMaker::orderGathered() {
   }
 }
 
-std::uint64_t LayoutMaker::placeMovie(std::uint64_t at, std::uint64_t movieSize) {
-  movieAt_ = at;
-  return at + movieSize + (movieFirst_ ? spaceBehindMovie : 0);
-}
-
 void LayoutMaker::placeAtoms(std::uint64_t movieSize) {
   std::uint64_t at = 0;
+  const auto placeMovie = [&] {
+    movieAt_ = at;
+    at += movieSize + (movieFirst_ ? spaceBehindMovie : 0);
+  };
   for (std::size_t i = 0; i < atoms_.size(); ++i) {
-    if (movieFirst_ && i == movieBefore_) at = placeMovie(at, movieSize);
+    if (movieFirst_ && i == movieBefore_) placeMovie();
     const Atom& atom = atoms_[i].atom;
     at += atomHeader(atom.type, atom.bodySize(), atom.headerSize == 16).size();
     atoms_[i].newBody = at;
     at += atom.bodySize();
   }
-  if (movieFirst_ && movieBefore_ == atoms_.size()) at = placeMovie(at, movieSize);
+  if (movieFirst_ && movieBefore_ == atoms_.size()) placeMovie();
   if (gatheredSize_ > 0) {
-    gatheredBody_ = at + atomHeader(code::mdat, gatheredSize_, false).size();
+    gatheredBody_ = at + atomHeader(code::mdat, gatheredSize_).size();
     at = gatheredBody_ + gatheredSize_;
   }
-  if (!movieFirst_) at = placeMovie(at, movieSize);
+  if (!movieFirst_) placeMovie();
   layout_.size = at;
 }
 
@@ -289,7 +263,6 @@ void LayoutMaker::placeAtoms(std::uint64_t movieSize) {
 Result<std::vector<std::uint64_t>> LayoutMaker::newOffsets(std::size_t track) {
   const TrackChunks& chunks = map_.tracks[track].chunks;
   std::vector<std::uint64_t> offsets;
-  offsets.reserve(static_cast<std::size_t>(chunks.chunkCount()));
   auto external = gatheredOf_[track].begin();
   TRY(chunks.visit([&](const Chunk& chunk) -> Result<void> {
     std::uint64_t offset = chunk.offset;
@@ -307,11 +280,11 @@ Result<std::vector<std::uint64_t>> LayoutMaker::newOffsets(std::size_t track) {
 /// A wider table moves what stands behind the movie atom, which can make another table need to be wider: repeated until
 /// none does. A table never becomes narrow again, so this ends.
 Result<Bytes> LayoutMaker::relocatedMovie() {
-  for (const MovieMap::Track& track : map_.tracks) wide_.push_back(track.wide);
   std::vector<Splice> references;
   for (const MovieMap::Track& track : map_.tracks) {
-    if (!track.references) continue;
-    if (auto splice = selfContained(movieAtom_, *track.references)) references.push_back(std::move(*splice));
+    wide_.push_back(track.offsets && track.offsets->type == code::co64);
+    auto splice = track.references ? selfContained(movieAtom_, *track.references) : std::nullopt;
+    if (splice) references.push_back(std::move(*splice));
   }
   std::uint64_t size = movieAtom_.size();
   for (;;) {
@@ -324,10 +297,12 @@ Result<Bytes> LayoutMaker::relocatedMovie() {
       if (!wide_[i] && *std::max_element(offsets.begin(), offsets.end()) > largestNarrow) widened = wide_[i] = true;
       splices.push_back(chunkOffsetTable(movieAtom_, *map_.tracks[i].offsets, offsets, wide_[i]));
     }
-    Bytes moved = spliced(movieAtom_, map_.containers, std::move(splices));
-    if (!widened && moved.size() == size) return moved;
-    size = moved.size();
-    if (size > MovieFile::maximumMovieAtomSize) return refusal(Reason::MovieWouldBeTooLarge, "moov");
+    auto moved = spliced(movieAtom_, map_.containers, std::move(splices));
+    if (!moved || moved->size() > MovieFile::maximumMovieAtomSize) {
+      return refusal(Reason::MovieWouldBeTooLarge, "moov");
+    }
+    if (!widened && moved->size() == size) return std::move(*moved);
+    size = moved->size();
   }
 }
 
@@ -341,13 +316,13 @@ void LayoutMaker::describe(Bytes movieAtom) {
   }
   layout_.copied.insert(layout_.copied.begin(), own.begin(), own.end());
   if (gatheredSize_ > 0) {
-    Bytes header = atomHeader(code::mdat, gatheredSize_, false);
+    Bytes header = atomHeader(code::mdat, gatheredSize_);
     layout_.written.push_back({gatheredBody_ - header.size(), std::move(header)});
   }
   const std::uint64_t behind = movieAt_ + movieAtom.size();
   layout_.written.push_back({movieAt_, std::move(movieAtom)});
   if (!movieFirst_) return;
-  Bytes space = atomHeader(code::free, spaceBehindMovie - 8, false);
+  Bytes space = atomHeader(code::free, spaceBehindMovie - 8);
   space.resize(spaceBehindMovie);
   layout_.written.push_back({behind, std::move(space)});
 }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "movie/atoms/ChunkTables.h"
+#include "movie/atoms/Splice.h"
 
 namespace movie {
 
@@ -16,7 +17,6 @@ struct MovieMap {
     TrackChunks chunks;
     std::optional<Atom> offsets;     ///< stco or co64
     std::optional<Atom> references;  ///< dref
-    bool wide = false;               ///< offsets is a co64
   };
 
   std::vector<Track> tracks;
@@ -28,21 +28,6 @@ struct MovieMap {
 /// iloc), or by more than one such table in a track. `file` names the movie in errors; the offsets there are from the
 /// start of the movie atom.
 Result<MovieMap> mapMovie(ByteView movie, const std::string& file);
-
-/// Whether an item location atom is among the children of a meta atom, which may or may not have version and flags.
-/// `meta` was read from `bytes`.
-bool holdsItemLocations(ByteView bytes, const Atom& meta);
-
-/// Takes out `oldSize` bytes at `offset` and puts others there.
-struct Splice {
-  std::uint64_t offset = 0;
-  std::uint64_t oldSize = 0;
-  Bytes replacement;
-};
-
-/// `movie` with the splices made, which lie apart from each other and inside `containers`, and with the containers'
-/// sizes true again.
-Bytes spliced(ByteView movie, const std::vector<Atom>& containers, std::vector<Splice> splices);
 
 /// A splice that makes every reference of a dref to another file one to the movie's own; none when there is no such.
 /// `references` was read from `movie`.

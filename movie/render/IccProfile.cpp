@@ -8,23 +8,19 @@
 
 #include <lcms2.h>
 
+#include "movie/atoms/Utf16.h"
 #include "movie/render/RecentlyUsed.h"
 
 namespace movie {
 namespace {
 
-struct ContextCloser {
-  void operator()(cmsContext context) const { cmsDeleteContext(context); }
+template <auto close>
+struct Closer {
+  void operator()(auto* handle) const { close(handle); }
 };
-struct ProfileCloser {
-  void operator()(cmsHPROFILE profile) const { cmsCloseProfile(profile); }
-};
-struct TransformCloser {
-  void operator()(cmsHTRANSFORM transform) const { cmsDeleteTransform(transform); }
-};
-using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, ContextCloser>;
-using ProfileHandle = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, ProfileCloser>;
-using TransformHandle = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, TransformCloser>;
+using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, Closer<cmsDeleteContext>>;
+using ProfileHandle = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, Closer<cmsCloseProfile>>;
+using TransformHandle = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, Closer<cmsDeleteTransform>>;
 
 /// A context of its own for each use: no state is shared, and what a broken profile makes the engine say goes nowhere.
 ContextHandle makeContext() {
@@ -69,42 +65,6 @@ Bytes makeSrgbProfile() {
   return bytes;
 }
 
-void appendUtf8(std::string& text, std::uint32_t code) {
-  const auto append = [&](std::uint32_t byte) { text.push_back(static_cast<char>(byte)); };
-  if (code < 0x80) {
-    append(code);
-  } else if (code < 0x800) {
-    append(0xC0 | (code >> 6));
-    append(0x80 | (code & 0x3F));
-  } else if (code < 0x10000) {
-    append(0xE0 | (code >> 12));
-    append(0x80 | ((code >> 6) & 0x3F));
-    append(0x80 | (code & 0x3F));
-  } else {
-    append(0xF0 | (code >> 18));
-    append(0x80 | ((code >> 12) & 0x3F));
-    append(0x80 | ((code >> 6) & 0x3F));
-    append(0x80 | (code & 0x3F));
-  }
-}
-
-/// The engine hands out UTF-16 code units, each in a wchar_t. A surrogate without its partner becomes U+FFFD.
-std::string utf8Of(const std::vector<wchar_t>& units) {
-  const auto unit = [&](std::size_t i) { return i < units.size() ? static_cast<std::uint32_t>(units[i]) : 0; };
-  std::string text;
-  for (std::size_t i = 0; unit(i) != 0; ++i) {
-    const std::uint32_t high = unit(i), low = unit(i + 1);
-    const bool isHigh = high >= 0xD800 && high < 0xDC00, isLow = high >= 0xDC00 && high < 0xE000;
-    if (isHigh && low >= 0xDC00 && low < 0xE000) {
-      appendUtf8(text, 0x10000 + ((high - 0xD800) << 10) + (low - 0xDC00));
-      ++i;
-    } else {
-      appendUtf8(text, isHigh || isLow || high > 0x10FFFF ? 0xFFFD : high);
-    }
-  }
-  return text;
-}
-
 }  // namespace
 
 const Bytes& sRGBProfile() {
@@ -122,7 +82,8 @@ std::string profileDescription(ByteView profile) {
   std::vector<wchar_t> units(info(nullptr, 0) / sizeof(wchar_t));
   if (units.empty()) return {};
   info(units.data(), static_cast<cmsUInt32Number>(units.size() * sizeof(wchar_t)));
-  return utf8Of(units);
+  // UTF-16 in wide characters, up to a zero.
+  return utf8Of(std::u16string(units.begin(), std::find(units.begin(), units.end(), L'\0')));
 }
 
 bool isUsableRgbProfile(ByteView profile) {

@@ -4,31 +4,27 @@
 #include <array>
 #include <memory>
 #include <mutex>
+#include <utility>
 
 namespace movie {
 
 /// The few values made last, by their keys, so that a frame does not make again what the frame before it made.
-/// Thread-safe; a value is made outside the lock, so two threads may make the same one.
+/// Thread-safe; while one is made the others wait. What cannot be made (null) is not kept.
 template <typename Key, typename Value, std::size_t kept = 4>
 class RecentlyUsed {
  public:
   template <typename Make>
   std::shared_ptr<const Value> get(const Key& key, Make make) {
-    {
-      const std::lock_guard lock(mutex_);
-      const auto found = std::find_if(entries_.begin(), entries_.end(),
-                                      [&](const Entry& entry) { return entry.value && entry.key == key; });
-      if (found != entries_.end()) {
-        std::rotate(entries_.begin(), found, found + 1);
-        return entries_.front().value;
-      }
-    }
-    std::shared_ptr<const Value> value = make();
-    if (!value) return nullptr;
     const std::lock_guard lock(mutex_);
-    std::rotate(entries_.begin(), entries_.end() - 1, entries_.end());
-    entries_.front() = {key, value};
-    return value;
+    auto found = std::find_if(entries_.begin(), entries_.end(),
+                              [&](const Entry& entry) { return entry.value && entry.key == key; });
+    if (found == entries_.end()) {
+      std::shared_ptr<const Value> value = make();
+      if (!value) return nullptr;
+      *--found = {key, std::move(value)};
+    }
+    std::rotate(entries_.begin(), found, found + 1);
+    return entries_.front().value;
   }
 
  private:

@@ -15,38 +15,17 @@ namespace {
 
 constexpr std::uint64_t farthest = std::numeric_limits<std::uint64_t>::max();
 
-/// Big-endian fields one after the other; reading past the end marks it as bad.
-class Fields {
- public:
-  explicit Fields(ByteView bytes) : bytes_(bytes) {}
-  std::uint64_t next(std::size_t size) {
-    if (size > bytes_.size() - at_) {
-      bad_ = true;
-      return 0;
-    }
-    std::uint64_t value = 0;
-    for (std::size_t i = 0; i < size; ++i) value = (value << 8) | bytes_[at_++];
-    return value;
-  }
-  bool bad() const { return bad_; }
-
- private:
-  ByteView bytes_;
-  std::size_t at_ = 0;
-  bool bad_ = false;
-};
-
 /// Source: ISO/IEC 14496-12, 8.7.9.
 bool addAuxiliary(ByteView body, MediaExtents& media) {
   Fields fields(body);
   const auto version = fields.next(1);
   if ((fields.next(3) & 1) != 0) fields.next(8);
   const auto count = fields.next(4);
-  for (std::uint64_t i = 0; i < count && !fields.bad(); ++i) {
+  for (std::uint64_t i = 0; i < count && !fields.isCut(); ++i) {
     const auto offset = fields.next(version == 0 ? 4 : 8);
-    if (!fields.bad()) media.add(offset, 1);
+    if (!fields.isCut()) media.add(offset, 1);
   }
-  return !fields.bad();
+  return !fields.isCut();
 }
 
 /// Source: ISO/IEC 14496-12, 8.11.3.
@@ -60,7 +39,7 @@ bool addItems(ByteView body, MediaExtents& media) {
   const std::size_t indexSize = version == 0 ? 0 : sizes & 15;
   if (offsetSize > 8 || lengthSize > 8 || baseSize > 8 || indexSize > 8) return false;
   const auto items = fields.next(version < 2 ? 2 : 4);
-  for (std::uint64_t item = 0; item < items && !fields.bad(); ++item) {
+  for (std::uint64_t item = 0; item < items && !fields.isCut(); ++item) {
     fields.next(version < 2 ? 2 : 4);
     const auto method = version == 0 ? 0 : fields.next(2) & 15;
     const auto reference = fields.next(2);
@@ -68,15 +47,15 @@ bool addItems(ByteView body, MediaExtents& media) {
     const auto claimed = fields.next(2);
     // Extents without a byte of their own are all the same.
     const auto extents = indexSize + offsetSize + lengthSize == 0 ? std::min<std::uint64_t>(claimed, 1) : claimed;
-    for (std::uint64_t i = 0; i < extents && !fields.bad(); ++i) {
+    for (std::uint64_t i = 0; i < extents && !fields.isCut(); ++i) {
       fields.next(indexSize);
       const auto offset = fields.next(offsetSize);
       const auto length = fields.next(lengthSize);
       const bool here = method == 0 && reference == 0;
-      if (here && !fields.bad()) media.add(offset > farthest - base ? farthest : base + offset, length);
+      if (here && !fields.isCut()) media.add(offset > farthest - base ? farthest : base + offset, length);
     }
   }
-  return !fields.bad();
+  return !fields.isCut();
 }
 
 /// What holds saio or iloc in any place the formats have for them, and in some they do not.
@@ -89,12 +68,6 @@ bool isContainer(FourCC type) {
 constexpr int deepest = 8;
 
 Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& file, MediaExtents& media, int depth = 0) {
-  const auto addAll = [&](const AtomList& children) -> Result<void> {
-    for (const Atom& child : children.atoms) {
-      TRY(addOffsets(bytes, child, file, media, depth + 1));
-    }
-    return {};
-  };
   const bool saio = atom.type == code::saio;
   if (saio || atom.type == code::iloc) {
     const ByteView body = bodyOf(bytes, atom);
@@ -102,10 +75,10 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
     return failed(file, Reason::OffsetsUnreadable, fourCCText(atom.type), atom.offset);
   }
   if (!isContainer(atom.type) || depth >= deepest) return {};
-  TRY(addAll(readChildren(bytes, atom)));
-  // A meta atom has version and flags before its children in ISO files; the reading that is wrong finds nothing.
-  if (atom.type != code::meta || atom.bodySize() < 4) return {};
-  return addAll(readAtoms(bytes, atom.bodyOffset() + 4, atom.end()));
+  for (const Atom& child : readChildren(bytes, atom).atoms) {
+    TRY(addOffsets(bytes, child, file, media, depth + 1));
+  }
+  return {};
 }
 
 }  // namespace
@@ -147,10 +120,9 @@ std::uint64_t MediaExtents::end() const {
 Result<void> addMediaOfMovie(ByteView movieAtom, const std::string& file, MediaExtents& media) {
   const AtomHeader header = readAtomHeader(movieAtom, 0, movieAtom.size());
   if (header.defect != AtomDefect::None) return failed(file, describe(header.defect), "moov");
-  const BytesOrigin origin{file, 0};
-  TRY(const auto movie, parseMovieAtom(movieAtom, header.atom, origin));
+  TRY(const auto movie, parseMovieAtom(movieAtom, header.atom, {file}));
   for (const TrackAtoms& track : movie.tracks) {
-    const TrackChunks chunks(track, {});
+    const TrackChunks chunks(track);
     TRY(inFile(file, chunks.visit([&](const Chunk& chunk) -> Result<void> {
       if (!track.info.isExternal(chunk.description)) media.add(chunk.offset, chunk.size);
       return {};

@@ -19,18 +19,6 @@ Bytes bytesOf(std::uint32_t value) {
   return bytes;
 }
 
-Bytes bytesOf(std::uint32_t size, FourCC type) {
-  Bytes bytes(8);
-  write32(bytes, 0, size);
-  write32(bytes, 4, type);
-  return bytes;
-}
-
-/// Whether any media data stand before the movie atom when it is at `offset`.
-bool mediaPrecede(const SaveSurvey& survey, std::uint64_t offset) {
-  return survey.media.overlaps(0, offset);
-}
-
 class Saver {
  public:
   Saver(WritableFile& file, const FileStamp& loaded, const SaveSurvey& survey, const SavePlacement& placement)
@@ -56,7 +44,6 @@ class Saver {
   Status prepare();
   Status reserve();
   Status appendHeader();
-  Status appendBody();
   Status checkTail();
   void rollBack();
   Result<SaveOutcome> saveInSector();
@@ -124,10 +111,6 @@ Saver::Status Saver::appendHeader() {
   return write(tail_, header);
 }
 
-Saver::Status Saver::appendBody() {
-  return write(tail_ + headerSize_, new_.subspan(headerSize_));
-}
-
 Saver::Status Saver::checkTail() {
   TRY(const auto bytes, file_.read(tail_, new_.size() + 1));
   if (std::equal(bytes.begin(), bytes.end(), new_.begin(), new_.end())) return {};
@@ -136,12 +119,11 @@ Saver::Status Saver::checkTail() {
 
 /// All that comes before the commit.
 Saver::Status Saver::prepare() {
-  using Step = Status (Saver::*)();
-  const auto becomeMovie = [this] { return write(tail_ + typeAt, bytesOf(code::moov)); };
-  for (const Step step : {&Saver::reserve, &Saver::sizeOpenMediaData, &Saver::appendHeader, &Saver::appendBody}) {
-    TRY((this->*step)());
-  }
-  TRY(becomeMovie());
+  TRY(reserve());
+  TRY(sizeOpenMediaData());
+  TRY(appendHeader());
+  TRY(write(tail_ + headerSize_, new_.subspan(headerSize_)));
+  TRY(write(tail_ + typeAt, bytesOf(code::moov)));
   return checkTail();
 }
 
@@ -181,9 +163,8 @@ Saver::Status Saver::widenSlot() {
 Saver::Status Saver::fillSlot() {
   const std::uint64_t end = placement_.slotBegin + new_.size();
   TRY(file_.write(placement_.slotBegin + headerSize_, new_.subspan(headerSize_)));
-  if (end != placement_.slotEnd) {
-    const auto left = static_cast<std::uint32_t>(placement_.slotEnd - end);
-    TRY(file_.write(end, bytesOf(left, code::free)));
+  if (const std::uint64_t left = placement_.slotEnd - end; left != 0) {
+    TRY(file_.write(end, atomHeader(code::free, left - 8)));
   }
   return file_.sync();
 }
@@ -218,7 +199,7 @@ void Saver::tellPlace() {
   const std::uint64_t place = outcome_.place == SavePlace::Slot   ? placement_.slotBegin
                               : outcome_.place == SavePlace::Tail ? tail_
                                                                   : old_.offset;
-  outcome_.mediaNowPrecedeMovie = !mediaPrecede(survey_, old_.offset) && mediaPrecede(survey_, place);
+  outcome_.mediaNowPrecedeMovie = !survey_.media.overlaps(0, old_.offset) && survey_.media.overlaps(0, place);
   if (outcome_.mediaNowPrecedeMovie) {
     note(
         "The movie no longer starts before it is loaded, since its movie atom now stands at the end of the file; a "

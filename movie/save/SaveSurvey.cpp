@@ -7,6 +7,7 @@
 
 #include "movie/atoms/AtomTypes.h"
 #include "movie/atoms/MovieEdit.h"
+#include "movie/atoms/MovieFragments.h"
 
 namespace movie {
 
@@ -78,10 +79,7 @@ Result<void> Surveyor::walk() {
 }
 
 Result<void> Surveyor::take(const Atom& atom) {
-  constexpr std::array ofFragments{code::moof, code::styp, code::sidx, code::ssix, code::mfra};
-  if (std::find(ofFragments.begin(), ofFragments.end(), atom.type) != ofFragments.end()) {
-    return refusal(Reason::Fragmented, atom);
-  }
+  if (isOfFragments(atom.type)) return refusal(Reason::Fragmented, atom);
   if (found_.atoms.size() == mostAtoms) return refusal(Reason::TooManyAtoms);
   found_.atoms.push_back(atom);
   return {};

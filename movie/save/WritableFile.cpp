@@ -51,8 +51,7 @@ Result<struct stat> WritableFile::status() const {
 
 Result<FileStamp> WritableFile::stamp() const {
   TRY(const auto now, status());
-  return FileStamp{now.st_dev, now.st_ino, static_cast<std::uint64_t>(now.st_size), now.st_mtim.tv_sec,
-                   now.st_mtim.tv_nsec};
+  return stampOf(now);
 }
 
 Result<std::uint64_t> WritableFile::names() const {

@@ -10,7 +10,7 @@
 
 #include "movie/atoms/ByteOrder.h"
 #include "movie/atoms/MovieError.h"
-#include "movie/atoms/MovieFile.h"
+#include "movie/atoms/ReadableFile.h"
 #include "movie/save/MediaExtents.h"
 #include "system/Descriptor.h"
 #include "system/FileBytes.h"

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "movie/atoms/ImageDescription.h"
@@ -18,9 +17,10 @@ struct CodecHeader {
 };
 
 /// Reads a sample description the way libav's own demuxer does, but for the colour record: the values that the decoder
-/// reports are then the bitstream's own. An everyday description is read here, any other by the demuxer itself, which
-/// costs the loading of its module. `majorBrand` is the file's, 0 without ftyp. Error: a clause; libav makes nothing of
-/// the description, or the module is not there.
+/// reports are then the bitstream's own. An everyday description is read here, any other by the demuxer itself: at the
+/// first one that module is loaded, which needs about forty more libraries than libav's decoders and takes as long.
+/// `majorBrand` is the file's, 0 without ftyp. Error: a clause; libav makes nothing of the description, or the module
+/// is missing or does not fit.
 tl::expected<CodecHeader, Clause> readCodecHeader(FourCC majorBrand, const ImageDescription& description);
 
 }  // namespace movie

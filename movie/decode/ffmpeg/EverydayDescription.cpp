@@ -7,10 +7,10 @@
 #include <string_view>
 
 #include "movie/atoms/AtomTypes.h"
+#include "movie/atoms/ElementaryStream.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
-#include <libavutil/mem.h>
+#include <libavutil/bswap.h>
 }
 
 namespace movie {
@@ -50,12 +50,6 @@ constexpr std::array<EverydayCodec, 25> everydayCodecs{{
     {fourCC("mx5p"), AV_CODEC_ID_MPEG2VIDEO},
 }};
 
-const EverydayCodec* everydayCodec(FourCC type) {
-  const auto found = std::find_if(everydayCodecs.begin(), everydayCodecs.end(),
-                                  [type](const EverydayCodec& codec) { return codec.type == type; });
-  return found == everydayCodecs.end() ? nullptr : &*found;
-}
-
 /// No decoder looks at these.
 bool saysNothingToDecoders(FourCC extension) {
   return extension == code::colr || extension == code::gama || extension == code::pasp || extension == code::clap ||
@@ -85,49 +79,11 @@ bool hasPlainHeader(const ImageDescription& description) {
   return bytes.size() - end < smallestAtom;
 }
 
-/// Reads the descriptors of an esds. Source: ISO/IEC 14496-1, 7.2.6; the sizes are 7 bits a byte, 8.3.3.
-class Descriptors {
- public:
-  explicit Descriptors(ByteView bytes) : left_(bytes) {}
-
-  /// Enters a descriptor of that tag, if one stands here: only its body is left.
-  bool enter(std::uint8_t tag) {
-    if (left_.empty() || left_[0] != tag) return false;
-    std::size_t size = 0;
-    std::size_t at = 1;
-    for (; at < left_.size() && at <= 4; ++at) {
-      size = (size << 7) | (left_[at] & 0x7FU);
-      if ((left_[at] & 0x80U) == 0) break;
-    }
-    if (at > 4 || at >= left_.size() || size > left_.size() - at - 1) return false;
-    left_ = left_.subspan(at + 1, size);
-    return true;
-  }
-  bool skip(std::size_t count) {
-    if (count > left_.size()) return false;
-    left_ = left_.subspan(count);
-    return true;
-  }
-  ByteView left() const { return left_; }
-
- private:
-  ByteView left_;
-};
-
 /// The decoder's own part of an esds for MPEG-4 Visual; none for any other stream or unusual form.
 std::optional<ByteView> mpeg4Setup(ByteView esds) {
-  constexpr std::uint8_t elementaryStream = 3, decoderConfig = 4, decoderSpecific = 5, mpeg4Visual = 0x20;
-  constexpr std::size_t versionAndFlags = 4, identifierAndFlags = 3, configFields = 13;
-  Descriptors descriptors(esds);
-  if (!descriptors.skip(versionAndFlags) || !descriptors.enter(elementaryStream)) return std::nullopt;
-  const ByteView stream = descriptors.left();
-  if (stream.size() < identifierAndFlags || stream[2] != 0) return std::nullopt;
-  descriptors.skip(identifierAndFlags);
-  if (!descriptors.enter(decoderConfig)) return std::nullopt;
-  const ByteView config = descriptors.left();
-  if (config.empty() || config[0] != mpeg4Visual || !descriptors.skip(configFields)) return std::nullopt;
-  if (!descriptors.enter(decoderSpecific)) return std::nullopt;
-  return descriptors.left();
+  constexpr std::uint8_t mpeg4Visual = 0x20;
+  const ElementaryStream stream = readElementaryStream(esds);
+  return stream.plain && stream.objectType == mpeg4Visual ? std::optional(stream.setup) : std::nullopt;
 }
 
 /// What a fiel extension says of the order of fields; none for what it may not say. Source: QTFF "Field handling".
@@ -177,23 +133,12 @@ std::optional<Setup> setupOf(const ImageDescription& description, FourCC setupTy
   return setup;
 }
 
-bool copySetup(AVCodecParameters& parameters, ByteView setup) {
-  parameters.extradata = static_cast<std::uint8_t*>(av_mallocz(setup.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-  if (parameters.extradata == nullptr) return false;
-  std::copy(setup.begin(), setup.end(), parameters.extradata);
-  parameters.extradata_size = static_cast<int>(setup.size());
-  return true;
-}
-
-std::uint32_t byteSwapped(std::uint32_t value) {
-  return (value >> 24) | ((value >> 8) & 0xFF00U) | ((value << 8) & 0xFF0000U) | (value << 24);
-}
-
 }  // namespace
 
 LibavPointer<AVCodecParameters> everydayParameters(const ImageDescription& description) {
-  const EverydayCodec* const codec = everydayCodec(description.codec());
-  if (codec == nullptr || !hasPlainHeader(description)) return nullptr;
+  const auto* const codec = std::find_if(everydayCodecs.begin(), everydayCodecs.end(),
+                                         [&](const EverydayCodec& each) { return each.type == description.codec(); });
+  if (codec == everydayCodecs.end() || !hasPlainHeader(description)) return nullptr;
   const auto setup = setupOf(description, codec->setup);
   if (!setup) return nullptr;
 
@@ -201,7 +146,7 @@ LibavPointer<AVCodecParameters> everydayParameters(const ImageDescription& descr
   if (parameters == nullptr) return nullptr;
   parameters->codec_type = AVMEDIA_TYPE_VIDEO;
   parameters->codec_id = codec->codec;
-  parameters->codec_tag = byteSwapped(codec->type);
+  parameters->codec_tag = av_bswap32(codec->type);
   parameters->bits_per_coded_sample = description.depth();
   if (codec->codec != AV_CODEC_ID_MPEG4) {  // whose own header alone is to be believed
     parameters->width = description.width();

@@ -10,17 +10,19 @@
 #include <vector>
 
 #include "movie/decode/MovieDecoder.h"
-#include "movie/decode/ffmpeg/DecodingTrack.h"
 #include "movie/decode/ffmpeg/FramePicture.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
+#include "movie/decode/ffmpeg/SampleDecoder.h"
 
 namespace movie {
 
-/// Pictures of one track. Samples carry their index through the decoder as their time stamp, so a frame says which
-/// sample it came from whatever the stream believes about time. Each sample is decoded under its own sample
-/// description. Frames that come out too early are kept for as long as pictures are asked for in a row.
+/// Pictures of one track. The samples are read through the movie file's own tables, and carry their index through the
+/// decoder as their time stamp, so a frame says which sample it came from whatever the stream believes about time. Each
+/// sample is decoded under its own sample description. Frames that come out too early are kept for as long as pictures
+/// are asked for in a row.
 class FfmpegDecoder final : public MovieDecoder {
  public:
+  /// Error: there is no such track, or it holds no pictures.
   static Result<std::unique_ptr<MovieDecoder>> make(std::shared_ptr<const MovieFile> file, std::size_t track);
 
   Result<Picture> picture(const PictureRequest& request) override;
@@ -62,12 +64,17 @@ class FfmpegDecoder final : public MovieDecoder {
   };
   enum class Start { OneOfMany, NoneBetter };
 
-  explicit FfmpegDecoder(std::unique_ptr<DecodingTrack> track) : track_(std::move(track)) {}
+  FfmpegDecoder(std::shared_ptr<const MovieFile> file, std::size_t track)
+      : file_(std::move(file)), track_(track), table_(file_->sampleTable(track)) {}
 
-  SampleDecoder& decoder() const { return track_->decoder(); }
   Result<bool> find(const Search& search);
   Result<Picture> pictureOfCurrent(const PictureRequest& request, Scaling scaling) const;
+  tl::unexpected<MovieError> failure(Clause why) const { return failed(file_->path(), std::move(why)); }
   Result<void> useDescriptionOf(std::uint64_t sample);
+  bool inDescriptionInUse(std::uint64_t sample) const;
+  std::uint64_t startAtOrBefore(std::uint64_t from, const PresentedSample& target) const;
+  std::vector<std::uint64_t> startsFor(const PresentedSample& target) const;
+  int reorderDepthAt(std::uint64_t sample, std::int64_t presentationTime) const;
   void forget();
   Result<Outcome> startFor(const Search& search);
   Result<Outcome> decodeFrom(std::uint64_t start, Start kind, const Search& search);
@@ -75,19 +82,24 @@ class FfmpegDecoder final : public MovieDecoder {
   bool canGoOnTo(const PresentedSample& target) const;
   bool isSkipped(std::uint64_t sample) const;
   bool isOverdue(const PresentedSample& target) const;
-  bool isAhead(std::uint64_t sample) const;
   Result<Outcome> advance(const Search& search);
   bool hasAllFor(const Search& search) const;
   bool tooShallowForNext();
-  void drain();
   Result<void> sendNext(const Search& search);
+  Result<std::size_t> readPacket(std::uint64_t sample);
   bool mayPassOver(std::uint64_t sample, const Search& search) const;
   int receiveFrames();
   bool takeUp(const PresentedSample& target);
   Result<Outcome> takeNearest(const PresentedSample& target);
   bool isProof(const Held& held) const;
 
-  std::unique_ptr<DecodingTrack> track_;
+  std::shared_ptr<const MovieFile> file_;
+  std::size_t track_;
+  const SampleTable& table_;
+  std::unique_ptr<SampleDecoder> decoder_;  ///< of the description in use
+  std::size_t description_ = 0;             ///< its place among the track's; only with a decoder
+  std::uint64_t firstSample_ = 0;           ///< where the run of samples begins that it was put to use for
+
   int depth_ = 0;           ///< how far pictures are reordered, as far as known
   std::optional<Run> run_;  ///< that the next picture in a row may go on with
   std::deque<Held> ahead_;  ///< frames that came out and were not asked for yet

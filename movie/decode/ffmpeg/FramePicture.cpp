@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -38,17 +39,9 @@ std::optional<Reason> obstacleOf(const AVPixFmtDescriptor& format, int pixelForm
   return std::nullopt;
 }
 
-PictureRange rangeOf(const AVFrame& frame, PictureModel model, const FrameOrigin& origin) {
-  switch (frame.format) {
-    case AV_PIX_FMT_YUVJ411P:
-    case AV_PIX_FMT_YUVJ420P:
-    case AV_PIX_FMT_YUVJ422P:
-    case AV_PIX_FMT_YUVJ440P:
-    case AV_PIX_FMT_YUVJ444P:
-      return PictureRange::Full;
-    default:
-      break;
-  }
+PictureRange rangeOf(const AVFrame& frame, const AVPixFmtDescriptor& format, PictureModel model,
+                     const FrameOrigin& origin) {
+  if (std::string_view(format.name).starts_with("yuvj")) return PictureRange::Full;
   if (frame.color_range == AVCOL_RANGE_MPEG) return PictureRange::Video;
   if (frame.color_range == AVCOL_RANGE_JPEG) return PictureRange::Full;
   if (model != PictureModel::YCbCr || !origin.fullRange) return PictureRange::Unspecified;
@@ -239,7 +232,7 @@ tl::expected<Picture, Clause> pictureOfFrame(const AVFrame& frame, const FrameOr
   picture.height = resultSize(request.height, part.height);
   picture.depth = depthOf(*format);
   picture.model = modelOf(*format, origin);
-  picture.range = rangeOf(frame, picture.model, origin);
+  picture.range = rangeOf(frame, *format, picture.model, origin);
   picture.primaries = static_cast<std::uint16_t>(frame.color_primaries);
   picture.transferFunction = static_cast<std::uint16_t>(frame.color_trc);
   picture.matrix = static_cast<std::uint16_t>(frame.colorspace);

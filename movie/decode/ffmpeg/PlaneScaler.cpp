@@ -133,18 +133,22 @@ void mixRow(const float* row, const EvenColumns& columns, float factor, std::uin
   }
 }
 
-void mixRow(const float* row, const EvenColumns& columns, float factor, std::uint16_t* out) {
-  switch (columns.taps) {
-    case 1:
-      return mixRow<1>(row, columns, factor, out);
-    case 2:
-      return mixRow<2>(row, columns, factor, out);
-    case 3:
-      return mixRow<3>(row, columns, factor, out);
-    case 4:
-      return mixRow<4>(row, columns, factor, out);
-    default:
-      return mixRow<0>(row, columns, factor, out);
+constexpr std::array rowMixers{mixRow<0>, mixRow<1>, mixRow<2>, mixRow<3>, mixRow<4>};
+
+/// Scales each line on its own and gives it, in the plane's columns from the first one that counts, to `mixLine`, with
+/// what all its weights make together.
+template <typename MixLine>
+void scaleLines(const RowReader& readRow, const std::vector<Mix>& columns, const AxisScale& vertical, MixLine mixLine) {
+  const int first = columns.front().first;
+  const int end = columns.back().first + static_cast<int>(columns.back().weights.size());
+  RowCache rows(readRow, first, end - first);
+  std::vector<float> sum(static_cast<std::size_t>(end - first));
+  for (const Mix& line : mixesOf(vertical)) {
+    std::fill(sum.begin(), sum.end(), 0.0F);
+    for (std::size_t i = 0; i < line.weights.size(); ++i) {
+      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
+    }
+    mixLine(sum, line.total);
   }
 }
 
@@ -154,54 +158,35 @@ std::vector<std::uint16_t> scalePlaneQuickly(const RowReader& readRow, const Axi
                                              const AxisScale& vertical, double factor) {
   const std::vector<Mix> mixes = mixesOf(horizontal);
   const EvenColumns columns(mixes);
-  const std::vector<Mix> lines = mixesOf(vertical);
-  const int first = mixes.front().first;
-  const int end = mixes.back().first + static_cast<int>(mixes.back().weights.size());
-
-  RowCache rows(readRow, first, end - first);
-  const auto width = static_cast<std::size_t>(end - first);
-  std::vector<float> sum(width);
-  std::vector<float> padded(width + columns.taps);
-  std::vector<std::uint16_t> result(columns.firsts.size() * lines.size());
+  std::vector<float> padded;
+  std::vector<std::uint16_t> result(mixes.size() * static_cast<std::size_t>(vertical.result));
   std::uint16_t* out = result.data();
-  for (const Mix& line : lines) {
-    std::fill(sum.begin(), sum.end(), 0.0F);
-    for (std::size_t i = 0; i < line.weights.size(); ++i) {
-      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
-    }
+  const auto mixRow = rowMixers[columns.taps < rowMixers.size() ? columns.taps : 0];
+  scaleLines(readRow, mixes, vertical, [&](const std::vector<float>& sum, double total) {
+    padded.resize(sum.size() + columns.taps);
     std::copy(sum.begin(), sum.end(), padded.begin());
-    mixRow(padded.data(), columns, static_cast<float>(factor / line.total), out);
-    out += columns.firsts.size();
-  }
+    mixRow(padded.data(), columns, static_cast<float>(factor / total), out);
+    out += mixes.size();
+  });
   return result;
 }
 
 std::vector<std::uint16_t> scalePlane(const RowReader& readRow, const AxisScale& horizontal, const AxisScale& vertical,
                                       double factor) {
   const std::vector<Mix> columns = mixesOf(horizontal);
-  const std::vector<Mix> lines = mixesOf(vertical);
-  const int first = columns.front().first;
-  const int end = columns.back().first + static_cast<int>(columns.back().weights.size());
-
-  RowCache rows(readRow, first, end - first);
-  std::vector<float> sum(static_cast<std::size_t>(end - first));
   std::vector<std::uint16_t> result;
-  result.reserve(columns.size() * lines.size());
-  for (const Mix& line : lines) {
-    std::fill(sum.begin(), sum.end(), 0.0F);
-    for (std::size_t i = 0; i < line.weights.size(); ++i) {
-      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
-    }
+  result.reserve(columns.size() * static_cast<std::size_t>(vertical.result));
+  scaleLines(readRow, columns, vertical, [&](const std::vector<float>& sum, double total) {
     for (const Mix& column : columns) {
-      const float* const at = sum.data() + (column.first - first);
+      const float* const at = sum.data() + (column.first - columns.front().first);
       double mean = 0;
       for (std::size_t i = 0; i < column.weights.size(); ++i) {
         mean += static_cast<double>(column.weights[i]) * static_cast<double>(at[i]);
       }
-      mean = mean / (column.total * line.total) * factor;
+      mean = mean / (column.total * total) * factor;
       result.push_back(static_cast<std::uint16_t>(std::clamp(std::floor(mean + 0.5), 0.0, 65535.0)));
     }
-  }
+  });
   return result;
 }
 

@@ -6,10 +6,6 @@
 #include <thread>
 #include <utility>
 
-extern "C" {
-#include <libavcodec/avcodec.h>
-}
-
 namespace movie {
 namespace {
 
@@ -22,33 +18,19 @@ int threadsPerDecoder() {
 }
 
 bool isImageCodec(AVCodecID codec) {
-  switch (codec) {
-    case AV_CODEC_ID_BMP:
-    case AV_CODEC_ID_DPX:
-    case AV_CODEC_ID_GIF:
-    case AV_CODEC_ID_JPEG2000:
-    case AV_CODEC_ID_JPEGLS:
-    case AV_CODEC_ID_MJPEG:
-    case AV_CODEC_ID_MJPEGB:
-    case AV_CODEC_ID_PNG:
-    case AV_CODEC_ID_QTRLE:
-    case AV_CODEC_ID_RAWVIDEO:
-    case AV_CODEC_ID_SMC:
-    case AV_CODEC_ID_TARGA:
-    case AV_CODEC_ID_TIFF:
-      return true;
-    default:
-      return false;
-  }
-}
-
-/// The samples are encrypted: ISO/IEC 14496-12, 8.12, and the scheme before it. The headers in them are often left
-/// readable, so that a decoder would make pictures of noise without a word.
-bool isEncrypted(FourCC codec) {
-  return codec == fourCC("encv") || codec == fourCC("drmi");
+  constexpr std::array codecs{AV_CODEC_ID_BMP,    AV_CODEC_ID_DPX,      AV_CODEC_ID_GIF,    AV_CODEC_ID_JPEG2000,
+                              AV_CODEC_ID_JPEGLS, AV_CODEC_ID_MJPEG,    AV_CODEC_ID_MJPEGB, AV_CODEC_ID_PNG,
+                              AV_CODEC_ID_QTRLE,  AV_CODEC_ID_RAWVIDEO, AV_CODEC_ID_SMC,    AV_CODEC_ID_TARGA,
+                              AV_CODEC_ID_TIFF};
+  return std::find(codecs.begin(), codecs.end(), codec) != codecs.end();
 }
 
 }  // namespace
+
+bool isEncrypted(FourCC codec) {
+  constexpr std::array types{fourCC("encv"), fourCC("drmi"), fourCC("enca"), fourCC("drms")};
+  return std::find(types.begin(), types.end(), codec) != types.end();
+}
 
 std::string libavText(int error) {
   std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};

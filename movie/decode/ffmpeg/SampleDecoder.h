@@ -11,8 +11,6 @@
 #include "movie/decode/ffmpeg/FramePicture.h"
 #include "movie/decode/ffmpeg/LibavHandles.h"
 
-struct AVCodec;
-
 namespace movie {
 
 /// libav's decoder for the samples of one sample description. Errors are clauses.
@@ -62,6 +60,10 @@ class SampleDecoder {
   LibavPointer<AVCodecContext> context_;
   LibavPointer<AVPacket> packet_;
 };
+
+/// Whether samples of that type are encrypted: ISO/IEC 14496-12, 8.12, and the scheme before it. The headers in them
+/// are often left readable, so that a decoder would make pictures of noise without a word.
+bool isEncrypted(FourCC codec);
 
 /// libav's words for one of its error codes.
 std::string libavText(int error);

@@ -8,9 +8,7 @@
 #include "movie/decode/ffmpeg/SampleDecoder.h"
 
 extern "C" {
-#include <libavcodec/avcodec.h>
 #include <libavutil/channel_layout.h>
-#include <libavutil/mem.h>
 }
 
 namespace movie {
@@ -101,10 +99,6 @@ AVCodecID codecOf(const SoundDescription& description) {
   return found != plain.end() ? found->second : describedCodec(description);
 }
 
-bool isEncryptedSound(FourCC codec) {
-  return codec == fourCC("enca") || codec == fourCC("drms");
-}
-
 /// AAC and MP3 overlap their packets; MP3 keeps up to 511 bytes of a packet in those before it, which at the smallest
 /// bit rates are about ten. 'ima4' steps from where it stood.
 std::uint64_t prerollOf(AVCodecID codec) {
@@ -121,23 +115,12 @@ std::uint64_t prerollOf(AVCodecID codec) {
   }
 }
 
-bool copySetup(AVCodecContext& context, ByteView setup) {
-  if (setup.empty()) return true;
-  context.extradata = static_cast<std::uint8_t*>(av_mallocz(setup.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-  if (context.extradata == nullptr) return false;
-  std::copy(setup.begin(), setup.end(), context.extradata);
-  context.extradata_size = static_cast<int>(setup.size());
-  return true;
-}
-
 constexpr std::uint32_t imaFrames = 64, imaBytes = 34;  // of one channel's packet. Source: QTFF "IMA 4:1"
 
 }  // namespace
 
-SoundDecoder::~SoundDecoder() = default;
-
 tl::expected<std::unique_ptr<SoundDecoder>, Clause> SoundDecoder::make(const SoundDescription& description) {
-  if (isEncryptedSound(description.codec)) return tl::make_unexpected(Reason::Encrypted);
+  if (isEncrypted(description.codec)) return tl::make_unexpected(Reason::Encrypted);
   const AVCodecID id = codecOf(description);
   const AVCodec* const codec = avcodec_find_decoder(id);
   if (codec == nullptr) {
@@ -180,24 +163,17 @@ tl::expected<void, Clause> SoundDecoder::decode(ByteView packet, std::vector<flo
   if (av_new_packet(packet_.get(), static_cast<int>(packet.size())) < 0) return failure(AVERROR(ENOMEM));
   std::copy(packet.begin(), packet.end(), packet_->data);
   packet_->flags = AV_PKT_FLAG_KEY;
-  if (const int status = avcodec_send_packet(context_.get(), packet_.get()); status < 0) return failure(status);
-  int status = 0;
-  while (receive(stereo, status)) {
+  int status = avcodec_send_packet(context_.get(), packet_.get());
+  if (status < 0) return failure(status);
+  while ((status = avcodec_receive_frame(context_.get(), frame_.get())) >= 0) {
+    const int channels = frame_->ch_layout.nb_channels;
+    if (channels < 1 || channels > SoundDescription::mostChannels) return failure(AVERROR_INVALIDDATA);
+    if (shares_.size() != static_cast<std::size_t>(channels)) shares_ = channelShares(channels);
+    if (!appendStereo(*frame_, shares_, stereo)) return failure(AVERROR_INVALIDDATA);
+    if (frame_->sample_rate > 0) rate_ = frame_->sample_rate;
   }
   if (status != AVERROR(EAGAIN) && status != AVERROR_EOF) return failure(status);
   return {};
-}
-
-bool SoundDecoder::receive(std::vector<float>& stereo, int& status) {
-  status = avcodec_receive_frame(context_.get(), frame_.get());
-  if (status < 0) return false;
-  const int channels = frame_->ch_layout.nb_channels;
-  status = AVERROR_INVALIDDATA;
-  if (channels < 1 || channels > SoundDescription::mostChannels) return false;
-  if (shares_.size() != static_cast<std::size_t>(channels)) shares_ = channelShares(channels);
-  if (!appendStereo(*frame_, shares_, stereo)) return false;
-  if (frame_->sample_rate > 0) rate_ = frame_->sample_rate;
-  return true;
 }
 
 }  // namespace movie

@@ -18,7 +18,6 @@ class SoundDecoder {
  public:
   /// Error: nothing decodes the codec, its samples are encrypted, or the decoder cannot be opened.
   static tl::expected<std::unique_ptr<SoundDecoder>, Clause> make(const SoundDescription& description);
-  ~SoundDecoder();
 
   /// Packets that all have one length and one size; 0 where they have not. Uncompressed sound has packets of one frame,
   /// of which any number may be decoded at once.
@@ -34,7 +33,6 @@ class SoundDecoder {
 
  private:
   SoundDecoder() = default;
-  bool receive(std::vector<float>& stereo, int& status);
 
   LibavPointer<AVCodecContext> context_;
   LibavPointer<AVPacket> packet_;

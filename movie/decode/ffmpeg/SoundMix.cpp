@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
+#include <type_traits>
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -38,23 +40,16 @@ std::vector<ChannelShare> plainShares(int channels) {
   return shares;
 }
 
-float unitOf(std::uint8_t sample) {
-  return static_cast<float>(static_cast<int>(sample) - 128) / 128.0F;
-}
-float unitOf(std::int16_t sample) {
-  return static_cast<float>(sample) / 32768.0F;
-}
-float unitOf(std::int32_t sample) {
-  return static_cast<float>(sample) / 2147483648.0F;
-}
-float unitOf(std::int64_t sample) {
-  return static_cast<float>(static_cast<double>(sample) / 9223372036854775808.0);
-}
-float unitOf(float sample) {
-  return sample;
-}
-float unitOf(double sample) {
-  return static_cast<float>(sample);
+/// Full scale as -1 to 1.
+template <typename Sample>
+float unitOf(Sample sample) {
+  if constexpr (std::is_floating_point_v<Sample>) {
+    return static_cast<float>(sample);
+  } else if constexpr (std::is_unsigned_v<Sample>) {
+    return static_cast<float>(sample - 128) / 128.0F;
+  } else {
+    return static_cast<float>(static_cast<double>(sample) / -static_cast<double>(std::numeric_limits<Sample>::min()));
+  }
 }
 
 /// One channel after the other: each goes through the frame by its own stride.
@@ -72,6 +67,26 @@ void mix(const AVFrame& frame, bool planar, const std::vector<ChannelShare>& sha
       stereo[2 * i] += value * share.left;
       stereo[2 * i + 1] += value * share.right;
     }
+  }
+}
+
+/// Null for what is no format of samples.
+decltype(&mix<float>) mixerOf(AVSampleFormat packed) {
+  switch (packed) {
+    case AV_SAMPLE_FMT_U8:
+      return mix<std::uint8_t>;
+    case AV_SAMPLE_FMT_S16:
+      return mix<std::int16_t>;
+    case AV_SAMPLE_FMT_S32:
+      return mix<std::int32_t>;
+    case AV_SAMPLE_FMT_S64:
+      return mix<std::int64_t>;
+    case AV_SAMPLE_FMT_FLT:
+      return mix<float>;
+    case AV_SAMPLE_FMT_DBL:
+      return mix<double>;
+    default:
+      return nullptr;
   }
 }
 
@@ -94,33 +109,11 @@ std::vector<ChannelShare> channelShares(int channels) {
 
 bool appendStereo(const AVFrame& frame, const std::vector<ChannelShare>& shares, std::vector<float>& stereo) {
   const auto format = static_cast<AVSampleFormat>(frame.format);
-  const bool planar = av_sample_fmt_is_planar(format) != 0;
-  void (*mixer)(const AVFrame&, bool, const std::vector<ChannelShare>&, float*) = nullptr;
-  switch (av_get_packed_sample_fmt(format)) {
-    case AV_SAMPLE_FMT_U8:
-      mixer = mix<std::uint8_t>;
-      break;
-    case AV_SAMPLE_FMT_S16:
-      mixer = mix<std::int16_t>;
-      break;
-    case AV_SAMPLE_FMT_S32:
-      mixer = mix<std::int32_t>;
-      break;
-    case AV_SAMPLE_FMT_S64:
-      mixer = mix<std::int64_t>;
-      break;
-    case AV_SAMPLE_FMT_FLT:
-      mixer = mix<float>;
-      break;
-    case AV_SAMPLE_FMT_DBL:
-      mixer = mix<double>;
-      break;
-    default:
-      return false;
-  }
+  const auto mixer = mixerOf(av_get_packed_sample_fmt(format));
+  if (mixer == nullptr) return false;
   const std::size_t before = stereo.size();
   stereo.resize(before + 2 * static_cast<std::size_t>(frame.nb_samples));
-  mixer(frame, planar, shares, stereo.data() + before);
+  mixer(frame, av_sample_fmt_is_planar(format) != 0, shares, stereo.data() + before);
   return true;
 }
 

@@ -10,16 +10,13 @@ namespace {
 __extension__ using Int128 = __int128;
 
 constexpr std::uint64_t framesAtOnce = 16384;
-constexpr std::uint64_t largestPacket = 1U << 20;  // bytes
+constexpr std::uint64_t largestPacket = 1U << 20;                                // bytes
+constexpr std::int64_t farthest = std::numeric_limits<std::int64_t>::max() / 4;  // so that sums stay in range
 
 }  // namespace
 
 SoundTrackStream::SoundTrackStream(std::shared_ptr<const MovieFile> file, std::size_t track)
-    : file_(std::move(file)),
-      track_(track),
-      info_(file_->tracks()[track]),
-      table_(file_->sampleTable(track)),
-      runs_(file_, track) {}
+    : file_(std::move(file)), track_(track), info_(file_->tracks()[track]), table_(file_->sampleTable(track)) {}
 
 tl::unexpected<MovieError> SoundTrackStream::failure(Clause why) const {
   return failed(file_->path(), std::move(why));
@@ -55,8 +52,7 @@ Result<void> SoundTrackStream::settleRate() {
   TRY(useDescription(first.description));
   if (rate_ < 1 || rate_ > SoundDescription::highestRate) return failure(Reason::SoundRateOutOfBounds);
   const Int128 frames = Int128{table_.duration()} * rate_ + info_.mediaTimeScale - 1;
-  frameCount_ = static_cast<std::int64_t>(
-      std::min<Int128>(frames / info_.mediaTimeScale, std::numeric_limits<std::int64_t>::max() / 4));
+  frameCount_ = static_cast<std::int64_t>(std::min<Int128>(frames / info_.mediaTimeScale, farthest));
   seek(0);
   return {};
 }
@@ -74,8 +70,7 @@ Result<void> SoundTrackStream::useDescription(std::size_t description) {
 }
 
 std::int64_t SoundTrackStream::frameOf(std::int64_t mediaTime) const {
-  const Int128 frame = (Int128{mediaTime} * rate_ + info_.mediaTimeScale / 2) / info_.mediaTimeScale;
-  return static_cast<std::int64_t>(std::min<Int128>(frame, std::numeric_limits<std::int64_t>::max() / 4));
+  return std::min(timeScaled({mediaTime, info_.mediaTimeScale}, rate_).value, farthest);
 }
 
 void SoundTrackStream::seek(std::int64_t frame) {
@@ -143,30 +138,40 @@ Result<void> SoundTrackStream::decodeMore() {
   return decoded;
 }
 
+/// Decodes on to the end of a chunk, and of those that follow it in the file.
 Result<void> SoundTrackStream::decodeRun() {
   const std::uint64_t frames = decoder_->framesPerPacket();
   const std::uint64_t first = nextSample_;
   blockStart_ = static_cast<std::int64_t>(first);
-  const std::uint64_t tableSize =
-      frames == 1 ? decoder_->bytesPerPacket() : 0;  // packets: always from the chunk's start
-  const auto run = runs_.at(first, tableSize, framesAtOnce);
-  if (!run) {
-    nextSample_ += framesAtOnce;
-    return tl::make_unexpected(run.error());
-  }
-  nextSample_ = run->first + run->count;
-  TRY(useDescription(run->description));
+  nextSample_ += framesAtOnce;
+  TRY(const auto place, file_->locateSample(track_, first));
+  SampleLocation::Neighbours run = place.neighbours;
+  nextSample_ = std::min(nextSample_, run.first + run.count);
+  TRY(useDescription(place.description));
   if (decoder_->framesPerPacket() != frames) return failure(Reason::SoundKindChanges);
-  const std::uint64_t packet = (first - run->first) / frames;
-  blockStart_ = static_cast<std::int64_t>(run->first + packet * frames);
-  return decodePackets(*run, packet, (run->count + frames - 1) / frames - packet);
+
+  const std::uint64_t size = decoder_->bytesPerPacket();
+  while (run.first + run.count < first + framesAtOnce && run.count % frames == 0) {
+    const auto next = file_->locateSample(track_, run.first + run.count);
+    const bool follows = next && next->description == place.description &&
+                         next->neighbours.offset == run.offset + run.count / frames * size;
+    if (!follows) break;
+    run.count += next->neighbours.count;
+  }
+  const std::uint64_t there = run.offset < file_->size() ? (file_->size() - run.offset) / size : 0;
+  const std::uint64_t packet = (first - run.first) / frames;
+  if (packet >= there) return failure(Reason::SoundPastEnd);
+  const std::uint64_t end = std::min({there, (run.count + frames - 1) / frames, packet + framesAtOnce / frames});
+  blockStart_ = static_cast<std::int64_t>(run.first + packet * frames);
+  nextSample_ = run.first + std::min(run.count, end * frames);
+  return decodePackets(run.offset + packet * size, end - packet);
 }
 
-/// Decodes packets of one size, counted from the run's start.
-Result<void> SoundTrackStream::decodePackets(const SoundRun& run, std::uint64_t first, std::uint64_t count) {
+/// Decodes packets of one size that lie one behind the other.
+Result<void> SoundTrackStream::decodePackets(std::uint64_t offset, std::uint64_t count) {
   const std::uint64_t size = decoder_->bytesPerPacket();
   Bytes bytes(static_cast<std::size_t>(count * size));
-  TRY(const auto got, file_->read(run.offset + first * size, bytes));
+  TRY(const auto got, file_->read(offset, bytes));
   bytes.resize(got - got % static_cast<std::size_t>(size));
   const std::size_t step = decoder_->framesPerPacket() == 1 ? bytes.size() : static_cast<std::size_t>(size);
   for (std::size_t at = 0; at < bytes.size(); at += step) {

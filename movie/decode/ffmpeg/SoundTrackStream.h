@@ -7,12 +7,14 @@
 #include "movie/atoms/MovieFile.h"
 #include "movie/decode/SoundStream.h"
 #include "movie/decode/ffmpeg/SoundDecoder.h"
-#include "movie/decode/ffmpeg/SoundRuns.h"
 
 namespace movie {
 
 /// The sound of one track, found through the movie file's own tables. A track has one sample for every frame
 /// (uncompressed sound and what is counted like it), which is read in runs, or one for every packet.
+///
+/// Older files give 1 as the size of a sample, whatever a frame takes. The places of samples within a chunk are wrong
+/// then, but where a chunk begins is right, and so runs are counted from there.
 class SoundTrackStream final : public SoundStream {
  public:
   static Result<std::unique_ptr<SoundStream>> make(std::shared_ptr<const MovieFile> file, std::size_t track);
@@ -29,7 +31,7 @@ class SoundTrackStream final : public SoundStream {
   void seek(std::int64_t frame);
   Result<void> decodeMore();
   Result<void> decodeRun();
-  Result<void> decodePackets(const SoundRun& run, std::uint64_t first, std::uint64_t count);
+  Result<void> decodePackets(std::uint64_t offset, std::uint64_t count);
   Result<void> decodePacket();
   Result<Bytes> readPacket(std::uint64_t sample, std::size_t& description) const;
   Result<void> decode(ByteView packet);
@@ -42,7 +44,6 @@ class SoundTrackStream final : public SoundStream {
   std::size_t track_;
   const TrackInfo& info_;
   const SampleTable& table_;
-  SoundRuns runs_;
   std::unique_ptr<SoundDecoder> decoder_;  ///< of the description that was needed last
   std::size_t description_ = 0;            ///< its place among the track's; only with a decoder
   bool frameByFrame_ = false;              ///< one sample is one frame

@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "movie/atoms/CompressedMovie.h"
 #include "movie/atoms/MovieFile.h"
 #include "tests/support/AtomBuilder.h"
 

@@ -121,6 +121,10 @@ const std::vector<FreeCase> freeCases{
        const Bytes meta = AtomBuilder("meta").u32(0).bytes(unknownExtension()).bytes(freeOf(size)).build();
        return movieWith({entryWith({})}, {atomOf("udta", {meta})});
      }},
+    {"in a QuickTime meta without a handler",
+     [](std::size_t size) {
+       return movieWith({entryWith({})}, {atomOf("meta", {unknown, freeOf(size)})});
+     }},
     {"in a QuickTime meta", [](std::size_t size) {
        const Bytes meta = atomOf("meta", {AtomBuilder("hdlr").zeros(24).build(), freeOf(size)});
        return movieWith({entryWith({})}, {meta});
@@ -141,6 +145,12 @@ TEST(MovieEdit, ResizesAFreeToReachASize) {
   }
   const Bytes none = movieWith({entryWith({})});
   EXPECT_FALSE(movieAtomOfSize(none, none.size() + 12));
+}
+
+// Without it, what follows could be taken for version and flags.
+TEST(MovieEdit, LeavesAFreeThatAMetaBeginsWithAsItIs) {
+  const Bytes movie = movieWith({entryWith({})}, {atomOf("meta", {freeOf(16), Bytes(4), freeOf(12)})});
+  EXPECT_FALSE(movieAtomOfSize(movie, movie.size() - 16));
 }
 
 TEST(MovieEdit, TellsMoviesApartByAnythingButColors) {

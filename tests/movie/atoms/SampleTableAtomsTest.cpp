@@ -153,6 +153,10 @@ TEST(SampleTableAtoms, LeadToEachSample) {
     ASSERT_TRUE(location) << i;
     EXPECT_EQ(location->offset, places[i].first) << i;
     EXPECT_EQ(location->size, places[i].second) << i;
+    const auto& chunk = location->neighbours;
+    EXPECT_EQ(chunk.first, i < 4 ? i / 2 * 2 : i) << i;
+    EXPECT_EQ(chunk.count, i < 4 ? 2U : 1U) << i;
+    EXPECT_EQ(chunk.offset, places[chunk.first].first) << i;
   }
   EXPECT_FALSE(tables.atoms.locationOf(6));
 }

@@ -90,6 +90,7 @@ TEST(FlattenedRefusals, NameTheReasonAndLeaveNothingBehind) {
       {"iloc", around(withMore(fullMeta)), others},
       {"iloc in udta", around(withMore(test::atomOf("udta", {test::atomOf("meta", {locations})}))), others},
       {"iloc beside", test::joined({plain, fullMeta}), others},
+      {"iloc beside, without version and flags", test::joined({plain, test::atomOf("meta", {locations})}), others},
       {"two tables", withInTable(AtomBuilder("stco").u32(0).u32(1).u32(28).build()), several},
       {"both tables", withInTable(AtomBuilder("co64").u32(0).u32(1).u64(28).build()), several},
       {"disordered", around(disordered), "the chunks are not in order"},

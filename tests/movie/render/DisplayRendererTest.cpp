@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "movie/render/DisplayRenderer.h"
+#include "movie/render/FrameRenderer.h"
 #include "movie/render/PictureRgb.h"
 #include "tests/movie/render/TestPicture.h"
 #include "tests/movie/render/TestProfiles.h"

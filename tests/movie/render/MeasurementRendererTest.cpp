@@ -3,7 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "movie/render/MeasurementRenderer.h"
+#include "movie/render/FrameRenderer.h"
 #include "tests/movie/render/TestPicture.h"
 
 namespace movie {

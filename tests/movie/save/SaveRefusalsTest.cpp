@@ -118,6 +118,8 @@ std::vector<Refusal> refusals() {
       {"saio into the movie atom", joined({data, movieAt(28, {auxiliaryOffsets(end + 50)})}), "inside the movie atom"},
       {"iloc into the movie atom", joined({data, movieAt(28, {metaWith(itemLocations(end + 50, 4))})}),
        "inside the movie atom"},
+      {"iloc without version and flags before it",
+       joined({data, movie, test::atomOf("meta", {itemLocations(50'000, 4)})}), "past the end"},
       {"iloc of the file into the movie atom", joined({data, movie, metaWith(itemLocations(end + 50, 4))}),
        "inside the movie atom"},
       {"iloc past the end", joined({data, movie, metaWith(itemLocations(50'000, 4))}), "past the end"},
