@@ -77,7 +77,7 @@ bool trash(const OperationPath& path, const FileServices& services) {
 
 using Seconds = std::chrono::duration<double>;
 
-bool isTaken(const QString& path) {
+bool isOccupied(const QString& path) {
   return sys::standsAt(absolutePath(path).toStdString());
 }
 
@@ -169,11 +169,11 @@ bool QVFileManager::moveFile(const QString& source, const QString& destination, 
 }
 
 bool QVFileManager::trashFile(const QString& path, double timeout, const FileServices& services) {
-  return trashFile(path, services) && showsWithin(timeout, [&] { return !isTaken(path); });
+  return trashFile(path, services) && showsWithin(timeout, [&] { return !isOccupied(path); });
 }
 
 bool QVFileManager::removeFile(const QString& path, double timeout, const FileServices& services) {
-  return removeFile(path, services) && showsWithin(timeout, [&] { return !isTaken(path); });
+  return removeFile(path, services) && showsWithin(timeout, [&] { return !isOccupied(path); });
 }
 
 bool QVFileManager::createDirectory(const QString& path, double timeout, const FileServices& services) {
@@ -183,11 +183,11 @@ bool QVFileManager::createDirectory(const QString& path, double timeout, const F
 
 bool QVFileManager::copyFile(const QString& source, const QString& destination, double timeout,
                              const FileServices& services) {
-  return copyFile(source, destination, services) && showsWithin(timeout, [&] { return isTaken(destination); });
+  return copyFile(source, destination, services) && showsWithin(timeout, [&] { return isOccupied(destination); });
 }
 
 bool QVFileManager::moveFile(const QString& source, const QString& destination, double timeout,
                              const FileServices& services) {
   return moveFile(source, destination, services) &&
-         showsWithin(timeout, [&] { return isTaken(destination) && !isTaken(source); });
+         showsWithin(timeout, [&] { return isOccupied(destination) && !isOccupied(source); });
 }

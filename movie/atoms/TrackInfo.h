@@ -13,9 +13,9 @@ inline constexpr FourCC videoMedia = fourCC("vide");
 inline constexpr FourCC soundMedia = fourCC("soun");
 inline constexpr FourCC timecodeMedia = fourCC("tmcd");
 
-/// One entry of an edit list. Source: QTFF "Edit list atoms"; ISO/IEC 14496-12, 8.6.6.
 inline constexpr std::int32_t normalRate = 0x10000;  ///< 16.16: as fast as the media is
 
+/// One entry of an edit list. Source: QTFF "Edit list atoms"; ISO/IEC 14496-12, 8.6.6.
 struct EditListEntry {
   /// In the movie's time scale. A last entry of 0 means the rest of the media, as fragmented movies write it, and is
   /// given that rest's duration.

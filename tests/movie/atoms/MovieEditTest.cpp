@@ -123,7 +123,7 @@ const std::vector<FreeCase> freeCases{
      }},
     {"in a QuickTime meta without a handler",
      [](std::size_t size) {
-       return movieWith({entryWith({})}, {atomOf("meta", {unknown, freeOf(size)})});
+       return movieWith({entryWith({})}, {atomOf("meta", {unknownExtension(), freeOf(size)})});
      }},
     {"in a QuickTime meta", [](std::size_t size) {
        const Bytes meta = atomOf("meta", {AtomBuilder("hdlr").zeros(24).build(), freeOf(size)});
