@@ -3,8 +3,8 @@
 
 usage: mutation_testing.py [options] FOLDER...
 
-Each folder (or source file) gets the same number of changes, spread over its files, one at a time: another comparison,
-another number, a call that is not made, another text. A change that does not compile does not count; one after which a
+Each folder (or source file) gets --count changes, or as many as FOLDER=N says, spread over its files, one at a time: another
+comparison, another number, a call that is not made, another text. A change that does not compile does not count; one after which a
 test fails, crashes or hangs is killed; one that survives is printed with its place. tools/mutation/equivalent.json names
 those that change nothing that could be noticed, each with the reason; they are not tried.
 
@@ -75,7 +75,7 @@ class Session:
         self.options, self.equivalents = options, equivalents
         self.lock = threading.Lock()
         self.queues = [iter(candidates(options.root, folder, options.seed)) for folder in options.folders]
-        self.wanted = [options.count] * len(self.queues)
+        self.wanted = list(options.folders.values())
         self.results = {"killed": [], "survived": [], "equivalent": [], "did not compile": []}
         self.store = options.work / "verdicts.json"
         self.known = dict(self.read_verdicts()) if options.again else {}
@@ -153,7 +153,7 @@ class Session:
 
 def arguments(given):
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("folders", nargs="+", metavar="FOLDER", help="a folder of the tree, or one source file")
+    parser.add_argument("folders", nargs="+", metavar="FOLDER[=N]", help="a folder of the tree, or one source file")
     parser.add_argument("--count", type=int, default=60, help="changes that count, for each folder (%(default)s)")
     parser.add_argument("--seed", type=int, default=1, help="another seed, another choice (%(default)s)")
     parser.add_argument("--list", action="store_true", help="print what would be tried, and try nothing")
@@ -168,6 +168,11 @@ def arguments(given):
     parser.add_argument("-D", dest="definitions", action="append", default=[], help="as cmake takes it")
     options = parser.parse_args(given)
     options.root = options.root.resolve()
+    named = (name.partition("=") for name in options.folders)
+    try:
+        options.folders = {folder: int(count) if count else options.count for folder, _, count in named}
+    except ValueError:
+        parser.error("FOLDER=N takes a number")
     options.work = (options.work or options.root / "build" / "mutation").resolve()
     return options
 
@@ -202,8 +207,8 @@ def main(given=None):
     try:
         session = Session(options, read_equivalents(options.root / "tools" / "mutation" / "equivalent.json"))
         if options.list:
-            for queue in session.queues:
-                for _, mutation in zip(range(options.count), queue):
+            for queue, wanted in zip(session.queues, session.wanted):
+                for _, mutation in zip(range(wanted), queue):
                     print(("equivalent: " if mutation.key in session.equivalents else "") + str(mutation))
             return 0
         return measure(options, session)
