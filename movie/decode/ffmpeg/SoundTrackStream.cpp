@@ -140,7 +140,6 @@ Result<void> SoundTrackStream::decodeMore() {
 
 /// Decodes on to the end of a chunk, and of those that follow it in the file.
 Result<void> SoundTrackStream::decodeRun() {
-  const std::uint64_t frames = decoder_->framesPerPacket();
   const std::uint64_t first = nextSample_;
   blockStart_ = static_cast<std::int64_t>(first);
   nextSample_ += framesAtOnce;
@@ -148,9 +147,8 @@ Result<void> SoundTrackStream::decodeRun() {
   SampleLocation::Neighbours run = place.neighbours;
   nextSample_ = std::min(nextSample_, run.first + run.count);
   TRY(useDescription(place.description));
-  if (decoder_->framesPerPacket() != frames) return failure(Reason::SoundKindChanges);
-
-  const std::uint64_t size = decoder_->bytesPerPacket();
+  const std::uint64_t frames = decoder_->framesPerPacket(), size = decoder_->bytesPerPacket();
+  if (frames == 0) return failure(Reason::SoundKindChanges);
   while (run.first + run.count < first + framesAtOnce && run.count % frames == 0) {
     const auto next = file_->locateSample(track_, run.first + run.count);
     const bool follows = next && next->description == place.description &&

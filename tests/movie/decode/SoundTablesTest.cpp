@@ -106,6 +106,26 @@ TEST(SoundTables, FollowTheSampleDescriptionOfEachChunk) {
   expectNumbered(*stream, 20, 100);
 }
 
+// What cannot be counted by frames is told, however many chunks of it there are, and what follows is heard.
+TEST(SoundTables, TellOfAnotherKindOfSoundWithinTheTrack) {
+  Bytes content(2000);
+  putNumbered(content, 0, 0, 100);
+  putNumbered(content, 1600, 300, 100);
+  TrackSpec track = soundTrack(soundEntry("twos", 2, 16), 400, 4);
+  track.entries.push_back(soundEntry(".mp3", 2, 16));
+  track.chunks = {{1, 100, 1}, {2, 100, 2}, {4, 100, 1}};
+  track.chunkOffsets = {mediaData, mediaData + 500, mediaData + 1000, mediaData + 1600};
+  const TemporaryFile file(movieFile(content, track));
+  const auto stream = streamOf(file.path());
+  std::vector<float> frames(std::size_t{2} * 400, 5.0F);
+  const auto read = stream->read(0, frames);
+  ASSERT_FALSE(read.has_value());
+  EXPECT_THAT(read.error().reason(), HasSubstr("the kind of sound changes"));
+  EXPECT_EQ(frames[2 * 99], 99 / 32768.0F);
+  EXPECT_THAT(std::vector<float>(frames.begin() + 200, frames.begin() + 600), Each(0.0F));
+  EXPECT_EQ(frames[2 * 399], 399 / 32768.0F);
+}
+
 // As older writers put it: a sample for every frame, although 64 of them share a packet.
 TEST(SoundTables, CountPacketsByTheirFrames) {
   const std::string modern = fixtureMovie(
