@@ -12,8 +12,7 @@ enum class Heir {
   /// attributes and access lists what the process and the file system allow.
   Copy,
   /// It takes the other's place with a content of its own: no set-id and sticky bits, and its own times. Where it
-  /// cannot
-  /// have the group, the group that it has may do what all others may. The access list and the user's extended
+  /// cannot have the group, the group that it has may do what all others may. The access list and the user's extended
   /// attributes must be had.
   Replacement,
 };

@@ -92,11 +92,13 @@ QString digestOfFile(const QString& path, DigestAlgorithm algorithm, const std::
   }
   FileDigest digest(algorithm);
   Questions questions(shouldContinue);
-  const auto read = digest.addFile({file.get(), {}}, block.get(), [&questions] {
+  bool refused = false;
+  const auto read = digest.addFile({file.get(), {}}, block.get(), [&] {
     questions.ask();
-    return !questions.areRefused();
+    refused = questions.areRefused();
+    return !refused;
   });
   if (read) return digest.text();
-  if (read.error().code != ECANCELED) QVLog::appendLog("Error reading file %@ - aborting...", path);
+  if (!refused) QVLog::appendLog("Error reading file %@ - aborting...", path);
   return {};
 }

@@ -102,13 +102,24 @@ bool fitsXml(const QVariant& value) {
 
 std::optional<QVariant> valueOf(plist_t node);
 
-/// libplist gives away the bits alone, but compares a number with its sign: a new one has one.
+/// An integer as libplist reads it: whether one that it makes of a number has a sign differs between its releases.
+Node integerNode(const QByteArray& digits) {
+  const QByteArray xml = "<plist><integer>" + digits + "</integer></plist>";
+  plist_t node = nullptr;
+  plist_from_xml(xml.constData(), static_cast<std::uint32_t>(xml.size()), &node);
+  return Node(node);
+}
+
+/// libplist gives away the bits alone, but compares a number with its sign.
 QVariant integerOf(plist_t node) {
   std::uint64_t bits = 0;
   plist_get_uint_val(node, &bits);
   const auto number = static_cast<qlonglong>(bits);
-  if (number >= 0 || plist_compare_node_value(node, Node(plist_new_uint(bits)).get()) != 0) return number;
-  return qulonglong{bits};
+  const auto isUnsigned = [&] {
+    return plist_compare_node_value(node, integerNode(QByteArray::number(qulonglong{bits})).get()) != 0;
+  };
+  if (number < 0 && isUnsigned()) return qulonglong{bits};
+  return number;
 }
 
 QVariant dateOf(plist_t node) {
@@ -227,15 +238,6 @@ Node dictionaryNode(const QVariantMap& map, int depth) {
   return dictionary;
 }
 
-/// What libplist makes of a number has a sign; what it reads has none where there is no room for it.
-Node unsignedNode(qulonglong value) {
-  if (value <= std::numeric_limits<qlonglong>::max()) return Node(plist_new_uint(value));
-  const QByteArray xml = "<plist><integer>" + QByteArray::number(value) + "</integer></plist>";
-  plist_t node = nullptr;
-  plist_from_xml(xml.constData(), static_cast<std::uint32_t>(xml.size()), &node);
-  return Node(node);
-}
-
 Node nodeOf(const QVariant& value, int depth) {
   if (depth > deepestNesting) return nullptr;
   switch (value.typeId()) {
@@ -244,11 +246,11 @@ Node nodeOf(const QVariant& value, int depth) {
     case QMetaType::Int:
     case QMetaType::Long:
     case QMetaType::LongLong:
-      return Node(plist_new_uint(static_cast<std::uint64_t>(value.toLongLong())));
+      return integerNode(QByteArray::number(value.toLongLong()));
     case QMetaType::UInt:
     case QMetaType::ULong:
     case QMetaType::ULongLong:
-      return unsignedNode(value.toULongLong());
+      return integerNode(QByteArray::number(value.toULongLong()));
     case QMetaType::Float:
     case QMetaType::Double:
       return Node(plist_new_real(value.toDouble()));

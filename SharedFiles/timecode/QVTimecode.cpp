@@ -114,7 +114,7 @@ QString withZerosForRunAtEnd(QString text) {
   return text;
 }
 
-/// The pieces between "." and ",", single characters paddedField, without separators, the last eight characters of it.
+/// The pieces between "." and ",", single characters padded, without separators, the last eight characters of it.
 QString typedDigits(const QString& text) {
   QString digits;
   for (const QString& piece : QString(text).replace(u',', u'.').split(u'.')) {
@@ -125,7 +125,7 @@ QString typedDigits(const QString& text) {
   return digits.right(8);
 }
 
-/// Pairs from the right with separators between them; a single first character is paddedField to a pair.
+/// Pairs from the right with separators between them; a single first character is padded to a pair.
 QString separatedPairs(const QString& digits, bool dropFrame) {
   if (digits.size() < 3) return digits;
   QString text = digits.size() % 2 == 0 ? digits : u'0' + digits;

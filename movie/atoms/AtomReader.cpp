@@ -42,13 +42,20 @@ AtomHeader readAtomHeader(ByteView bytes, std::uint64_t offset, std::uint64_t le
   return {atom, atom.size > left ? AtomDefect::ReachesPastParent : AtomDefect::None};
 }
 
-std::size_t metaHeadSize(ByteView body) {
-  return body.size() >= 4 && read32(body, 0) == 0 ? 4 : 0;
+/// ISO files have version and flags before the children of a meta atom, which are 0. QuickTime's begins with the size
+/// of a child, which is not.
+AtomList readChildren(ByteView bytes, const Atom& parent) {
+  const bool isFull = parent.type == code::meta && parent.bodySize() >= 4 && read32(bodyOf(bytes, parent), 0) == 0;
+  return readAtoms(bytes, parent.bodyOffset() + (isFull ? 4 : 0), parent.end());
 }
 
-AtomList readChildren(ByteView bytes, const Atom& parent) {
-  const std::size_t head = parent.type == code::meta ? metaHeadSize(bodyOf(bytes, parent)) : 0;
-  return readAtoms(bytes, parent.bodyOffset() + head, parent.end());
+std::vector<Atom> possibleChildren(ByteView bytes, const Atom& parent) {
+  std::vector<Atom> found = readAtoms(bytes, parent.bodyOffset(), parent.end()).atoms;
+  if (parent.type == code::meta && parent.bodySize() >= 4) {
+    const AtomList further = readAtoms(bytes, parent.bodyOffset() + 4, parent.end());
+    found.insert(found.end(), further.atoms.begin(), further.atoms.end());
+  }
+  return found;
 }
 
 AtomList readAtoms(ByteView bytes, std::uint64_t begin, std::uint64_t end) {

@@ -62,13 +62,13 @@ inline AtomList readAtoms(ByteView bytes) {
   return readAtoms(bytes, 0, bytes.size());
 }
 
-/// What stands before the children in the body of a meta atom: four bytes, version and flags, which are 0, in ISO
-/// files. QuickTime's begin with the size of a child, which is not 0. `body` may be cut behind the first four bytes.
-std::size_t metaHeadSize(ByteView body);
-
 /// The children of an atom that was read from `bytes`, a meta atom of either kind too; their offsets too are from the
 /// start of `bytes`.
 AtomList readChildren(ByteView bytes, const Atom& parent);
+
+/// Whatever could be a child, for those who may not overlook one: a meta atom is read with version and flags and
+/// without, whatever stands there. The reading that is wrong finds nothing, or junk.
+std::vector<Atom> possibleChildren(ByteView bytes, const Atom& parent);
 
 /// The first child of that type, or none.
 std::optional<Atom> firstAtom(const AtomList& list, FourCC type);

@@ -131,12 +131,15 @@ Result<void> LayoutMaker::keep(const Atom& atom) {
 }
 
 Result<void> LayoutMaker::refuseItemLocations(const Atom& meta) const {
-  TRY(const auto head, movie_.readable().read(meta.bodyOffset(), 4));
-  FileAtoms walk(movie_.readable(), meta.bodyOffset() + std::min(metaHeadSize(head), meta.bodySize()), meta.end());
-  while (const auto child = walk.next()) {
-    if (child->type == code::iloc) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
+  for (const std::uint64_t head : {0U, 4U}) {  // without version and flags, and with
+    if (meta.bodySize() < head) continue;
+    FileAtoms walk(movie_.readable(), meta.bodyOffset() + head, meta.end());
+    while (const auto child = walk.next()) {
+      if (child->type == code::iloc) return refusal(Reason::OffsetsImmovable, "meta/iloc", child->offset);
+    }
+    TRY(walk.readStatus());
   }
-  return walk.readStatus();
+  return {};
 }
 
 Result<void> LayoutMaker::claimChunks() {

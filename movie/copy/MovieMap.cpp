@@ -29,7 +29,7 @@ class Mapper {
 
  private:
   Result<void> enter(const Atom& atom, const std::string& path, const MovieAtoms& parsed);
-  Result<void> refuseOtherOffsets(const AtomList& list, const std::string& path) const;
+  Result<void> refuseOtherOffsets(const std::vector<Atom>& atoms, const std::string& path, int depth = 0) const;
 
   tl::unexpected<MovieError> refusal(const std::string& path, const Atom& atom, Reason why) const {
     return origin_.failure(path, atom.offset, why);
@@ -44,7 +44,7 @@ class Mapper {
 Result<void> Mapper::enter(const Atom& atom, const std::string& path, const MovieAtoms& parsed) {
   TRY(const auto parts, wellFormedChildren(bytes_, atom, path, origin_));
   map_.containers.push_back(atom);
-  TRY(refuseOtherOffsets(parts, path));
+  TRY(refuseOtherOffsets(parts.atoms, path));
   std::set<FourCC> taken;
   for (const Atom& part : parts.atoms) {
     if (std::find(ways.begin(), ways.end(), std::pair(atom.type, part.type)) == ways.end()) continue;
@@ -64,15 +64,16 @@ Result<void> Mapper::enter(const Atom& atom, const std::string& path, const Movi
   return {};
 }
 
-Result<void> Mapper::refuseOtherOffsets(const AtomList& list, const std::string& path) const {
-  for (const Atom& atom : list.atoms) {
+Result<void> Mapper::refuseOtherOffsets(const std::vector<Atom>& atoms, const std::string& path, int depth) const {
+  constexpr int deepest = 8;  // no format nests them deeper
+  for (const Atom& atom : atoms) {
     if (atom.type == code::saio) return refusal(path + "/saio", atom, Reason::OffsetsImmovable);
-    if (atom.type == code::meta && firstAtom(readChildren(bytes_, atom), code::iloc)) {
-      return refusal(path + "/meta/iloc", atom, Reason::OffsetsImmovable);
-    }
-    if (atom.type != code::udta) continue;
-    const AtomList inside = readChildren(bytes_, atom);
-    TRY(refuseOtherOffsets(inside, path + "/udta"));
+    if (atom.type != code::meta && (atom.type != code::udta || depth >= deepest)) continue;
+    const std::vector<Atom> inside = possibleChildren(bytes_, atom);
+    const bool hasItems =
+        std::any_of(inside.begin(), inside.end(), [](const Atom& in) { return in.type == code::iloc; });
+    if (atom.type == code::meta && hasItems) return refusal(path + "/meta/iloc", atom, Reason::OffsetsImmovable);
+    if (atom.type == code::udta) TRY(refuseOtherOffsets(inside, path + "/udta", depth + 1));
   }
   return {};
 }

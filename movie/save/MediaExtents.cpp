@@ -75,7 +75,7 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
     return failed(file, Reason::OffsetsUnreadable, fourCCText(atom.type), atom.offset);
   }
   if (!isContainer(atom.type) || depth >= deepest) return {};
-  for (const Atom& child : readChildren(bytes, atom).atoms) {
+  for (const Atom& child : possibleChildren(bytes, atom)) {
     TRY(addOffsets(bytes, child, file, media, depth + 1));
   }
   return {};

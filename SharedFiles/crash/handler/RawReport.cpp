@@ -101,6 +101,7 @@ void RawReport::writeHead(const CrashRequest& request) {
 
 void RawReport::writeFrame(int number, std::uint64_t address) {
   text_.addNumber(static_cast<std::uint64_t>(number)).add("  ").addAddress(address);
+  flush();  // what follows reads the loader's memory, which may be damaged
   dl_find_object module{};
   if (::_dl_find_object(std::bit_cast<void*>(address), &module) == 0) {
     // The program itself has no name there.

@@ -149,7 +149,9 @@ Result<void> SoundTrackStream::decodeRun() {
   TRY(useDescription(place.description));
   const std::uint64_t frames = decoder_->framesPerPacket(), size = decoder_->bytesPerPacket();
   if (frames == 0) return failure(Reason::SoundKindChanges);
-  while (run.first + run.count < first + framesAtOnce && run.count % frames == 0) {
+  constexpr int mostJoined = 64;  // each is looked up from the beginning of a table
+  for (int joined = 0; joined < mostJoined && run.first + run.count < first + framesAtOnce && run.count % frames == 0;
+       ++joined) {
     const auto next = file_->locateSample(track_, run.first + run.count);
     const bool follows = next && next->description == place.description &&
                          next->neighbours.offset == run.offset + run.count / frames * size;

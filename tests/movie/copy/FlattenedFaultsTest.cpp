@@ -68,9 +68,23 @@ Bytes withInTable(const Bytes& more) {
   return test::joined({test::typedMediaData("qt  ", 64), movie, more});
 }
 
+TEST(FlattenedRefusals, AreNotLookedForInNestsWithoutEnd) {
+  constexpr std::size_t nests = 50'000, header = 8;
+  Bytes nested(nests * header);
+  for (std::size_t i = 0; i < nests; ++i) {
+    write32(nested, i * header, static_cast<std::uint32_t>((nests - i) * header));
+    write32(nested, i * header + 4, fourCC("udta"));
+  }
+  const TemporaryFolder folder;
+  const std::string from = folder.add("from.mov", around(withMore(nested))), to = folder.path("to.mov");
+  ASSERT_TRUE(copied(from, to));
+  EXPECT_EQ(test::openedMovie(to)->movieAtom().size(), test::openedMovie(from)->movieAtom().size());
+}
+
 TEST(FlattenedRefusals, NameTheReasonAndLeaveNothingBehind) {
   const Bytes locations = AtomBuilder("iloc").zeros(8).build();
   const Bytes fullMeta = AtomBuilder("meta").u32(0).bytes(locations).build();
+  const Bytes flaggedMeta = AtomBuilder("meta").u32(1).bytes(locations).build();
   constexpr const char* others = "it holds places in the file that cannot be moved along";
   constexpr const char* several = "there are several where only one can count";
   const Bytes plain = around(MovieSpec());
@@ -88,6 +102,8 @@ TEST(FlattenedRefusals, NameTheReasonAndLeaveNothingBehind) {
       {"in the movie atom", around(withChunkAt(100)), "chunk 1 of track 1 does not lie inside one atom of media data"},
       {"saio", withInTable(AtomBuilder("saio").zeros(12).build()), others},
       {"iloc", around(withMore(fullMeta)), others},
+      {"iloc behind flags", around(withMore(flaggedMeta)), others},
+      {"iloc beside, behind flags", test::joined({plain, flaggedMeta}), others},
       {"iloc in udta", around(withMore(test::atomOf("udta", {test::atomOf("meta", {locations})}))), others},
       {"iloc beside", test::joined({plain, fullMeta}), others},
       {"iloc beside, without version and flags", test::joined({plain, test::atomOf("meta", {locations})}), others},

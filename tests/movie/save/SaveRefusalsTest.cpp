@@ -120,6 +120,8 @@ std::vector<Refusal> refusals() {
        "inside the movie atom"},
       {"iloc without version and flags before it",
        joined({data, movie, test::atomOf("meta", {itemLocations(50'000, 4)})}), "past the end"},
+      {"iloc behind flags", joined({data, movie, AtomBuilder("meta").u32(1).bytes(itemLocations(50'000, 4)).build()}),
+       "past the end"},
       {"iloc of the file into the movie atom", joined({data, movie, metaWith(itemLocations(end + 50, 4))}),
        "inside the movie atom"},
       {"iloc past the end", joined({data, movie, metaWith(itemLocations(50'000, 4))}), "past the end"},
