@@ -10,8 +10,8 @@
 
 namespace {
 
-constexpr int keyBits = 256;
-constexpr std::size_t keyBytes = keyBits / 8;
+constexpr int bitsOfKey = 256;
+constexpr std::size_t keyBytes = bitsOfKey / 8;
 constexpr std::size_t blockBytes = std::tuple_size_v<RijndaelBlock>;
 
 using Setup = int (*)(RijndaelSchedule&, std::span<const std::uint8_t>, int);
@@ -27,7 +27,7 @@ std::array<std::uint8_t, keyBytes> keyOf(const QString& passphrase) {
 /// Whole blocks through the cipher.
 QByteArray through(Setup setup, Cipher cipher, const QByteArray& data, const QString& passphrase) {
   RijndaelSchedule schedule{};
-  const int rounds = setup(schedule, keyOf(passphrase), keyBits);
+  const int rounds = setup(schedule, keyOf(passphrase), bitsOfKey);
   QByteArray result;
   result.reserve(data.size());
   for (qsizetype start = 0; start + static_cast<qsizetype>(blockBytes) <= data.size(); start += blockBytes) {
