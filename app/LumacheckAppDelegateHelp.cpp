@@ -5,7 +5,6 @@
 #include <QDialog>
 #include <QFile>
 #include <QUrl>
-#include <atomic>
 
 #include "SharedFiles/MakerHosts.h"
 #include "SharedFiles/analytics/AnalyticsPreferences.h"
@@ -15,6 +14,7 @@
 #include "app/MainInterface.h"
 #include "app/dialogs/AboutDialog.h"
 #include "app/dialogs/BusySheet.h"
+#include "system/Guarded.h"
 
 namespace {
 
@@ -129,14 +129,14 @@ void LumacheckAppDelegate::viewTaskLog() {
 void LumacheckAppDelegate::gatherLogs() {
   if (gathering_) return;  // two would share their working folder
   gathering_ = true;
-  std::atomic<GatheringProgress> progress;  // noted by the thread that gathers, told by the main thread
+  sys::Guarded<GatheringProgress> progress;  // noted by the thread that gathers, told by the main thread
   TroubleshootingServices services = troubleshooting(services_);
-  services.watch.progress = [&progress](const GatheringProgress& now) { progress = now; };
+  services.watch.progress = [&progress](const GatheringProgress& now) { progress.set(now); };
   const auto gather = [&services](const std::stop_token& stop) {
     services.watch.stop = stop;
     QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
   };
-  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return textOf(progress); }});
+  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return textOf(progress.get()); }});
   gathering_ = false;
 }
 
