@@ -136,7 +136,8 @@ void LumacheckAppDelegate::gatherLogs() {
     services.watch.stop = stop;
     QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
   };
-  runUnderBusySheet(*window_, tr("Gathering logs…"), {.work = gather, .progress = [&] { return textOf(progress.get()); }});
+  runUnderBusySheet(*window_, tr("Gathering logs…"),
+                    {.work = gather, .progress = [&] { return textOf(progress.get()); }});
   gathering_ = false;
 }
 
