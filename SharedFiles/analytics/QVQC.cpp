@@ -6,8 +6,8 @@
 
 #include "SharedFiles/MakerHosts.h"
 #include "SharedFiles/analytics/HttpsConnection.h"
-#include "SharedFiles/support/Workspace.h"
 #include "SharedFiles/support/QVOSDetect.h"
+#include "SharedFiles/support/Workspace.h"
 
 AnalyticsController& QVQC::sharedController() {
   static AnalyticsController* const controller = std::make_unique<AnalyticsController>(services()).release();
