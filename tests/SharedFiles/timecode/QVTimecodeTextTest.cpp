@@ -157,16 +157,16 @@ TEST(QVTimecodeText, ReadsElapsedTime) {
 }
 
 TEST(QVTimecodeText, TakesElapsedTimesThatNoCountHolds) {
-  constexpr int lowest = std::numeric_limits<int>::min();
-  EXPECT_EQ(framesOf("1e300:0:0:0", 30.0), lowest);
-  EXPECT_EQ(framesOf("1e999:0:0:0", 30.0), lowest);
+  constexpr int least = std::numeric_limits<int>::min();
+  EXPECT_EQ(framesOf("1e300:0:0:0", 30.0), least);
+  EXPECT_EQ(framesOf("1e999:0:0:0", 30.0), least);
   EXPECT_EQ(framesOf("0:0:0:2147483648", 30.0), std::numeric_limits<int>::max());
   EXPECT_EQ(framesOf("0:0:2147483647:0", 1.0), std::numeric_limits<int>::max());
-  EXPECT_EQ(framesOf("0:0:2147483648:0", 1.0), lowest);
-  EXPECT_EQ(framesOf("0:0:1:2147483647", 30.0), lowest + 29);
-  EXPECT_EQ(framesOf("1:1:1:0", HUGE_VAL), lowest);
+  EXPECT_EQ(framesOf("0:0:2147483648:0", 1.0), least);
+  EXPECT_EQ(framesOf("0:0:1:2147483647", 30.0), least + 29);
+  EXPECT_EQ(framesOf("1:1:1:0", HUGE_VAL), least);
   for (const double fps : {1e-300, 1e300, HUGE_VAL, std::nan("")})
-    for (const int count : {lowest, -1, 0, 1, std::numeric_limits<int>::max()})
+    for (const int count : {least, -1, 0, 1, std::numeric_limits<int>::max()})
       EXPECT_GE(QVTimecode::elapsedTimeFromFrameCount(count, fps).size(), 11);
 }
 
