@@ -213,7 +213,8 @@ class Copy {
 
   bool allocate() {
     for (Block* block : {&copied_, &readBack_}) {
-      block->reset(new (std::nothrow) std::uint8_t[FileDigest::blockSize]);
+      Block made(new (std::nothrow) std::uint8_t[FileDigest::blockSize]);
+      *block = std::move(made);
       if (!*block) {
         QVLog::appendLog("Error copying file %@ - out of memory", request_.source);
         return false;
