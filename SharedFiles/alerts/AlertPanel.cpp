@@ -21,8 +21,8 @@
 
 namespace {
 
-constexpr int margin = 20;
-constexpr int spacing = 12;
+constexpr int panelMargin = 20;
+constexpr int panelSpacing = 12;
 constexpr int iconSize = 64;
 constexpr int columnCharacters = 46;
 constexpr int smallestButton = 84;
@@ -59,7 +59,7 @@ class TextBlock final : public QTextEdit {
   const int tallest_;
 };
 
-QPixmap applicationIcon(const QWidget& widget) {
+QPixmap iconOfApplication(const QWidget& widget) {
   QIcon icon = QApplication::windowIcon();
   if (icon.isNull()) icon = widget.style()->standardIcon(QStyle::SP_MessageBoxInformation, nullptr, &widget);
   return icon.pixmap(QSize(iconSize, iconSize), widget.devicePixelRatioF());
@@ -87,18 +87,18 @@ AlertPanel::AlertPanel(const Texts& texts, QWidget* parent)
   // NOLINTBEGIN(cppcoreguidelines-owning-memory): the widgets belong to the panel.
   auto* const icon = new QLabel(this);
   icon->setObjectName(QStringLiteral("icon"));
-  icon->setPixmap(applicationIcon(*this));
+  icon->setPixmap(iconOfApplication(*this));
   icon->setAlignment(Qt::AlignTop | Qt::AlignHCenter);
   auto* const upper = new QHBoxLayout;
   // NOLINTEND(cppcoreguidelines-owning-memory)
-  upper->setSpacing(margin);
+  upper->setSpacing(panelMargin);
   upper->addWidget(icon, 0, Qt::AlignTop);
   textColumn_ = addTexts(texts);
   upper->addLayout(textColumn_, 1);
 
   auto* const column = new QVBoxLayout(this);  // NOLINT(cppcoreguidelines-owning-memory)
-  column->setContentsMargins(margin, margin, margin, margin);
-  column->setSpacing(margin);
+  column->setContentsMargins(panelMargin, panelMargin, panelMargin, panelMargin);
+  column->setSpacing(panelMargin);
   column->addLayout(upper, 1);
   column->addLayout(addButtons(texts));
   column->setSizeConstraint(QLayout::SetFixedSize);
@@ -114,7 +114,7 @@ QBoxLayout* AlertPanel::addTexts(const Texts& texts) {
   const int width = QFontMetrics(font()).averageCharWidth() * columnCharacters;
   const int screen = QWidget::screen()->availableSize().height();
   auto* const column = new QVBoxLayout;  // NOLINT(cppcoreguidelines-owning-memory): belongs to the panel
-  column->setSpacing(spacing);
+  column->setSpacing(panelSpacing);
   const auto add = [&](const QString& text, const QFont& shape, int tallest, const char* name, const QString& title) {
     // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): belongs to the panel
     auto* const block = new TextBlock(text, shape, width, tallest);
@@ -138,7 +138,7 @@ QBoxLayout* AlertPanel::addButtons(const Texts& texts) {
   defaultButton_->setFocus();
 
   auto* const row = new QHBoxLayout;  // NOLINT(cppcoreguidelines-owning-memory): belongs to the panel
-  row->setSpacing(spacing);
+  row->setSpacing(panelSpacing);
   if (otherButton_) row->addWidget(otherButton_);
   row->addStretch(1);
   if (alternateButton_) row->addWidget(alternateButton_);

@@ -5,7 +5,7 @@
 namespace movie {
 namespace {
 
-void append(std::string& text, char32_t code) {
+void appendUtf8(std::string& text, char32_t code) {
   constexpr std::array<char32_t, 4> leads{0, 0xC0, 0xE0, 0xF0};
   const std::size_t tails = code < 0x80 ? 0 : code < 0x800 ? 1 : code < 0x10000 ? 2 : 3;
   text += static_cast<char>(leads[tails] | (code >> (6 * tails)));
@@ -21,10 +21,10 @@ std::string utf8Of(std::u16string_view units) {
   for (std::size_t i = 0; i < units.size(); ++i) {
     const char32_t unit = units[i], next = i + 1 < units.size() ? units[i + 1] : 0;
     if (isHigh(unit) && isLow(next)) {
-      append(text, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
+      appendUtf8(text, 0x10000 + ((unit - 0xD800) << 10) + (next - 0xDC00));
       ++i;
     } else {
-      append(text, isHigh(unit) || isLow(unit) ? 0xFFFD : unit);
+      appendUtf8(text, isHigh(unit) || isLow(unit) ? 0xFFFD : unit);
     }
   }
   return text;

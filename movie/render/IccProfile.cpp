@@ -15,12 +15,12 @@ namespace movie {
 namespace {
 
 template <auto close>
-struct Closer {
+struct HandleCloser {
   void operator()(auto* handle) const { close(handle); }
 };
-using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, Closer<cmsDeleteContext>>;
-using ProfileHandle = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, Closer<cmsCloseProfile>>;
-using TransformHandle = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, Closer<cmsDeleteTransform>>;
+using ContextHandle = std::unique_ptr<std::remove_pointer_t<cmsContext>, HandleCloser<cmsDeleteContext>>;
+using ProfileHandle = std::unique_ptr<std::remove_pointer_t<cmsHPROFILE>, HandleCloser<cmsCloseProfile>>;
+using TransformHandle = std::unique_ptr<std::remove_pointer_t<cmsHTRANSFORM>, HandleCloser<cmsDeleteTransform>>;
 
 /// A context of its own for each use: no state is shared, and what a broken profile makes the engine say goes nowhere.
 ContextHandle makeContext() {

@@ -13,7 +13,7 @@ namespace movie {
 
 namespace {
 
-constexpr std::uint64_t farthest = std::numeric_limits<std::uint64_t>::max();
+constexpr std::uint64_t farthestOffset = std::numeric_limits<std::uint64_t>::max();
 
 /// Source: ISO/IEC 14496-12, 8.7.9.
 bool addAuxiliary(ByteView body, MediaExtents& media) {
@@ -52,7 +52,7 @@ bool addItems(ByteView body, MediaExtents& media) {
       const auto offset = fields.next(offsetSize);
       const auto length = fields.next(lengthSize);
       const bool here = method == 0 && reference == 0;
-      if (here && !fields.isCut()) media.add(offset > farthest - base ? farthest : base + offset, length);
+      if (here && !fields.isCut()) media.add(offset > farthestOffset - base ? farthestOffset : base + offset, length);
     }
   }
   return !fields.isCut();
@@ -65,7 +65,7 @@ bool isContainer(FourCC type) {
 }
 
 /// No format nests them deeper.
-constexpr int deepest = 8;
+constexpr int deepestMeta = 8;
 
 Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& file, MediaExtents& media, int depth = 0) {
   const bool saio = atom.type == code::saio;
@@ -74,7 +74,7 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
     if (saio ? addAuxiliary(body, media) : addItems(body, media)) return {};
     return failed(file, Reason::OffsetsUnreadable, fourCCText(atom.type), atom.offset);
   }
-  if (!isContainer(atom.type) || depth >= deepest) return {};
+  if (!isContainer(atom.type) || depth >= deepestMeta) return {};
   for (const Atom& child : possibleChildren(bytes, atom)) {
     TRY(addOffsets(bytes, child, file, media, depth + 1));
   }
@@ -85,7 +85,7 @@ Result<void> addOffsets(ByteView bytes, const Atom& atom, const std::string& fil
 
 void MediaExtents::add(std::uint64_t offset, std::uint64_t size) {
   const std::uint64_t length = std::max<std::uint64_t>(size, 1);
-  const std::uint64_t end = length > farthest - offset ? farthest : offset + length;
+  const std::uint64_t end = length > farthestOffset - offset ? farthestOffset : offset + length;
   if (!extents_.empty() && extents_.back().end == offset) {
     extents_.back().end = end;
   } else {

@@ -14,7 +14,7 @@ namespace movie {
 namespace {
 
 constexpr std::size_t mostAtoms = 1'000'000;
-constexpr std::size_t longHeader = 16;
+constexpr std::size_t longHeaderSize = 16;
 constexpr std::uint64_t largestMeta = std::uint64_t{64} << 20;
 
 class Surveyor {
@@ -63,7 +63,7 @@ Result<void> Surveyor::compareStamp() {
 Result<void> Surveyor::walk() {
   std::uint64_t at = 0;
   while (at < found_.fileSize) {
-    TRY(const auto bytes, file_.read(at, longHeader));
+    TRY(const auto bytes, file_.read(at, longHeaderSize));
     auto [atom, defect] = readAtomHeader(bytes, at, found_.fileSize - at);
     const bool open = defect == AtomDefect::SizeBelowHeader && atom.size == 0 && atom.headerSize == 8;
     if (open && atom.type == code::mdat) {
@@ -103,7 +103,7 @@ Result<bool> Surveyor::onlyZeros(std::uint64_t begin) const {
 /// the type becomes `free`; then the size is written, larger than what is there; then the body follows. Only such a
 /// rest may be cut.
 Result<void> Surveyor::checkRest(std::uint64_t begin) {
-  TRY(const auto head, file_.read(begin, longHeader));
+  TRY(const auto head, file_.read(begin, longHeaderSize));
   const auto [atom, defect] = readAtomHeader(head, begin, found_.fileSize - begin);
   constexpr std::array<std::uint8_t, 4> freeType{'f', 'r', 'e', 'e'};
   bool started = head.size() >= 8 && read32(head, 0) == 0;
@@ -112,7 +112,7 @@ Result<void> Surveyor::checkRest(std::uint64_t begin) {
   }
   TRY(const auto zeros, onlyZeros(started ? begin + 8 : begin));
   const bool incomplete = head.size() >= 8 && atom.type == code::free &&
-                          (defect == AtomDefect::ReachesPastParent || found_.fileSize - begin <= longHeader);
+                          (defect == AtomDefect::ReachesPastParent || found_.fileSize - begin <= longHeaderSize);
   if (!zeros && !incomplete) {
     if (head.size() >= 8 && read32(head, 0) == 0) return refusal(Reason::NoSizeOfItsOwn, atom);
     return refusal(Reason::AtomsEndElsewhere, atom);

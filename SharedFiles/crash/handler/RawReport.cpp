@@ -18,7 +18,7 @@
 namespace crash {
 namespace {
 
-constexpr int mostFrames = 128;
+constexpr int mostFramesTold = 128;
 
 std::uint64_t programCounter(std::uint64_t context) {
   if (context == 0) return 0;
@@ -51,8 +51,8 @@ void RawReport::begin(const CrashRequest& request) {
   writeFrame(0, crashed);
   flush();
 
-  std::array<void*, mostFrames> frames{};
-  const int count = ::backtrace(frames.data(), mostFrames);
+  std::array<void*, mostFramesTold> frames{};
+  const int count = ::backtrace(frames.data(), mostFramesTold);
   // The first ones are this handler's; where it was called from, the crashed function stands with its own address.
   int first = 0;
   while (first < count && reinterpret_cast<std::uint64_t>(frames[static_cast<std::size_t>(first)]) != crashed) ++first;

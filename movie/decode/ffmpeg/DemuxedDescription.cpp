@@ -57,15 +57,15 @@ Bytes oneSampleMovie(FourCC majorBrand, Bytes description) {
   return file;
 }
 
-struct Closer {
+struct InputCloser {
   void operator()(AVIOContext* context) const {
     av_freep(&context->buffer);
     avio_context_free(&context);
   }
   void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
 };
-using MemoryInput = std::unique_ptr<AVIOContext, Closer>;
-using OpenInput = std::unique_ptr<AVFormatContext, Closer>;
+using MemoryInput = std::unique_ptr<AVIOContext, InputCloser>;
+using OpenInput = std::unique_ptr<AVFormatContext, InputCloser>;
 
 /// Serves a copy of the bytes to a demuxer. Null without memory.
 MemoryInput inputOf(ByteView bytes) {

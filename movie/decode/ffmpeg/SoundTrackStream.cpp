@@ -10,8 +10,8 @@ namespace {
 __extension__ using Int128 = __int128;
 
 constexpr std::uint64_t framesAtOnce = 16384;
-constexpr std::uint64_t largestPacket = 1U << 20;                                // bytes
-constexpr std::int64_t farthest = std::numeric_limits<std::int64_t>::max() / 4;  // so that sums stay in range
+constexpr std::uint64_t largestPacket = 1U << 20;                                      // bytes
+constexpr std::int64_t farthestSample = std::numeric_limits<std::int64_t>::max() / 4;  // so that sums stay in range
 
 }  // namespace
 
@@ -52,7 +52,7 @@ Result<void> SoundTrackStream::settleRate() {
   TRY(useDescription(first.description));
   if (rate_ < 1 || rate_ > SoundDescription::highestRate) return failure(Reason::SoundRateOutOfBounds);
   const Int128 frames = Int128{table_.duration()} * rate_ + info_.mediaTimeScale - 1;
-  frameCount_ = static_cast<std::int64_t>(std::min<Int128>(frames / info_.mediaTimeScale, farthest));
+  frameCount_ = static_cast<std::int64_t>(std::min<Int128>(frames / info_.mediaTimeScale, farthestSample));
   seek(0);
   return {};
 }
@@ -70,7 +70,7 @@ Result<void> SoundTrackStream::useDescription(std::size_t description) {
 }
 
 std::int64_t SoundTrackStream::frameOf(std::int64_t mediaTime) const {
-  return std::min(timeScaled({mediaTime, info_.mediaTimeScale}, rate_).value, farthest);
+  return std::min(timeScaled({mediaTime, info_.mediaTimeScale}, rate_).value, farthestSample);
 }
 
 void SoundTrackStream::seek(std::int64_t frame) {
