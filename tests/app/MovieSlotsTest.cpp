@@ -23,6 +23,7 @@ namespace {
 
 using testing::Contains;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 class MovieSlots : public WindowFixture {
@@ -321,8 +322,10 @@ class RefusedMovies : public WindowFixture {
 TEST_F(RefusedMovies, AreLoggedAndLoadedAllTheSame) {
   const check::test::CapturedLog log;
   RefusingView::refuse = [] { throw QVPlatformException("no more threads"); };
-  load(plainMovie(), retaggedMovie());
+  controller().loadQTMovieWithPath(plainMovie(), "source");
   EXPECT_THAT(log.texts(), Contains("Exception loading source movie: no more threads"));
+  EXPECT_THAT(log.texts(), Not(Contains("Exception loading dest movie: no more threads")));
+  controller().loadQTMovieWithPath(retaggedMovie(), "dest");
   EXPECT_THAT(log.texts(), Contains("Exception loading dest movie: no more threads"));
   EXPECT_EQ(pathOf(controller().sourceQTMov().get()), plainMovie());
   EXPECT_EQ(sourcePath(), plainMovie());

@@ -49,6 +49,20 @@ TEST_F(SyncAndSave, AnswersWithTheAlertAlsoWhenThereIsNothingToSync) {
   EXPECT_THAT(log.texts(), testing::ElementsAre("Syncing metadata...", "Metadata sync complete."));
 }
 
+TEST_F(SyncAndSave, TellsWhatAnInterruptedSaveHadLeft) {
+  const QString dest = copyOf(retaggedMovie());
+  QFile file(dest);
+  ASSERT_TRUE(file.open(QIODevice::Append));
+  file.write(QByteArray(8, '\0'));
+  file.close();
+  load(plainMovie(), dest);
+  press(interface().syncBtn);
+  const check::test::CapturedLog log;
+  press(interface().saveBtn);
+  EXPECT_THAT(log.texts(), Contains("The end of the file, which an interrupted save had left, was cut away."));
+  EXPECT_EQ(gammaOf(dest), gamma22);
+}
+
 TEST_F(SyncAndSave, UpdatesTheFileInPlace) {
   const QString dest = copyOf(retaggedMovie());
   load(plainMovie(), dest);

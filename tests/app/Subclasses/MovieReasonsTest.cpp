@@ -69,6 +69,12 @@ TEST_F(UnknownCodec, IsToldInTheView) {
             "This frame cannot be shown: Cannot read \"" + path_ + "\": there is no decoder for the codec 'QQQQ'.");
 }
 
+TEST_F(UnknownCodec, IsForgottenWithItsMovie) {
+  said();
+  controller().loadQTMovieWithPath(plainMovie(), "source");
+  EXPECT_EQ(sourceView().message(), "");
+}
+
 TEST_F(UnknownCodec, IsToldInTheUsersLanguage) {
   const Shouting shouting;
   EXPECT_EQ(said(),

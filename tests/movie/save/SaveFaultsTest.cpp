@@ -108,6 +108,24 @@ TEST(SaveFaults, OneFailingCallNeverDamagesAMovieAndIsTold) {
   EXPECT_GT(faults, 1000U);
 }
 
+TEST(SaveFaults, AFileSystemThatCannotReserveRoomIsTold) {
+  const std::string note = "The file system cannot reserve room; the save takes it as it goes.";
+  std::size_t told = 0;
+  forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t) {
+    bool reserves = false;
+    const auto unable = [&](Call call, std::size_t) {
+      reserves = reserves || call == Call::Reserve;
+      return Fault{call == Call::Reserve ? EOPNOTSUPP : 0, false};
+    };
+    const Attempted done = attempt(subject, movie, unable), able = attempt(subject, movie, nullptr);
+    ASSERT_TRUE(done.outcome) << done.outcome.error().message();
+    EXPECT_EQ(std::ranges::count(done.outcome->notes, note), reserves ? 1 : 0);
+    EXPECT_EQ(std::ranges::count(able.outcome->notes, note), 0);
+    told += reserves;
+  });
+  EXPECT_GT(told, 0U);
+}
+
 TEST(SaveFaults, ADiskThatFailsFromThenOnNeverDamagesAMovie) {
   forEveryCase([&](const SaveCase& subject, const MovieFile& movie, std::size_t calls) {
     for (std::size_t at = 0; at < calls; ++at) {

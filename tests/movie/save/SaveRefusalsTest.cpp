@@ -130,6 +130,10 @@ std::vector<Refusal> refusals() {
       {"a chunk in a second movie atom",
        joined({data, movieAt(data.size() + movie.size() + 20), movieAt(data.size() + movie.size() + 20)}),
        "inside a second movie atom"}};
+  for (const unsigned sizes : {0x9000U, 0x0900U, 0x0090U, 0x0009U}) {
+    const Bytes wide = AtomBuilder("iloc").versionAndFlags(1).u16(sizes).u16(0).build();
+    all.push_back({"iloc of numbers of nine bytes", joined({data, movie, metaWith(wide)}), "cannot be understood"});
+  }
   for (const char* type : {"moof", "styp", "sidx", "ssix", "mfra"}) {
     all.push_back({type, joined({data, movie, text(type, 24)}), "fragmented"});
   }
