@@ -193,9 +193,9 @@ Bytes fileType(std::string_view majorBrand) {
 }
 
 Bytes typedMediaData(std::string_view majorBrand, std::size_t size) {
-  AtomBuilder data("mdat");
-  for (std::size_t i = 0; i < size; ++i) data.u8(static_cast<unsigned>(i & 0xFF));
-  return joined({fileType(majorBrand), data.build()});
+  Bytes data(size);
+  for (std::size_t i = 0; i < size; ++i) data[i] = static_cast<std::uint8_t>(i);
+  return joined({fileType(majorBrand), AtomBuilder("mdat").bytes(data).build()});
 }
 
 Bytes compressedMovie(const Bytes& moov, std::optional<std::uint32_t> declaredSize) {

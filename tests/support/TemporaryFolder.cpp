@@ -40,9 +40,17 @@ std::vector<std::string> TemporaryFolder::names() const {
 }
 
 Bytes contentOf(const std::string& path) {
+  Bytes content(fs::file_size(path));
   std::ifstream stream(path, std::ios::binary);
-  if (!stream) throw std::runtime_error("cannot read " + path);
-  return Bytes(std::istreambuf_iterator<char>(stream), {});
+  if (!stream.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()))) {
+    throw std::runtime_error("cannot read " + path);
+  }
+  return content;
+}
+
+std::string textOf(const std::string& path) {
+  const Bytes content = contentOf(path);
+  return {content.begin(), content.end()};
 }
 
 }  // namespace movie::test

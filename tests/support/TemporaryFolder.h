@@ -24,6 +24,8 @@ class TemporaryFolder {
   std::string path_;
 };
 
+/// All bytes of a file; throws where it cannot be read.
 Bytes contentOf(const std::string& path);
+std::string textOf(const std::string& path);
 
 }  // namespace movie::test

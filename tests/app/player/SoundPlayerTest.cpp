@@ -8,6 +8,7 @@
 #include "app/player/SoundPlayer.h"
 #include "tests/app/player/SoundFixture.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace player {
 namespace {
@@ -227,8 +228,7 @@ TEST_F(SoundPlayerTest, ChangesTheMovieWhilePlaying) {
 TEST_F(SoundPlayerTest, TellsWhatCannotBeRead) {
   const std::string copy =
       movie::test::fixtureMovie("cut-sound.mov", {"-i", soundMovie(), "-c", "copy", "-movflags", "faststart"});
-  std::ifstream stream(copy, std::ios::binary);
-  movie::Bytes bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  movie::Bytes bytes = movie::test::contentOf(copy);
   bytes.resize(bytes.size() / 2);
   const movie::test::TemporaryFile cut(bytes);
   load(cut.path());

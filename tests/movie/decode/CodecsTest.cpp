@@ -1,6 +1,5 @@
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -9,6 +8,7 @@
 
 #include "tests/movie/decode/DecodedMovie.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 namespace {
@@ -131,8 +131,7 @@ TEST(HdvTags, DecodeAsMpeg2) {
                                     "size=1440x1080:rate=25",
                                     {"-c:v", "mpeg2video", "-flags", "+ildct+ilme", "-vf", "setfield=tff"}});
   const std::uint32_t expected = firstPlaneChecksum(DecodedMovie(path).pictureAt(0));
-  std::ifstream stream(path, std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  std::string bytes = textOf(path);
   const std::size_t at = bytes.find("xdv3");
   ASSERT_NE(at, std::string::npos);
   for (const char digit : {'1', '2', '3', '4', '5', '6', '7', '8', '9'}) {

@@ -2,7 +2,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
@@ -15,6 +14,7 @@
 #include "movie/atoms/ByteOrder.h"
 #include "movie/decode/DecoderModule.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 namespace {
@@ -29,11 +29,6 @@ constexpr bool sanitized = __has_feature(address_sanitizer) || __has_feature(thr
 constexpr bool sanitized = false;
 #endif
 
-Bytes contentsOf(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 /// A file of its own for each test, gone with it.
 class DamagedMovies : public testing::Test {
  protected:
@@ -46,7 +41,7 @@ class DamagedMovies : public testing::Test {
     std::vector<std::string> arguments{"-f", "lavfi", "-i", "testsrc2=size=96x64:rate=25:duration=1"};
     arguments.insert(arguments.end(), encoder.begin(), encoder.end());
     arguments.insert(arguments.end(), {"-movflags", "+faststart"});
-    return contentsOf(fixtureMovie(name, arguments));
+    return contentOf(fixtureMovie(name, arguments));
   }
   static Bytes proRes() { return movie({"-c:v", "prores_ks", "-profile:v", "0"}); }
   static Bytes h264() { return movie({"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "10"}); }
@@ -118,7 +113,7 @@ TEST_F(DamagedMovies, AnUnknownCodecIsNamed) {
 }
 
 TEST_F(DamagedMovies, EncryptedSamplesAreNotShownAsNoise) {
-  const Bytes encrypted = contentsOf(fixtureMovie(
+  const Bytes encrypted = contentOf(fixtureMovie(
       "encrypted.mp4", {"-f", "lavfi", "-i", "testsrc2=size=128x96:rate=25:duration=0.2", "-c:v", "libx264", "-pix_fmt",
                         "yuv420p", "-encryption_scheme", "cenc-aes-ctr", "-encryption_key",
                         "76a6c65c5ea762046bd749a2e632ccbb", "-encryption_kid", "a7e61c373e219033c21091fa607bf3b8"}));
@@ -140,7 +135,7 @@ TEST_F(DamagedMovies, SamplesInAnotherFileAreNotFollowed) {
 
 TEST_F(DamagedMovies, AMovieWithoutPicturesHasNoDecoder) {
   const Bytes bytes =
-      contentsOf(fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=0.2", "-c:a", "pcm_s16le"}));
+      contentOf(fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=0.2", "-c:a", "pcm_s16le"}));
   EXPECT_THAT(failureOf(bytes), HasSubstr("there is no such track"));
 }
 

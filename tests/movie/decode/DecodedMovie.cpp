@@ -1,8 +1,6 @@
 #include "tests/movie/decode/DecodedMovie.h"
 
-#include <fstream>
 #include <iomanip>
-#include <iterator>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -11,6 +9,7 @@
 
 #include "movie/decode/DecoderModule.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 namespace {
@@ -19,11 +18,6 @@ template <typename T>
 T valueOf(Result<T> result) {
   if (!result) throw std::runtime_error(result.error().message());
   return std::move(*result);
-}
-
-std::string contentsOf(const std::string& path) {
-  std::ifstream stream(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /// Lines of ffmpeg's framecrc format: stream, dts, pts, duration, size, checksum.
@@ -83,7 +77,7 @@ std::uint32_t FullDecode::checksumAt(std::int64_t mediaTime) const {
 }
 
 FullDecode fullDecode(const std::string& path, const std::string& plane) {
-  return {framesIn(contentsOf(fixtureMovie(
+  return {framesIn(textOf(fixtureMovie(
       "frames.txt", {"-ignore_editlist", "1", "-copyts", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough",
                      "-enc_time_base", "-1", "-vf", "extractplanes=" + plane, "-c:v", "rawvideo", "-f", "framecrc"})))};
 }
@@ -99,7 +93,7 @@ std::uint32_t firstPlaneChecksum(const Picture& picture) {
 }
 
 std::vector<std::uint8_t> rawFrames(const std::string& path, int count, const std::string& pixelFormat) {
-  const std::string bytes = contentsOf(fixtureMovie(
+  const std::string bytes = textOf(fixtureMovie(
       "frames.raw", {"-ignore_editlist", "1", "-i", path, "-map", "0:v:0", "-fps_mode", "passthrough", "-frames:v",
                      std::to_string(count), "-pix_fmt", pixelFormat, "-c:v", "rawvideo", "-f", "rawvideo"}));
   return {bytes.begin(), bytes.end()};

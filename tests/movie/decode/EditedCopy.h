@@ -3,11 +3,12 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
+
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 
@@ -15,8 +16,7 @@ namespace movie::test {
 class EditedCopy {
  public:
   EditedCopy(const std::string& path, const std::function<void(std::string& bytes)>& edit) {
-    std::ifstream stream(path, std::ios::binary);
-    std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+    std::string bytes = textOf(path);
     edit(bytes);
     std::ofstream(path_, std::ios::binary) << bytes;
   }

@@ -1,5 +1,3 @@
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -9,6 +7,7 @@
 #include "tests/movie/decode/DecodedMovie.h"
 #include "tests/support/AtomBuilder.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie::test {
 namespace {
@@ -142,8 +141,7 @@ TEST(SampleDescriptions, WithAnUnknownCodecLeaveTheOthersAlone) {
   Clip unknown = clipOf("jpeg.mov", "size=192x128", {"-c:v", "mjpeg", "-q:v", "2"});
   const Clip proRes = clipOf("prores.mov", "size=192x128", {"-c:v", "prores_ks"});
   const CutMovie cut({&unknown, &proRes});
-  std::ifstream stream(cut.path(), std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  std::string bytes = textOf(cut.path());
   const std::size_t at = bytes.rfind("stsd");
   bytes.replace(bytes.find("jpeg", at), 4, "zzzz");
   const TemporaryFile changed(Bytes(bytes.begin(), bytes.end()));
@@ -165,8 +163,7 @@ TEST(SampleDescriptions, AreNotDecodedFromASyncSampleOfAnother) {
   const Clip intra = clipOf("intra.mov", "size=192x128", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "1"});
   const Clip longer = clipOf("longer.mov", "size=192x128", {"-c:v", "libx264", "-pix_fmt", "yuv420p", "-g", "99"});
   const CutMovie cut({&intra, &longer});
-  std::ifstream stream(cut.path(), std::ios::binary);
-  std::string bytes{std::istreambuf_iterator<char>(stream), {}};
+  std::string bytes = textOf(cut.path());
   // The last entry of stss, which is the second clip's only one, becomes the first clip's last.
   const std::size_t stss = bytes.rfind("stss");
   const std::uint64_t count = intra.sampleCount() + 1;

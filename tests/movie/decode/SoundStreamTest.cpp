@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <fstream>
-#include <iterator>
 
 #include <gtest/gtest.h>
 
 #include "movie/EditList.h"
 #include "tests/movie/decode/SoundFixture.h"
 #include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace movie {
 namespace {
@@ -31,8 +30,7 @@ std::vector<float> readAll(SoundStream& stream) {
 /// What ffmpeg decodes of the same file, `channels` floats a frame, from the beginning of the movie.
 std::vector<float> judged(const std::string& movie) {
   const std::string raw = fixtureMovie("sound-judge.f32", {"-i", movie, "-map", "0:a:0", "-f", "f32le"});
-  std::ifstream stream(raw, std::ios::binary);
-  const std::string bytes((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+  const std::string bytes = textOf(raw);
   std::vector<float> samples(bytes.size() / sizeof(float));
   std::memcpy(samples.data(), bytes.data(), samples.size() * sizeof(float));
   return samples;

@@ -1,6 +1,7 @@
 #include "tests/movie/save/SaveCases.h"
 
 #include <algorithm>
+#include <string_view>
 
 #include "tests/support/AtomBuilder.h"
 
@@ -113,9 +114,10 @@ SaveCase laidOut(Layout layout, std::size_t padding, std::size_t bulk) {
 
 /// A last mdat of size 0 whose size field lies in two sectors: such a movie is not saved in place.
 bool sizelessAcrossSectors(const Bytes& file) {
-  const Bytes header{0, 0, 0, 0, 'm', 'd', 'a', 't'};
-  const auto at = std::search(file.begin(), file.end(), header.begin(), header.end());
-  return at != file.end() && (at - file.begin()) % 512 > 508;
+  using namespace std::string_view_literals;
+  const std::string_view text(reinterpret_cast<const char*>(file.data()), file.size());
+  const std::size_t at = text.find("\0\0\0\0mdat"sv);
+  return at != std::string_view::npos && at % 512 > 508;
 }
 
 }  // namespace
