@@ -80,28 +80,9 @@ struct Attempt {
   std::size_t descriptorsLeft = 0;
 };
 
-/// The changes as a disk may see them: a system cuts no write short inside a sector, so that what the simulated file
-/// took in two goes there is one.
-std::vector<SimulatedFile::Change> bySectors(const std::vector<SimulatedFile::Change>& changes) {
-  constexpr auto isWrite = [](const SimulatedFile::Change& change) {
-    return change.call == SimulatedFile::Call::Write;
-  };
-  std::vector<SimulatedFile::Change> joined;
-  for (const SimulatedFile::Change& change : changes) {
-    const bool goesOn = isWrite(change) && !joined.empty() && isWrite(joined.back()) &&
-                        joined.back().offset + joined.back().bytes.size() == change.offset &&
-                        change.offset % movie::sectorSize != 0;
-    if (!goesOn) {
-      joined.push_back(change);
-    } else {
-      joined.back().bytes.insert(joined.back().bytes.end(), change.bytes.begin(), change.bytes.end());
-    }
-  }
-  return joined;
-}
-
 Attempt attempt(const MovieFile& movie, const Bytes& content, const Edits& edits, const FaultPlan& plan) {
   SimulatedFile file(content, movie.stamp());
+  file.cutWritesAtSectors(movie::sectorSize);
   file.failWith([&](SimulatedFile::Call, std::size_t call) { return plan(call); });
   auto outcome = movie::saveMetadata(movie, edits, file);
   return {std::move(outcome), file.changes(), file.content(), file.openDescriptors()};
@@ -165,7 +146,7 @@ class SaveTrial {
     const std::size_t chosen = seed % 32U;
     Bytes candidate;
     std::string wrong;
-    movie::test::visitCrashStates(content_, bySectors(of.changes), 1, random, [&](const Bytes& state) {
+    movie::test::visitCrashStates(content_, of.changes, 1, random, [&](const Bytes& state) {
       if (number++ == chosen) candidate = state;
       if (wrong.empty()) wrong = judge_.verdict(state, Metadata::Either);
     });

@@ -18,6 +18,14 @@ std::size_t FaultyCalls::shortened(std::size_t count) const {
   return now_.shortCount ? std::max<std::size_t>(1, count / 2) : count;
 }
 
+std::size_t FaultyCalls::shortenedWrite(std::size_t count, std::size_t offset) const {
+  const std::size_t some = shortened(count);
+  if (sector_ == 0 || some == count) return some;
+  const std::size_t whole = (offset + some) / sector_ * sector_;
+  const std::size_t end = whole > offset ? whole : whole + sector_;
+  return std::min(count, end - offset);
+}
+
 int FaultyCalls::open(int folder, const char* name, int flags, mode_t mode) {
   const Call call = (flags & O_TMPFILE) == O_TMPFILE ? Call::OpenUnnamed : Call::Open;
   return fails(call) ? -1 : real_->open(folder, name, flags, mode);
@@ -68,7 +76,9 @@ ssize_t FaultyCalls::pread(int file, void* bytes, std::size_t count, off_t offse
 }
 
 ssize_t FaultyCalls::pwrite(int file, const void* bytes, std::size_t count, off_t offset) {
-  return fails(Call::Write) ? -1 : real_->pwrite(file, bytes, shortened(count), offset);
+  return fails(Call::Write)
+             ? -1
+             : real_->pwrite(file, bytes, shortenedWrite(count, static_cast<std::size_t>(offset)), offset);
 }
 
 ssize_t FaultyCalls::copyRange(int from, off_t fromOffset, int to, off_t toOffset, std::size_t count) {

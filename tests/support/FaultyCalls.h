@@ -44,6 +44,8 @@ class FaultyCalls : public FileCalls {
   /// Asked at every call, with the number of the call, from 0 on.
   void failWith(FaultOf fault) { fault_ = std::move(fault); }
   std::size_t callCount() const { return count_; }
+  /// As a disk does it: a write is cut short only where a sector of so many bytes ends, or not at all.
+  void cutWritesAtSectors(std::size_t size) { sector_ = size; }
 
   int open(int folder, const char* name, int flags, mode_t mode) override;
   int fstat(int file, struct stat* status) override;
@@ -66,11 +68,12 @@ class FaultyCalls : public FileCalls {
  private:
   bool fails(Call call);
   std::size_t shortened(std::size_t count) const;
+  std::size_t shortenedWrite(std::size_t count, std::size_t offset) const;
 
   FaultOf fault_;
   FileCalls* real_;
   Fault now_;
-  std::size_t count_ = 0;
+  std::size_t count_ = 0, sector_ = 0;
 };
 
 }  // namespace sys::test
