@@ -81,45 +81,92 @@ int run(const std::vector<std::string>& command, const std::string& logPath) {
   return status;
 }
 
-void make(const fs::path& target, std::vector<std::string> command) {
-  const fs::path partial = target.parent_path() / ("partial-" + target.filename().string());
-  const std::string log = partial.string() + ".log";
-  command.push_back(partial.string());
+/// A file that is to be made under another name first, with the arguments that say how.
+struct Target {
+  fs::path path;
+  std::vector<std::string> arguments;
+
+  fs::path partial() const { return path.parent_path() / ("partial-" + path.filename().string()); }
+};
+
+[[noreturn]] void fail(const Target& target, int status, const std::vector<std::string>& command,
+                       const std::string& said) {
+  std::string line;
+  for (const std::string& argument : command) line += " '" + argument + "'";
+  throw std::runtime_error("no fixture " + target.path.string() + ", wait status " + std::to_string(status) + " of" +
+                           line + "\n" + said);
+}
+
+/// Runs a command that ends in each target's arguments and name.
+void make(const std::vector<Target>& targets, std::vector<std::string> command) {
+  for (const Target& target : targets) {
+    command.insert(command.end(), target.arguments.begin(), target.arguments.end());
+    command.push_back(target.partial().string());
+  }
+  const std::string log = targets.front().partial().string() + ".log";
   const int status = run(command, log);
   const std::string said = contentsOf(log);
   fs::remove(log);
-  if (status != 0 || !fs::exists(partial)) {
+  for (const Target& target : targets) {
+    if (status == 0 && fs::exists(target.partial())) continue;
     std::error_code ignored;
-    fs::remove(partial, ignored);
-    std::string line;
-    for (const std::string& argument : command) line += " '" + argument + "'";
-    throw std::runtime_error("no fixture " + target.string() + ", wait status " + std::to_string(status) + " of" +
-                             line + "\n" + said);
+    for (const Target& each : targets) fs::remove(each.partial(), ignored);
+    fail(target, status, command, said);
   }
-  fs::rename(partial, target);
+  for (const Target& target : targets) fs::rename(target.partial(), target.path);
 }
+
+std::vector<std::string> joined(std::vector<std::string> first, const std::vector<std::string>& second) {
+  first.insert(first.end(), second.begin(), second.end());
+  return first;
+}
+
+/// The name counts the whole command that would make the file by itself.
+Target targetOf(const std::string& name, const std::vector<std::string>& command,
+                const std::vector<std::string>& arguments) {
+  const fs::path folder = LUMACHECK_FIXTURE_DIR, asked = name;
+  fs::create_directories(folder);
+  return {folder / (asked.stem().string() + "-" + keyOf(joined(command, arguments)) + asked.extension().string()),
+          arguments};
+}
+
+bool isThere(const Target& target) {
+  return fs::exists(target.path);
+}
+
+void makeUnlessThere(const std::vector<Target>& targets, const std::vector<std::string>& command) {
+  if (std::all_of(targets.begin(), targets.end(), isThere)) return;
+  const FileLock lock(targets.front().path.string() + ".lock");
+  if (!std::all_of(targets.begin(), targets.end(), isThere)) make(targets, command);
+}
+
+const std::vector<std::string> ffmpeg{"ffmpeg", "-nostdin", "-v", "error", "-y"};
 
 }  // namespace
 
 std::string fixtureFile(const std::string& name, const std::string& program,
                         const std::vector<std::string>& arguments) {
-  std::vector<std::string> command{program};
-  command.insert(command.end(), arguments.begin(), arguments.end());
+  const Target target = targetOf(name, {program}, arguments);
+  makeUnlessThere({target}, {program});
+  return target.path.string();
+}
 
-  const fs::path folder = LUMACHECK_FIXTURE_DIR;
-  fs::create_directories(folder);
-  const fs::path asked = name;
-  const fs::path target = folder / (asked.stem().string() + "-" + keyOf(command) + asked.extension().string());
-  if (fs::exists(target)) return target.string();
-  const FileLock lock(target.string() + ".lock");
-  if (!fs::exists(target)) make(target, std::move(command));
-  return target.string();
+std::vector<std::string> fixtureMovies(const std::string& input, const std::vector<FixtureOutput>& outputs) {
+  const std::vector<std::string> command = joined(ffmpeg, {"-i", input});
+  std::vector<Target> targets;
+  std::vector<std::string> paths;
+  for (const FixtureOutput& output : outputs) {
+    targets.push_back(targetOf(output.name, command, output.arguments));
+    paths.push_back(targets.back().path.string());
+  }
+  makeUnlessThere(targets, command);
+  return paths;
 }
 
 std::string fixtureMovie(const std::string& name, const std::vector<std::string>& ffmpegArguments) {
-  std::vector<std::string> arguments{"-nostdin", "-v", "error", "-y"};
-  arguments.insert(arguments.end(), ffmpegArguments.begin(), ffmpegArguments.end());
-  return fixtureFile(name, "ffmpeg", arguments);
+  const Target target = targetOf(name, ffmpeg, ffmpegArguments);
+  makeUnlessThere({target}, ffmpeg);
+  return target.path.string();
 }
 
 std::vector<std::string> realMovies() {

@@ -12,22 +12,22 @@ using std::chrono::nanoseconds;
 using std::chrono::seconds;
 
 constexpr std::int64_t second = 1000000;
-const PlaybackClock::TimePoint start{};
+const PlaybackClock::TimePoint beginning{};
 
 PlaybackClock movingFrom(std::int64_t position, double rate) {
   PlaybackClock clock(10 * second);
-  clock.setPosition(position, start);
-  clock.setRate(rate, start);
+  clock.setPosition(position, beginning);
+  clock.setRate(rate, beginning);
   return clock;
 }
 
 TEST(PlaybackClock, StandsStillUntilItIsGivenARate) {
   PlaybackClock clock(10 * second);
-  EXPECT_EQ(clock.position(start + seconds(5)), 0);
-  clock.setPosition(3 * second, start);
-  EXPECT_EQ(clock.position(start + seconds(5)), 3 * second);
+  EXPECT_EQ(clock.position(beginning + seconds(5)), 0);
+  clock.setPosition(3 * second, beginning);
+  EXPECT_EQ(clock.position(beginning + seconds(5)), 3 * second);
   EXPECT_EQ(clock.whenAt(4 * second), PlaybackClock::TimePoint::max());
-  EXPECT_FALSE(clock.isAtEnd(start + seconds(100)));
+  EXPECT_FALSE(clock.isAtEnd(beginning + seconds(100)));
 }
 
 TEST(PlaybackClock, MovesAtItsRateAndEndsAtTheEnds) {
@@ -40,38 +40,38 @@ TEST(PlaybackClock, MovesAtItsRateAndEndsAtTheEnds) {
               {100, 0, 10 * second, 10 * second},       {-100, 9 * second, 0, 0}};
   for (const auto& row : rows) {
     const PlaybackClock clock = movingFrom(row.from, row.rate);
-    EXPECT_EQ(clock.position(start), row.from) << row.rate;
-    EXPECT_EQ(clock.position(start + seconds(2)), row.afterTwoSeconds) << row.rate;
-    EXPECT_EQ(clock.position(start + seconds(60)), row.afterAMinute) << row.rate;
-    EXPECT_TRUE(clock.isAtEnd(start + seconds(60))) << row.rate;
-    EXPECT_FALSE(clock.isAtEnd(start)) << row.rate;
+    EXPECT_EQ(clock.position(beginning), row.from) << row.rate;
+    EXPECT_EQ(clock.position(beginning + seconds(2)), row.afterTwoSeconds) << row.rate;
+    EXPECT_EQ(clock.position(beginning + seconds(60)), row.afterAMinute) << row.rate;
+    EXPECT_TRUE(clock.isAtEnd(beginning + seconds(60))) << row.rate;
+    EXPECT_FALSE(clock.isAtEnd(beginning)) << row.rate;
   }
 }
 
 TEST(PlaybackClock, KeepsItsPositionWhenTheRateChanges) {
   PlaybackClock clock = movingFrom(0, 1);
-  clock.setRate(-2, start + seconds(4));
-  EXPECT_EQ(clock.position(start + seconds(4)), 4 * second);
-  EXPECT_EQ(clock.position(start + seconds(5)), 2 * second);
-  clock.setRate(0, start + seconds(5));
-  EXPECT_EQ(clock.position(start + seconds(50)), 2 * second);
+  clock.setRate(-2, beginning + seconds(4));
+  EXPECT_EQ(clock.position(beginning + seconds(4)), 4 * second);
+  EXPECT_EQ(clock.position(beginning + seconds(5)), 2 * second);
+  clock.setRate(0, beginning + seconds(5));
+  EXPECT_EQ(clock.position(beginning + seconds(50)), 2 * second);
 }
 
 TEST(PlaybackClock, GoesOnFromAPositionSetWhileItMoves) {
   PlaybackClock clock = movingFrom(0, 1);
-  clock.setPosition(7 * second, start + seconds(1));
-  EXPECT_EQ(clock.position(start + seconds(2)), 8 * second);
+  clock.setPosition(7 * second, beginning + seconds(1));
+  EXPECT_EQ(clock.position(beginning + seconds(2)), 8 * second);
 }
 
 TEST(PlaybackClock, HoldsPositionsAndRatesWithinBounds) {
   PlaybackClock clock(10 * second);
-  clock.setPosition(-5, start);
-  EXPECT_EQ(clock.position(start), 0);
-  clock.setPosition(std::numeric_limits<std::int64_t>::max(), start);
-  EXPECT_EQ(clock.position(start), 10 * second);
-  clock.setRate(std::numeric_limits<double>::quiet_NaN(), start);
+  clock.setPosition(-5, beginning);
+  EXPECT_EQ(clock.position(beginning), 0);
+  clock.setPosition(std::numeric_limits<std::int64_t>::max(), beginning);
+  EXPECT_EQ(clock.position(beginning), 10 * second);
+  clock.setRate(std::numeric_limits<double>::quiet_NaN(), beginning);
   EXPECT_EQ(clock.rate(), 0);
-  clock.setRate(std::numeric_limits<double>::infinity(), start);
+  clock.setRate(std::numeric_limits<double>::infinity(), beginning);
   EXPECT_EQ(clock.rate(), 8);
 }
 

@@ -76,15 +76,17 @@ std::string encodedMaster(const Encoding& encoding, movie::test::SceneKind scene
   return movie::test::fixtureMovie(encoding.name + "-master" + encoding.extension, arguments);
 }
 
-std::string encodedExport(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
-                          std::optional<double> exponent) {
-  std::vector<std::string> arguments = {"-i", encodedMaster(from, scene)};
-  std::string filters = formatFilter(from);
-  if (exponent) filters += ",format=" + planarFormat(from.pixelFormat) + "," + raiseFilter(from, *exponent);
-  filters += "," + formatFilter(to);
-  arguments.insert(arguments.end(), {"-vf", filters});
-  addEncoding(arguments, to);
-  return movie::test::fixtureMovie(from.name + "-to-" + to.name + to.extension, arguments);
+std::vector<std::string> encodedExports(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
+                                        const std::vector<Exponent>& exponents) {
+  std::vector<movie::test::FixtureOutput> outputs;
+  for (const Exponent& exponent : exponents) {
+    std::string filters = formatFilter(from);
+    if (exponent) filters += ",format=" + planarFormat(from.pixelFormat) + "," + raiseFilter(from, *exponent);
+    std::vector<std::string> arguments{"-vf", filters + "," + formatFilter(to)};
+    addEncoding(arguments, to);
+    outputs.push_back({from.name + "-to-" + to.name + to.extension, arguments});
+  }
+  return movie::test::fixtureMovies(encodedMaster(from, scene), outputs);
 }
 
 double measuredExponent(const std::string& source, const std::string& dest) {

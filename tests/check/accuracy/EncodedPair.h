@@ -20,11 +20,15 @@ struct Encoding {
   bool rgb = false;  ///< the exponent is applied to R, G and B alike
 };
 
-/// A master encoded once, and exports of it: transcoded from it with the luma raised to an exponent, in the same
-/// encoding or another one.
+/// A master encoded once.
 std::string encodedMaster(const Encoding& encoding, movie::test::SceneKind scene);
-std::string encodedExport(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
-                          std::optional<double> exponent);
+
+/// An export of a master: without change, or with the luma raised to an exponent.
+using Exponent = std::optional<double>;
+
+/// Exports of a master, one for each exponent, in the same encoding or another one.
+std::vector<std::string> encodedExports(const Encoding& from, const Encoding& to, movie::test::SceneKind scene,
+                                        const std::vector<Exponent>& exponents);
 
 /// What the check measures between two movies at their beginning: commonDiff.
 double measuredExponent(const std::string& source, const std::string& dest);
