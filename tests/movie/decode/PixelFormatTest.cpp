@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "tests/movie/decode/AreaMeans.h"
 #include "tests/movie/decode/DecodedMovie.h"
 #include "tests/movie/decode/RawLayout.h"
 #include "tests/support/MovieFixture.h"
@@ -108,44 +109,6 @@ class PixelFormat : public testing::TestWithParam<Format> {
     const bool coarse = GetParam().name.find("rgb5") == 0;
     return movieOf({"-f", "lavfi", "-i", std::string("color=s=64x48:r=25:c=") + (coarse ? "0xFF00FF" : "0x3567B9")});
   }
-
-  /// How far the picture is from exact area means, in 8-bit codes at worst.
-  double farthest(const Picture& picture, const std::vector<std::uint8_t>& raw, int width, int height,
-                  const PictureCrop& crop) const {
-    double worst = 0;
-    for (std::size_t c = 0; c < GetParam().layout.components.size(); ++c) {
-      std::size_t at = 0;
-      for (int y = 0; y < picture.height; ++y) {
-        for (int x = 0; x < picture.width; ++x) {
-          const double got = picture.planes[c][at++] / 256.0;
-          worst = std::max(worst, std::abs(got - mean(raw, width, height, c, picture, crop, x, y)));
-        }
-      }
-    }
-    return worst;
-  }
-
- private:
-  double mean(const std::vector<std::uint8_t>& raw, int width, int height, std::size_t c, const Picture& picture,
-              const PictureCrop& crop, int x, int y) const {
-    const RawLayout& layout = GetParam().layout;
-    const double across = 1 << layout.components[c].across, down = 1 << layout.components[c].down;
-    const double left = (crop.left + crop.width * x / picture.width) / across;
-    const double right = (crop.left + crop.width * (x + 1) / picture.width) / across;
-    const double top = (crop.top + crop.height * y / picture.height) / down;
-    const double bottom = (crop.top + crop.height * (y + 1) / picture.height) / down;
-    double sum = 0, area = 0;
-    for (int row = static_cast<int>(top); row < std::min(std::ceil(bottom), 1.0 * layout.heightOf(c, height)); ++row) {
-      for (int column = static_cast<int>(left); column < std::min(std::ceil(right), 1.0 * layout.widthOf(c, width));
-           ++column) {
-        const double covered = (std::min(right, column + 1.0) - std::max(left, 1.0 * column)) *
-                               (std::min(bottom, row + 1.0) - std::max(top, 1.0 * row));
-        sum += covered * layout.code(raw.data(), width, height, c, column, row);
-        area += covered;
-      }
-    }
-    return sum / area * std::ldexp(1.0, 8 - layout.depth);
-  }
 };
 
 TEST_P(PixelFormat, ScalesToExactAreaMeans) {
@@ -159,7 +122,7 @@ TEST_P(PixelFormat, ScalesToExactAreaMeans) {
     EXPECT_EQ(picture.model, GetParam().layout.model);
     EXPECT_EQ(picture.codedHeight, 488);
     // Half of a 16-bit code is the rounding; nothing else may be lost.
-    EXPECT_LT(farthest(picture, raw, 648, 488, crop), 0.51 / 256);
+    EXPECT_LT(farthestFromAreaMeans(picture, {GetParam().layout, raw, 648, 488}, crop), 0.51 / 256);
   }
 }
 
