@@ -23,12 +23,8 @@ if(LUMACHECK_CCACHE)
 endif()
 
 # Most of the time of a test would go into optimising GoogleTest: tests are compiled as they stand, and run a product that is
-# optimised. The C library can fortify only what is. Checks of every pointer to an object double what is compiled, and are
-# left to the product; a wrong one ends a test all the same.
+# optimised. The C library can fortify only what is.
 set(LUMACHECK_TEST_OPTIONS -O0 -U_FORTIFY_SOURCE)
-if(LUMACHECK_SANITIZERS MATCHES undefined)
-  list(APPEND LUMACHECK_TEST_OPTIONS -fno-sanitize=null,alignment,vptr)
-endif()
 
 add_library(lumacheck_options INTERFACE)
 # The presets but `dev` compile the sources of a target a dozen at a time: most of a compilation goes into the headers that
