@@ -43,16 +43,19 @@ if(LUMACHECK_SANITIZERS)
   add_link_options(-fsanitize=${LUMACHECK_SANITIZERS})
 endif()
 
-if(LUMACHECK_FUZZ)
-  # Everything tells the fuzzer which way it went; only the fuzzers bring its main function.
-  add_compile_options(-fsanitize=fuzzer-no-link)
-endif()
+# lumacheck_fuzzed(TARGET): what the fuzzers try tells them which way it went. What -fsanitize=fuzzer-no-link stands for; that
+# itself would ask for precompiled headers of its own.
+function(lumacheck_fuzzed target)
+  if(LUMACHECK_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize-coverage=inline-8bit-counters,indirect-calls,trace-cmp,pc-table)
+  endif()
+endfunction()
 
-# lumacheck_room([PUBLIC libs...] [PRIVATE libs...]): the folder as a library: all its sources but main.cpp. It is called as
-# the folder lies in the tree, `movie_atoms`, `shared_log`. PUBLIC is what its headers include, PRIVATE what only its sources
-# do; tools/check_layers.py holds it to that. Includes are written from the root.
+# lumacheck_room([FUZZED] [PUBLIC libs...] [PRIVATE libs...]): the folder as a library: all its sources but main.cpp. It is
+# called as the folder lies in the tree, `movie_atoms`, `shared_log`. PUBLIC is what its headers include, PRIVATE what only its
+# sources do; tools/check_layers.py holds it to that. Includes are written from the root.
 function(lumacheck_room)
-  cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+  cmake_parse_arguments(ARG "FUZZED" "" "PUBLIC;PRIVATE" ${ARGN})
   file(RELATIVE_PATH room ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   string(REPLACE "SharedFiles/" "shared/" room ${room})
   string(REPLACE "/" "_" room ${room})
@@ -63,6 +66,9 @@ function(lumacheck_room)
   target_include_directories(${room} PUBLIC ${PROJECT_SOURCE_DIR})
   target_link_libraries(${room} PUBLIC ${ARG_PUBLIC} PRIVATE lumacheck_options ${ARG_PRIVATE})
   precompiled_headers_for(${room} library ${ARG_PUBLIC} ${ARG_PRIVATE})
+  if(ARG_FUZZED)
+    lumacheck_fuzzed(${room})
+  endif()
 endfunction()
 
 # lumacheck_test_library(NAME FILES... [LIBS libs...]): what several test programs share, optimised as the product is.
@@ -79,9 +85,6 @@ endfunction()
 function(lumacheck_test name)
   cmake_parse_arguments(ARG "" "" "FILES;LIBS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_FILES})
-  if(LUMACHECK_SANITIZERS AND "accuracy" IN_LIST ARG_LABELS)
-    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
-  endif()
   target_compile_options(${name} PRIVATE ${LUMACHECK_TEST_OPTIONS})
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE
@@ -93,6 +96,9 @@ function(lumacheck_test name)
   libraries_of(libraries ${ARG_LIBS})
   if("movie_decode" IN_LIST libraries)
     list(APPEND ARG_LABELS optional)
+  endif()
+  if((LUMACHECK_SANITIZERS AND "accuracy" IN_LIST ARG_LABELS) OR NOT (LUMACHECK_FFMPEG OR "optional" IN_LIST ARG_LABELS))
+    set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)
   endif()
   if(LUMACHECK_SANITIZERS)
     add_test(NAME ${name} COMMAND ${name})
