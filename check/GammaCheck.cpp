@@ -8,11 +8,12 @@
 #include "SharedFiles/log/QVLog.h"
 #include "check/ColorInfo.h"
 #include "check/MetadataSync.h"
+#include "movie/render/FrameRenderer.h"
 
 namespace check {
 namespace {
 
-constexpr movie::FrameImageRequest frameAttributes{320, 240, movie::FrameStyle::Measurement};
+constexpr int frameWidth = 320, frameHeight = 240;
 
 /// The first video track's first image description of each side, which is all the metadata section looks at.
 struct DescriptionPair {
@@ -82,23 +83,40 @@ std::optional<MetadataFindings> compareMetadata(const movie::Movie& source, cons
                           .colorSpaceMatch = compareProfiles(*descriptions, console)};
 }
 
-struct FramePair {
-  movie::Result<movie::RgbFrame> source, dest;
+/// A frame as it was decoded, and as it is measured.
+struct MeasuredFrame {
+  movie::Picture picture;
+  movie::RgbFrame rendered;
 };
+
+struct FramePair {
+  movie::Result<MeasuredFrame> source, dest;
+};
+
+movie::Result<MeasuredFrame> measuredFrame(movie::Movie& movie, const movie::MovieTime& time) {
+  auto picture = movie.pictureAtTime(time, frameWidth, frameHeight);
+  if (!picture) return tl::unexpected(std::move(picture.error()));
+  const movie::Media& media = std::as_const(movie).tracksOfMediaType(movie::videoMedia).front()->media();
+  movie::RgbFrame rendered = movie::renderMeasurementFrame(*picture, firstDescription(media).nclc());
+  return MeasuredFrame{std::move(*picture), std::move(rendered)};
+}
 
 /// Each copy is used by one thread only. Where no thread can be had, one after the other.
 FramePair decodeFrames(movie::Movie& sourceCopy, movie::Movie& destCopy, const Playheads& playheads) {
-  std::future<movie::Result<movie::RgbFrame>> source = std::async(std::launch::async | std::launch::deferred, [&] {
-    return sourceCopy.frameImageAtTime(playheads.source, frameAttributes);
-  });
-  movie::Result<movie::RgbFrame> dest = destCopy.frameImageAtTime(playheads.dest, frameAttributes);
+  std::future<movie::Result<MeasuredFrame>> source = std::async(
+      std::launch::async | std::launch::deferred, [&] { return measuredFrame(sourceCopy, playheads.source); });
+  movie::Result<MeasuredFrame> dest = measuredFrame(destCopy, playheads.dest);
   return {source.get(), std::move(dest)};
 }
 
-RgbFrameBitmap bitmapOf(movie::Result<movie::RgbFrame> frame, std::optional<movie::MovieError>& error) {
-  if (frame) return RgbFrameBitmap(std::move(*frame));
-  error = std::move(frame.error());
-  return {};
+RgbFrameBitmap bitmapOf(movie::Result<MeasuredFrame> frame, std::optional<movie::Picture>& picture,
+                        std::optional<movie::MovieError>& error) {
+  if (!frame) {
+    error = std::move(frame.error());
+    return {};
+  }
+  picture = std::move(frame->picture);
+  return RgbFrameBitmap(std::move(frame->rendered));
 }
 
 /// A missing frame is an empty bitmap, which holds no pair of pixels: known without a scan, in which every pixel of the
@@ -165,8 +183,8 @@ CheckOutcome runGammaCheck(const CheckRequest& request, ReportConsole& console) 
   matchMetadata(*sourceCopy, *destCopy);
 
   FramePair frames = decodeFrames(*sourceCopy, *destCopy, playheads);
-  const RgbFrameBitmap source = bitmapOf(std::move(frames.source), outcome.sourceFrameError);
-  const RgbFrameBitmap dest = bitmapOf(std::move(frames.dest), outcome.destFrameError);
+  const RgbFrameBitmap source = bitmapOf(std::move(frames.source), outcome.sourcePicture, outcome.sourceFrameError);
+  const RgbFrameBitmap dest = bitmapOf(std::move(frames.dest), outcome.destPicture, outcome.destFrameError);
   if (isBlackFrame(source)) {
     outcome.tooDark = true;
     return outcome;

@@ -34,6 +34,8 @@ struct CheckOutcome {
   std::optional<GammaEstimate> pixels;
   bool tooDark = false;
   std::optional<movie::MovieError> sourceFrameError, destFrameError;  ///< the frame could not be had
+  /// What was looked at, in its own colours, as shown; absent where the frame could not be had.
+  std::optional<movie::Picture> sourcePicture, destPicture;
 };
 
 /// Where the two frames are taken.

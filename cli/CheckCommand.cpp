@@ -1,4 +1,3 @@
-#include <cstdio>
 #include <future>
 #include <memory>
 
@@ -7,6 +6,8 @@
 #include "check/GammaCheck.h"
 #include "cli/CheckJson.h"
 #include "cli/Commands.h"
+#include "cli/FindingBlock.h"
+#include "diagnosis/MovieFrames.h"
 #include "movie/decode/DecoderModule.h"
 
 namespace cli {
@@ -53,26 +54,10 @@ bool lacksFrame(const check::CheckOutcome& outcome) {
   return outcome.sourceFrameError || outcome.destFrameError;
 }
 
-bool isUnmatched(const check::CheckOutcome& outcome) {
-  return outcome.pixels && check::pixelShiftOf(outcome.pixels->commonDiff) == check::PixelShift::Unmatched;
-}
-
-std::string unmatchedSentence(double commonDiff) {
-  char sentence[160];
-  std::snprintf(sentence, sizeof sentence,
-                "The source and destination frames do not match closely enough for a verdict (most frequent exponent: "
-                "%.2f).",
-                commonDiff);
-  return sentence;
-}
-
 /// What the report leaves out.
 std::string remarksOn(const check::CheckOutcome& outcome) {
   if (outcome.tooDark) {
     return check::tooDarkMessageText.toStdString() + "\n" + check::tooDarkInformativeText.toStdString() + "\n";
-  }
-  if (!lacksFrame(outcome)) {
-    return isUnmatched(outcome) ? complaint(unmatchedSentence(outcome.pixels->commonDiff)) : std::string();
   }
   const auto lack = [](const char* side, const std::optional<movie::MovieError>& error) {
     return error ? complaint(std::string("The ") + side + " frame cannot be had. " + error->message()) : std::string();
@@ -80,18 +65,47 @@ std::string remarksOn(const check::CheckOutcome& outcome) {
   return lack("source", outcome.sourceFrameError) + lack("destination", outcome.destFrameError);
 }
 
+/// Of pictures that were decoded for it, and of what the check says of its own frame.
+diagnosis::Finding findingOn(const Side& source, const Side& dest, const diagnosis::PicturePairs& pictures,
+                             const CheckOptions& options) {
+  diagnosis::Question question = diagnosis::questionOf(*source.movie, *dest.movie, pictures);
+  question.tolerance = options.tolerance;
+  return diagnosis::diagnose(question);
+}
+
+/// The finding is about the check's own frames, or about several.
+tl::expected<diagnosis::Finding, SideFailure> findingOf(const Side& source, const Side& dest,
+                                                        check::CheckOutcome& outcome, const CheckOptions& options) {
+  if (options.frames > 1) {
+    const auto times = diagnosis::spreadTimes(*source.movie, *dest.movie, options.frames);
+    const movie::Result<diagnosis::PicturePairs> pictures = diagnosis::picturesAt(*source.movie, *dest.movie, times);
+    if (!pictures) return tl::unexpected(SideFailure{pictures.error().message(), options.dest});
+    return findingOn(source, dest, *pictures, options);
+  }
+  if (lacksFrame(outcome)) return diagnosis::unreadable({});
+  diagnosis::PicturePairs pictures;
+  pictures.source.push_back(std::move(*outcome.sourcePicture));
+  pictures.dest.push_back(std::move(*outcome.destPicture));
+  return findingOn(source, dest, pictures, options);
+}
+
 CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {
   check::RecordedReport report;
-  const check::CheckOutcome outcome =
+  check::CheckOutcome outcome =
       check::runGammaCheck({*source.movie, *dest.movie, {source.time, dest.time}, {}}, report);
+  const tl::expected<diagnosis::Finding, SideFailure> finding = findingOf(source, dest, outcome, options);
+  if (!finding) return failureResult({finding.error()}, options.form);
+
   CommandResult result;
-  result.status = exitStatusOf(outcome, options.exitPolicy);
+  result.status = exitStatusOf(*finding, options.frames < 2 && lacksFrame(outcome), options.exitPolicy);
   result.err = remarksOn(outcome);
   if (options.form == OutputForm::Text) {
-    result.out = reportText(report.paragraphs(), styling);
+    result.out =
+        findingBlock(*finding, {namedSide(*source.movie, source.time), namedSide(*dest.movie, dest.time)}, styling) +
+        reportText(report.paragraphs(), styling);
   } else {
-    result.out = textOf(checkJson(jsonOf(*source.movie, source.time), jsonOf(*dest.movie, dest.time), outcome,
-                                  report.paragraphs(), result.status));
+    result.out = textOf(checkJson({jsonOf(*source.movie, source.time), jsonOf(*dest.movie, dest.time), outcome,
+                                   *finding, report.paragraphs(), result.status}));
   }
   return result;
 }
@@ -112,14 +126,12 @@ CommandResult runCheckCommand(const CheckOptions& options, TextStyling styling) 
   return checkSides(*source, *dest, options, styling);
 }
 
-int exitStatusOf(const check::CheckOutcome& outcome, ExitPolicy policy) {
-  const bool zero = policy == ExitPolicy::ZeroUnlessFailed;
-  if (outcome.tooDark) return zero ? noShift : sourceTooDark;
-  if (lacksFrame(outcome) || isUnmatched(outcome)) return failure;
-  const bool shifted =
-      check::pixelShiftOf(outcome.pixels ? outcome.pixels->commonDiff : 0.0) != check::PixelShift::None;
-  const bool mismatch = outcome.metadata && outcome.metadata->mismatch();
-  return (shifted || mismatch) && !zero ? shiftFound : noShift;
+int exitStatusOf(const diagnosis::Finding& finding, bool lacksFrame, ExitPolicy policy) {
+  if (lacksFrame) return failure;
+  const auto unlessZero = [&](int status) { return policy == ExitPolicy::ZeroUnlessFailed ? noShift : status; };
+  if (finding.main().kind == diagnosis::CauseKind::Dark) return unlessZero(sourceTooDark);
+  if (!diagnosis::isTold(finding)) return noVerdict;
+  return diagnosis::isAllClear(finding) ? noShift : unlessZero(shiftFound);
 }
 
 }  // namespace cli

@@ -4,10 +4,12 @@
 
 #include <nlohmann/json.hpp>
 
+#include "cli/FindingJson.h"
+
 namespace cli {
 namespace {
 
-constexpr const char* schema = "lumacheck.check/1";
+constexpr const char* schema = "lumacheck.check/2";
 
 JsonValue numberOrNull(double number) {
   return std::isfinite(number) ? JsonValue(number) : JsonValue(nullptr);
@@ -46,16 +48,16 @@ JsonValue reportJson(const std::vector<check::ReportParagraph>& report) {
 
 }  // namespace
 
-JsonValue checkJson(JsonValue source, JsonValue dest, const check::CheckOutcome& outcome,
-                    const std::vector<check::ReportParagraph>& report, int exitStatus) {
+JsonValue checkJson(CheckDocument document) {
   return {{"schema", schema},
-          {"source", std::move(source)},
-          {"dest", std::move(dest)},
-          {"metadata", metadataJson(outcome.metadata)},
-          {"pixels", pixelsJson(outcome)},
-          {"tooDark", outcome.tooDark},
-          {"report", reportJson(report)},
-          {"exitStatus", exitStatus}};
+          {"source", std::move(document.source)},
+          {"dest", std::move(document.dest)},
+          {"metadata", metadataJson(document.outcome.metadata)},
+          {"pixels", pixelsJson(document.outcome)},
+          {"tooDark", document.outcome.tooDark},
+          {"report", reportJson(document.report)},
+          {"finding", findingJson(document.finding)},
+          {"exitStatus", document.exitStatus}};
 }
 
 JsonValue checkErrorJson(const std::string& message, const std::string& path, int exitStatus) {

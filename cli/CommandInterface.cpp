@@ -1,5 +1,8 @@
 #include "cli/CommandInterface.h"
 
+#include <charconv>
+#include <sstream>
+
 namespace cli {
 namespace {
 
@@ -52,6 +55,40 @@ OptionDescription log(GivenOptions& given) {
   return {{"--log"}, Value::File, "FILE", "Append a log to this file", {}, into(given.logFile)};
 }
 
+template <typename Number>
+Take numberInto(Number& target, Number least, Number most) {
+  return [&target, least, most](const std::string& given) {
+    Number number{};
+    const char* const end = given.data() + given.size();
+    const auto [stop, error] = std::from_chars(given.data(), end, number);
+    if (error != std::errc() || stop != end || !(number >= least && number <= most)) {
+      std::ostringstream sentence;
+      sentence << "a number from " << least << " to " << most << " is expected";
+      return sentence.str();
+    }
+    target = number;
+    return std::string();
+  };
+}
+
+OptionDescription frames(int& count) {
+  return {{"--frames"},
+          Value::Number,
+          "N",
+          "Let the finding be about this many frames, spread over the length that both have (default: 1, at --at)",
+          {},
+          numberInto(count, 1, 1000)};
+}
+
+OptionDescription tolerance(double& codes) {
+  return {{"--tolerance"},
+          Value::Number,
+          "CODES",
+          "How far the same picture may differ, in codes of 8 bits (default: 2)",
+          {},
+          numberInto(codes, 0.0, 50.0)};
+}
+
 CommandDescription checkInterface(GivenOptions& given) {
   CheckOptions& check = given.check;
   return {"check",
@@ -60,15 +97,17 @@ CommandDescription checkInterface(GivenOptions& given) {
            at("--at", "Where to take both frames: seconds, or a timecode (default: the beginning)",
               {"--dest-at", "--source-at"}, {&check.sourceTime, &check.destTime}),
            at("--source-at", "Where to take the source frame", {"--at"}, {&check.sourceTime}),
-           at("--dest-at", "Where to take the destination frame", {"--at"}, {&check.destTime}),
+           at("--dest-at", "Where to take the destination frame", {"--at"}, {&check.destTime}), frames(check.frames),
+           tolerance(check.tolerance),
            flag("--exit-zero", "Exit with 0 whatever the verdict", check.exitPolicy, ExitPolicy::ZeroUnlessFailed),
            json(check.form), log(given)},
           {{"SOURCE", "The source movie", required, !repeated, into(check.source)},
            {"DEST", "The movie to check against it", required, !repeated, into(check.dest)}},
-          {{noShift, "no shift"},
-           {shiftFound, "a shift in pixels or metadata"},
-           {failure, "a usage error, a file or frame that cannot be read, or frames that do not match"},
+          {{noShift, "the same, and no tag that counts differs"},
+           {shiftFound, "a difference, in pixels or in tags"},
+           {failure, "a usage error, or a file or frame that cannot be read"},
            {sourceTooDark, "the source frame is too dark"},
+           {noVerdict, "no verdict: frames of different pictures, or nothing that can be told surely"},
            {interrupted, "interrupted"}}};
 }
 

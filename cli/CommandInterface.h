@@ -13,7 +13,7 @@ namespace cli {
 using Take = std::function<std::string(const std::string& given)>;
 
 /// What an option's value is, as a shell completes it.
-enum class Value { None, File, Time };
+enum class Value { None, File, Time, Number };
 
 struct OptionDescription {
   std::vector<std::string> names;  ///< with their dashes, short ones first

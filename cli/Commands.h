@@ -6,10 +6,7 @@
 
 #include "cli/ReportText.h"
 #include "cli/TimeArgument.h"
-
-namespace check {
-struct CheckOutcome;
-}
+#include "diagnosis/Diagnosis.h"
 
 namespace cli {
 
@@ -17,8 +14,9 @@ namespace cli {
 enum ExitStatus : int {
   noShift = 0,        ///< also: done
   shiftFound = 1,     ///< in pixels or in metadata
-  failure = 2,        ///< usage, or a file or frame that cannot be read, or frames that do not match
+  failure = 2,        ///< usage, or a file or frame that cannot be read
   sourceTooDark = 3,  ///< no verdict on this frame
+  noVerdict = 4,      ///< frames of different pictures, or nothing that can be told surely
   interrupted = 130   ///< by SIGINT; another signal that was noted gives 128 and its number, as shells tell it
 };
 
@@ -42,6 +40,8 @@ enum class SyncMode { Save, DryRun };
 struct CheckOptions {
   std::string source, dest;
   std::optional<TimeArgument> sourceTime, destTime;  ///< none: the beginning
+  int frames = 1;  ///< pairs that the finding is about: more than one are spread over the length
+  double tolerance = diagnosis::defaultTolerance;
   OutputForm form = OutputForm::Text;
   ExitPolicy exitPolicy = ExitPolicy::ByVerdict;
 };
@@ -65,9 +65,8 @@ struct WindowOptions {
 /// `lumacheck check`: opens both movies and runs the check on them.
 CommandResult runCheckCommand(const CheckOptions& options, TextStyling styling);
 
-/// The exit status that an outcome stands for: a frame that could not be had and frames that do not match come before a
-/// shift in the metadata.
-int exitStatusOf(const check::CheckOutcome& outcome, ExitPolicy policy);
+/// The exit status that a finding stands for. `lacksFrame`: a frame could not be had.
+int exitStatusOf(const diagnosis::Finding& finding, bool lacksFrame, ExitPolicy policy);
 
 /// `lumacheck info`: what the first image description of each file's first video track says. A file that cannot be read
 /// does not stop the rest. Never loads the decoder module.

@@ -218,22 +218,29 @@ tl::unexpected<MovieError> Movie::failure(Reason why) const {
   return failed(path(), why);
 }
 
-Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
+/// Not yet turned.
+Result<Picture> Movie::pictureOnScreen(const MovieTime& time, int width, int height) {
   const Track* const track = firstTrack(videoMedia);
   if (!track) return failure(Reason::NoVideoTrack);
   const auto description = track->media().imageDescription(1);
   if (!description) return failure(Reason::NoImageDescription);
   const auto sample = sampleOnScreen(track->info(), timeScale(), file_->sampleTable(track->index_), time);
   if (!sample) return failure(Reason::NoVideoSamples);
+  return pictureAt(*track, requestFor(*sample, *description, orientationOf(track->info().matrix), width, height));
+}
 
-  const Orientation orientation = orientationOf(track->info().matrix);
-  const auto pictureRequest = requestFor(*sample, *description, orientation, request.width, request.height);
-  TRY(const auto picture, pictureAt(*track, pictureRequest));
+Result<Picture> Movie::pictureAtTime(const MovieTime& time, int width, int height) {
+  TRY(auto picture, pictureOnScreen(time, width, height));
+  return oriented(std::move(picture), orientationOf(firstTrack(videoMedia)->info().matrix));
+}
 
-  const ColorSet colors = colorSetOf(*description);
+Result<RgbFrame> Movie::frameImageAtTime(const MovieTime& time, const FrameImageRequest& request) {
+  TRY(const auto picture, pictureOnScreen(time, request.width, request.height));
+  const Track* const track = firstTrack(videoMedia);
+  const ColorSet colors = colorSetOf(*track->media().imageDescription(1));
   return oriented(request.style == FrameStyle::Measurement ? renderMeasurementFrame(picture, colors.nclc)
                                                            : renderDisplayFrame(picture, colors),
-                  orientation);
+                  orientationOf(track->info().matrix));
 }
 
 PictureRange Movie::codedRange() {

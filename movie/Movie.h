@@ -139,6 +139,9 @@ class Movie {
   /// description as this movie has it. Errors: no video track, no sample, or what the decoder says.
   Result<RgbFrame> frameImageAtTime(const MovieTime& time, const FrameImageRequest& request);
 
+  /// The same frame as it is decoded: in its own colours, of the size asked for, turned by the track's matrix.
+  Result<Picture> pictureAtTime(const MovieTime& time, int width, int height);
+
   /// The range that the first picture's own bitstream states, or else its container; decodes that picture. Unspecified
   /// where neither does, and without a picture.
   PictureRange codedRange();
@@ -161,6 +164,7 @@ class Movie {
   Result<void> reopen();
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
+  Result<Picture> pictureOnScreen(const MovieTime& time, int width, int height);
   tl::unexpected<MovieError> failure(Reason why) const;
 
   std::shared_ptr<const MovieFile> file_;

@@ -22,7 +22,7 @@ import sys
 from collections import defaultdict
 
 # From the ground up: what lies in a folder may link what lies in it and in those before it.
-FLOORS = ["system", "movie", "SharedFiles", "check", "cli", "app"]
+FLOORS = ["system", "movie", "SharedFiles", "check", "diagnosis", "cli", "app"]
 BESIDE = {("app", "cli")}  # two faces of one thing: neither knows the other
 MOST_FILES = 40
 

@@ -99,8 +99,8 @@ std::string bashCompletion(const CommandDescription& command) {
   for (const CommandDescription& each : command.subcommands) text += settledCases(each, each.name);
   text += settledCases(command, "") + closing;
 
-  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::File}), " | "));
-  text = replaced(text, "@TIMED@", joined(optionsTaking(command, {Value::Time}), " | "));
+  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::Number, Value::File}), " | "));
+  text = replaced(text, "@TIMED@", joined(optionsTaking(command, {Value::Time, Value::Number}), " | "));
   text = replaced(text, "@FILED@", joined(optionsTaking(command, {Value::File}), " | "));
   text = replaced(text, "@SUBCOMMANDS@", subcommandNames(command));
   text = replaced(text, "@EXTENSIONS@", joined(movieExtensions, "|"));

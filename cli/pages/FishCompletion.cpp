@@ -78,7 +78,7 @@ std::string nameOption(const std::string& name) {
 std::string optionLine(const OptionDescription& option, const std::string& command) {
   std::string text = "complete -c @NAME@ -n '__@NAME@_option " + command + ' ' + joined(settledBy(option), " ") + '\'';
   for (const std::string& name : option.names) text += nameOption(name);
-  if (option.value == Value::Time) text += " -x";
+  if (option.value == Value::Time || option.value == Value::Number) text += " -x";
   if (option.value == Value::File) text += " -r -F";
   return text + " -d " + fishQuoted(option.description) + '\n';
 }
@@ -96,7 +96,7 @@ std::string fishCompletion(const CommandDescription& command) {
     for (const OptionDescription& option : each.options) text += optionLine(option, each.name);
   }
   text = replaced(text, "@SUBCOMMANDS@", subcommandNames(command));
-  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::File}), " "));
+  text = replaced(text, "@VALUED@", joined(optionsTaking(command, {Value::Time, Value::Number, Value::File}), " "));
   return replaced(text, "@NAME@", command.name);
 }
 

@@ -63,6 +63,7 @@ std::string optionSpecs(const OptionDescription& option, const std::string& inde
   const std::string excluded = endsTheCommand(option) ? "- : *" : joined(settledBy(option), " ");
   std::string value = explanation(option.description);
   if (option.value == Value::Time) value = '=' + value + ":time: ";
+  if (option.value == Value::Number) value = '=' + value + ":number: ";
   if (option.value == Value::File) value = '=' + value + ":file:_files";
   std::string text;
   for (const std::string& name : option.names) {

@@ -12,6 +12,25 @@ bool vanishesBeside(std::int32_t term, std::int32_t other) {
   return other != 0 && std::llabs(std::int64_t{term}) * 256 < std::llabs(std::int64_t{other});
 }
 
+/// Rows of pixels of some samples each, turned; width and height are the result's.
+template <typename Sample>
+std::vector<Sample> turnedSamples(const std::vector<Sample>& samples, int resultWidth, int resultHeight,
+                                  std::size_t perPixel, const Orientation& orientation) {
+  const auto width = static_cast<std::size_t>(resultWidth), height = static_cast<std::size_t>(resultHeight);
+  const std::size_t stepX = perPixel * (orientation.transposed ? height : 1);
+  const std::size_t stepY = perPixel * (orientation.transposed ? 1 : width);
+  std::vector<Sample> result(samples.size());
+  for (std::size_t y = 0; y < height; ++y) {
+    const std::size_t fromY = orientation.mirroredY ? height - 1 - y : y;
+    for (std::size_t x = 0; x < width; ++x) {
+      const std::size_t fromX = orientation.mirroredX ? width - 1 - x : x;
+      const Sample* const from = &samples[fromX * stepX + fromY * stepY];
+      std::copy(from, from + perPixel, &result[perPixel * (y * width + x)]);
+    }
+  }
+  return result;
+}
+
 }  // namespace
 
 Orientation orientationOf(const TransformMatrix& matrix) {
@@ -24,21 +43,18 @@ Orientation orientationOf(const TransformMatrix& matrix) {
 
 RgbFrame oriented(RgbFrame frame, const Orientation& orientation) {
   if (orientation == Orientation{}) return frame;
+  if (orientation.transposed) std::swap(frame.width, frame.height);
+  frame.samples = turnedSamples(frame.samples, frame.width, frame.height, 3, orientation);
+  return frame;
+}
 
-  RgbFrame result{
-      .width = frame.width, .height = frame.height, .samples = std::vector<std::uint8_t>(frame.samples.size())};
-  if (orientation.transposed) std::swap(result.width, result.height);
-  const auto width = static_cast<std::size_t>(result.width), height = static_cast<std::size_t>(result.height);
-  const std::size_t stepX = 3 * (orientation.transposed ? height : 1), stepY = 3 * (orientation.transposed ? 1 : width);
-  for (std::size_t y = 0; y < height; ++y) {
-    const std::size_t fromY = orientation.mirroredY ? height - 1 - y : y;
-    for (std::size_t x = 0; x < width; ++x) {
-      const std::size_t fromX = orientation.mirroredX ? width - 1 - x : x;
-      const std::uint8_t* const from = &frame.samples[fromX * stepX + fromY * stepY];
-      std::copy(from, from + 3, &result.samples[3 * (y * width + x)]);
-    }
+Picture oriented(Picture picture, const Orientation& orientation) {
+  if (orientation == Orientation{}) return picture;
+  if (orientation.transposed) std::swap(picture.width, picture.height);
+  for (std::vector<std::uint16_t>& plane : picture.planes) {
+    if (!plane.empty()) plane = turnedSamples(plane, picture.width, picture.height, 1, orientation);
   }
-  return result;
+  return picture;
 }
 
 }  // namespace movie

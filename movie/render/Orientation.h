@@ -1,6 +1,7 @@
 #pragma once
 
 #include "movie/atoms/TrackInfo.h"
+#include "movie/decode/Picture.h"
 #include "movie/render/RgbFrame.h"
 
 namespace movie {
@@ -16,7 +17,8 @@ struct Orientation {
 /// counts as upright. Source: QTFF "Matrices".
 Orientation orientationOf(const TransformMatrix& matrix);
 
-/// The frame as it is to be shown; a transposed one changes width and height.
+/// The frame or picture as it is to be shown; a transposed one changes width and height.
 RgbFrame oriented(RgbFrame frame, const Orientation& orientation);
+Picture oriented(Picture picture, const Orientation& orientation);
 
 }  // namespace movie

@@ -42,12 +42,14 @@ std::optional<ChromaWeights> chromaWeights(std::uint16_t matrix) {
   return chromaWeights(*luma);
 }
 
+std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, const Picture& picture) {
+  if (nclc && chromaWeights(nclc->matrix)) return nclc->matrix;
+  if (chromaWeights(picture.matrix)) return picture.matrix;
+  return picture.codedHeight >= linesOfHighDefinition ? bt709 : bt601;
+}
+
 ChromaWeights matrixInForce(const std::optional<NclcParameters>& nclc, const Picture& picture) {
-  if (nclc) {
-    if (const auto weights = chromaWeights(nclc->matrix)) return *weights;
-  }
-  if (const auto weights = chromaWeights(picture.matrix)) return *weights;
-  return *chromaWeights(picture.codedHeight >= linesOfHighDefinition ? bt709 : bt601);
+  return *chromaWeights(matrixIndexInForce(nclc, picture));
 }
 
 }  // namespace movie

@@ -30,8 +30,9 @@ ChromaWeights chromaWeights(const LumaWeights& luma);
 /// 0, the identity, is not one: such a picture is PictureModel::Rgb.
 std::optional<ChromaWeights> chromaWeights(std::uint16_t matrix);
 
-/// The matrix in force: a known one of the NCLC record, else of the bitstream, else 709 for pictures coded in 720 lines
-/// and above and 601 below.
+/// The matrix in force, as H.273 numbers it: a known one of the NCLC record, else of the bitstream, else 709 for
+/// pictures coded in 720 lines and above and 601 below.
+std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, const Picture& picture);
 ChromaWeights matrixInForce(const std::optional<NclcParameters>& nclc, const Picture& picture);
 
 }  // namespace movie

@@ -1,0 +1,94 @@
+#include "cli/FindingJson.h"
+
+#include <cmath>
+
+#include <nlohmann/json.hpp>
+
+#include "diagnosis/FindingText.h"
+
+namespace cli {
+namespace {
+
+// In the order of the enumerations.
+constexpr const char* causeNames[] = {"identical", "same",   "power",     "range", "gain",
+                                      "tone",      "matrix", "different", "dark",  "unreadable"};
+constexpr const char* whereNames[] = {"codes", "flags", "tags"};
+constexpr const char* directionNames[] = {"darker", "lighter", "compressed", "expanded"};
+constexpr const char* actionNames[] = {"nothing", "sync", "export", "tag", "frame", "unknown"};
+
+template <typename Enumeration, std::size_t count>
+const char* nameOf(Enumeration value, const char* const (&names)[count]) {
+  return names[static_cast<std::size_t>(value)];
+}
+
+template <typename Enumeration, std::size_t count>
+JsonValue nameOrNull(const std::optional<Enumeration>& value, const char* const (&names)[count]) {
+  return value ? JsonValue(nameOf(*value, names)) : JsonValue();
+}
+
+/// To four places: more would pretend to a precision that is not there.
+JsonValue number(double value) {
+  return std::isfinite(value) ? JsonValue(std::round(value * 1e4) / 1e4) : JsonValue();
+}
+
+JsonValue number(const std::optional<double>& value) {
+  return value ? number(*value) : JsonValue();
+}
+
+JsonValue interval(const std::optional<diagnosis::Interval>& value) {
+  return value ? JsonValue::array({number(value->low), number(value->high)}) : JsonValue();
+}
+
+JsonValue causeJson(const diagnosis::Cause& cause) {
+  return {{"cause", nameOf(cause.kind, causeNames)},
+          {"confidence", number(cause.confidence)},
+          {"exponent", number(cause.exponent)},
+          {"exponentInterval", interval(cause.exponentInterval)},
+          {"gain", number(cause.gain)},
+          {"offset", number(cause.offset)},
+          {"direction", nameOrNull(cause.direction, directionNames)},
+          {"where", nameOrNull(cause.where, whereNames)},
+          {"residual", number(cause.residual)}};
+}
+
+JsonValue regionJson(const diagnosis::Region& region) {
+  return JsonValue::array({number(region.left), number(region.top), number(region.right), number(region.bottom)});
+}
+
+JsonValue placementJson(const diagnosis::Placement& placement) {
+  return {{"transposed", placement.transposed},
+          {"mirroredX", placement.mirroredX},
+          {"mirroredY", placement.mirroredY},
+          {"source", regionJson(placement.source)},
+          {"dest", regionJson(placement.dest)}};
+}
+
+const char* rangeName(const diagnosis::SideTags& tags) {
+  return tags.range == diagnosis::SampleRange::Full ? "full" : "video";
+}
+
+}  // namespace
+
+JsonValue findingJson(const diagnosis::Finding& finding) {
+  JsonValue causes = JsonValue::array(), curve = JsonValue::array();
+  for (const diagnosis::Cause& cause : finding.causes) causes.push_back(causeJson(cause));
+  for (const auto& [source, dest] : finding.curve) curve.push_back(JsonValue::array({number(source), number(dest)}));
+  const diagnosis::FindingText text = diagnosis::textOf(finding);
+  const diagnosis::TagComparison& tags = finding.tags;
+  return {{"causes", causes},
+          {"correspondence",
+           {{"score", number(finding.correspondence.score)},
+            {"placement", placementJson(finding.correspondence.placement)},
+            {"same", finding.correspondence.same}}},
+          {"ranges", {{"source", rangeName(tags.source)}, {"dest", rangeName(tags.dest)}}},
+          {"matrices", {{"source", tags.source.matrixInForce}, {"dest", tags.dest.matrixInForce}}},
+          {"identicalSamples", finding.identicalSamples},
+          {"difference", number(finding.difference)},
+          {"frames", finding.frames},
+          {"unmatchedFrames", finding.unmatchedFrames},
+          {"curve", curve},
+          {"advice", {{"action", nameOf(finding.action, actionNames)}, {"text", text.advice}}},
+          {"text", text.verdict}};
+}
+
+}  // namespace cli

@@ -1,0 +1,265 @@
+#include "diagnosis/CauseModel.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace diagnosis {
+namespace {
+
+constexpr double fullCodes = 255, blackCode = 16;
+
+double raised(double value, double exponent) {
+  return value <= 0 ? value : std::pow(value, exponent);
+}
+
+std::vector<Hypothesis> ranges() {
+  std::vector<Hypothesis> all;
+  for (const RangeStep step : {RangeStep::Compress, RangeStep::Expand, RangeStep::CompressRgb, RangeStep::ExpandRgb}) {
+    Hypothesis hypothesis;
+    hypothesis.rangeAfter = step;
+    hypothesis.complexity = 1;
+    all.push_back(hypothesis);
+  }
+  return all;
+}
+
+std::vector<Hypothesis> powers() {
+  std::vector<Hypothesis> all;
+  for (const auto& [tone, complexity] : {std::pair{ToneStep::PowerRgb, 1.0}, std::pair{ToneStep::PowerLuma, 1.2},
+                                         std::pair{ToneStep::PowerLumaCodes, 1.4}}) {
+    Hypothesis hypothesis;
+    hypothesis.tone = tone;
+    hypothesis.complexity = complexity;
+    all.push_back(hypothesis);
+  }
+  return all;
+}
+
+std::vector<Hypothesis> curves() {
+  const std::vector<TransferCurve> encodings{{Transfer::Srgb},       {Transfer::Bt709},        {Transfer::Linear},
+                                             {Transfer::Power, 1.8}, {Transfer::Power, 1.961}, {Transfer::Power, 2.2},
+                                             {Transfer::Power, 2.4}, {Transfer::Power, 2.6}};
+  std::vector<Hypothesis> all;
+  for (const TransferCurve& from : encodings) {
+    for (const TransferCurve& to : encodings) {
+      const auto isCurved = [](const TransferCurve& curve) {
+        return curve.kind == Transfer::Srgb || curve.kind == Transfer::Bt709;
+      };
+      if ((!isCurved(from) && !isCurved(to)) || from.kind == to.kind) continue;
+      Hypothesis hypothesis;
+      hypothesis.tone = ToneStep::CurveRgb;
+      hypothesis.from = from;
+      hypothesis.to = to;
+      hypothesis.complexity = 1;
+      all.push_back(hypothesis);
+    }
+  }
+  return all;
+}
+
+std::vector<Hypothesis> matrices() {
+  std::vector<Hypothesis> all;
+  constexpr std::uint16_t known[] = {1, 6, 9};
+  for (const std::uint16_t meant : known) {
+    for (const std::uint16_t taken : known) {
+      if (meant == taken) continue;
+      Hypothesis hypothesis;
+      hypothesis.matrix = {meant, taken};
+      hypothesis.complexity = 1;
+      all.push_back(hypothesis);
+    }
+  }
+  return all;
+}
+
+/// Both at once; the range before or after the tone.
+void addPairs(std::vector<Hypothesis>& all, const std::vector<Hypothesis>& first,
+              const std::vector<Hypothesis>& second) {
+  for (const Hypothesis& one : first) {
+    for (const Hypothesis& other : second) {
+      Hypothesis both = other;
+      both.complexity = one.complexity + other.complexity;
+      if (one.hasMatrix()) both.matrix = one.matrix;
+      if (!one.hasRange()) {
+        all.push_back(both);
+        continue;
+      }
+      both.rangeAfter = one.rangeAfter;
+      all.push_back(both);
+      std::swap(both.rangeBefore, both.rangeAfter);
+      all.push_back(both);
+    }
+  }
+}
+
+Matrix3 matrixStep(const MatrixStep& step) {
+  return product(toRgbMatrix(step.taken), fromRgbMatrix(step.meant));
+}
+
+/// Y'CbCr of one range read as if it were of the other.
+Vector3 rangedYCbCr(bool compress, const Vector3& signal) {
+  const double chroma = chromaCodes / fullCodes;
+  if (compress) {
+    return {(lumaCodes * signal[0] + blackCode) / fullCodes, signal[1] * chroma, signal[2] * chroma};
+  }
+  return {(fullCodes * signal[0] - blackCode) / lumaCodes, signal[1] / chroma, signal[2] / chroma};
+}
+
+Vector3 rangedRgb(bool compress, Vector3 rgb) {
+  for (double& value : rgb) {
+    value = compress ? (lumaCodes * value + blackCode) / fullCodes
+                     : std::clamp((fullCodes * value - blackCode) / lumaCodes, 0.0, 1.0);
+  }
+  return rgb;
+}
+
+}  // namespace
+
+double lightOf(const TransferCurve& curve, double signal) {
+  if (signal <= 0) return signal;
+  switch (curve.kind) {
+    case Transfer::Srgb:  // IEC 61966-2-1
+      return signal <= 0.04045 ? signal / 12.92 : std::pow((signal + 0.055) / 1.055, 2.4);
+    case Transfer::Bt709:
+      return signal < 0.081 ? signal / 4.5 : std::pow((signal + 0.099) / 1.099, 1 / 0.45);
+    case Transfer::Linear:
+      return signal;
+    case Transfer::Power:
+      break;
+  }
+  return std::pow(signal, curve.exponent);
+}
+
+double signalOf(const TransferCurve& curve, double light) {
+  if (light <= 0) return light;
+  switch (curve.kind) {
+    case Transfer::Srgb:
+      return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+    case Transfer::Bt709:
+      return light < 0.018 ? 4.5 * light : 1.099 * std::pow(light, 0.45) - 0.099;
+    case Transfer::Linear:
+      return light;
+    case Transfer::Power:
+      break;
+  }
+  return std::pow(light, 1 / curve.exponent);
+}
+
+const std::vector<Hypothesis>& singleCauses() {
+  static const std::vector<Hypothesis> causes = [] {
+    std::vector<Hypothesis> all{Hypothesis()};
+    for (const auto& family : {ranges(), matrices(), powers(), curves()}) {
+      all.insert(all.end(), family.begin(), family.end());
+    }
+    return all;
+  }();
+  return causes;
+}
+
+const std::vector<Hypothesis>& pairsOfCauses() {
+  static const std::vector<Hypothesis> causes = [] {
+    const std::vector<Hypothesis> everyPower = powers(), twoPowers{everyPower[0], everyPower[1]};
+    std::vector<Hypothesis> all;
+    addPairs(all, ranges(), twoPowers);
+    addPairs(all, matrices(), twoPowers);
+    addPairs(all, ranges(), matrices());
+    addPairs(all, ranges(), curves());
+    return all;
+  }();
+  return causes;
+}
+
+std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, std::uint16_t common) {
+  using Model = movie::PictureModel;
+  if ((source.model == Model::YCbCr) != (dest.model == Model::YCbCr)) return std::nullopt;
+  if (source.range == dest.range && source.matrixInForce == dest.matrixInForce) return std::nullopt;
+
+  Hypothesis hypothesis;
+  hypothesis.complexity = 0.5;
+  Matrix3 into = fromRgbMatrix(common), outOf = toRgbMatrix(common);
+  if (source.model == Model::YCbCr) {
+    into = product(into, toRgbMatrix(dest.matrixInForce));
+    outOf = product(fromRgbMatrix(source.matrixInForce), outOf);
+  }
+  Vector3 scale{1, 1, 1}, shift{};
+  if (source.range != dest.range) {
+    const bool compress = source.range == SampleRange::Video;
+    const bool rgb = source.model != Model::YCbCr;
+    scale = compress ? Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes}
+                     : Vector3{fullCodes, fullCodes, fullCodes};
+    const Vector3 to = compress ? Vector3{fullCodes, fullCodes, fullCodes}
+                                : Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes};
+    for (std::size_t i = 0; i < 3; ++i) {
+      scale[i] /= to[i];
+      if (i == 0 || rgb) shift[i] = (compress ? blackCode : -blackCode) / to[i];
+    }
+  }
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (double& value : outOf[row]) value *= scale[row];
+  }
+  hypothesis.relabelling = Relabelling{product(into, outOf), product(into, shift)};
+  return hypothesis;
+}
+
+Prediction::Prediction(const Hypothesis& hypothesis, std::uint16_t common)
+    : hypothesis_(hypothesis),
+      toRgb_(toRgbMatrix(common)),
+      fromRgb_(fromRgbMatrix(common)),
+      matrix_(matrixStep(hypothesis.matrix)) {}
+
+Vector3 Prediction::ranged(RangeStep step, const Vector3& rgb) const {
+  switch (step) {
+    case RangeStep::None:
+      break;
+    case RangeStep::Compress:
+    case RangeStep::Expand:
+      return product(toRgb_, rangedYCbCr(step == RangeStep::Compress, product(fromRgb_, rgb)));
+    case RangeStep::CompressRgb:
+    case RangeStep::ExpandRgb:
+      return rangedRgb(step == RangeStep::CompressRgb, rgb);
+  }
+  return rgb;
+}
+
+Vector3 Prediction::toned(const Vector3& rgb, double exponent) const {
+  Vector3 result = rgb;
+  switch (hypothesis_.tone) {
+    case ToneStep::None:
+      break;
+    case ToneStep::PowerRgb:
+      for (double& value : result) value = raised(std::min(value, 1.0), exponent);
+      break;
+    case ToneStep::PowerLuma:
+    case ToneStep::PowerLumaCodes: {
+      Vector3 signal = product(fromRgb_, rgb);
+      if (hypothesis_.tone == ToneStep::PowerLuma) {
+        signal[0] = raised(signal[0], exponent);
+      } else {
+        const double code = raised((blackCode + lumaCodes * signal[0]) / fullCodes, exponent) * fullCodes;
+        signal[0] = (code - blackCode) / lumaCodes;
+      }
+      return product(toRgb_, signal);
+    }
+    case ToneStep::CurveRgb:
+      for (double& value : result) value = signalOf(hypothesis_.to, lightOf(hypothesis_.from, std::min(value, 1.0)));
+      break;
+  }
+  return result;
+}
+
+Vector3 Prediction::beforeTone(const Vector3& source) const {
+  if (hypothesis_.relabelling) {
+    Vector3 result = product(hypothesis_.relabelling->matrix, source);
+    for (std::size_t i = 0; i < 3; ++i) result[i] += hypothesis_.relabelling->shift[i];
+    return result;
+  }
+  const Vector3 rgb = ranged(hypothesis_.rangeBefore, product(toRgb_, source));
+  return hypothesis_.hasMatrix() ? product(matrix_, rgb) : rgb;
+}
+
+Vector3 Prediction::afterTone(const Vector3& before, double exponent) const {
+  if (hypothesis_.relabelling) return before;
+  return product(fromRgb_, ranged(hypothesis_.rangeAfter, toned(before, exponent)));
+}
+
+}  // namespace diagnosis

@@ -1,0 +1,197 @@
+#include "diagnosis/Causes.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "diagnosis/CauseFit.h"
+
+namespace diagnosis {
+namespace {
+
+/// Where the best known cause leaves more than this, there is another, unknown one.
+constexpr double unknownCost = 1.75;
+/// A single cause that leaves less than this needs no second one.
+constexpr double explainedCost = 0.45;
+constexpr double gainComplexity = 1.5, toneComplexity = 3.5;
+/// What differs by less than this, in codes of 8 bits, is the same, whatever would explain it.
+constexpr double negligible = 1.0;
+/// Fewer colours than this do not tell causes apart.
+constexpr double fewestColors = 6;
+
+/// All explanations of one comparison.
+struct Explanations {
+  std::optional<Hypothesis> relabelling;
+  std::vector<CauseFit> known;  ///< the best first
+  double identityCost = 0;
+  GainFit gain;
+  double toneCost = 0;
+};
+
+void rank(std::vector<CauseFit>& fits) {
+  std::stable_sort(fits.begin(), fits.end(),
+                   [](const CauseFit& one, const CauseFit& other) { return one.score() < other.score(); });
+}
+
+bool isIdentity(const Hypothesis& hypothesis) {
+  return hypothesis.complexity == 0;
+}
+
+void explain(Explanations& all, const ColorEvidence& evidence) {
+  all.known = fitCauses(singleCauses(), evidence.strata, evidence.common);
+  all.relabelling = relabelled(evidence.source, evidence.dest, evidence.common);
+  if (all.relabelling) all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.common));
+  rank(all.known);
+  all.identityCost = std::find_if(all.known.begin(), all.known.end(), [](const CauseFit& fit) {
+                       return isIdentity(*fit.hypothesis);
+                     })->cost;
+  all.gain = fitGain(evidence.strata);
+  all.toneCost = anyToneCost(evidence.strata);
+  if (std::min(all.known.front().cost, all.gain.cost) > explainedCost && differenceOf(evidence.strata) > negligible) {
+    for (const CauseFit& fit : fitCauses(pairsOfCauses(), evidence.strata, evidence.common)) all.known.push_back(fit);
+    rank(all.known);
+  }
+}
+
+double logistic(double value) {
+  return 1 / (1 + std::exp(-value));
+}
+
+/// By how much an explanation is better than the next one of another kind.
+double confidenceOf(double score, double runnerUp, const ColorEvidence& evidence) {
+  const double margin = std::min(2.0, (runnerUp - score) / std::max(0.3, score));
+  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
+  return logistic(2.0 + 1.5 * margin + 0.8 * colors);
+}
+
+Direction directionOf(double exponent) {
+  return exponent > 1 ? Direction::Darker : Direction::Lighter;
+}
+
+Cause rangeCause(const Hypothesis& hypothesis) {
+  const RangeStep step = hypothesis.rangeBefore != RangeStep::None ? hypothesis.rangeBefore : hypothesis.rangeAfter;
+  const bool compressed = step == RangeStep::Compress || step == RangeStep::CompressRgb;
+  return {.kind = CauseKind::Range,
+          .direction = compressed ? Direction::Compressed : Direction::Expanded,
+          .where = Where::Codes};
+}
+
+std::vector<Cause> relabelledCauses(const ColorEvidence& evidence) {
+  std::vector<Cause> causes;
+  if (evidence.source.range != evidence.dest.range) {
+    const bool compressed = evidence.source.range == SampleRange::Video;
+    causes.push_back({.kind = CauseKind::Range,
+                      .direction = compressed ? Direction::Compressed : Direction::Expanded,
+                      .where = Where::Flags});
+  }
+  if (evidence.source.matrixInForce != evidence.dest.matrixInForce) {
+    causes.push_back({.kind = CauseKind::Matrix, .where = Where::Tags});
+  }
+  return causes;
+}
+
+std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidence) {
+  const Hypothesis& hypothesis = *fit.hypothesis;
+  if (hypothesis.relabelling) return relabelledCauses(evidence);
+  std::vector<Cause> causes;
+  if (hypothesis.hasRange()) causes.push_back(rangeCause(hypothesis));
+  if (hypothesis.hasMatrix()) causes.push_back({.kind = CauseKind::Matrix, .where = Where::Codes});
+  if (hypothesis.hasExponent()) {
+    causes.push_back({.kind = CauseKind::Power,
+                      .exponent = fit.exponent,
+                      .exponentInterval = exponentInterval(fit, evidence.strata, evidence.common),
+                      .direction = directionOf(fit.exponent)});
+  }
+  if (hypothesis.tone == ToneStep::CurveRgb) causes.push_back({.kind = CauseKind::Tone});
+  if (causes.empty()) causes.push_back({.kind = CauseKind::Same});
+  return causes;
+}
+
+Cause gainCause(const GainFit& fit) {
+  Cause cause{.kind = CauseKind::Gain, .gain = fit.gain, .offset = lumaCodes * fit.offset};
+  const double middle = fit.gain * 0.5 + fit.offset - 0.5;
+  cause.direction = middle < 0 ? Direction::Darker : Direction::Lighter;
+  return cause;
+}
+
+/// The causes that one explanation names, and how it compares.
+struct Verdict {
+  std::vector<Cause> causes;
+  double cost = 0, score = 0;
+};
+
+CauseKind kindOf(const Verdict& verdict) {
+  return verdict.causes.front().kind;
+}
+
+bool namesTheSame(const Verdict& one, const Verdict& other) {
+  return std::equal(one.causes.begin(), one.causes.end(), other.causes.begin(), other.causes.end(),
+                    [](const Cause& a, const Cause& b) { return a.kind == b.kind; });
+}
+
+std::vector<Verdict> verdictsOf(const Explanations& all, const ColorEvidence& evidence) {
+  std::vector<Verdict> verdicts;
+  for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score()});
+  verdicts.push_back({{gainCause(all.gain)}, all.gain.cost, CauseFit::score(all.gain.cost, gainComplexity)});
+  verdicts.push_back({{Cause{.kind = CauseKind::Tone}}, all.toneCost, CauseFit::score(all.toneCost, toneComplexity)});
+  std::stable_sort(verdicts.begin(), verdicts.end(),
+                   [](const Verdict& one, const Verdict& other) { return one.score < other.score; });
+  return verdicts;
+}
+
+/// The best explanation; where even that leaves too much, an unknown change of tone.
+Verdict chosen(const std::vector<Verdict>& verdicts) {
+  const Verdict& best = verdicts.front();
+  if (best.cost <= unknownCost || kindOf(best) == CauseKind::Same) return best;
+  return {{Cause{.kind = CauseKind::Tone}}, best.cost, best.score};
+}
+
+bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
+  const double difference = differenceOf(evidence.strata);
+  if (difference <= std::min(negligible, evidence.tolerance)) return true;
+  if (difference > evidence.tolerance) return false;
+  return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
+}
+
+double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) {
+  for (const Verdict& verdict : verdicts) {
+    if (!namesTheSame(verdict, best)) return verdict.score;
+  }
+  return best.score;
+}
+
+std::vector<Cause> sameCauses(const Explanations& all, const ColorEvidence& evidence) {
+  const double difference = differenceOf(evidence.strata);
+  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
+  const double confidence = logistic(2.5 + 2.0 * (evidence.tolerance - difference) + 0.8 * colors);
+  return {{.kind = CauseKind::Same, .confidence = confidence, .residual = all.identityCost}};
+}
+
+}  // namespace
+
+std::vector<Cause> causesOf(const ColorEvidence& evidence) {
+  const bool sameMeaning =
+      evidence.source.range == evidence.dest.range && evidence.source.matrixInForce == evidence.dest.matrixInForce;
+  if (evidence.identicalSamples && sameMeaning) return {{.kind = CauseKind::Identical, .confidence = 1}};
+  if (static_cast<double>(evidence.strata.size()) < fewestColors) {
+    return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
+  }
+  Explanations all;
+  explain(all, evidence);
+  const std::vector<Verdict> verdicts = verdictsOf(all, evidence);
+  Verdict best = chosen(verdicts);
+  if (isTheSame(best, all, evidence)) return sameCauses(all, evidence);
+  if (kindOf(best) == CauseKind::Same) best = {{Cause{.kind = CauseKind::Tone}}, all.toneCost, best.score};
+
+  const double confidence = confidenceOf(best.score, runnerUpScore(best, verdicts), evidence);
+  for (Cause& cause : best.causes) {
+    cause.confidence = confidence;
+    cause.residual = best.cost;
+  }
+  return best.causes;
+}
+
+double differentConfidence(double score) {
+  return std::clamp(1.0 - score, 0.5, 0.99);
+}
+
+}  // namespace diagnosis

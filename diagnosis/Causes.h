@@ -1,0 +1,28 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "diagnosis/Finding.h"
+#include "diagnosis/Strata.h"
+
+namespace diagnosis {
+
+/// What the causes are read from: two pictures that show the same.
+struct ColorEvidence {
+  const std::vector<Stratum>& strata;
+  const SideTags& source;
+  const SideTags& dest;
+  std::uint16_t common = 1;  ///< the matrix of the strata
+  double tolerance = 2;      ///< codes of 8 bits
+  double explained = 1;      ///< Correspondence::score
+  bool identicalSamples = false;
+};
+
+/// At least one. Those that hold together come in the order in which they are told.
+std::vector<Cause> causesOf(const ColorEvidence& evidence);
+
+/// How sure it is that pictures whose correspondence scores so low are not the same.
+double differentConfidence(double score);
+
+}  // namespace diagnosis

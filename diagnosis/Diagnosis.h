@@ -1,0 +1,31 @@
+#pragma once
+
+#include <vector>
+
+#include "diagnosis/Finding.h"
+#include "movie/decode/Picture.h"
+
+namespace diagnosis {
+
+/// The same moment of both movies: pictures of one size, whatever their shape (320 x 240), turned as they are shown.
+struct FramePair {
+  const movie::Picture* source = nullptr;
+  const movie::Picture* dest = nullptr;
+};
+
+constexpr double defaultTolerance = 2.0;
+
+struct Question {
+  std::vector<FramePair> frames;  ///< at least one
+  SideTags source, dest;
+  double tolerance = defaultTolerance;  ///< how far, in codes of 8 bits, the same picture may differ
+};
+
+/// What was done to the destination. A pure function; about 3 ms a pair that lies plainly, more where one has to be
+/// placed upon the other first.
+Finding diagnose(const Question& question);
+
+/// What is to be told where a frame could not be had.
+Finding unreadable(const TagComparison& tags);
+
+}  // namespace diagnosis

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "diagnosis/Signal.h"
+
+namespace diagnosis {
+
+/// A part of a picture, from 0 to 1 both ways.
+struct Region {
+  double left = 0, top = 0, right = 1, bottom = 1;
+  double width() const { return right - left; }
+  double height() const { return bottom - top; }
+  friend bool operator==(const Region&, const Region&) = default;
+};
+
+/// How the source has to be turned, and which parts of both then show the same: a letterboxed destination has all of
+/// the source in a part of itself, a cropped one a part of the source in all of itself.
+struct Placement {
+  /// Of the source: first its rows become columns, then left and right, or top and bottom, change sides.
+  bool transposed = false, mirroredX = false, mirroredY = false;
+  Region source, dest;
+  bool isPlain() const { return *this == Placement(); }
+  friend bool operator==(const Placement&, const Placement&) = default;
+};
+
+/// Two pictures, sample upon sample.
+struct AlignedPair {
+  Signal source, dest;
+};
+
+/// The part of the destination that the placement names, and the source as it lies upon it. Planes that are empty stay
+/// so.
+AlignedPair aligned(Signal source, Signal dest, const Placement& placement);
+
+}  // namespace diagnosis

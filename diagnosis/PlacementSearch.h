@@ -1,0 +1,22 @@
+#pragma once
+
+#include "diagnosis/Placement.h"
+
+namespace diagnosis {
+
+/// The picture without bars: edge rows and columns that are black throughout. All of it where little is left.
+Region withoutBars(const Signal& signal);
+
+/// Where the source lies upon the destination, and how well: ToneFit::explained.
+struct PlacementFit {
+  Placement placement;
+  double explained = 0;
+};
+
+/// From this on two pictures show the same.
+constexpr double samePictureExplained = 0.9;
+
+/// The plain placement, unless bars, a crop, a mirror or a turn by right angles fit clearly better.
+PlacementFit findPlacement(const Signal& source, const Signal& dest);
+
+}  // namespace diagnosis

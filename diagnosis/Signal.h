@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "diagnosis/Tags.h"
+#include "movie/decode/Picture.h"
+
+namespace diagnosis {
+
+using Vector3 = std::array<double, 3>;
+using Matrix3 = std::array<Vector3, 3>;  ///< rows
+
+/// Codes of 8 bits from black to white, and across the chroma signals, in video range.
+constexpr double lumaCodes = 219, chromaCodes = 224;
+
+/// A picture as it is meant: luma (black 0, white 1) and the chroma signals (-0.5 to 0.5) of a matrix that both sides
+/// of a comparison share. Values beyond are kept.
+struct Signal {
+  int width = 0, height = 0;
+  std::array<std::vector<float>, 3> planes;  ///< Y', Pb, Pr
+  const std::vector<float>& luma() const { return planes[0]; }
+  std::size_t size() const { return planes[0].size(); }
+};
+
+/// The matrix that turns R'G'B' into Y'PbPr of an ITU-T H.273 index: 1, 4, 5, 6, 7, 8 or 9; others count as 1.
+Matrix3 fromRgbMatrix(std::uint16_t matrix);
+Matrix3 toRgbMatrix(std::uint16_t matrix);
+
+Matrix3 product(const Matrix3& left, const Matrix3& right);
+Vector3 product(const Matrix3& matrix, const Vector3& vector);
+
+/// A picture under its tags, in the Y'PbPr of the matrix `common`.
+Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16_t common);
+
+}  // namespace diagnosis

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <vector>
+
+#include "diagnosis/Signal.h"
+
+namespace diagnosis {
+
+/// Samples of nearly one source colour, and what they became. Y'PbPr of the common matrix.
+struct Stratum {
+  Vector3 source{}, dest{};
+  double weight = 0;   ///< 0 to 1: how much it counts beside others
+  double samples = 0;  ///< how many there are in the pictures
+};
+
+/// Gathers pairs of samples by the source's colour: calm ones, whose neighbours are near in both pictures, since an
+/// encoder and a scaler change edges.
+class StrataBuilder {
+ public:
+  void add(const Signal& source, const Signal& dest);
+
+  /// Means of each colour with enough samples; the destination's without outliers, such as a subtitle's.
+  std::vector<Stratum> strata() const;
+
+  /// Luma of the calm samples, of both sides.
+  const std::vector<float>& calmSource() const { return calm_[0][0]; }
+  const std::vector<float>& calmDest() const { return calm_[1][0]; }
+
+ private:
+  std::array<std::vector<float>, 3> calm_[2];  ///< of the source, of the destination
+};
+
+/// What a set of strata lets one tell: how many there are, and how far their colours lie from grey.
+struct StrataExtent {
+  double count = 0;
+  double chroma = 0;         ///< root of the mean square of the distance from grey; 0.5 is the most
+  double lumaDeviation = 0;  ///< of the source, in codes of 8 bits
+};
+StrataExtent extentOf(const std::vector<Stratum>& strata);
+
+}  // namespace diagnosis

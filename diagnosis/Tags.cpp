@@ -1,0 +1,104 @@
+#include "diagnosis/Tags.h"
+
+#include "movie/render/YCbCrMatrix.h"
+
+namespace diagnosis {
+namespace {
+
+constexpr std::uint16_t unspecified = 2;
+
+/// 0 is reserved, or stands for RGB, and says nothing of the picture's primaries and transfer function either.
+bool isStated(std::uint16_t code) {
+  return code != 0 && code != unspecified;
+}
+
+std::uint16_t statedOr(std::uint16_t code, std::uint16_t other) {
+  if (isStated(code)) return code;
+  return isStated(other) ? other : unspecified;
+}
+
+/// Transfer functions that are defined by one curve have one number here.
+std::uint16_t transferMeaning(std::uint16_t code) {
+  return code == 6 || code == 14 || code == 15 ? 1 : code;
+}
+
+/// SMPTE ST 170 and ST 240 share their primaries.
+std::uint16_t primariesMeaning(std::uint16_t code) {
+  return code == 7 ? 6 : code;
+}
+
+std::uint16_t matrixMeaning(std::uint16_t code) {
+  return code == 5 ? 6 : code;
+}
+
+Comparison compareCodes(std::uint16_t source, std::uint16_t dest) {
+  if (source == dest) return Comparison::Equal;
+  if (!isStated(dest)) return Comparison::Lost;
+  return isStated(source) ? Comparison::Differs : Comparison::Added;
+}
+
+template <typename Value>
+Comparison compareOptional(const std::optional<Value>& source, const std::optional<Value>& dest) {
+  if (source == dest) return Comparison::Equal;
+  if (!dest) return Comparison::Lost;
+  return source ? Comparison::Differs : Comparison::Added;
+}
+
+Comparison compareRanges(movie::PictureRange source, movie::PictureRange dest) {
+  using Range = movie::PictureRange;
+  if (source == dest) return Comparison::Equal;
+  if (dest == Range::Unspecified) return Comparison::Lost;
+  return source == Range::Unspecified ? Comparison::Added : Comparison::Differs;
+}
+
+SampleRange rangeInForce(const movie::Picture& picture) {
+  switch (picture.range) {
+    case movie::PictureRange::Video:
+      return SampleRange::Video;
+    case movie::PictureRange::Full:
+      return SampleRange::Full;
+    case movie::PictureRange::Unspecified:
+      break;
+  }
+  return picture.model == movie::PictureModel::YCbCr ? SampleRange::Video : SampleRange::Full;
+}
+
+}  // namespace
+
+SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture& picture) {
+  SideTags tags;
+  tags.gamma = description.gamma();
+  tags.nclc = description.nclc();
+  tags.iccProfile = description.iccProfile();
+  const movie::NclcParameters stated = tags.nclc.value_or(movie::NclcParameters{2, 2, 2});
+  tags.primaries = statedOr(stated.primaries, picture.primaries);
+  tags.transferFunction = statedOr(stated.transferFunction, picture.transferFunction);
+  tags.matrix = statedOr(stated.matrix, picture.matrix);
+  tags.model = picture.model;
+  tags.statedRange = picture.range;
+  tags.range = rangeInForce(picture);
+  tags.matrixInForce = picture.model == movie::PictureModel::YCbCr ? movie::matrixIndexInForce(tags.nclc, picture) : 0;
+  return tags;
+}
+
+bool TagComparison::counts() const {
+  const auto differs = [](Comparison comparison) { return comparison != Comparison::Equal; };
+  const auto missing = [](Comparison comparison) {
+    return comparison == Comparison::Lost || comparison == Comparison::Differs;
+  };
+  return differs(gamma) || differs(profile) || missing(primaries) || missing(transferFunction);
+}
+
+TagComparison compareTags(const SideTags& source, const SideTags& dest) {
+  TagComparison result{.source = source, .dest = dest};
+  result.gamma = compareOptional(source.gamma, dest.gamma);
+  result.profile = compareOptional(source.iccProfile, dest.iccProfile);
+  result.primaries = compareCodes(primariesMeaning(source.primaries), primariesMeaning(dest.primaries));
+  result.transferFunction =
+      compareCodes(transferMeaning(source.transferFunction), transferMeaning(dest.transferFunction));
+  result.matrix = compareCodes(matrixMeaning(source.matrix), matrixMeaning(dest.matrix));
+  result.range = compareRanges(source.statedRange, dest.statedRange);
+  return result;
+}
+
+}  // namespace diagnosis

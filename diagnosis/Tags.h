@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "movie/atoms/ImageDescription.h"
+#include "movie/decode/Picture.h"
+
+namespace diagnosis {
+
+enum class SampleRange { Video, Full };
+
+/// What one side says of its colours, and what is in force where it says nothing.
+struct SideTags {
+  std::optional<std::int32_t> gamma;  ///< 16.16
+  std::optional<movie::NclcParameters> nclc;
+  std::optional<movie::Bytes> iccProfile;
+  /// ITU-T H.273: of the NCLC record where it says something, else of the bitstream; 2 where neither does.
+  std::uint16_t primaries = 2, transferFunction = 2, matrix = 2;
+  movie::PictureModel model = movie::PictureModel::YCbCr;
+  movie::PictureRange statedRange = movie::PictureRange::Unspecified;
+  SampleRange range = SampleRange::Video;  ///< in force
+  /// In force, as ITU-T H.273 numbers it: 0 for RGB and grey.
+  std::uint16_t matrixInForce = 1;
+};
+
+/// The tags of a side: of its first image description, and of a picture of it.
+SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture& picture);
+
+/// How two things that are stated stand to each other.
+enum class Comparison {
+  Equal,  ///< or both silent, or numbers of the same meaning
+  Lost,   ///< only the source states it
+  Added,  ///< only the destination does
+  Differs,
+};
+
+struct TagComparison {
+  SideTags source, dest;
+  Comparison gamma = Comparison::Equal, profile = Comparison::Equal;
+  Comparison primaries = Comparison::Equal, transferFunction = Comparison::Equal, matrix = Comparison::Equal;
+  Comparison range = Comparison::Equal;  ///< of what is stated
+  /// Whether one differs that a player may go by: gamma, profile, or primaries or transfer function of another meaning,
+  /// or one that is lost. Range and matrix tell in the pixels.
+  bool counts() const;
+};
+
+TagComparison compareTags(const SideTags& source, const SideTags& dest);
+
+}  // namespace diagnosis

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <vector>
+
+#include "diagnosis/Signal.h"
+
+namespace diagnosis {
+
+/// Where a source luma went: both in codes of 8 bits, black 16, white 235.
+struct CurvePoint {
+  double source = 0, dest = 0;
+};
+
+/// The destination's luma as a function of the source's.
+struct ToneFit {
+  std::vector<CurvePoint> curve;  ///< by rising source; bins with few samples are left out
+  /// Share of the destination's variance that the curve explains, 0 to 1; 0 where the destination has none.
+  double explained = 0;
+  double sourceDeviation = 0, destDeviation = 0;  ///< standard deviations of luma, in codes of 8 bits
+};
+
+/// Two lumas of as many samples.
+ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest);
+
+}  // namespace diagnosis
