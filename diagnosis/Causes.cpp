@@ -106,7 +106,31 @@ std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidenc
   return causes;
 }
 
+/// Whether a line is that of one range taken for the other: deeper codes than 8 bits differ a little in it.
+std::optional<Direction> rangeOf(const GainFit& fit) {
+  constexpr double gainReach = 0.012, codesReach = 2;
+  const double compressed = lumaCodes / 255, shift = 16.0 / 255;
+  const auto near = [&](double gain, double offset) {
+    return std::abs(fit.gain - gain) <= gainReach && std::abs(lumaCodes * (fit.offset - offset)) <= codesReach &&
+           std::abs(fit.chroma / gain - 1) <= 0.05;
+  };
+  if (near(compressed, shift)) return Direction::Compressed;
+  if (near(1 / compressed, -shift / compressed)) return Direction::Expanded;
+  return std::nullopt;
+}
+
+/// Whether luma stays, and only the colours go.
+bool isSaturation(const GainFit& fit) {
+  constexpr double gainReach = 0.02, codesReach = 1.5;
+  return std::abs(fit.gain - 1) <= gainReach && std::abs(lumaCodes * fit.offset) <= codesReach;
+}
+
 Cause gainCause(const GainFit& fit) {
+  if (const std::optional<Direction> direction = rangeOf(fit)) {
+    return {.kind = CauseKind::Range, .direction = direction, .where = Where::Codes};
+  }
+  if (isSaturation(fit)) return {.kind = CauseKind::Tone};
+
   Cause cause{.kind = CauseKind::Gain, .gain = fit.gain, .offset = lumaCodes * fit.offset};
   const double middle = fit.gain * 0.5 + fit.offset - 0.5;
   cause.direction = middle < 0 ? Direction::Darker : Direction::Lighter;

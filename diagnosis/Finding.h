@@ -51,7 +51,7 @@ struct Cause {
 
 /// Whether, and how, the destination lies upon the source.
 struct Correspondence {
-  double score = 0;  ///< share of the destination's variance that the tone curve explains; up to 1
+  double score = 0;  ///< explainedShare() of the pictures as they were placed
   Placement placement;
   bool same = false;
 };

@@ -17,6 +17,9 @@ constexpr double leastPicture = 0.25;
 /// A plain placement that explains so much is taken without looking further.
 constexpr double plainEnough = 0.985;
 
+/// The size in which placements are tried, and compared.
+constexpr int triedWidth = 80, triedHeight = 60;
+
 /// How many lines from the start of an axis are black: `brightIn` tells how many samples of a line are not.
 template <typename BrightIn>
 int blackLines(int lines, int samples, BrightIn brightIn) {
@@ -38,32 +41,20 @@ int brightInColumn(const Signal& signal, int column) {
   return bright;
 }
 
-/// Luma alone, in fewer samples: the mean of each block.
-Signal reduced(const Signal& signal, int width, int height) {
-  Signal result{width, height, {}};
-  const auto size = static_cast<std::size_t>(width) * height;
-  std::vector<int> counts(size);
-  result.planes[0].resize(size);
-  for (int y = 0; y < signal.height; ++y) {
-    for (int x = 0; x < signal.width; ++x) {
-      const std::size_t block = static_cast<std::size_t>(y * height / signal.height) * width + x * width / signal.width;
-      result.planes[0][block] += signal.luma()[static_cast<std::size_t>(y) * signal.width + x];
-      ++counts[block];
-    }
-  }
-  for (std::size_t i = 0; i < size; ++i) result.planes[0][i] /= static_cast<float>(std::max(1, counts[i]));
-  return result;
+/// Luma alone, in fewer samples.
+Signal reducedLuma(const Signal& signal, int width, int height) {
+  return reduced({signal.width, signal.height, {signal.planes[0], {}, {}}}, width, height);
 }
 
 /// Luma of both sides in one small size, on which placements are tried.
 class Trial {
  public:
   Trial(const Signal& source, const Signal& dest, int width, int height)
-      : source_(reduced(source, width, height)), dest_(reduced(dest, width, height)) {}
+      : source_(reducedLuma(source, width, height)), dest_(reducedLuma(dest, width, height)) {}
 
   double explained(const Placement& placement) const {
     const AlignedPair pair = aligned(source_, dest_, placement);
-    return fitTone(pair.source.luma(), pair.dest.luma()).explained;
+    return explainedShare(pair.source, pair.dest);
   }
 
   /// The better of the two.
@@ -140,7 +131,7 @@ PlacementFit refined(const Trial& trial, PlacementFit best, double step, double 
 
 /// Bars and turns at first; where none of them fits, crops.
 PlacementFit searched(const Signal& source, const Signal& dest) {
-  const Trial trial(source, dest, 80, 60);
+  const Trial trial(source, dest, triedWidth, triedHeight);
   Placement inBars;
   inBars.source = withoutBars(source);
   inBars.dest = withoutBars(dest);
@@ -181,12 +172,13 @@ Region withoutBars(const Signal& signal) {
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
-  const double plain = fitTone(source.luma(), dest.luma()).explained;
+  const double plain = Trial(source, dest, triedWidth, triedHeight).explained({});
   if (plain >= plainEnough) return {{}, plain};
   const PlacementFit found = searched(source, dest);
   if (found.placement.isPlain()) return {{}, plain};
   const AlignedPair pair = aligned(source, dest, found.placement);
-  const double explained = fitTone(pair.source.luma(), pair.dest.luma()).explained;
+  const double explained = explainedShare(reducedLuma(pair.source, triedWidth, triedHeight),
+                                          reducedLuma(pair.dest, triedWidth, triedHeight));
   const bool clearly = plain < samePictureExplained ? explained > plain + 0.05 : 1.0 - explained < 0.6 * (1.0 - plain);
   return clearly ? PlacementFit{found.placement, explained} : PlacementFit{{}, plain};
 }

@@ -1,5 +1,7 @@
 #include "diagnosis/Signal.h"
 
+#include <algorithm>
+
 #include "movie/render/PictureRgb.h"
 #include "movie/render/YCbCrMatrix.h"
 
@@ -104,6 +106,31 @@ Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16
     }
   }
   return signal;
+}
+
+Signal reduced(const Signal& signal, int width, int height) {
+  const auto size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
+  std::vector<std::size_t> columns(static_cast<std::size_t>(signal.width));
+  for (std::size_t x = 0; x < columns.size(); ++x) columns[x] = x * static_cast<std::size_t>(width) / columns.size();
+  std::vector<float> counts(size);
+  Signal result{width, height, {}};
+  for (std::size_t plane = 0; plane < 3; ++plane) {
+    const std::vector<float>& from = signal.planes[plane];
+    std::vector<float>& sums = result.planes[plane];
+    sums.resize(from.empty() ? 0 : size);
+    for (std::size_t y = 0; y < static_cast<std::size_t>(signal.height) && !from.empty(); ++y) {
+      const std::size_t row = y * static_cast<std::size_t>(height) / static_cast<std::size_t>(signal.height);
+      float* const out = &sums[row * static_cast<std::size_t>(width)];
+      const float* const in = &from[y * columns.size()];
+      for (std::size_t x = 0; x < columns.size(); ++x) out[columns[x]] += in[x];
+      if (plane > 0) continue;
+      for (const std::size_t column : columns) ++counts[row * static_cast<std::size_t>(width) + column];
+    }
+  }
+  for (std::vector<float>& sums : result.planes) {
+    for (std::size_t i = 0; i < sums.size(); ++i) sums[i] /= std::max(1.0F, counts[i]);
+  }
+  return result;
 }
 
 }  // namespace diagnosis

@@ -33,4 +33,8 @@ Vector3 product(const Matrix3& matrix, const Vector3& vector);
 /// A picture under its tags, in the Y'PbPr of the matrix `common`.
 Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16_t common);
 
+/// A picture in fewer samples, each the mean of a block: what an encoder does to texture, and half a sample by which
+/// one picture lies beside another, is mostly gone from it.
+Signal reduced(const Signal& signal, int width, int height);
+
 }  // namespace diagnosis

@@ -8,47 +8,33 @@
 namespace diagnosis {
 namespace {
 
-/// Steps from a sample to its neighbours are counted up to this many codes of 8 bits.
-constexpr int steepest = 24;
-/// The calmest samples are taken until there are so many, and all whose steps are within these codes.
-constexpr std::size_t calmEnough = 12000;
-constexpr int calmSteps = 4;
+/// Samples across and down that are taken together.
+constexpr int blockSide = 4;
+/// The calmest blocks are taken until there are so many of all, and all whose luma keeps within these codes of 8 bits.
+constexpr double calmShare = 0.3, calmCodes = 4;
 
 constexpr int lumaBins = 24, chromaBins = 13;
-constexpr std::size_t fewest = 12, most = 160;
+constexpr std::size_t fewest = 4, most = 100;
 
-float step(const std::vector<float>& luma, std::size_t at, std::size_t width) {
-  const float across = std::max(std::abs(luma[at] - luma[at - 1]), std::abs(luma[at] - luma[at + 1]));
-  const float down = std::max(std::abs(luma[at] - luma[at - width]), std::abs(luma[at] - luma[at + width]));
-  return std::max(across, down);
-}
-
-/// Of each sample within, the steps to its neighbours, in whole codes.
-struct Steps {
-  std::vector<std::uint8_t> codes;
-  std::array<std::size_t, steepest + 1> counts{};
-  int taken = 0;  ///< samples with so many are calm
-};
-
-Steps stepsOf(const Signal& source, const Signal& dest) {
-  const auto width = static_cast<std::size_t>(source.width), height = static_cast<std::size_t>(source.height);
-  Steps steps;
-  steps.codes.assign(source.size(), steepest);
-  for (std::size_t y = 1; y + 1 < height; ++y) {
-    for (std::size_t x = 1; x + 1 < width; ++x) {
-      const std::size_t at = y * width + x;
-      const float larger = std::max(step(source.luma(), at, width), step(dest.luma(), at, width));
-      steps.codes[at] = static_cast<std::uint8_t>(std::min(larger * static_cast<float>(lumaCodes), float{steepest}));
-      ++steps.counts[steps.codes[at]];
+/// How far luma moves within each block of a signal that has become `blocks`: the mean distance from the block's mean.
+std::vector<float> activityOf(const Signal& signal, const Signal& blocks) {
+  Signal distances{signal.width, signal.height, {std::vector<float>(signal.size()), {}, {}}};
+  for (std::size_t y = 0, at = 0; y < static_cast<std::size_t>(signal.height); ++y) {
+    const std::size_t row = y * static_cast<std::size_t>(blocks.height) / static_cast<std::size_t>(signal.height) *
+                            static_cast<std::size_t>(blocks.width);
+    for (std::size_t x = 0; x < static_cast<std::size_t>(signal.width); ++x, ++at) {
+      const std::size_t column = x * static_cast<std::size_t>(blocks.width) / static_cast<std::size_t>(signal.width);
+      distances.planes[0][at] = std::abs(signal.luma()[at] - blocks.luma()[row + column]);
     }
   }
-  std::size_t calm = 0;
-  for (int codes = 0; codes < steepest; ++codes) {
-    calm += steps.counts[static_cast<std::size_t>(codes)];
-    steps.taken = codes;
-    if (codes >= calmSteps && calm >= calmEnough) break;
-  }
-  return steps;
+  return reduced(distances, blocks.width, blocks.height).planes[0];
+}
+
+/// The activity up to which blocks are taken.
+float calmLimit(std::vector<float> activity) {
+  const auto place = activity.begin() + static_cast<std::ptrdiff_t>(calmShare * static_cast<double>(activity.size()));
+  std::nth_element(activity.begin(), place, activity.end());
+  return std::max(*place, static_cast<float>(calmCodes / lumaCodes));
 }
 
 std::size_t cellOf(float luma, float pb, float pr) {
@@ -83,13 +69,15 @@ double robustMean(std::vector<float>& values) {
 }  // namespace
 
 void StrataBuilder::add(const Signal& source, const Signal& dest) {
-  if (source.width < 3 || source.height < 3) return;
-  const Steps steps = stepsOf(source, dest);
-  for (std::size_t at = 0; at < source.size(); ++at) {
-    if (steps.codes[at] > steps.taken || steps.codes[at] >= steepest) continue;
+  const int width = std::max(1, source.width / blockSide), height = std::max(1, source.height / blockSide);
+  const Signal sourceBlocks = reduced(source, width, height), destBlocks = reduced(dest, width, height);
+  const std::vector<float> activity = activityOf(source, sourceBlocks);
+  const float limit = calmLimit(activity);
+  for (std::size_t at = 0; at < activity.size(); ++at) {
+    if (activity[at] > limit) continue;
     for (std::size_t plane = 0; plane < 3; ++plane) {
-      calm_[0][plane].push_back(source.planes[plane][at]);
-      calm_[1][plane].push_back(dest.planes[plane][at]);
+      calm_[0][plane].push_back(sourceBlocks.planes[plane][at]);
+      calm_[1][plane].push_back(destBlocks.planes[plane][at]);
     }
   }
 }
@@ -119,7 +107,7 @@ std::vector<Stratum> StrataBuilder::strata() const {
     Stratum stratum;
     const double count = counts[cell];
     stratum.samples = count;
-    stratum.weight = count / (count + 20.0);
+    stratum.weight = count / (count + 5.0);
     for (std::size_t plane = 0; plane < 3; ++plane) {
       double sum = 0;
       changes.clear();

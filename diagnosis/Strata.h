@@ -13,8 +13,8 @@ struct Stratum {
   double samples = 0;  ///< how many there are in the pictures
 };
 
-/// Gathers pairs of samples by the source's colour: calm ones, whose neighbours are near in both pictures, since an
-/// encoder and a scaler change edges.
+/// Gathers pairs of samples by the source's colour: means of small blocks, of calm ones if there are enough, since a
+/// mean says less of what became of samples that lie far from it.
 class StrataBuilder {
  public:
   void add(const Signal& source, const Signal& dest);

@@ -13,13 +13,15 @@ struct CurvePoint {
 
 /// The destination's luma as a function of the source's.
 struct ToneFit {
-  std::vector<CurvePoint> curve;  ///< by rising source; bins with few samples are left out
-  /// Share of the destination's variance that the curve explains, 0 to 1; 0 where the destination has none.
-  double explained = 0;
+  std::vector<CurvePoint> curve;                  ///< by rising source; bins with few samples are left out
   double sourceDeviation = 0, destDeviation = 0;  ///< standard deviations of luma, in codes of 8 bits
 };
 
 /// Two lumas of as many samples.
 ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest);
+
+/// How much of the destination's variance a tone curve of the source explains, 0 to 1; 0 where it has none. The tenth
+/// of the picture that it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one size.
+double explainedShare(const Signal& source, const Signal& dest);
 
 }  // namespace diagnosis
