@@ -23,22 +23,35 @@ double costOf(const Vector3& predicted, const Vector3& dest) {
 /// The cost of a hypothesis as a function of its exponent.
 class ExponentCost {
  public:
-  ExponentCost(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, std::uint16_t common)
-      : prediction_(hypothesis, common), strata_(strata) {
-    before_.reserve(strata.size());
-    for (const Stratum& stratum : strata) before_.push_back(prediction_.beforeTone(stratum.source));
+  ExponentCost(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space)
+      : prediction_(hypothesis, space), strata_(strata) {
+    before_.reserve(2 * strata.size());
+    for (const Stratum& stratum : strata) {
+      for (const double side : {-1.0, 1.0}) {
+        Vector3 source = stratum.source;
+        source[0] += side * stratum.spread;
+        before_.push_back(prediction_.beforeTone(source));
+      }
+    }
   }
 
   double at(double exponent) const {
     double cost = 0, weights = 0;
     for (std::size_t i = 0; i < strata_.size(); ++i) {
-      cost += strata_[i].weight * costOf(prediction_.afterTone(before_[i], exponent), strata_[i].dest);
+      cost += strata_[i].weight * costOf(mean(i, exponent), strata_[i].dest);
       weights += strata_[i].weight;
     }
     return weights > 0 ? cost / weights : 0;
   }
 
  private:
+  /// A mean goes where the mean of what lies on both sides of it goes: tones are curved.
+  Vector3 mean(std::size_t stratum, double exponent) const {
+    const Vector3 low = prediction_.afterTone(before_[2 * stratum], exponent);
+    const Vector3 high = prediction_.afterTone(before_[2 * stratum + 1], exponent);
+    return {(low[0] + high[0]) / 2, (low[1] + high[1]) / 2, (low[2] + high[2]) / 2};
+  }
+
   Prediction prediction_;
   const std::vector<Stratum>& strata_;
   std::vector<Vector3> before_;
@@ -113,26 +126,82 @@ double meanCost(const std::vector<Stratum>& strata, Predict predict) {
   return weights > 0 ? cost / weights : 0;
 }
 
+/// What the samples of several strata changed by on average.
+struct MeanChange {
+  double samples = 0;
+  Vector3 sums{};
+  void add(const Stratum& stratum) {
+    samples += stratum.samples;
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+      sums[plane] += stratum.samples * (stratum.dest[plane] - stratum.source[plane]);
+    }
+  }
+  /// In codes of 8 bits.
+  double of(std::size_t plane) const {
+    return samples > 0 ? (plane == 0 ? lumaCodes : chromaCodes) * sums[plane] / samples : 0;
+  }
+};
+
+/// Grey, or one of eight sectors.
+std::size_t hueOf(const Vector3& color) {
+  constexpr double grey = 0.03;
+  if (std::hypot(color[1], color[2]) < grey) return 8;
+  const double turn = std::atan2(color[2], color[1]) / (2 * std::acos(-1.0)) + 0.5;
+  return static_cast<std::size_t>(turn * 8) % 8;
+}
+
+struct Cubic {
+  std::array<double, 4> factors{};
+  double at(double x) const { return factors[0] + x * (factors[1] + x * (factors[2] + x * factors[3])); }
+};
+
+/// Of least squares over luma, weighted: its normal equations, eliminated. A little is added to their diagonal, which
+/// keeps them solvable where the colours are few.
+Cubic cubicThrough(const std::vector<Stratum>& strata) {
+  std::array<std::array<double, 5>, 4> rows{};
+  for (const Stratum& stratum : strata) {
+    const double x = stratum.source[0];
+    const std::array<double, 4> powers{1, x, x * x, x * x * x};
+    for (std::size_t row = 0; row < 4; ++row) {
+      for (std::size_t column = 0; column < 4; ++column) {
+        rows[row][column] += stratum.weight * powers[row] * powers[column];
+      }
+      rows[row][4] += stratum.weight * powers[row] * stratum.dest[0];
+    }
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    rows[i][i] += 1e-9;
+    for (std::size_t row = 0; row < 4; ++row) {
+      if (row == i) continue;
+      const double factor = rows[row][i] / rows[i][i];
+      for (std::size_t column = i; column < 5; ++column) rows[row][column] -= factor * rows[i][column];
+    }
+  }
+  Cubic cubic;
+  for (std::size_t i = 0; i < 4; ++i) cubic.factors[i] = rows[i][4] / rows[i][i];
+  return cubic;
+}
+
 }  // namespace
 
-CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, std::uint16_t common) {
-  const ExponentCost cost(hypothesis, strata, common);
+CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space) {
+  const ExponentCost cost(hypothesis, strata, space);
   const double exponent = hypothesis.hasExponent() ? bestExponent(cost) : 1.0;
   return {&hypothesis, exponent, cost.at(exponent)};
 }
 
 std::vector<CauseFit> fitCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
-                                std::uint16_t common) {
+                                const ComparedIn& space) {
   std::vector<CauseFit> fits;
   fits.reserve(hypotheses.size());
-  for (const Hypothesis& hypothesis : hypotheses) fits.push_back(fitCause(hypothesis, strata, common));
+  for (const Hypothesis& hypothesis : hypotheses) fits.push_back(fitCause(hypothesis, strata, space));
   std::stable_sort(fits.begin(), fits.end(),
                    [](const CauseFit& one, const CauseFit& other) { return one.score() < other.score(); });
   return fits;
 }
 
-Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, std::uint16_t common) {
-  const Prediction prediction(*fit.hypothesis, common);
+Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space) {
+  const Prediction prediction(*fit.hypothesis, space);
   constexpr double step = 1e-3;
   double slopes = 0, errors = 0;
   for (const Stratum& stratum : strata) {
@@ -171,33 +240,33 @@ GainFit fitGain(const std::vector<Stratum>& strata) {
 }
 
 double anyToneCost(const std::vector<Stratum>& strata) {
-  constexpr std::size_t parts = 16;
-  std::array<LineSums, parts> sums;
-  const auto part = [](double luma) { return static_cast<std::size_t>(std::clamp(luma, 0.0, 0.999) * parts); };
-  for (const Stratum& stratum : strata) {
-    sums[part(stratum.source[0])].add(stratum.weight, stratum.source[0], stratum.dest[0]);
-  }
+  const Cubic curve = cubicThrough(strata);
   const double chroma = chromaFactor(strata);
-  return meanCost(strata, [&](const Vector3& source) {
-    const Line line = sums[part(source[0])].line();
-    return Vector3{line.slope * source[0] + line.shift, chroma * source[1], chroma * source[2]};
+  const double cost = meanCost(strata, [&](const Vector3& source) {
+    return Vector3{curve.at(source[0]), chroma * source[1], chroma * source[2]};
   });
+  // What five free numbers take away of it.
+  const double colors = static_cast<double>(strata.size());
+  return colors > 6 ? cost * std::sqrt(colors / (colors - 5)) : largestError;
 }
 
 double differenceOf(const std::vector<Stratum>& strata) {
-  double byColor = 0, colors = 0, bySample = 0, samples = 0;
+  constexpr std::size_t levels = 24, hues = 9;
+  std::array<MeanChange, levels> byLevel;
+  std::array<MeanChange, hues> byHue;
   for (const Stratum& stratum : strata) {
-    double squares = 0;
-    for (const std::size_t plane : {0U, 1U, 2U}) {
-      const double error = (plane == 0 ? lumaCodes : chromaCodes / 2) * (stratum.dest[plane] - stratum.source[plane]);
-      squares += error * error;
-    }
-    byColor += stratum.weight * squares;
-    colors += stratum.weight;
-    bySample += stratum.samples * squares;
-    samples += stratum.samples;
+    byLevel[static_cast<std::size_t>(std::clamp(stratum.source[0], 0.0, 0.999) * levels)].add(stratum);
+    byHue[hueOf(stratum.source)].add(stratum);
   }
-  return colors > 0 ? std::sqrt(std::max(byColor / colors, bySample / samples)) : 0;
+  double squares = 0, samples = 0;
+  for (const MeanChange& level : byLevel) {
+    squares += level.samples * level.of(0) * level.of(0);
+    samples += level.samples;
+  }
+  for (const MeanChange& hue : byHue) {
+    squares += hue.samples * (hue.of(1) * hue.of(1) + hue.of(2) * hue.of(2)) / 4;
+  }
+  return samples > 0 ? std::sqrt(squares / samples) : 0;
 }
 
 }  // namespace diagnosis

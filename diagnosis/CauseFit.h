@@ -20,14 +20,14 @@ struct CauseFit {
   static double score(double cost, double complexity) { return cost * (1 + 0.06 * complexity) + 0.10 * complexity; }
 };
 
-CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, std::uint16_t common);
+CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space);
 
 /// All of them, the best one first.
 std::vector<CauseFit> fitCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
-                                std::uint16_t common);
+                                const ComparedIn& space);
 
 /// The exponent's interval, of a hypothesis that has one: about 95 %, from what it leaves unexplained.
-Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, std::uint16_t common);
+Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space);
 
 /// dest luma = gain * source luma + offset, and chroma multiplied by a factor of its own.
 struct GainFit {
@@ -36,11 +36,12 @@ struct GainFit {
 };
 GainFit fitGain(const std::vector<Stratum>& strata);
 
-/// What is left when luma goes by any curve, and chroma is multiplied by one factor: as CauseFit's cost.
+/// What is left when luma goes by a smooth curve, and chroma is multiplied by one factor: as CauseFit's cost.
 double anyToneCost(const std::vector<Stratum>& strata);
 
-/// Between source and destination: a root mean square of luma and half of each chroma signal, in codes of 8 bits; over
-/// colours or over samples, whichever is more.
+/// Between source and destination, a root mean square in codes of 8 bits: of luma by its level, and of half of the
+/// chroma signals by their hue. What goes up in one colour and down in the next, as an encoder's losses do, does not
+/// count.
 double differenceOf(const std::vector<Stratum>& strata);
 
 }  // namespace diagnosis

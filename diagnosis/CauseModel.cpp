@@ -6,10 +6,11 @@
 namespace diagnosis {
 namespace {
 
-constexpr double fullCodes = 255, blackCode = 16;
+constexpr double blackCode = 16;
 
+/// What lies below black becomes black.
 double raised(double value, double exponent) {
-  return value <= 0 ? value : std::pow(value, exponent);
+  return value <= 0 ? 0.0 : std::pow(value, exponent);
 }
 
 std::vector<Hypothesis> ranges() {
@@ -97,7 +98,7 @@ Matrix3 matrixStep(const MatrixStep& step) {
 }
 
 /// Y'CbCr of one range read as if it were of the other.
-Vector3 rangedYCbCr(bool compress, const Vector3& signal) {
+Vector3 rangedYCbCr(bool compress, const Vector3& signal, double fullCodes) {
   const double chroma = chromaCodes / fullCodes;
   if (compress) {
     return {(lumaCodes * signal[0] + blackCode) / fullCodes, signal[1] * chroma, signal[2] * chroma};
@@ -105,7 +106,7 @@ Vector3 rangedYCbCr(bool compress, const Vector3& signal) {
   return {(fullCodes * signal[0] - blackCode) / lumaCodes, signal[1] / chroma, signal[2] / chroma};
 }
 
-Vector3 rangedRgb(bool compress, Vector3 rgb) {
+Vector3 rangedRgb(bool compress, Vector3 rgb, double fullCodes) {
   for (double& value : rgb) {
     value = compress ? (lumaCodes * value + blackCode) / fullCodes
                      : std::clamp((fullCodes * value - blackCode) / lumaCodes, 0.0, 1.0);
@@ -169,14 +170,14 @@ const std::vector<Hypothesis>& pairsOfCauses() {
   return causes;
 }
 
-std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, std::uint16_t common) {
+std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, const ComparedIn& space) {
   using Model = movie::PictureModel;
   if ((source.model == Model::YCbCr) != (dest.model == Model::YCbCr)) return std::nullopt;
   if (source.range == dest.range && source.matrixInForce == dest.matrixInForce) return std::nullopt;
 
   Hypothesis hypothesis;
   hypothesis.complexity = 0.5;
-  Matrix3 into = fromRgbMatrix(common), outOf = toRgbMatrix(common);
+  Matrix3 into = fromRgbMatrix(space.matrix), outOf = toRgbMatrix(space.matrix);
   if (source.model == Model::YCbCr) {
     into = product(into, toRgbMatrix(dest.matrixInForce));
     outOf = product(fromRgbMatrix(source.matrixInForce), outOf);
@@ -185,10 +186,10 @@ std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& des
   if (source.range != dest.range) {
     const bool compress = source.range == SampleRange::Video;
     const bool rgb = source.model != Model::YCbCr;
-    scale = compress ? Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes}
-                     : Vector3{fullCodes, fullCodes, fullCodes};
-    const Vector3 to = compress ? Vector3{fullCodes, fullCodes, fullCodes}
-                                : Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes};
+    const Vector3 full{space.fullCodes, space.fullCodes, space.fullCodes};
+    scale = compress ? Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes} : full;
+    const Vector3 to =
+        compress ? full : Vector3{lumaCodes, rgb ? lumaCodes : chromaCodes, rgb ? lumaCodes : chromaCodes};
     for (std::size_t i = 0; i < 3; ++i) {
       scale[i] /= to[i];
       if (i == 0 || rgb) shift[i] = (compress ? blackCode : -blackCode) / to[i];
@@ -201,10 +202,11 @@ std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& des
   return hypothesis;
 }
 
-Prediction::Prediction(const Hypothesis& hypothesis, std::uint16_t common)
+Prediction::Prediction(const Hypothesis& hypothesis, const ComparedIn& space)
     : hypothesis_(hypothesis),
-      toRgb_(toRgbMatrix(common)),
-      fromRgb_(fromRgbMatrix(common)),
+      fullCodes_(space.fullCodes),
+      toRgb_(toRgbMatrix(space.matrix)),
+      fromRgb_(fromRgbMatrix(space.matrix)),
       matrix_(matrixStep(hypothesis.matrix)) {}
 
 Vector3 Prediction::ranged(RangeStep step, const Vector3& rgb) const {
@@ -213,10 +215,10 @@ Vector3 Prediction::ranged(RangeStep step, const Vector3& rgb) const {
       break;
     case RangeStep::Compress:
     case RangeStep::Expand:
-      return product(toRgb_, rangedYCbCr(step == RangeStep::Compress, product(fromRgb_, rgb)));
+      return product(toRgb_, rangedYCbCr(step == RangeStep::Compress, product(fromRgb_, rgb), fullCodes_));
     case RangeStep::CompressRgb:
     case RangeStep::ExpandRgb:
-      return rangedRgb(step == RangeStep::CompressRgb, rgb);
+      return rangedRgb(step == RangeStep::CompressRgb, rgb, fullCodes_);
   }
   return rgb;
 }
@@ -235,7 +237,7 @@ Vector3 Prediction::toned(const Vector3& rgb, double exponent) const {
       if (hypothesis_.tone == ToneStep::PowerLuma) {
         signal[0] = raised(signal[0], exponent);
       } else {
-        const double code = raised((blackCode + lumaCodes * signal[0]) / fullCodes, exponent) * fullCodes;
+        const double code = raised((blackCode + lumaCodes * signal[0]) / fullCodes_, exponent) * fullCodes_;
         signal[0] = (code - blackCode) / lumaCodes;
       }
       return product(toRgb_, signal);

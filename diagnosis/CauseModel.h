@@ -62,12 +62,12 @@ const std::vector<Hypothesis>& singleCauses();
 const std::vector<Hypothesis>& pairsOfCauses();
 
 /// The same samples under the other side's tags; none where that changes nothing, or where one side is RGB.
-std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, std::uint16_t common);
+std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, const ComparedIn& space);
 
 /// A hypothesis on colours of the Y'PbPr of a common matrix.
 class Prediction {
  public:
-  Prediction(const Hypothesis& hypothesis, std::uint16_t common);
+  Prediction(const Hypothesis& hypothesis, const ComparedIn& space);
 
   /// Everything before the tone: R'G'B'; of a relabelling, all there is.
   Vector3 beforeTone(const Vector3& source) const;
@@ -78,6 +78,7 @@ class Prediction {
   Vector3 toned(const Vector3& rgb, double exponent) const;
   Vector3 ranged(RangeStep step, const Vector3& rgb) const;
   const Hypothesis& hypothesis_;
+  double fullCodes_;
   Matrix3 toRgb_, fromRgb_, matrix_;
 };
 

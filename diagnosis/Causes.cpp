@@ -12,11 +12,13 @@ namespace {
 constexpr double unknownCost = 1.75;
 /// A single cause that leaves less than this needs no second one.
 constexpr double explainedCost = 0.45;
-constexpr double gainComplexity = 1.5, toneComplexity = 3.5;
-/// What differs by less than this, in codes of 8 bits, is the same, whatever would explain it.
-constexpr double negligible = 1.0;
+constexpr double gainComplexity = 2.5, toneComplexity = 6;
+/// What differs by less than this part of the tolerance is the same, whatever would explain it.
+constexpr double negligibleShare = 0.5;
+/// Colours nearer to grey than this, on average, say nothing of what became of chroma.
+constexpr double leastChroma = 0.01;
 /// Fewer colours than this do not tell causes apart.
-constexpr double fewestColors = 6;
+constexpr double fewestColors = 2;
 
 /// All explanations of one comparison.
 struct Explanations {
@@ -37,17 +39,17 @@ bool isIdentity(const Hypothesis& hypothesis) {
 }
 
 void explain(Explanations& all, const ColorEvidence& evidence) {
-  all.known = fitCauses(singleCauses(), evidence.strata, evidence.common);
-  all.relabelling = relabelled(evidence.source, evidence.dest, evidence.common);
-  if (all.relabelling) all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.common));
+  all.known = fitCauses(singleCauses(), evidence.strata, evidence.space);
+  all.relabelling = relabelled(evidence.source, evidence.dest, evidence.space);
+  if (all.relabelling) all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.space));
   rank(all.known);
   all.identityCost = std::find_if(all.known.begin(), all.known.end(), [](const CauseFit& fit) {
                        return isIdentity(*fit.hypothesis);
                      })->cost;
   all.gain = fitGain(evidence.strata);
   all.toneCost = anyToneCost(evidence.strata);
-  if (std::min(all.known.front().cost, all.gain.cost) > explainedCost && differenceOf(evidence.strata) > negligible) {
-    for (const CauseFit& fit : fitCauses(pairsOfCauses(), evidence.strata, evidence.common)) all.known.push_back(fit);
+  if (all.known.front().cost > explainedCost && differenceOf(evidence.strata) > negligibleShare * evidence.tolerance) {
+    for (const CauseFit& fit : fitCauses(pairsOfCauses(), evidence.strata, evidence.space)) all.known.push_back(fit);
     rank(all.known);
   }
 }
@@ -60,7 +62,7 @@ double logistic(double value) {
 double confidenceOf(double score, double runnerUp, const ColorEvidence& evidence) {
   const double margin = std::min(2.0, (runnerUp - score) / std::max(0.3, score));
   const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
-  return logistic(2.0 + 1.5 * margin + 0.8 * colors);
+  return logistic(2.8 + 1.9 * margin + 1.0 * colors);
 }
 
 Direction directionOf(double exponent) {
@@ -75,18 +77,38 @@ Cause rangeCause(const Hypothesis& hypothesis) {
           .where = Where::Codes};
 }
 
+/// The direction in which the range would go if the samples were the same; none where both are in one.
+std::optional<Direction> flaggedDirection(const ColorEvidence& evidence) {
+  if (evidence.source.range == evidence.dest.range) return std::nullopt;
+  return evidence.source.range == SampleRange::Video ? Direction::Compressed : Direction::Expanded;
+}
+
 std::vector<Cause> relabelledCauses(const ColorEvidence& evidence) {
   std::vector<Cause> causes;
-  if (evidence.source.range != evidence.dest.range) {
-    const bool compressed = evidence.source.range == SampleRange::Video;
-    causes.push_back({.kind = CauseKind::Range,
-                      .direction = compressed ? Direction::Compressed : Direction::Expanded,
-                      .where = Where::Flags});
+  if (const std::optional<Direction> direction = flaggedDirection(evidence)) {
+    causes.push_back({.kind = CauseKind::Range, .direction = direction, .where = Where::Flags});
   }
   if (evidence.source.matrixInForce != evidence.dest.matrixInForce) {
     causes.push_back({.kind = CauseKind::Matrix, .where = Where::Tags});
   }
   return causes;
+}
+
+/// The exponent is told of signals from black to white, whatever an equaliser counted from.
+Cause powerCause(const CauseFit& fit, const ColorEvidence& evidence) {
+  Hypothesis onSignals = *fit.hypothesis;
+  if (onSignals.tone == ToneStep::PowerLumaCodes) onSignals.tone = ToneStep::PowerLuma;
+  const CauseFit told =
+      onSignals.tone == fit.hypothesis->tone ? fit : fitCause(onSignals, evidence.strata, evidence.space);
+  return {.kind = CauseKind::Power,
+          .exponent = told.exponent,
+          .exponentInterval = exponentInterval(told, evidence.strata, evidence.space),
+          .direction = directionOf(told.exponent)};
+}
+
+/// Beside a wrong range or matrix so small an exponent is what rounding on the way leaves.
+bool isLostBesideOthers(const CauseFit& fit) {
+  return (fit.hypothesis->hasRange() || fit.hypothesis->hasMatrix()) && std::abs(std::log(fit.exponent)) < 0.03;
 }
 
 std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidence) {
@@ -95,24 +117,19 @@ std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidenc
   std::vector<Cause> causes;
   if (hypothesis.hasRange()) causes.push_back(rangeCause(hypothesis));
   if (hypothesis.hasMatrix()) causes.push_back({.kind = CauseKind::Matrix, .where = Where::Codes});
-  if (hypothesis.hasExponent()) {
-    causes.push_back({.kind = CauseKind::Power,
-                      .exponent = fit.exponent,
-                      .exponentInterval = exponentInterval(fit, evidence.strata, evidence.common),
-                      .direction = directionOf(fit.exponent)});
-  }
+  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back(powerCause(fit, evidence));
   if (hypothesis.tone == ToneStep::CurveRgb) causes.push_back({.kind = CauseKind::Tone});
   if (causes.empty()) causes.push_back({.kind = CauseKind::Same});
   return causes;
 }
 
 /// Whether a line is that of one range taken for the other: deeper codes than 8 bits differ a little in it.
-std::optional<Direction> rangeOf(const GainFit& fit) {
+std::optional<Direction> rangeOf(const GainFit& fit, bool grey) {
   constexpr double gainReach = 0.012, codesReach = 2;
   const double compressed = lumaCodes / 255, shift = 16.0 / 255;
   const auto near = [&](double gain, double offset) {
     return std::abs(fit.gain - gain) <= gainReach && std::abs(lumaCodes * (fit.offset - offset)) <= codesReach &&
-           std::abs(fit.chroma / gain - 1) <= 0.05;
+           (grey || std::abs(fit.chroma / gain - 1) <= 0.05);
   };
   if (near(compressed, shift)) return Direction::Compressed;
   if (near(1 / compressed, -shift / compressed)) return Direction::Expanded;
@@ -125,9 +142,10 @@ bool isSaturation(const GainFit& fit) {
   return std::abs(fit.gain - 1) <= gainReach && std::abs(lumaCodes * fit.offset) <= codesReach;
 }
 
-Cause gainCause(const GainFit& fit) {
-  if (const std::optional<Direction> direction = rangeOf(fit)) {
-    return {.kind = CauseKind::Range, .direction = direction, .where = Where::Codes};
+Cause gainCause(const GainFit& fit, const ColorEvidence& evidence) {
+  if (const std::optional<Direction> direction = rangeOf(fit, extentOf(evidence.strata).chroma < leastChroma)) {
+    const bool flagged = direction == flaggedDirection(evidence) && evidence.source.model == evidence.dest.model;
+    return {.kind = CauseKind::Range, .direction = direction, .where = flagged ? Where::Flags : Where::Codes};
   }
   if (isSaturation(fit)) return {.kind = CauseKind::Tone};
 
@@ -155,7 +173,7 @@ bool namesTheSame(const Verdict& one, const Verdict& other) {
 std::vector<Verdict> verdictsOf(const Explanations& all, const ColorEvidence& evidence) {
   std::vector<Verdict> verdicts;
   for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score()});
-  verdicts.push_back({{gainCause(all.gain)}, all.gain.cost, CauseFit::score(all.gain.cost, gainComplexity)});
+  verdicts.push_back({{gainCause(all.gain, evidence)}, all.gain.cost, CauseFit::score(all.gain.cost, gainComplexity)});
   verdicts.push_back({{Cause{.kind = CauseKind::Tone}}, all.toneCost, CauseFit::score(all.toneCost, toneComplexity)});
   std::stable_sort(verdicts.begin(), verdicts.end(),
                    [](const Verdict& one, const Verdict& other) { return one.score < other.score; });
@@ -171,7 +189,7 @@ Verdict chosen(const std::vector<Verdict>& verdicts) {
 
 bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
   const double difference = differenceOf(evidence.strata);
-  if (difference <= std::min(negligible, evidence.tolerance)) return true;
+  if (difference <= negligibleShare * evidence.tolerance) return true;
   if (difference > evidence.tolerance) return false;
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
@@ -204,7 +222,9 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
   const std::vector<Verdict> verdicts = verdictsOf(all, evidence);
   Verdict best = chosen(verdicts);
   if (isTheSame(best, all, evidence)) return sameCauses(all, evidence);
-  if (kindOf(best) == CauseKind::Same) best = {{Cause{.kind = CauseKind::Tone}}, all.toneCost, best.score};
+  if (kindOf(best) == CauseKind::Same) {
+    best = {{Cause{.kind = CauseKind::Tone}}, std::min(all.toneCost, all.identityCost), best.score};
+  }
 
   const double confidence = confidenceOf(best.score, runnerUpScore(best, verdicts), evidence);
   for (Cause& cause : best.causes) {
@@ -215,7 +235,7 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
 }
 
 double differentConfidence(double score) {
-  return std::clamp(1.0 - score, 0.5, 0.99);
+  return logistic(14 * (0.95 - score));
 }
 
 }  // namespace diagnosis

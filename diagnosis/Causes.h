@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
 #include "diagnosis/Finding.h"
@@ -13,9 +12,9 @@ struct ColorEvidence {
   const std::vector<Stratum>& strata;
   const SideTags& source;
   const SideTags& dest;
-  std::uint16_t common = 1;  ///< the matrix of the strata
-  double tolerance = 2;      ///< codes of 8 bits
-  double explained = 1;      ///< Correspondence::score
+  ComparedIn space;      ///< of the strata
+  double tolerance = 2;  ///< codes of 8 bits
+  double explained = 1;  ///< Correspondence::score
   bool identicalSamples = false;
 };
 

@@ -33,25 +33,25 @@ bool areIdentical(const movie::Picture& source, const movie::Picture& dest) {
 /// What the frames of a question have in common.
 struct Evidence {
   StrataBuilder strata;
-  Correspondence best, worst{2, {}, false};
+  Correspondence best;
   int frames = 0, dark = 0, unmatched = 0, flat = 0;
   bool identical = true;
 };
 
-void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t common) {
+void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix) {
   ++evidence.frames;
   evidence.identical = evidence.identical && areIdentical(*pair.source, *pair.dest);
-  Signal source = signalOf(*pair.source, question.source, common);
-  Signal dest = signalOf(*pair.dest, question.dest, common);
+  Signal source = signalOf(*pair.source, question.source, matrix);
+  Signal dest = signalOf(*pair.dest, question.dest, matrix);
   if (isDark(source)) {
     ++evidence.dark;
     return;
   }
   const PlacementFit fit = findPlacement(source, dest);
-  const bool same = fit.explained >= samePictureExplained;
+  const bool whole = fit.placement.source == Region();
+  const bool same = fit.explained >= (whole ? samePictureExplained : samePartExplained);
   const Correspondence found{fit.explained, fit.placement, same};
   if (found.score > evidence.best.score) evidence.best = found;
-  if (found.score < evidence.worst.score) evidence.worst = found;
   if (!same) {
     const ToneFit tone = fitTone(source.luma(), dest.luma());
     const bool flat = tone.sourceDeviation < leastDeviation && tone.destDeviation < leastDeviation;
@@ -62,12 +62,18 @@ void look(Evidence& evidence, const FramePair& pair, const Question& question, s
   evidence.strata.add(aligned_.source, aligned_.dest);
 }
 
-/// The matrix whose luma both sides are compared by: the destination's, of an RGB one the source's.
-std::uint16_t commonMatrix(const Question& question) {
+/// The destination's matrix, of an RGB one the source's: its luma is what both sides are compared by.
+ComparedIn spaceOf(const Question& question) {
+  constexpr std::uint16_t yCgCo = 8;
+  constexpr double deepFullCodes = 255.75;
+  ComparedIn space;
+  if (question.source.depth > 8 && question.dest.depth > 8) space.fullCodes = deepFullCodes;
   for (const SideTags* side : {&question.dest, &question.source}) {
-    if (side->model == movie::PictureModel::YCbCr && side->matrixInForce != 8) return side->matrixInForce;
+    if (side->model != movie::PictureModel::YCbCr || side->matrixInForce == yCgCo) continue;
+    space.matrix = side->matrixInForce;
+    break;
   }
-  return 1;
+  return space;
 }
 
 Cause withoutNumber(CauseKind kind, double confidence) {
@@ -85,12 +91,18 @@ std::optional<Cause> plainCause(const Evidence& evidence) {
   return std::nullopt;
 }
 
+/// A part of one picture that only looks like the other: its colours have nothing to do with each other.
+bool isPlacedByChance(const Finding& finding) {
+  constexpr double unrelatedCodes = 5;
+  return !finding.correspondence.placement.isPlain() && finding.main().residual > unrelatedCodes;
+}
+
 }  // namespace
 
 Finding diagnose(const Question& question) {
-  const std::uint16_t common = commonMatrix(question);
+  const ComparedIn space = spaceOf(question);
   Evidence evidence;
-  for (const FramePair& pair : question.frames) look(evidence, pair, question, common);
+  for (const FramePair& pair : question.frames) look(evidence, pair, question, space.matrix);
 
   Finding finding;
   finding.tags = compareTags(question.source, question.dest);
@@ -105,8 +117,9 @@ Finding diagnose(const Question& question) {
     finding.difference = differenceOf(strata);
     finding.curve = fitTone(evidence.strata.calmSource(), evidence.strata.calmDest()).curve;
     finding.causes = causesOf(
-        {strata, question.source, question.dest, common, question.tolerance, evidence.best.score, evidence.identical});
+        {strata, question.source, question.dest, space, question.tolerance, evidence.best.score, evidence.identical});
   }
+  if (isPlacedByChance(finding)) finding.causes = {withoutNumber(CauseKind::Different, 0.6)};
   finding.action = actionFor(finding);
   return finding;
 }

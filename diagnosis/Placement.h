@@ -17,7 +17,7 @@ struct Region {
 struct Placement {
   /// Of the source: first its rows become columns, then left and right, or top and bottom, change sides.
   bool transposed = false, mirroredX = false, mirroredY = false;
-  Region source, dest;
+  Region source{}, dest{};
   bool isPlain() const { return *this == Placement(); }
   friend bool operator==(const Placement&, const Placement&) = default;
 };

@@ -46,26 +46,31 @@ Signal reducedLuma(const Signal& signal, int width, int height) {
   return reduced({signal.width, signal.height, {signal.planes[0], {}, {}}}, width, height);
 }
 
-/// Luma of both sides in one small size, on which placements are tried.
+/// Luma of the source and of a part of the destination in one small size, on which the source's place is tried. The
+/// placements are of that part.
 class Trial {
  public:
-  Trial(const Signal& source, const Signal& dest, int width, int height)
-      : source_(reducedLuma(source, width, height)), dest_(reducedLuma(dest, width, height)) {}
+  Trial(const Signal& source, const Signal& dest, const Region& part, int width, int height)
+      : part_(part),
+        source_(reducedLuma(source, width, height)),
+        dest_(reducedLuma(aligned(source, dest, {.dest = part}).dest, width, height)) {}
 
-  double explained(const Placement& placement) const {
+  PlacementFit fit(Placement placement) const {
+    placement.dest = Region();
     const AlignedPair pair = aligned(source_, dest_, placement);
-    return explainedShare(pair.source, pair.dest);
-  }
-
-  /// The better of the two.
-  PlacementFit better(const PlacementFit& best, const Placement& other) const {
-    const double share = explained(other);
-    return share > best.explained ? PlacementFit{other, share} : best;
+    const double explained = explainedShare(pair.source, pair.dest);
+    placement.dest = part_;
+    return {placement, explained};
   }
 
  private:
+  Region part_;
   Signal source_, dest_;
 };
+
+PlacementFit better(const PlacementFit& one, const PlacementFit& other) {
+  return other.explained > one.explained ? other : one;
+}
 
 std::vector<Placement> turned(const Placement& upright) {
   std::vector<Placement> all;
@@ -96,22 +101,28 @@ std::vector<std::pair<double, double>> axisCrops() {
   return crops;
 }
 
-PlacementFit bestCrop(const Trial& trial, PlacementFit best, const Placement& base) {
+PlacementFit bestCrop(const Trial& trial, const Placement& base) {
   static const std::vector<std::pair<double, double>> crops = axisCrops();
+  PlacementFit best = trial.fit(base);
   for (const auto& [left, right] : crops) {
     for (const auto& [top, bottom] : crops) {
       Placement placement = base;
       placement.source = {left, top, right, bottom};
-      best = trial.better(best, placement);
+      best = better(best, trial.fit(placement));
     }
   }
   return best;
 }
 
+/// Whether a move is worth it: it explains some of what was left.
+bool isWorth(const PlacementFit& moved, const PlacementFit& best) {
+  return moved.explained - best.explained > 0.03 * (1.0 - best.explained);
+}
+
 /// Moves the four edges of the source's region by ever smaller steps as long as that explains more.
 PlacementFit refined(const Trial& trial, PlacementFit best, double step, double smallest) {
-  best.explained = trial.explained(best.placement);
-  for (; step >= smallest; step /= 2) {
+  constexpr double nothingLeft = 0.998;
+  for (; step >= smallest && best.explained < nothingLeft; step /= 2) {
     for (bool moved = true; moved;) {
       moved = false;
       for (double Region::*edge : {&Region::left, &Region::right, &Region::top, &Region::bottom}) {
@@ -119,9 +130,10 @@ PlacementFit refined(const Trial& trial, PlacementFit best, double step, double 
           Placement other = best.placement;
           other.source.*edge = std::clamp(other.source.*edge + by, 0.0, 1.0);
           if (other.source.width() < leastPicture || other.source.height() < leastPicture) continue;
-          const PlacementFit next = trial.better(best, other);
-          moved = moved || next.explained > best.explained + 1e-4;
+          const PlacementFit next = trial.fit(other);
+          if (!isWorth(next, best)) continue;
           best = next;
+          moved = true;
         }
       }
     }
@@ -129,28 +141,30 @@ PlacementFit refined(const Trial& trial, PlacementFit best, double step, double 
   return best;
 }
 
-/// Bars and turns at first; where none of them fits, crops.
-PlacementFit searched(const Signal& source, const Signal& dest) {
-  const Trial trial(source, dest, triedWidth, triedHeight);
-  Placement inBars;
-  inBars.source = withoutBars(source);
-  inBars.dest = withoutBars(dest);
-  PlacementFit best{{}, trial.explained({})};
-  for (const Placement& upright : {Placement(), inBars}) {
-    for (const Placement& placement : turned(upright)) best = trial.better(best, placement);
+/// Turns at first, of all of the source and of what is within its bars; where none of them fits, crops.
+PlacementFit searched(const Signal& source, const Signal& dest, const Region& destPart) {
+  const Trial trial(source, dest, destPart, triedWidth, triedHeight);
+  PlacementFit best = trial.fit({});
+  for (const Region& part : {Region(), withoutBars(source)}) {
+    for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
   }
   if (best.explained < samePictureExplained) {
-    const Trial coarse(source, dest, 40, 30);
-    PlacementFit crop{{}, coarse.explained({})};
+    const Trial coarse(source, dest, destPart, 40, 30);
     for (const bool mirrored : {false, true}) {
-      Placement base;
-      base.mirroredX = mirrored;
-      base.dest = inBars.dest;
-      crop = bestCrop(coarse, crop, base);
+      const PlacementFit crop = bestCrop(coarse, {.mirroredX = mirrored});
+      best = better(best, refined(trial, trial.fit(crop.placement), 0.02, 0.01));
     }
-    best = trial.better(best, crop.placement);
   }
-  return refined(trial, best, 0.02, 0.004);
+  return refined(trial, best, 0.02, 0.002);
+}
+
+/// One sample further in where there is a bar: its edge is half bar.
+Region insideEdges(Region region, const Signal& signal) {
+  if (region.left > 0) region.left += 1.0 / signal.width;
+  if (region.right < 1) region.right -= 1.0 / signal.width;
+  if (region.top > 0) region.top += 1.0 / signal.height;
+  if (region.bottom < 1) region.bottom -= 1.0 / signal.height;
+  return region;
 }
 
 }  // namespace
@@ -172,15 +186,14 @@ Region withoutBars(const Signal& signal) {
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
-  const double plain = Trial(source, dest, triedWidth, triedHeight).explained({});
-  if (plain >= plainEnough) return {{}, plain};
-  const PlacementFit found = searched(source, dest);
-  if (found.placement.isPlain()) return {{}, plain};
-  const AlignedPair pair = aligned(source, dest, found.placement);
-  const double explained = explainedShare(reducedLuma(pair.source, triedWidth, triedHeight),
-                                          reducedLuma(pair.dest, triedWidth, triedHeight));
-  const bool clearly = plain < samePictureExplained ? explained > plain + 0.05 : 1.0 - explained < 0.6 * (1.0 - plain);
-  return clearly ? PlacementFit{found.placement, explained} : PlacementFit{{}, plain};
+  const PlacementFit plain = Trial(source, dest, {}, triedWidth, triedHeight).fit({});
+  if (plain.explained >= plainEnough) return plain;
+  const Region inBars = insideEdges(withoutBars(dest), dest);
+  PlacementFit found = searched(source, dest, {});
+  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
+  const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
+                                                              : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
+  return clearly ? found : plain;
 }
 
 }  // namespace diagnosis

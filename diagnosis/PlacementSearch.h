@@ -13,8 +13,8 @@ struct PlacementFit {
   double explained = 0;
 };
 
-/// From this on two pictures show the same.
-constexpr double samePictureExplained = 0.9;
+/// From this on two pictures show the same; where one was looked for in the other, chance has to be kept out.
+constexpr double samePictureExplained = 0.9, samePartExplained = 0.93;
 
 /// The plain placement, unless bars, a crop, a mirror or a turn by right angles fit clearly better.
 PlacementFit findPlacement(const Signal& source, const Signal& dest);

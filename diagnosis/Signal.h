@@ -23,6 +23,13 @@ struct Signal {
   std::size_t size() const { return planes[0].size(); }
 };
 
+/// What colours are compared in.
+struct ComparedIn {
+  std::uint16_t matrix = 1;  ///< of the Y'PbPr: an ITU-T H.273 index
+  /// The highest full range code, in codes of 8 bits: 255, and a little more where both sides are deeper.
+  double fullCodes = 255;
+};
+
 /// The matrix that turns R'G'B' into Y'PbPr of an ITU-T H.273 index: 1, 4, 5, 6, 7, 8 or 9; others count as 1.
 Matrix3 fromRgbMatrix(std::uint16_t matrix);
 Matrix3 toRgbMatrix(std::uint16_t matrix);

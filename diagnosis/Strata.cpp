@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "diagnosis/ToneCurve.h"
+
 namespace diagnosis {
 namespace {
 
@@ -30,20 +32,36 @@ std::vector<float> activityOf(const Signal& signal, const Signal& blocks) {
   return reduced(distances, blocks.width, blocks.height).planes[0];
 }
 
-/// The activity up to which blocks are taken.
-float calmLimit(std::vector<float> activity) {
-  const auto place = activity.begin() + static_cast<std::ptrdiff_t>(calmShare * static_cast<double>(activity.size()));
-  std::nth_element(activity.begin(), place, activity.end());
-  return std::max(*place, static_cast<float>(calmCodes / lumaCodes));
+std::size_t binOf(float value, float low, float high, int bins) {
+  return static_cast<std::size_t>(
+      std::clamp((value - low) / (high - low) * static_cast<float>(bins), 0.0F, static_cast<float>(bins) - 0.5F));
+}
+
+std::size_t lumaBin(float luma) {
+  return binOf(luma, -0.1F, 1.1F, lumaBins);
 }
 
 std::size_t cellOf(float luma, float pb, float pr) {
-  const auto bin = [](float value, float low, float high, int bins) {
-    return static_cast<std::size_t>(
-        std::clamp((value - low) / (high - low) * static_cast<float>(bins), 0.0F, static_cast<float>(bins) - 0.5F));
-  };
-  return (bin(luma, -0.1F, 1.1F, lumaBins) * chromaBins + bin(pb, -0.5F, 0.5F, chromaBins)) * chromaBins +
-         bin(pr, -0.5F, 0.5F, chromaBins);
+  return (lumaBin(luma) * chromaBins + binOf(pb, -0.5F, 0.5F, chromaBins)) * chromaBins +
+         binOf(pr, -0.5F, 0.5F, chromaBins);
+}
+
+/// For each level of luma the activity up to which blocks are taken: highlights are restless, and rare.
+using LevelLimits = std::array<float, lumaBins>;
+
+LevelLimits calmLimits(const Signal& blocks, const std::vector<float>& activity) {
+  std::array<std::vector<float>, lumaBins> byLevel;
+  for (std::size_t i = 0; i < activity.size(); ++i) byLevel[lumaBin(blocks.luma()[i])].push_back(activity[i]);
+  LevelLimits limits{};
+  for (std::size_t level = 0; level < byLevel.size(); ++level) {
+    std::vector<float>& values = byLevel[level];
+    limits[level] = static_cast<float>(calmCodes / lumaCodes);
+    if (values.empty()) continue;
+    const auto place = values.begin() + static_cast<std::ptrdiff_t>(calmShare * static_cast<double>(values.size()));
+    std::nth_element(values.begin(), place, values.end());
+    limits[level] = std::max(limits[level], *place);
+  }
+  return limits;
 }
 
 /// The mean of what lies near the median. Sorts.
@@ -72,9 +90,11 @@ void StrataBuilder::add(const Signal& source, const Signal& dest) {
   const int width = std::max(1, source.width / blockSide), height = std::max(1, source.height / blockSide);
   const Signal sourceBlocks = reduced(source, width, height), destBlocks = reduced(dest, width, height);
   const std::vector<float> activity = activityOf(source, sourceBlocks);
-  const float limit = calmLimit(activity);
+  const LevelLimits limits = calmLimits(sourceBlocks, activity);
+  const std::vector<bool> covered = coveredSamples(sourceBlocks, destBlocks);
   for (std::size_t at = 0; at < activity.size(); ++at) {
-    if (activity[at] > limit) continue;
+    if (activity[at] > limits[lumaBin(sourceBlocks.luma()[at])] || covered[at]) continue;
+    activity_.push_back(activity[at]);
     for (std::size_t plane = 0; plane < 3; ++plane) {
       calm_[0][plane].push_back(sourceBlocks.planes[plane][at]);
       calm_[1][plane].push_back(destBlocks.planes[plane][at]);
@@ -109,13 +129,15 @@ std::vector<Stratum> StrataBuilder::strata() const {
     stratum.samples = count;
     stratum.weight = count / (count + 5.0);
     for (std::size_t plane = 0; plane < 3; ++plane) {
-      double sum = 0;
+      double sum = 0, spread = 0;
       changes.clear();
       for (const std::uint32_t i : members[cell]) {
         sum += double{calm_[0][plane][i]};
+        spread += double{activity_[i]};
         changes.push_back(calm_[1][plane][i] - calm_[0][plane][i]);
       }
       stratum.source[plane] = sum / static_cast<double>(members[cell].size());
+      stratum.spread = spread / static_cast<double>(members[cell].size());
       stratum.dest[plane] = stratum.source[plane] + robustMean(changes);
     }
     result.push_back(stratum);

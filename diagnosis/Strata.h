@@ -11,6 +11,7 @@ struct Stratum {
   Vector3 source{}, dest{};
   double weight = 0;   ///< 0 to 1: how much it counts beside others
   double samples = 0;  ///< how many there are in the pictures
+  double spread = 0;   ///< how far the source's luma lies from the mean within a block, on average
 };
 
 /// Gathers pairs of samples by the source's colour: means of small blocks, of calm ones if there are enough, since a
@@ -28,6 +29,7 @@ class StrataBuilder {
 
  private:
   std::array<std::vector<float>, 3> calm_[2];  ///< of the source, of the destination
+  std::vector<float> activity_;
 };
 
 /// What a set of strata lets one tell: how many there are, and how far their colours lie from grey.

@@ -75,6 +75,7 @@ SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture
   tags.transferFunction = statedOr(stated.transferFunction, picture.transferFunction);
   tags.matrix = statedOr(stated.matrix, picture.matrix);
   tags.model = picture.model;
+  tags.depth = picture.depth;
   tags.statedRange = picture.range;
   tags.range = rangeInForce(picture);
   tags.matrixInForce = picture.model == movie::PictureModel::YCbCr ? movie::matrixIndexInForce(tags.nclc, picture) : 0;

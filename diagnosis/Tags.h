@@ -18,6 +18,7 @@ struct SideTags {
   /// ITU-T H.273: of the NCLC record where it says something, else of the bitstream; 2 where neither does.
   std::uint16_t primaries = 2, transferFunction = 2, matrix = 2;
   movie::PictureModel model = movie::PictureModel::YCbCr;
+  int depth = 8;  ///< bits of a coded sample
   movie::PictureRange statedRange = movie::PictureRange::Unspecified;
   SampleRange range = SampleRange::Video;  ///< in force
   /// In force, as ITU-T H.273 numbers it: 0 for RGB and grey.

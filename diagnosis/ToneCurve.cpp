@@ -46,48 +46,68 @@ std::size_t partOf(const Signal& signal, int x, int y) {
 }
 
 template <typename Take>
-void forEachSample(const Signal& signal, const PartsOut& out, Take take) {
+void forEachSample(const Signal& signal, Take take) {
   std::size_t at = 0;
   for (int y = 0; y < signal.height; ++y) {
-    for (int x = 0; x < signal.width; ++x, ++at) {
-      const std::size_t part = partOf(signal, x, y);
-      if (!out[part]) take(at, part);
-    }
+    for (int x = 0; x < signal.width; ++x, ++at) take(at, partOf(signal, x, y));
   }
 }
 
-/// What the means of the curve leave unexplained, in all and in each part.
+/// What the means of the curve leave unexplained: of all parts but those that are out, and in each part.
 struct Unexplained {
   double all = 0, scatter = 0;
-  std::array<double, std::tuple_size_v<PartsOut>> parts{};
+  std::array<double, std::tuple_size_v<PartsOut>> parts{}, samples{};
+  /// A root mean square, in codes of 8 bits.
+  double inPart(std::size_t part) const { return lumaCodes * std::sqrt(parts[part] / std::max(1.0, samples[part])); }
 };
 
+/// The means of the bins; an empty one's goes on from the nearest as a straight line would.
+std::array<double, bins> curveThrough(const std::array<Sums, bins>& sums) {
+  constexpr double width = double{highest - lowest} / double{bins};
+  std::array<double, bins> curve{};
+  for (std::size_t bin = 0; bin < bins; ++bin) {
+    for (std::size_t away = 0; away < bins; ++away) {
+      const bool below = away <= bin && sums[bin - away].count > 0;
+      const bool above = bin + away < bins && sums[bin + away].count > 0;
+      if (!below && !above) continue;
+      const Sums& nearest = below ? sums[bin - away] : sums[bin + away];
+      const double distance = width * static_cast<double>(away);
+      curve[bin] = nearest.dest / nearest.count + (below ? distance : -distance);
+      break;
+    }
+  }
+  return curve;
+}
+
+/// The curve is that of the parts that are not out.
 Unexplained unexplained(const Signal& source, const Signal& dest, const PartsOut& out) {
   std::array<Sums, bins> sums;
   Sums all;
-  forEachSample(source, out, [&](std::size_t at, std::size_t) {
+  forEachSample(source, [&](std::size_t at, std::size_t part) {
+    if (out[part]) return;
     const double s = double{source.luma()[at]}, d = double{dest.luma()[at]};
     sums[binOf(source.luma()[at])].add(s, d);
     all.add(s, d);
   });
+  const std::array<double, bins> curve = curveThrough(sums);
   Unexplained result;
   result.scatter = all.destScatter();
-  forEachSample(source, out, [&](std::size_t at, std::size_t part) {
-    const Sums& bin = sums[binOf(source.luma()[at])];
-    const double error = double{dest.luma()[at]} - bin.dest / bin.count;
+  forEachSample(source, [&](std::size_t at, std::size_t part) {
+    const double error = double{dest.luma()[at]} - curve[binOf(source.luma()[at])];
     result.parts[part] += error * error;
-    result.all += error * error;
+    ++result.samples[part];
+    if (!out[part]) result.all += error * error;
   });
   return result;
 }
 
-PartsOut worstTenth(const Unexplained& found) {
+PartsOut worstSeventh(const Unexplained& found) {
   std::array<std::size_t, std::tuple_size_v<PartsOut>> order{};
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::sort(order.begin(), order.end(),
             [&](std::size_t one, std::size_t other) { return found.parts[one] > found.parts[other]; });
   PartsOut out{};
-  for (std::size_t i = 0; i < order.size() / 10; ++i) out[order[i]] = true;
+  for (std::size_t i = 0; i < order.size() / 7; ++i) out[order[i]] = true;
   return out;
 }
 
@@ -113,9 +133,26 @@ ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest
 }
 
 double explainedShare(const Signal& source, const Signal& dest) {
-  const PartsOut out = worstTenth(unexplained(source, dest, {}));
+  const PartsOut out = worstSeventh(unexplained(source, dest, {}));
   const Unexplained left = unexplained(source, dest, out);
   return left.scatter > 0 ? std::max(0.0, 1.0 - left.all / left.scatter) : 0.0;
+}
+
+std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
+  constexpr double farOff = 8, farOffTimes = 4;
+  const PartsOut worst = worstSeventh(unexplained(source, dest, {}));
+  const Unexplained left = unexplained(source, dest, worst);
+  std::vector<double> errors;
+  for (std::size_t part = 0; part < worst.size(); ++part) {
+    if (!worst[part]) errors.push_back(left.inPart(part));
+  }
+  const auto middle = errors.begin() + static_cast<std::ptrdiff_t>(errors.size() / 2);
+  std::nth_element(errors.begin(), middle, errors.end());
+  const double limit = std::max(farOff, farOffTimes * *middle);
+  std::vector<bool> covered;
+  forEachSample(source,
+                [&](std::size_t, std::size_t part) { covered.push_back(worst[part] && left.inPart(part) > limit); });
+  return covered;
 }
 
 }  // namespace diagnosis

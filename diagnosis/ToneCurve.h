@@ -20,8 +20,13 @@ struct ToneFit {
 /// Two lumas of as many samples.
 ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest);
 
-/// How much of the destination's variance a tone curve of the source explains, 0 to 1; 0 where it has none. The tenth
-/// of the picture that it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one size.
+/// How much of the destination's variance a tone curve of the source explains, 0 to 1; 0 where it has none. The seventh
+/// part of the picture that it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one
+/// size.
 double explainedShare(const Signal& source, const Signal& dest);
+
+/// Where something lies over the destination that is not in the source: parts that the tone curve misses by far.
+/// One for each sample.
+std::vector<bool> coveredSamples(const Signal& source, const Signal& dest);
 
 }  // namespace diagnosis

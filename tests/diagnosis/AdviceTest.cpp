@@ -1,0 +1,142 @@
+#include <gtest/gtest.h>
+
+#include "diagnosis/Advice.h"
+#include "diagnosis/FindingText.h"
+
+namespace diagnosis {
+namespace {
+
+SideTags taggedSide(std::uint16_t matrix = 1) {
+  SideTags tags;
+  tags.nclc = movie::NclcParameters{0, 1, 1, matrix};
+  tags.primaries = tags.transferFunction = 1;
+  tags.matrix = tags.matrixInForce = matrix;
+  return tags;
+}
+
+Finding finding(Cause cause, const SideTags& source, const SideTags& dest) {
+  cause.confidence = cause.confidence > 0 ? cause.confidence : 0.9;
+  Finding result;
+  result.causes = {cause};
+  result.frames = 1;
+  result.tags = compareTags(source, dest);
+  return result;
+}
+
+Action actionOn(const Cause& cause, const SideTags& source = taggedSide(), const SideTags& dest = taggedSide()) {
+  return actionFor(finding(cause, source, dest));
+}
+
+constexpr Cause same{.kind = CauseKind::Same};
+
+TEST(Advice, IsNothingWhereNothingDiffers) {
+  EXPECT_EQ(actionOn(same), Action::Nothing);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Identical}), Action::Nothing);
+}
+
+TEST(Advice, IsASyncOnlyWhereThatHelps) {
+  SideTags untagged = taggedSide();
+  untagged.nclc.reset();
+  untagged.primaries = untagged.transferFunction = untagged.matrix = 2;
+  EXPECT_EQ(actionOn(same, taggedSide(), untagged), Action::Sync);
+
+  SideTags gamma = taggedSide();
+  gamma.gamma = 144179;
+  EXPECT_EQ(actionOn(same, gamma, taggedSide()), Action::Sync);
+  EXPECT_EQ(actionOn(same, taggedSide(), gamma), Action::Sync) << "a sync removes it";
+
+  EXPECT_EQ(actionOn({.kind = CauseKind::Power, .exponent = 1.2}, gamma, taggedSide()), Action::ExportAgain)
+      << "the pixels differ, too";
+}
+
+TEST(Advice, IsATagWhereASyncWouldBeWrong) {
+  SideTags bitstreamOnly = taggedSide(), silent = taggedSide();
+  bitstreamOnly.nclc.reset();
+  silent.nclc.reset();
+  silent.primaries = silent.transferFunction = 2;
+  EXPECT_EQ(actionOn(same, bitstreamOnly, silent), Action::TagDestination) << "the source has nothing to copy";
+
+  SideTags converted = taggedSide(6);
+  converted.gamma = 144179;
+  EXPECT_EQ(actionOn(same, taggedSide(), converted), Action::TagDestination)
+      << "the samples are in another matrix now, rightly";
+
+  SideTags profile = taggedSide();
+  profile.iccProfile = movie::Bytes(1);
+  EXPECT_EQ(actionOn(same, taggedSide(), profile), Action::TagDestination) << "a sync removes no profile";
+}
+
+TEST(Advice, FollowsTheCause) {
+  EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Codes}), Action::ExportAgain);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Flags}), Action::TagDestination);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Matrix, .where = Where::Codes}), Action::ExportAgain);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Matrix, .where = Where::Tags}, taggedSide(), taggedSide(6)), Action::Sync);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Gain}), Action::ExportAgain);
+  EXPECT_EQ(actionOn({.kind = CauseKind::Tone}), Action::ExportAgain);
+  for (const CauseKind kind : {CauseKind::Different, CauseKind::Dark, CauseKind::Unreadable}) {
+    EXPECT_EQ(actionOn({.kind = kind}), Action::ChooseAnotherFrame);
+  }
+  EXPECT_EQ(actionOn({.kind = CauseKind::Power, .confidence = 0.3, .exponent = 1.2}), Action::CannotTell);
+}
+
+TEST(FindingText, HasASentenceForEachCause) {
+  const Cause causes[] = {
+      {.kind = CauseKind::Identical},
+      same,
+      {.kind = CauseKind::Power, .exponent = 1.2, .direction = Direction::Darker},
+      {.kind = CauseKind::Range, .direction = Direction::Compressed, .where = Where::Codes},
+      {.kind = CauseKind::Range, .direction = Direction::Expanded, .where = Where::Codes},
+      {.kind = CauseKind::Range, .direction = Direction::Compressed, .where = Where::Flags},
+      {.kind = CauseKind::Range, .direction = Direction::Expanded, .where = Where::Flags},
+      {.kind = CauseKind::Gain, .gain = 0.8, .offset = -3, .direction = Direction::Darker},
+      {.kind = CauseKind::Tone},
+      {.kind = CauseKind::Matrix, .where = Where::Codes},
+      {.kind = CauseKind::Matrix, .where = Where::Tags},
+      {.kind = CauseKind::Different},
+      {.kind = CauseKind::Dark},
+      {.kind = CauseKind::Unreadable},
+  };
+  std::vector<std::string> verdicts;
+  for (const Cause& cause : causes) {
+    Finding each = finding(cause, taggedSide(), taggedSide());
+    each.action = actionFor(each);
+    const FindingText text = textOf(each);
+    EXPECT_EQ(text.verdict.back(), '.');
+    EXPECT_EQ(text.advice.back(), '.');
+    EXPECT_EQ(std::count(verdicts.begin(), verdicts.end(), text.verdict), 0) << text.verdict;
+    verdicts.push_back(text.verdict);
+  }
+}
+
+TEST(FindingText, TellsAnExponentWithItsInterval) {
+  Finding power = finding({.kind = CauseKind::Power,
+                           .exponent = 1.2222,
+                           .exponentInterval = Interval{1.21, 1.2344},
+                           .direction = Direction::Darker},
+                          taggedSide(), taggedSide());
+  power.action = actionFor(power);
+  EXPECT_EQ(textOf(power).verdict, "Gamma shift: the destination is darker, by an exponent of 1.22 (1.21 to 1.23).");
+  EXPECT_NE(textOf(power).advice.find("1.8 and 2.2"), std::string::npos) << "the setting that such a number means";
+  power.causes[0].exponent = 1.3;
+  EXPECT_EQ(textOf(power).advice, "Export again, without a gamma conversion.");
+}
+
+TEST(FindingText, TellsADoubtfulFindingAsNoVerdict) {
+  Finding doubtful = finding({.kind = CauseKind::Tone, .confidence = 0.3}, taggedSide(), taggedSide());
+  doubtful.action = actionFor(doubtful);
+  EXPECT_EQ(textOf(doubtful).verdict.rfind("No verdict: ", 0), 0U);
+}
+
+TEST(FindingText, NamesTagsThatDifferAndWhereThePictureLies) {
+  SideTags source = taggedSide();
+  source.gamma = 144179;
+  Finding each = finding(same, source, taggedSide());
+  each.correspondence.placement.dest = {0, 0.1, 1, 0.9};
+  each.action = actionFor(each);
+  const FindingText text = textOf(each);
+  EXPECT_NE(text.why.find("gamma (not in the destination)"), std::string::npos) << text.why;
+  EXPECT_NE(text.why.find("set within bars"), std::string::npos) << text.why;
+}
+
+}  // namespace
+}  // namespace diagnosis

@@ -1,0 +1,207 @@
+#include <cmath>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "tests/diagnosis/PaintedPicture.h"
+
+namespace diagnosis::test {
+namespace {
+
+using movie::PictureRange;
+
+constexpr Coding bt709{}, bt601{.matrix = 6}, rgb{.matrix = 0, .range = PictureRange::Full, .depth = 8},
+    full{.range = PictureRange::Full};
+
+CauseKind kindOf(const Finding& finding) {
+  return finding.main().kind;
+}
+
+Paint raised(const Paint& paint, double exponent) {
+  return toned(paint, [=](double value) { return std::pow(value, exponent); });
+}
+
+TEST(Diagnosis, KnowsIdenticalSamples) {
+  const movie::Picture picture = painted(colorful());
+  const Finding finding = findingOf(picture, picture);
+  EXPECT_EQ(kindOf(finding), CauseKind::Identical);
+  EXPECT_TRUE(finding.identicalSamples);
+  EXPECT_TRUE(isAllClear(finding));
+  EXPECT_EQ(finding.action, Action::Nothing);
+}
+
+TEST(Diagnosis, CallsARightConversionTheSame) {
+  const Coding codings[] = {bt709, bt601, rgb, full, {.matrix = 9}, {.depth = 8}};
+  for (const Coding& from : codings) {
+    for (const Coding& to : codings) {
+      const Finding finding = findingOf(painted(colorful(), from), painted(colorful(), to), from.matrix, to.matrix);
+      const bool same = kindOf(finding) == CauseKind::Same || kindOf(finding) == CauseKind::Identical;
+      EXPECT_TRUE(same) << from.matrix << " of " << from.depth << " to " << to.matrix << " of " << to.depth;
+      EXPECT_LT(finding.difference, 1) << from.matrix << " to " << to.matrix;
+    }
+  }
+}
+
+TEST(Diagnosis, MeasuresAnExponent) {
+  for (const double exponent : {0.5, 0.8, 0.95, 1.05, 1.2, 1.96, 2.0}) {
+    for (const double seed : {0.0, 1.0, 2.0}) {
+      const Finding finding = findingOf(painted(colorful(seed)), painted(raised(colorful(seed), exponent)));
+      ASSERT_EQ(kindOf(finding), CauseKind::Power) << exponent;
+      EXPECT_NEAR(*finding.main().exponent, exponent, 0.01);
+      EXPECT_LE(finding.main().exponentInterval->low, exponent);
+      EXPECT_GE(finding.main().exponentInterval->high, exponent);
+      EXPECT_EQ(finding.main().direction, exponent > 1 ? Direction::Darker : Direction::Lighter);
+      EXPECT_EQ(finding.action, Action::ExportAgain);
+    }
+  }
+}
+
+TEST(Diagnosis, FindsARangeErrorInTheCodes) {
+  const auto compressed = toned(colorful(), [](double value) { return (219 * value + 16) / 255; });
+  const auto expanded = toned(colorful(), [](double value) { return (255 * value - 16) / 219; });
+  for (const auto& [paint, direction] :
+       {std::pair(compressed, Direction::Compressed), std::pair(expanded, Direction::Expanded)}) {
+    const Finding finding = findingOf(painted(colorful()), painted(paint));
+    ASSERT_EQ(kindOf(finding), CauseKind::Range);
+    EXPECT_EQ(finding.main().direction, direction);
+    EXPECT_EQ(finding.main().where, Where::Codes);
+    EXPECT_EQ(finding.main().exponent, std::nullopt) << "it would depend on the picture";
+  }
+}
+
+TEST(Diagnosis, FindsARangeErrorInTheFlagsAlone) {
+  movie::Picture dest = painted(colorful());
+  const movie::Picture source = dest;
+  dest.range = PictureRange::Full;
+  const Finding finding = findingOf(source, dest);
+  ASSERT_EQ(kindOf(finding), CauseKind::Range);
+  EXPECT_EQ(finding.main().where, Where::Flags);
+  EXPECT_EQ(finding.main().direction, Direction::Compressed);
+  EXPECT_TRUE(finding.identicalSamples);
+  EXPECT_EQ(finding.action, Action::TagDestination) << "a sync does not reach the flag";
+  EXPECT_EQ(findingOf(dest, source).main().direction, Direction::Expanded);
+}
+
+TEST(Diagnosis, FindsAWrongMatrix) {
+  const Finding codes = findingOf(painted(colorful()), painted(colorful(), bt601), 1, 1);
+  ASSERT_EQ(kindOf(codes), CauseKind::Matrix);
+  EXPECT_EQ(codes.main().where, Where::Codes);
+  EXPECT_EQ(codes.action, Action::ExportAgain);
+
+  const Finding tags = findingOf(painted(colorful()), painted(colorful()), 1, 6);
+  ASSERT_EQ(kindOf(tags), CauseKind::Matrix);
+  EXPECT_EQ(tags.main().where, Where::Tags);
+}
+
+TEST(Diagnosis, TellsGainAndOtherTonesFromAPower) {
+  const auto dimmed = toned(colorful(), [](double value) { return 0.8 * value; });
+  const Finding gain = findingOf(painted(colorful()), painted(dimmed));
+  ASSERT_EQ(kindOf(gain), CauseKind::Gain);
+  EXPECT_NEAR(*gain.main().gain, 0.8, 0.01);
+  EXPECT_NEAR(*gain.main().offset, 0, 1);
+  EXPECT_EQ(gain.main().direction, Direction::Darker);
+
+  const auto curved = toned(colorful(), [](double value) { return value * value * (3 - 2 * value); });
+  EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(curved))), CauseKind::Tone);
+}
+
+TEST(Diagnosis, FindsTwoCausesAtOnce) {
+  const auto both =
+      toned(colorful(), [](double value) { return std::pow(std::clamp((219 * value + 16) / 255, 0.0, 1.0), 0.8); });
+  const Finding finding = findingOf(painted(colorful()), painted(both));
+  ASSERT_EQ(finding.causes.size(), 2U);
+  EXPECT_EQ(finding.causes[0].kind, CauseKind::Range);
+  EXPECT_EQ(finding.causes[1].kind, CauseKind::Power);
+  EXPECT_NEAR(*finding.causes[1].exponent, 0.8, 0.02);
+}
+
+TEST(Diagnosis, HasNoNumberForAnotherPicture) {
+  for (const double seed : {1.0, 2.5, 4.0}) {
+    const Finding finding = findingOf(painted(colorful()), painted(colorful(seed)));
+    EXPECT_EQ(kindOf(finding), CauseKind::Different) << seed;
+    EXPECT_EQ(finding.main().exponent, std::nullopt);
+    EXPECT_FALSE(isTold(finding));
+    EXPECT_EQ(finding.action, Action::ChooseAnotherFrame);
+  }
+}
+
+TEST(Diagnosis, PlacesAPictureBeforeItCompares) {
+  const Paint paint = colorful(3);
+  const auto letterboxed = [&](double x, double y) {
+    return y < 0.125 || y > 0.875 ? Vector3{0, 0, 0} : paint(x, (y - 0.125) / 0.75);
+  };
+  const auto cropped = [&](double x, double y) { return paint(0.125 + 0.75 * x, y); };
+  const auto mirrored = [&](double x, double y) { return paint(1 - x, y); };
+  const auto turned = [&](double x, double y) { return paint(y, 1 - x); };
+  for (const Paint& export_ : {Paint(letterboxed), Paint(cropped), Paint(mirrored), Paint(turned)}) {
+    const Finding same = findingOf(painted(paint), painted(export_));
+    EXPECT_EQ(kindOf(same), CauseKind::Same);
+    EXPECT_FALSE(same.correspondence.placement.isPlain());
+    const Finding darker = findingOf(painted(paint), painted(raised(export_, 1.3)));
+    ASSERT_EQ(kindOf(darker), CauseKind::Power);
+    EXPECT_NEAR(*darker.main().exponent, 1.3, 0.03);
+  }
+}
+
+TEST(Diagnosis, LooksPastASubtitle) {
+  const Paint paint = colorful(1);
+  const auto subtitled = [&](double x, double y) {
+    return x > 0.2 && x < 0.8 && y > 0.85 && y < 0.93 ? Vector3{1, 1, 1} : paint(x, y);
+  };
+  EXPECT_EQ(kindOf(findingOf(painted(paint), painted(subtitled))), CauseKind::Same);
+}
+
+TEST(Diagnosis, SaysWhereNothingCanBeTold) {
+  const auto flat = [](double level) { return [level](double, double) { return Vector3{level, level, level}; }; };
+  const movie::Picture dark = painted(flat(0.02)), grey = painted(flat(0.5)), lighter = painted(flat(0.6));
+  EXPECT_EQ(kindOf(findingOf(dark, painted(colorful()))), CauseKind::Dark);
+  EXPECT_EQ(kindOf(findingOf(grey, lighter)), CauseKind::Unreadable);
+  EXPECT_EQ(kindOf(findingOf(grey, painted(colorful()))), CauseKind::Different);
+  EXPECT_EQ(kindOf(findingOf(painted(colorful()), grey)), CauseKind::Different);
+  EXPECT_EQ(findingOf(grey, lighter).action, Action::ChooseAnotherFrame);
+
+  const auto noise = [](unsigned seed) {
+    auto random = std::make_shared<std::minstd_rand>(seed);
+    return [random](double, double) {
+      const double value = static_cast<double>((*random)() % 1000) / 1000;
+      return Vector3{value, value, value};
+    };
+  };
+  EXPECT_FALSE(isTold(findingOf(painted(noise(1)), painted(noise(2)))));
+}
+
+TEST(Diagnosis, TakesPicturesOfAnySize) {
+  for (const auto& [width, height] : {std::pair(1, 1), std::pair(2, 240), std::pair(16, 16), std::pair(640, 3)}) {
+    const movie::Picture small = painted(colorful(), {.width = width, .height = height});
+    EXPECT_FALSE(findingOf(small, small).causes.empty()) << width << " x " << height;
+    const movie::Picture darker = painted(raised(colorful(), 1.5), {.width = width, .height = height});
+    EXPECT_NE(kindOf(findingOf(small, darker)), CauseKind::Same) << width << " x " << height;
+  }
+}
+
+TEST(Diagnosis, IsAboutAllFrames) {
+  const movie::Picture first = painted(colorful()), second = painted(colorful(5)),
+                       dark = painted(toned(colorful(), [](double) { return 0.01; }));
+  const movie::Picture firstDarker = painted(raised(colorful(), 1.2)), secondDarker = painted(raised(colorful(5), 1.2));
+  Question question;
+  question.frames = {{&first, &firstDarker}, {&dark, &dark}, {&second, &secondDarker}, {&first, &second}};
+  question.source = question.dest = taggedAs(first, 1);
+  const Finding finding = diagnose(question);
+  ASSERT_EQ(kindOf(finding), CauseKind::Power);
+  EXPECT_NEAR(*finding.main().exponent, 1.2, 0.01);
+  EXPECT_EQ(finding.frames, 4);
+  EXPECT_EQ(finding.unmatchedFrames, 1);
+}
+
+TEST(Diagnosis, TakesTheToleranceThatIsAskedFor) {
+  const movie::Picture source = painted(colorful());
+  const movie::Picture dest = painted(toned(colorful(), [](double value) { return value + 0.012; }));
+  Question question{.frames = {{&source, &dest}}, .source = taggedAs(source, 1), .dest = taggedAs(dest, 1)};
+  question.tolerance = 10;
+  EXPECT_EQ(kindOf(diagnose(question)), CauseKind::Same);
+  question.tolerance = 0.5;
+  EXPECT_NE(kindOf(diagnose(question)), CauseKind::Same);
+}
+
+}  // namespace
+}  // namespace diagnosis::test
