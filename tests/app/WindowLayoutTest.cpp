@@ -1,6 +1,7 @@
 // Where the window's controls stand: how far from its edges, and from each other.
 
 #include <QCheckBox>
+#include <QFontMetrics>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -56,6 +57,14 @@ TEST_F(WindowLayout, KeepsOneMarginAroundTheWindowAndBetweenItsParts) {
                               down(source, bottom),
                               down(dest, bottom)};
   EXPECT_EQ(margins, std::set<int>{12});
+}
+
+TEST_F(WindowLayout, GivesBothPathsTheSameRoomHoweverLongTheWordsBeforeThem) {
+  EXPECT_EQ(interface().source.filenameText->width(), interface().dest.filenameText->width());
+  const auto wordOf = [this](const SideInterface& side) {
+    return nameOf(side)->fontMetrics().horizontalAdvance(nameOf(side)->text());
+  };
+  EXPECT_NE(wordOf(interface().source), wordOf(interface().dest));
 }
 
 TEST_F(WindowLayout, SetsTheSwapButtonApartFromTheLink) {
