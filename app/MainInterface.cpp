@@ -27,6 +27,7 @@ constexpr int margin = 12, spacing = 8;
 constexpr QSize smallestWindow(960, 640), usualWindow(1200, 780);
 const QList<int> usualHeights{370, 374};  // movies of 16:9 fill their views
 
+/// Rows that stand in it have its spacing, too.
 QVBoxLayout* columnIn(QWidget* parent) {
   auto* const column = new QVBoxLayout(parent);
   column->setContentsMargins(0, 0, 0, 0);
@@ -123,7 +124,6 @@ QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
-  row->setSpacing(spacing);
   auto* const label = new QLabel(name);
   label->setBuddy(side.filenameText);
   label->setMinimumWidth(widest(label->fontMetrics(), {tr("Source"), tr("Destination")}));
@@ -169,7 +169,6 @@ QWidget* MainInterface::bottomPanel() {
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
-  row->setSpacing(spacing);
   row->addWidget(checkBtn);
   row->addWidget(syncBtn);
   row->addStretch();

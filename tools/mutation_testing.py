@@ -33,6 +33,7 @@ TESTED_BY = {
     "app/": ["test_window_texts", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "app/main.cpp": ["test_window_program", "test_window_quitting"],
     "app/player/": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
+    "app/player/device/": ["test_sound_device"],
     "app/start/": ["test_window", "test_window_program", "test_window_translations", "test_window_quitting"],
     "movie/save/": ["test_movie_save", "test_movie_save_crashes"],
 }

@@ -85,9 +85,9 @@ std::optional<Target> PicturePlan::nextForward(const Wish& wish, const RenderedF
   const movie::Movie& movie = *wish.movie;
   const auto here = movie.frameSpanAt(timeFromStart(position));
   if (!here) return std::nullopt;
-  constexpr std::size_t fewest = 2, most = 8;
+  constexpr std::size_t most = 8;
   const std::size_t ahead = last_ ? frames.countBetween(position, last_->startMicros) : 0;
-  if (ahead >= std::clamp(framesHeld(frames) / 2, fewest, most)) {
+  if (ahead >= std::min(framesHeld(frames) / 2, most)) {
     keptAhead(*here, wish.clock.rate());
     return std::nullopt;
   }

@@ -7,6 +7,7 @@
 #include <QRegularExpression>
 #include <QTest>
 #include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include <gmock/gmock.h>
@@ -229,6 +230,26 @@ TEST_F(Help, NamesVersionsAndLicencesOnce) {
     EXPECT_EQ(texts.value(at + 1), QString(packages.readAllStandardOutput()).trimmed()) << library;
     EXPECT_TRUE(texts.value(at + 2).contains(QRegularExpression("GPL|MIT|Apache-2.0|Zlib"))) << library;
   }
+}
+
+TEST_F(Help, SetsVersionsAndLicencesIntoColumns) {
+  choose("about");
+  const auto labels = interface().window().findChild<QDialog*>("about")->findChildren<QLabel*>();
+  const auto placeOf = [&](const char* text) {
+    const auto found =
+        std::find_if(labels.begin(), labels.end(), [&](const QLabel* each) { return each->text() == text; });
+    return found == labels.end() ? QRect() : (*found)->geometry();
+  };
+  const QRect first = placeOf("Qt"), firstVersion = placeOf(qVersion()), firstLicence = placeOf("LGPL-3.0");
+  const QRect last = placeOf("zlib"), lastLicence = placeOf("Zlib");
+  EXPECT_EQ(firstVersion.top(), first.top());
+  EXPECT_EQ(firstLicence.top(), first.top());
+  EXPECT_EQ(lastLicence.top(), last.top());
+  EXPECT_GT(last.top(), first.bottom());
+  EXPECT_EQ(last.left(), first.left());
+  EXPECT_EQ(lastLicence.left(), firstLicence.left());
+  EXPECT_GT(firstVersion.left(), first.right());
+  EXPECT_EQ(firstVersion.left() - first.right(), firstLicence.left() - firstVersion.right()) << "columns stand apart";
 }
 
 TEST_F(Help, PrintsNothing) {

@@ -204,6 +204,17 @@ TEST_F(WindowKeys, AreListedUnderF1FromTheSameTable) {
   EXPECT_EQ(interface().window().actions().size(), controller().keys().rows().size());
 }
 
+TEST_F(WindowKeys, AreListedInBoldAndWhatTheyDoIsNot) {
+  controller().keys().show(interface().window());
+  QSet<QString> deeds;
+  for (const KeyRow& row : controller().keys().rows()) deeds << row.what;
+  const auto labels = interface().window().findChild<QDialog*>("keys")->findChildren<QLabel*>();
+  EXPECT_EQ(labels.size(), 2 * controller().keys().rows().size());
+  for (const QLabel* label : labels) {
+    EXPECT_EQ(label->font().bold(), !deeds.contains(label->text())) << label->text().toStdString();
+  }
+}
+
 TEST_F(WindowKeys, AreListedOnceHoweverOftenTheyAreAskedFor) {
   for (int i = 0; i < 3; ++i) controller().keys().show(interface().window());
   EXPECT_EQ(interface().window().findChildren<QDialog*>("keys").size(), 1);

@@ -75,6 +75,15 @@ TEST_F(WindowProgram, IsStartedByTheCommand) {
   EXPECT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == darkerMovie(); }));
 }
 
+TEST_F(WindowProgram, HasOneNameToScreenReadersWhateverItsFileIsCalled) {
+  const QString link = path("prefix/bin/gamma-tool");
+  ASSERT_TRUE(QFile::link(program(), link));
+  run(running_, link);
+  QByteArray name;
+  EXPECT_TRUE(waitUntil([&] { return !(name = tell("name")).isEmpty(); }));
+  EXPECT_EQ(name.toStdString(), "Lumacheck");
+}
+
 TEST_F(WindowProgram, SaysThatThereIsNoScreen) {
   environment_.remove("QT_QPA_PLATFORM");
   run(running_, program());

@@ -72,6 +72,12 @@ Bytes metaWith(const Bytes& child) {
   return AtomBuilder("meta").u32(0).bytes(child).build();
 }
 
+/// In so many meta atoms, one in the other.
+Bytes inMetas(int count, Bytes atom) {
+  for (int i = 0; i < count; ++i) atom = metaWith(atom);
+  return atom;
+}
+
 struct Refusal {
   const char* name;
   Bytes file;
@@ -125,6 +131,8 @@ std::vector<Refusal> refusals() {
       {"iloc of the file into the movie atom", joined({data, movie, metaWith(itemLocations(end + 50, 4))}),
        "inside the movie atom"},
       {"iloc past the end", joined({data, movie, metaWith(itemLocations(50'000, 4))}), "past the end"},
+      {"iloc as deep as any is looked for", joined({data, movie, inMetas(8, itemLocations(50'000, 4))}),
+       "past the end"},
       {"iloc that is cut", joined({data, movie, metaWith(AtomBuilder("iloc").u32(0).u16(0x4400).u16(9).build())}),
        "cannot be understood"},
       {"a chunk in a second movie atom",
@@ -167,7 +175,9 @@ TEST(SaveRefusals, NameTheReasonAndLeaveTheFileAlone) {
 TEST(SaveRefusals, AreNotMetByOffsetsElsewhere) {
   const std::vector<Bytes> files{joined({data, movieAt(28, {auxiliaryOffsets(30)})}),
                                  joined({data, movieAt(28, {metaWith(itemLocations(30, 10))})}),
-                                 joined({data, movieAt(28), metaWith(itemLocations(30, 10)), Bytes(4)})};
+                                 joined({data, movieAt(28), metaWith(itemLocations(30, 10)), Bytes(4)}),
+                                 // Deeper than any format has them, and every level costs time.
+                                 joined({data, movieAt(28), inMetas(9, itemLocations(50'000, 4))})};
   for (const Bytes& content : files) {
     const TemporaryFile file(content);
     const auto movie = MovieFile::open(file.path());
@@ -321,6 +331,21 @@ TEST(LargeMovie, IsSavedBehindFourGigabytesAtTheCostOfItsMovieAtom) {
   struct stat status {};
   ASSERT_EQ(::stat(file.path().c_str(), &status), 0);
   EXPECT_LT(status.st_blocks * 512, 200'000);
+}
+
+TEST(ZerosAtTheEnd, AreCutByASaveUpToTheLengthOfTheLargestMovieAtomAndAHeader) {
+  constexpr std::uint64_t most = MovieFile::maximumMovieAtomSize + 8;
+  const Bytes content = joined({data, movieAt(28)});
+  const TemporaryFile file(content);
+  file.resize(content.size() + most + 1);
+  const auto longer = canUpdate(*MovieFile::open(file.path()).value(), edits());
+  ASSERT_FALSE(longer);
+  EXPECT_NE(longer.error().reason().find("no size of its own"), std::string::npos) << longer.error().message();
+
+  file.resize(content.size() + most);
+  const auto outcome = saveMetadata(*MovieFile::open(file.path()).value(), edits());
+  ASSERT_TRUE(outcome) << outcome.error().message();
+  EXPECT_LT(std::filesystem::file_size(file.path()), 2 * content.size() + 100);
 }
 
 TEST_F(OpenedMovie, CanBeSavedOnceTheReasonOfAFailureIsGone) {

@@ -2,6 +2,7 @@
 // socket, in lines, each answered by one. What is done may open a dialog that waits; it is done after the answer.
 
 #include <QAbstractButton>
+#include <QAccessible>
 #include <QAction>
 #include <QApplication>
 #include <QCheckBox>
@@ -71,6 +72,12 @@ QByteArray describedWindow() {
       .toJson(QJsonDocument::Compact);
 }
 
+/// What screen readers call the program.
+QByteArray nameToScreenReaders() {
+  const QAccessibleInterface* const application = QAccessible::queryAccessibleInterface(qApp);
+  return application == nullptr ? QByteArray() : application->text(QAccessible::Name).toUtf8();
+}
+
 }  // namespace
 
 class Hand : public QObject {
@@ -104,6 +111,7 @@ class Hand : public QObject {
     };
     const std::map<QString, std::function<QByteArray()>> words{
         {"dialogs", [&] { return list(shownDialogs()); }},
+        {"name", [] { return nameToScreenReaders(); }},
         {"opened", [&] { return list(opened_); }},
         {"window", [] { return describedWindow(); }},
         {"press", [&] { return press(rest); }},
