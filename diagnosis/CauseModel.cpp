@@ -8,9 +8,14 @@ namespace {
 
 constexpr double blackCode = 16;
 
+/// In single precision, which is several times quicker and off by far less than a code.
+double power(double value, double exponent) {
+  return double{std::pow(static_cast<float>(value), static_cast<float>(exponent))};
+}
+
 /// What lies below black becomes black.
 double raised(double value, double exponent) {
-  return value <= 0 ? 0.0 : std::pow(value, exponent);
+  return value <= 0 ? 0.0 : power(value, exponent);
 }
 
 std::vector<Hypothesis> ranges() {
@@ -120,30 +125,30 @@ double lightOf(const TransferCurve& curve, double signal) {
   if (signal <= 0) return signal;
   switch (curve.kind) {
     case Transfer::Srgb:  // IEC 61966-2-1
-      return signal <= 0.04045 ? signal / 12.92 : std::pow((signal + 0.055) / 1.055, 2.4);
+      return signal <= 0.04045 ? signal / 12.92 : power((signal + 0.055) / 1.055, 2.4);
     case Transfer::Bt709:
-      return signal < 0.081 ? signal / 4.5 : std::pow((signal + 0.099) / 1.099, 1 / 0.45);
+      return signal < 0.081 ? signal / 4.5 : power((signal + 0.099) / 1.099, 1 / 0.45);
     case Transfer::Linear:
       return signal;
     case Transfer::Power:
       break;
   }
-  return std::pow(signal, curve.exponent);
+  return power(signal, curve.exponent);
 }
 
 double signalOf(const TransferCurve& curve, double light) {
   if (light <= 0) return light;
   switch (curve.kind) {
     case Transfer::Srgb:
-      return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
+      return light <= 0.0031308 ? 12.92 * light : 1.055 * power(light, 1 / 2.4) - 0.055;
     case Transfer::Bt709:
-      return light < 0.018 ? 4.5 * light : 1.099 * std::pow(light, 0.45) - 0.099;
+      return light < 0.018 ? 4.5 * light : 1.099 * power(light, 0.45) - 0.099;
     case Transfer::Linear:
       return light;
     case Transfer::Power:
       break;
   }
-  return std::pow(light, 1 / curve.exponent);
+  return power(light, 1 / curve.exponent);
 }
 
 const std::vector<Hypothesis>& singleCauses() {

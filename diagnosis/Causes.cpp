@@ -38,6 +38,17 @@ bool isIdentity(const Hypothesis& hypothesis) {
   return hypothesis.complexity == 0;
 }
 
+/// Those that fit some of the colours best: there are many pairs, and most of them fit nothing.
+std::vector<CauseFit> likeliestPairs(const ColorEvidence& evidence) {
+  constexpr std::size_t fewColors = 40, kept = 8;
+  std::vector<Stratum> some;
+  const std::size_t every = evidence.strata.size() / fewColors + 1;
+  for (std::size_t i = 0; i < evidence.strata.size(); i += every) some.push_back(evidence.strata[i]);
+  std::vector<CauseFit> fits = fitCauses(pairsOfCauses(), some, evidence.space);
+  fits.resize(std::min(fits.size(), kept));
+  return fits;
+}
+
 void explain(Explanations& all, const ColorEvidence& evidence) {
   all.known = fitCauses(singleCauses(), evidence.strata, evidence.space);
   all.relabelling = relabelled(evidence.source, evidence.dest, evidence.space);
@@ -48,10 +59,11 @@ void explain(Explanations& all, const ColorEvidence& evidence) {
                      })->cost;
   all.gain = fitGain(evidence.strata);
   all.toneCost = anyToneCost(evidence.strata);
-  if (all.known.front().cost > explainedCost && differenceOf(evidence.strata) > negligibleShare * evidence.tolerance) {
-    for (const CauseFit& fit : fitCauses(pairsOfCauses(), evidence.strata, evidence.space)) all.known.push_back(fit);
-    rank(all.known);
+  if (all.known.front().cost <= explainedCost) return;
+  for (const CauseFit& fit : likeliestPairs(evidence)) {
+    all.known.push_back(fitCause(*fit.hypothesis, evidence.strata, evidence.space));
   }
+  rank(all.known);
 }
 
 double logistic(double value) {
@@ -187,10 +199,9 @@ Verdict chosen(const std::vector<Verdict>& verdicts) {
   return {{Cause{.kind = CauseKind::Tone}}, best.cost, best.score};
 }
 
+/// What differs little, and is not explained by a cause.
 bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
-  const double difference = differenceOf(evidence.strata);
-  if (difference <= negligibleShare * evidence.tolerance) return true;
-  if (difference > evidence.tolerance) return false;
+  if (differenceOf(evidence.strata) > evidence.tolerance) return false;
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
 
@@ -201,11 +212,12 @@ double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) 
   return best.score;
 }
 
-std::vector<Cause> sameCauses(const Explanations& all, const ColorEvidence& evidence) {
+std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
   const double difference = differenceOf(evidence.strata);
   const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
   const double confidence = logistic(2.5 + 2.0 * (evidence.tolerance - difference) + 0.8 * colors);
-  return {{.kind = CauseKind::Same, .confidence = confidence, .residual = all.identityCost}};
+  const double residual = fitCause(Hypothesis(), evidence.strata, evidence.space).cost;
+  return {{.kind = CauseKind::Same, .confidence = confidence, .residual = residual}};
 }
 
 }  // namespace
@@ -217,11 +229,12 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
   if (static_cast<double>(evidence.strata.size()) < fewestColors) {
     return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
   }
+  if (differenceOf(evidence.strata) <= negligibleShare * evidence.tolerance) return sameCauses(evidence);
   Explanations all;
   explain(all, evidence);
   const std::vector<Verdict> verdicts = verdictsOf(all, evidence);
   Verdict best = chosen(verdicts);
-  if (isTheSame(best, all, evidence)) return sameCauses(all, evidence);
+  if (isTheSame(best, all, evidence)) return sameCauses(evidence);
   if (kindOf(best) == CauseKind::Same) {
     best = {{Cause{.kind = CauseKind::Tone}}, std::min(all.toneCost, all.identityCost), best.score};
   }

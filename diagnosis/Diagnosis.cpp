@@ -128,6 +128,7 @@ Finding unreadable(const TagComparison& tags) {
   Finding finding;
   finding.causes = {withoutNumber(CauseKind::Unreadable, 1)};
   finding.tags = tags;
+  finding.action = actionFor(finding);
   return finding;
 }
 

@@ -82,6 +82,10 @@ std::string verdictOf(const Cause& cause) {
   return {};
 }
 
+std::string missingFrameVerdict() {
+  return "No verdict: a frame cannot be had.";
+}
+
 std::string doubtfulVerdict(const Cause& cause) {
   return "No verdict: it cannot be told surely what differs. The likeliest is: " + verdictOf(cause);
 }
@@ -222,10 +226,13 @@ std::string adviceOf(const Finding& finding) {
 FindingText textOf(const Finding& finding) {
   FindingText text;
   const bool doubtful = !isTold(finding) && finding.action == Action::CannotTell;
-  text.verdict = doubtful ? doubtfulVerdict(finding.main()) : verdictOf(finding.main());
+  text.verdict = finding.frames == 0 ? missingFrameVerdict()
+                 : doubtful          ? doubtfulVerdict(finding.main())
+                                     : verdictOf(finding.main());
   for (std::size_t i = 1; i < finding.causes.size(); ++i) addSentence(text.verdict, verdictOf(finding.causes[i]));
   text.why = whyOf(finding);
-  text.advice = adviceOf(finding);
+  text.advice =
+      finding.frames == 0 ? "Choose another frame, or look into why this one cannot be had." : adviceOf(finding);
   return text;
 }
 

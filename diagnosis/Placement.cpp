@@ -7,18 +7,6 @@
 namespace diagnosis {
 namespace {
 
-/// Where a point of the destination's region, 0 to 1 both ways, lies in the source, 0 to 1 both ways.
-struct SourcePoint {
-  double x = 0, y = 0;
-};
-
-SourcePoint sourcePoint(const Placement& placement, double x, double y) {
-  if (placement.mirroredX) x = 1.0 - x;
-  if (placement.mirroredY) y = 1.0 - y;
-  if (placement.transposed) std::swap(x, y);
-  return {placement.source.left + x * placement.source.width(), placement.source.top + y * placement.source.height()};
-}
-
 /// Two neighbours along an axis, and the share of the second.
 struct Tap {
   std::size_t first = 0, second = 0;
@@ -32,9 +20,27 @@ Tap tapAt(double place, int samples) {
   return {first, std::min(first + 1, static_cast<std::size_t>(samples - 1)), static_cast<float>(position - floor)};
 }
 
-float interpolated(const std::vector<float>& plane, int width, const Tap& x, const Tap& y) {
-  const float* const top = &plane[y.first * static_cast<std::size_t>(width)];
-  const float* const bottom = &plane[y.second * static_cast<std::size_t>(width)];
+/// Along one axis of the source: for each sample of the result where it is taken, at one place, or at two where several
+/// samples become one.
+struct AxisTaps {
+  std::vector<Tap> taps;
+  std::size_t each = 1;
+};
+
+AxisTaps axisTaps(double begin, double end, int samples, int results, bool mirrored) {
+  AxisTaps axis;
+  axis.each = (end - begin) * samples > 1.2 * results ? 2 : 1;
+  const std::size_t count = axis.each * static_cast<std::size_t>(results);
+  for (std::size_t i = 0; i < count; ++i) {
+    const double place = (static_cast<double>(i) + 0.5) / static_cast<double>(count);
+    axis.taps.push_back(tapAt(begin + (mirrored ? 1.0 - place : place) * (end - begin), samples));
+  }
+  return axis;
+}
+
+float interpolated(const std::vector<float>& plane, std::size_t width, const Tap& x, const Tap& y) {
+  const float* const top = &plane[y.first * width];
+  const float* const bottom = &plane[y.second * width];
   const float above = top[x.first] + x.share * (top[x.second] - top[x.first]);
   const float below = bottom[x.first] + x.share * (bottom[x.second] - bottom[x.first]);
   return above + y.share * (below - above);
@@ -67,39 +73,41 @@ Signal cropped(const Signal& signal, const SampleBox& box) {
   return result;
 }
 
-/// The source as it lies upon a grid that covers the destination's region, each sample the mean of four points.
-Signal placed(const Signal& source, const Placement& placement, int width, int height) {
+}  // namespace
+
+Signal sourceUpon(const Signal& source, const Placement& placement, int width, int height) {
+  const Region& part = placement.source;
+  // The result's columns come of the source's rows where it is transposed.
+  const bool turned = placement.transposed;
+  const AxisTaps across = turned ? axisTaps(part.top, part.bottom, source.height, width, placement.mirroredX)
+                                 : axisTaps(part.left, part.right, source.width, width, placement.mirroredX);
+  const AxisTaps down = turned ? axisTaps(part.left, part.right, source.width, height, placement.mirroredY)
+                               : axisTaps(part.top, part.bottom, source.height, height, placement.mirroredY);
+  const auto columns = static_cast<std::size_t>(width), rows = static_cast<std::size_t>(height);
+  const auto sourceWidth = static_cast<std::size_t>(source.width);
+  const float share = 1 / static_cast<float>(across.each * down.each);
   Signal result{width, height, {}};
   for (std::size_t plane = 0; plane < 3; ++plane) {
-    result.planes[plane].resize(source.planes[plane].empty() ? 0 : static_cast<std::size_t>(width) * height);
-  }
-  std::size_t at = 0;
-  for (int y = 0; y < height; ++y) {
-    for (int x = 0; x < width; ++x, ++at) {
-      std::array<float, 3> sums{};
-      for (int part = 0; part < 4; ++part) {
-        const SourcePoint point =
-            sourcePoint(placement, (x + 0.25 + 0.5 * (part % 2)) / width, (y + 0.25 + 0.5 * (part / 2)) / height);
-        const Tap across = tapAt(point.x, source.width), down = tapAt(point.y, source.height);
-        for (std::size_t plane = 0; plane < 3; ++plane) {
-          if (result.planes[plane].empty()) continue;
-          sums[plane] += interpolated(source.planes[plane], source.width, across, down);
-        }
-      }
-      for (std::size_t plane = 0; plane < 3; ++plane) {
-        if (!result.planes[plane].empty()) result.planes[plane][at] = sums[plane] / 4;
+    const std::vector<float>& from = source.planes[plane];
+    if (from.empty()) continue;
+    std::vector<float>& to = result.planes[plane];
+    to.resize(columns * rows);
+    for (std::size_t y = 0; y < down.taps.size(); ++y) {
+      float* const row = &to[y / down.each * columns];
+      for (std::size_t x = 0; x < across.taps.size(); ++x) {
+        const Tap& horizontal = turned ? down.taps[y] : across.taps[x];
+        const Tap& vertical = turned ? across.taps[x] : down.taps[y];
+        row[x / across.each] += share * interpolated(from, sourceWidth, horizontal, vertical);
       }
     }
   }
   return result;
 }
 
-}  // namespace
-
 AlignedPair aligned(Signal source, Signal dest, const Placement& placement) {
   if (placement.isPlain()) return {std::move(source), std::move(dest)};
   const SampleBox box = boxOf(placement.dest, dest);
-  return {placed(source, placement, box.width, box.height), cropped(dest, box)};
+  return {sourceUpon(source, placement, box.width, box.height), cropped(dest, box)};
 }
 
 }  // namespace diagnosis

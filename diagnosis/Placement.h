@@ -22,6 +22,9 @@ struct Placement {
   friend bool operator==(const Placement&, const Placement&) = default;
 };
 
+/// The part of the source that the placement names, turned, in so many samples.
+Signal sourceUpon(const Signal& source, const Placement& placement, int width, int height);
+
 /// Two pictures, sample upon sample.
 struct AlignedPair {
   Signal source, dest;

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <utility>
 
 #include "diagnosis/ToneCurve.h"
 
@@ -14,6 +13,8 @@ namespace {
 constexpr float barLuma = 0.06F;
 /// Bars are looked for where a quarter of the picture stays.
 constexpr double leastPicture = 0.25;
+/// A placement that explains less is not near the right one.
+constexpr double worthRefining = 0.5;
 /// A plain placement that explains so much is taken without looking further.
 constexpr double plainEnough = 0.985;
 
@@ -53,17 +54,25 @@ class Trial {
   Trial(const Signal& source, const Signal& dest, const Region& part, int width, int height)
       : part_(part),
         source_(reducedLuma(source, width, height)),
-        dest_(reducedLuma(aligned(source, dest, {.dest = part}).dest, width, height)) {}
+        dest_(part == Region() ? reducedLuma(dest, width, height)
+                               : reducedLuma(aligned(source, dest, {.dest = part}).dest, width, height)) {}
 
-  PlacementFit fit(Placement placement) const {
-    placement.dest = Region();
-    const AlignedPair pair = aligned(source_, dest_, placement);
-    const double explained = explainedShare(pair.source, pair.dest);
-    placement.dest = part_;
-    return {placement, explained};
+  PlacementFit fit(const Placement& placement) const {
+    return {onPart(placement), explainedShare(placed(placement), dest_)};
+  }
+  PlacementFit roughFit(const Placement& placement) const {
+    return {onPart(placement), explainedRoughly(placed(placement).luma(), dest_.luma())};
   }
 
  private:
+  Placement onPart(Placement placement) const {
+    placement.dest = part_;
+    return placement;
+  }
+  Signal placed(Placement placement) const {
+    placement.dest = Region();
+    return placement.isPlain() ? source_ : sourceUpon(source_, placement, dest_.width, dest_.height);
+  }
   Region part_;
   Signal source_, dest_;
 };
@@ -88,28 +97,40 @@ std::vector<Placement> turned(const Placement& upright) {
   return all;
 }
 
-/// Parts of an axis that an export may have kept.
-std::vector<std::pair<double, double>> axisCrops() {
-  std::vector<std::pair<double, double>> crops;
-  for (const double kept : {1.0, 0.9, 0.8, 0.75, 0.7, 0.6, 0.5}) {
-    const int steps = static_cast<int>(std::lround((1.0 - kept) / 0.05));
-    for (int step = 0; step <= steps; ++step) {
-      const double start = steps == 0 ? 0.0 : (1.0 - kept) * step / steps;
-      crops.emplace_back(start, start + kept);
+/// Parts of an axis that an export may have kept of it.
+struct KeptPart {
+  double begin = 0, end = 1;
+};
+
+std::vector<KeptPart> partsOf(double kept) {
+  std::vector<KeptPart> parts;
+  const int steps = static_cast<int>(std::lround((1.0 - kept) / 0.05));
+  for (int step = 0; step <= steps; ++step) {
+    const double begin = steps == 0 ? 0.0 : (1.0 - kept) * step / steps;
+    parts.push_back({begin, begin + kept});
+  }
+  return parts;
+}
+
+/// Of the source: a zoom, or a strip of its width or of its height.
+std::vector<Region> usualCrops() {
+  std::vector<Region> crops{Region()};
+  for (const double kept : {0.95, 0.9, 0.8, 0.75, 0.7, 0.6, 0.5}) {
+    const std::vector<KeptPart> parts = partsOf(kept);
+    for (const KeptPart& across : parts) {
+      crops.push_back({across.begin, 0, across.end, 1});
+      crops.push_back({0, across.begin, 1, across.end});
+      for (const KeptPart& down : parts) crops.push_back({across.begin, down.begin, across.end, down.end});
     }
   }
   return crops;
 }
 
-PlacementFit bestCrop(const Trial& trial, const Placement& base) {
-  static const std::vector<std::pair<double, double>> crops = axisCrops();
-  PlacementFit best = trial.fit(base);
-  for (const auto& [left, right] : crops) {
-    for (const auto& [top, bottom] : crops) {
-      Placement placement = base;
-      placement.source = {left, top, right, bottom};
-      best = better(best, trial.fit(placement));
-    }
+PlacementFit bestCrop(const Trial& trial) {
+  static const std::vector<Region> crops = usualCrops();
+  PlacementFit best;
+  for (const bool mirrored : {false, true}) {
+    for (const Region& crop : crops) best = better(best, trial.roughFit({.mirroredX = mirrored, .source = crop}));
   }
   return best;
 }
@@ -149,11 +170,8 @@ PlacementFit searched(const Signal& source, const Signal& dest, const Region& de
     for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
   }
   if (best.explained < samePictureExplained) {
-    const Trial coarse(source, dest, destPart, 40, 30);
-    for (const bool mirrored : {false, true}) {
-      const PlacementFit crop = bestCrop(coarse, {.mirroredX = mirrored});
-      best = better(best, refined(trial, trial.fit(crop.placement), 0.02, 0.01));
-    }
+    best = better(best, trial.fit(bestCrop(Trial(source, dest, destPart, 40, 30)).placement));
+    if (best.explained < worthRefining) return best;
   }
   return refined(trial, best, 0.02, 0.002);
 }

@@ -104,10 +104,11 @@ Unexplained unexplained(const Signal& source, const Signal& dest, const PartsOut
 PartsOut worstSeventh(const Unexplained& found) {
   std::array<std::size_t, std::tuple_size_v<PartsOut>> order{};
   std::iota(order.begin(), order.end(), std::size_t{0});
-  std::sort(order.begin(), order.end(),
-            [&](std::size_t one, std::size_t other) { return found.parts[one] > found.parts[other]; });
+  constexpr std::size_t count = order.size() / 7;
+  std::nth_element(order.begin(), order.begin() + count, order.end(),
+                   [&](std::size_t one, std::size_t other) { return found.parts[one] > found.parts[other]; });
   PartsOut out{};
-  for (std::size_t i = 0; i < order.size() / 7; ++i) out[order[i]] = true;
+  for (std::size_t i = 0; i < count; ++i) out[order[i]] = true;
   return out;
 }
 
@@ -130,6 +131,27 @@ ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest
   fit.sourceDeviation = lumaCodes * std::sqrt(all.sourceScatter() / all.count);
   fit.destDeviation = lumaCodes * std::sqrt(all.destScatter() / all.count);
   return fit;
+}
+
+double explainedRoughly(const std::vector<float>& source, const std::vector<float>& dest) {
+  struct Part {
+    float count = 0, dest = 0;
+  };
+  std::array<Part, bins> parts{};
+  float sum = 0, squares = 0;
+  for (std::size_t i = 0; i < source.size(); ++i) {
+    Part& part = parts[binOf(source[i])];
+    ++part.count;
+    part.dest += dest[i];
+    sum += dest[i];
+    squares += dest[i] * dest[i];
+  }
+  const float mean = sum * sum / std::max(1.0F, static_cast<float>(source.size()));
+  float explained = -mean;
+  for (const Part& part : parts) {
+    if (part.count > 0) explained += part.dest * part.dest / part.count;
+  }
+  return squares > mean ? static_cast<double>(explained / (squares - mean)) : 0.0;
 }
 
 double explainedShare(const Signal& source, const Signal& dest) {

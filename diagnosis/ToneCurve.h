@@ -25,6 +25,9 @@ ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest
 /// size.
 double explainedShare(const Signal& source, const Signal& dest);
 
+/// The same of all of two pictures, quicker, and rougher.
+double explainedRoughly(const std::vector<float>& source, const std::vector<float>& dest);
+
 /// Where something lies over the destination that is not in the source: parts that the tone curve misses by far.
 /// One for each sample.
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest);

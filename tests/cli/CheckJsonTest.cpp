@@ -6,6 +6,7 @@
 
 #include "cli/CheckJson.h"
 #include "cli/Commands.h"
+#include "cli/FindingJson.h"
 
 namespace cli {
 namespace {
@@ -38,21 +39,34 @@ std::vector<std::string> keysOf(const JsonValue& object) {
   return keys;
 }
 
+diagnosis::Finding findingOf(const diagnosis::Cause& cause) {
+  diagnosis::Finding finding;
+  finding.causes = {cause};
+  finding.frames = 1;
+  return finding;
+}
+
+const diagnosis::Finding same = findingOf({.kind = diagnosis::CauseKind::Same, .confidence = 0.99});
+
+JsonValue checkJson(const CheckOutcome& outcome, const std::vector<check::ReportParagraph>& report = {}) {
+  return cli::checkJson({{{"path", "a"}}, {{"path", "b"}}, outcome, same, report, 1});
+}
+
 TEST(CheckJson, KeepsTheOrderOfItsKeys) {
-  const JsonValue json = checkJson({{"path", "a"}}, {{"path", "b"}}, outcomeOf(1.25), {}, 1);
-  EXPECT_THAT(keysOf(json),
-              ElementsAre("schema", "source", "dest", "metadata", "pixels", "tooDark", "report", "exitStatus"));
+  const JsonValue json = checkJson(outcomeOf(1.25));
+  EXPECT_THAT(keysOf(json), ElementsAre("schema", "source", "dest", "metadata", "pixels", "tooDark", "report",
+                                        "finding", "exitStatus"));
   EXPECT_THAT(keysOf(json["metadata"]),
               ElementsAre("compared", "gammaMatch", "colorMatch", "colorSpaceMatch", "mismatch"));
   EXPECT_THAT(keysOf(json["pixels"]), ElementsAre("commonDiff", "average", "shift"));
-  EXPECT_EQ(json["schema"], "lumacheck.check/1");
+  EXPECT_EQ(json["schema"], "lumacheck.check/2");
   EXPECT_EQ(json["source"]["path"], "a");
   EXPECT_EQ(json["dest"]["path"], "b");
   EXPECT_EQ(json["exitStatus"], 1);
 }
 
 TEST(CheckJson, NamesEveryShift) {
-  const auto shiftOf = [](double v) { return checkJson({}, {}, outcomeOf(v), {}, 0)["pixels"]["shift"]; };
+  const auto shiftOf = [](double v) { return checkJson(outcomeOf(v))["pixels"]["shift"]; };
   EXPECT_EQ(shiftOf(1.25), "darker");
   EXPECT_EQ(shiftOf(0.8), "lighter");
   EXPECT_EQ(shiftOf(1.0), "none");
@@ -63,7 +77,7 @@ TEST(CheckJson, NamesEveryShift) {
 TEST(CheckJson, ShowsWhatIsNoNumberAsNull) {
   CheckOutcome outcome = outcomeOf(0);
   outcome.pixels->average = notANumber;
-  const JsonValue pixels = checkJson({}, {}, outcome, {}, 2)["pixels"];
+  const JsonValue pixels = checkJson(outcome)["pixels"];
   EXPECT_TRUE(pixels["average"].is_null());
   EXPECT_EQ(pixels["commonDiff"], 0.0);
 }
@@ -72,12 +86,12 @@ TEST(CheckJson, HasNoPixelsWithoutBothFrames) {
   for (const auto side : {&CheckOutcome::sourceFrameError, &CheckOutcome::destFrameError}) {
     CheckOutcome outcome = outcomeOf(0);
     outcome.*side = noFrame;
-    EXPECT_TRUE(checkJson({}, {}, outcome, {}, 2)["pixels"].is_null());
+    EXPECT_TRUE(checkJson(outcome)["pixels"].is_null());
   }
 }
 
 TEST(CheckJson, SaysThatTheSourceIsTooDark) {
-  const JsonValue json = checkJson({}, {}, tooDarkOutcome(), {}, 3);
+  const JsonValue json = checkJson(tooDarkOutcome());
   EXPECT_EQ(json["tooDark"], true);
   EXPECT_TRUE(json["pixels"].is_null());
   EXPECT_EQ(json["metadata"]["colorMatch"], false);
@@ -87,7 +101,7 @@ TEST(CheckJson, SaysThatTheSourceIsTooDark) {
 TEST(CheckJson, LeavesTheMatchesOpenWhenNothingWasCompared) {
   CheckOutcome outcome = outcomeOf(0);
   outcome.metadata.reset();
-  EXPECT_EQ(checkJson({}, {}, outcome, {}, 2)["metadata"].dump(),
+  EXPECT_EQ(checkJson(outcome)["metadata"].dump(),
             R"({"compared":false,"gammaMatch":null,"colorMatch":null,"colorSpaceMatch":null,"mismatch":false})");
 }
 
@@ -96,14 +110,14 @@ TEST(CheckJson, NamesEveryStyle) {
                                                    {QStringLiteral("b"), check::ReportStyle::Bold},
                                                    {QStringLiteral("c"), check::ReportStyle::Error},
                                                    {QStringLiteral("d\n\u00e9"), check::ReportStyle::BoldError}};
-  EXPECT_EQ(checkJson({}, {}, outcomeOf(1), report, 0)["report"].dump(),
+  EXPECT_EQ(checkJson(outcomeOf(1), report)["report"].dump(),
             "[{\"text\":\"a\",\"style\":\"normal\"},{\"text\":\"b\",\"style\":\"bold\"},"
             "{\"text\":\"c\",\"style\":\"error\"},{\"text\":\"d\\n\xc3\xa9\",\"style\":\"boldError\"}]");
 }
 
 TEST(CheckJson, TellsAFailureWithItsFile) {
   EXPECT_EQ(checkErrorJson("no movie", "a.mov", 2).dump(),
-            R"({"schema":"lumacheck.check/1","error":{"message":"no movie","path":"a.mov"},"exitStatus":2})");
+            R"({"schema":"lumacheck.check/2","error":{"message":"no movie","path":"a.mov"},"exitStatus":2})");
 }
 
 TEST(CheckJson, ReplacesBytesThatAreNoUtf8) {
@@ -119,7 +133,8 @@ TEST(MovieJson, RoundsGammaToFourDecimals) {
 
 struct StatusRow {
   const char* what;
-  CheckOutcome outcome;
+  diagnosis::Finding finding;
+  bool lacksFrame;
   int byVerdict, zeroUnlessFailed;
 };
 
@@ -127,33 +142,52 @@ void PrintTo(const StatusRow& row, std::ostream* stream) {
   *stream << row.what;
 }
 
-CheckOutcome withMissingFrame(CheckOutcome outcome, std::optional<movie::MovieError> CheckOutcome::*side) {
-  outcome.*side = noFrame;
-  return outcome;
+diagnosis::Finding withLostGamma(diagnosis::Finding finding) {
+  finding.tags.gamma = diagnosis::Comparison::Lost;
+  return finding;
 }
 
 class CheckExitStatus : public testing::TestWithParam<StatusRow> {};
 
-TEST_P(CheckExitStatus, FollowsTheVerdict) {
-  EXPECT_EQ(exitStatusOf(GetParam().outcome, ExitPolicy::ByVerdict), GetParam().byVerdict);
-  EXPECT_EQ(exitStatusOf(GetParam().outcome, ExitPolicy::ZeroUnlessFailed), GetParam().zeroUnlessFailed);
+TEST_P(CheckExitStatus, FollowsTheFinding) {
+  const auto& [what, finding, lacksFrame, byVerdict, zeroUnlessFailed] = GetParam();
+  EXPECT_EQ(exitStatusOf(finding, lacksFrame, ExitPolicy::ByVerdict), byVerdict);
+  EXPECT_EQ(exitStatusOf(finding, lacksFrame, ExitPolicy::ZeroUnlessFailed), zeroUnlessFailed);
 }
 
-constexpr MetadataFindings mismatch{true, true, false};
+using Kind = diagnosis::CauseKind;
 INSTANTIATE_TEST_SUITE_P(
     Rows, CheckExitStatus,
-    testing::Values(
-        StatusRow{"no shift", outcomeOf(1.0), 0, 0}, StatusRow{"darker", outcomeOf(1.06), 1, 0},
-        StatusRow{"lighter", outcomeOf(0.94), 1, 0}, StatusRow{"metadata only", outcomeOf(1.0, mismatch), 1, 0},
-        StatusRow{"both", outcomeOf(2.0, mismatch), 1, 0}, StatusRow{"unmatched", outcomeOf(0.0), 2, 2},
-        StatusRow{"below the range", outcomeOf(0.19), 2, 2}, StatusRow{"above the range", outcomeOf(5.01), 2, 2},
-        StatusRow{"not a number", outcomeOf(notANumber), 2, 2},
-        StatusRow{"unmatched with a metadata mismatch", outcomeOf(0.0, mismatch), 2, 2},
-        StatusRow{"too dark", tooDarkOutcome(), 3, 0},
-        StatusRow{"no source frame", withMissingFrame(outcomeOf(0.0), &CheckOutcome::sourceFrameError), 2, 2},
-        StatusRow{"no destination frame", withMissingFrame(outcomeOf(0.0), &CheckOutcome::destFrameError), 2, 2},
-        StatusRow{"too dark, no destination frame", withMissingFrame(tooDarkOutcome(), &CheckOutcome::destFrameError),
-                  3, 0}));
+    testing::Values(StatusRow{"identical", findingOf({.kind = Kind::Identical, .confidence = 1}), false, 0, 0},
+                    StatusRow{"the same", same, false, 0, 0}, StatusRow{"only a tag", withLostGamma(same), false, 1, 0},
+                    StatusRow{"hardly the same", findingOf({.kind = Kind::Same, .confidence = 0.4}), false, 4, 4},
+                    StatusRow{"a power", findingOf({.kind = Kind::Power, .confidence = 0.9, .exponent = 1.2}), false, 1,
+                              0},
+                    StatusRow{"a range", findingOf({.kind = Kind::Range, .confidence = 0.9}), false, 1, 0},
+                    StatusRow{"a likely tone", findingOf({.kind = Kind::Tone, .confidence = 0.49}), false, 4, 4},
+                    StatusRow{"another picture", findingOf({.kind = Kind::Different, .confidence = 0.9}), false, 4, 4},
+                    StatusRow{"too dark", findingOf({.kind = Kind::Dark, .confidence = 0.9}), false, 3, 0},
+                    StatusRow{"one color", findingOf({.kind = Kind::Unreadable, .confidence = 0.9}), false, 4, 4},
+                    StatusRow{"no frame", findingOf({.kind = Kind::Unreadable, .confidence = 1}), true, 2, 2}));
+
+TEST(FindingJson, TellsACauseWithItsNumbersAndNullsForTheOthers) {
+  diagnosis::Finding finding = findingOf({.kind = Kind::Power,
+                                          .confidence = 0.98765,
+                                          .residual = 0.25,
+                                          .exponent = 1.23456,
+                                          .exponentInterval = diagnosis::Interval{1.2, 1.25},
+                                          .direction = diagnosis::Direction::Darker});
+  finding.curve = {{16, 16.5}};
+  finding.action = diagnosis::Action::ExportAgain;
+  const JsonValue json = findingJson(finding);
+  EXPECT_EQ(json["causes"].dump(),
+            R"([{"cause":"power","confidence":0.9877,"exponent":1.2346,"exponentInterval":[1.2,1.25],"gain":null,)"
+            R"("offset":null,"direction":"darker","where":null,"residual":0.25}])");
+  EXPECT_EQ(json["curve"].dump(), "[[16.0,16.5]]");
+  EXPECT_EQ(json["advice"]["action"], "export");
+  EXPECT_THAT(keysOf(json), ElementsAre("causes", "correspondence", "ranges", "matrices", "identicalSamples",
+                                        "difference", "frames", "unmatchedFrames", "curve", "advice", "text"));
+}
 
 }  // namespace
 }  // namespace cli

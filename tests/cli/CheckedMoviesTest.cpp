@@ -65,7 +65,7 @@ TEST(CheckedMovies, SetTheExitStatus) {
   EXPECT_EQ(statusOf({plainMovie(), plainMovie()}), 0);
   EXPECT_EQ(statusOf({plainMovie(), darkerMovie()}), 1);
   EXPECT_EQ(statusOf({plainMovie(), retaggedMovie()}), 1);
-  EXPECT_EQ(statusOf({plainMovie(), unrelatedMovie()}), 2);
+  EXPECT_EQ(statusOf({plainMovie(), unrelatedMovie()}), 4);
   EXPECT_EQ(statusOf({plainMovie(), soundMovie()}), 2);
   EXPECT_EQ(statusOf({fadingMovie(), plainMovie()}), 3);
 }
@@ -73,27 +73,33 @@ TEST(CheckedMovies, SetTheExitStatus) {
 TEST(CheckedMovies, MayAllExitWithZeroButFailures) {
   EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), darkerMovie()}), 0);
   EXPECT_EQ(statusOf({"--exit-zero", fadingMovie(), plainMovie()}), 0);
-  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), unrelatedMovie()}), 2);
+  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), unrelatedMovie()}), 4);
   EXPECT_EQ(checkJson({"--exit-zero", plainMovie(), darkerMovie()})["exitStatus"], 0);
 }
 
-TEST(CheckedMovies, PrintTheReportAloneOnStdout) {
+TEST(CheckedMovies, PrintTheFindingAndThenTheReport) {
   const ProgramRun run = runLumacheck({"check", plainMovie(), plainMovie()});
   EXPECT_EQ(run.err, "");
-  EXPECT_EQ(run.out,
-            "Checking files...\n\n"
-            "Source gamma metadata: 2.20\n\n"
-            "Destination gamma metadata: 2.20\n\n"
-            "Source and destination gamma metadata match.\n\n"
-            "Source color metadata is set.\n\n"
-            "Destination color metadata is set.\n\n"
-            "Source and destination color metadata match.\n\n"
-            "Source file has no color space metadata set.\n\n"
-            "Destination file has no color space metadata set.\n\n"
-            "Source and destination color space metadata match.\n\n"
-            "No noticeable gamma shift detected on destination movie's pixels. This is either because the source and "
-            "destination frames do not match closely enough or because the gamma shift is occurring in metadata.\n\n"
-            "No noticeable gamma shift was found.\n");
+  EXPECT_EQ(
+      run.out,
+      "Finding: Identical: the destination's samples are the source's.\n"
+      "What to do: Nothing is to be done.\n"
+      "Source: " +
+          plainMovie() + " at 01:00:00:00\nDestination: " + plainMovie() +
+          " at 01:00:00:00\n\n"
+          "Checking files...\n\n"
+          "Source gamma metadata: 2.20\n\n"
+          "Destination gamma metadata: 2.20\n\n"
+          "Source and destination gamma metadata match.\n\n"
+          "Source color metadata is set.\n\n"
+          "Destination color metadata is set.\n\n"
+          "Source and destination color metadata match.\n\n"
+          "Source file has no color space metadata set.\n\n"
+          "Destination file has no color space metadata set.\n\n"
+          "Source and destination color space metadata match.\n\n"
+          "No noticeable gamma shift detected on destination movie's pixels. This is either because the source and "
+          "destination frames do not match closely enough or because the gamma shift is occurring in metadata.\n\n"
+          "No noticeable gamma shift was found.\n");
 }
 
 TEST(CheckedMovies, SayTheSameInJsonAsInPrint) {
@@ -105,7 +111,10 @@ TEST(CheckedMovies, SayTheSameInJsonAsInPrint) {
     for (const Json& paragraph : json["report"]) {
       text += (text.empty() ? "" : "\n\n") + paragraph["text"].get<std::string>();
     }
-    EXPECT_EQ(runLumacheck({"check", source, dest}).out, text + "\n");
+    const std::string out = runLumacheck({"check", source, dest}).out;
+    EXPECT_THAT(out, testing::EndsWith("\n\n" + text + "\n"));
+    EXPECT_THAT(out, testing::StartsWith("Finding: " + json["finding"]["text"].get<std::string>() + "\n"));
+    EXPECT_THAT(out, HasSubstr("What to do: " + json["finding"]["advice"]["text"].get<std::string>() + "\n"));
   }
 }
 
@@ -145,7 +154,7 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
             "Please move the playhead to a more representative frame.\n");
 
   const ProgramRun unmatched = runLumacheck({"check", plainMovie(), unrelatedMovie()});
-  EXPECT_THAT(unmatched.err, HasSubstr("do not match closely enough"));
+  EXPECT_THAT(unmatched.out, HasSubstr("Finding: No verdict: the two frames do not show the same picture."));
   EXPECT_THAT(unmatched.out, testing::EndsWith("No noticeable gamma shift was found.\n"));
   EXPECT_EQ(checkJson({plainMovie(), unrelatedMovie()})["pixels"]["shift"], "unmatched");
 
@@ -157,6 +166,26 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
   EXPECT_EQ(json["metadata"]["compared"], false);
   EXPECT_TRUE(json["dest"]["codec"].is_null());
   EXPECT_TRUE(json["dest"]["timecode"].is_null());
+}
+
+TEST(CheckedMovies, AreFoundOutAtSeveralFramesAtOnce) {
+  const Json darker = checkJson({plainMovie(), darkerMovie(), "--frames", "5"})["finding"];
+  EXPECT_EQ(darker["frames"], 5);
+  EXPECT_EQ(darker["causes"][0]["cause"], "power");
+  EXPECT_NEAR(darker["causes"][0]["exponent"].get<double>(), 1.25, 0.01);
+  EXPECT_EQ(checkJson({fadingMovie(), fadingMovie(), "--frames", "3"})["finding"]["causes"][0]["cause"], "identical")
+      << "what is dark at the beginning is not so later";
+}
+
+TEST(CheckedMovies, AreTheSameWithinTheToleranceGiven) {
+  EXPECT_EQ(statusOf({plainMovie(), darkerMovie(), "--tolerance", "50"}), 0);
+  EXPECT_EQ(statusOf({plainMovie(), darkerMovie(), "--tolerance", "1"}), 1);
+  for (const char* const wrong : {"-1", "51", "two", ""}) {
+    EXPECT_EQ(statusOf({plainMovie(), darkerMovie(), "--tolerance", wrong}), 2) << wrong;
+  }
+  for (const char* const wrong : {"0", "1001", "1.5", "x"}) {
+    EXPECT_EQ(statusOf({plainMovie(), darkerMovie(), "--frames", wrong}), 2) << wrong;
+  }
 }
 
 TEST(CheckedMovies, OfTheWorldMatchThemselves) {

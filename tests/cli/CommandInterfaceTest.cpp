@@ -53,7 +53,8 @@ TEST(CommandInterface, HoldsTheCommandAndItsSubcommands) {
 
 TEST(CommandInterface, HoldsEveryOptionOfASubcommand) {
   EXPECT_THAT(longNames(subcommand("check")),
-              UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--exit-zero", "--json", "--log"));
+              UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--frames", "--tolerance",
+                                   "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("info")), UnorderedElementsAre("--help", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("sync")),
               UnorderedElementsAre("--help", "--save-as", "--dry-run", "--json", "--log"));
@@ -66,10 +67,11 @@ TEST(CommandInterface, TellsWhatAnOptionTakes) {
     const char* valueName;
   };
   const Row rows[] = {
-      {"check", "--at", Value::Time, "T"},      {"check", "--source-at", Value::Time, "T"},
-      {"check", "--dest-at", Value::Time, "T"}, {"check", "--json", Value::None, ""},
-      {"check", "--help", Value::None, ""},     {"check", "--exit-zero", Value::None, ""},
-      {"info", "--log", Value::File, "FILE"},   {"sync", "--save-as", Value::File, "OUT"},
+      {"check", "--at", Value::Time, "T"},       {"check", "--source-at", Value::Time, "T"},
+      {"check", "--dest-at", Value::Time, "T"},  {"check", "--json", Value::None, ""},
+      {"check", "--frames", Value::Number, "N"}, {"check", "--tolerance", Value::Number, "CODES"},
+      {"check", "--help", Value::None, ""},      {"check", "--exit-zero", Value::None, ""},
+      {"info", "--log", Value::File, "FILE"},    {"sync", "--save-as", Value::File, "OUT"},
       {"sync", "--dry-run", Value::None, ""},
   };
   for (const Row& row : rows) {
@@ -118,7 +120,7 @@ TEST(CommandInterface, HoldsTheExitStatusesInOrder) {
                 testing::AllOf(testing::Contains(noShift), testing::Contains(failure), testing::Contains(interrupted)))
         << name;
   }
-  EXPECT_EQ(subcommand("check").exits.size(), 5U);
+  EXPECT_EQ(subcommand("check").exits.size(), 6U);
 }
 
 TEST(CommandInterface, TheHelpTellsTheSameExitStatuses) {

@@ -69,7 +69,7 @@ void expectRefused(const std::string& path) {
     EXPECT_EQ(json.status, 2);
     EXPECT_EQ(json.err, text.err);
     const auto document = nlohmann::ordered_json::parse(json.out);
-    EXPECT_EQ(document["schema"], "lumacheck.check/1");
+    EXPECT_EQ(document["schema"], "lumacheck.check/2");
     EXPECT_EQ("lumacheck: " + document["error"]["message"].get<std::string>() + "\n", text.err);
     EXPECT_EQ(document["error"]["path"], path);
     EXPECT_EQ(document["exitStatus"], 2);
@@ -128,7 +128,7 @@ TEST(Program, ReportsFramesThatCannotBeHadAndGivesNoVerdictOnThem) {
   const TemporaryFile file(plainMovie());
   const ProgramRun text = runLumacheck({"check", file.path(), file.path(), "--exit-zero"});
   EXPECT_EQ(text.status, 2);
-  EXPECT_THAT(text.out, AllOf(StartsWith("Checking files...\n\nSource file has no gamma metadata set.\n\n"),
+  EXPECT_THAT(text.out, AllOf(HasSubstr("\n\nChecking files...\n\nSource file has no gamma metadata set.\n\n"),
                               testing::EndsWith("\n\nNo noticeable gamma shift was found.\n")));
   EXPECT_THAT(text.err,
               AllOf(HasSubstr("The source frame cannot be had. "), HasSubstr("The destination frame cannot be had. ")));
