@@ -233,17 +233,52 @@ class Contents(unittest.TestCase):
     def test_names_every_exit_status(self):
         said = out_of(LUMACHECK, "check", "--help").split("Exit status:")[1]
         found = set(re.findall(r"\b(\d+)\b", said))
-        self.assertGreaterEqual(len(found), 5)
+        self.assertGreaterEqual(len(found), 6)
         for status in found:
             self.assertRegex(chapters()["07-command.md"], rf"(?m)^\| {status} \|")
 
     def test_names_every_member_of_the_json(self):
         done = run(LUMACHECK, "check", MOVIES / "source.mov", MOVIES / "export.mov", "--json")
         self.assertEqual(done.returncode, 1, done.stderr)
-        text = chapters()["07-command.md"].split("\n## JSON\n")[1]
+        text = chapters()["07-command.md"].split("\n## JSON\n")[1].split("\n## ")[0]
         members = json.loads(done.stdout)
         for name in [*members, *members["source"], *members["metadata"], *members["pixels"], *members["report"][0]]:
             self.assertIn(f"`{name}`", text)
+        finding = members["finding"]
+        self.assertGreaterEqual(len(finding), 11)
+        placement = finding["correspondence"]["placement"]
+        found = text.split("\n### The finding in JSON\n")[1]
+        for name in [*finding, *finding["causes"][0], *finding["correspondence"], *placement, *finding["ranges"],
+                     *finding["matrices"], *finding["advice"]]:
+            self.assertIn(f"`{name}`", found)
+
+    def names(self, array):
+        source = (ROOT / "cli/FindingJson.cpp").read_text(encoding="utf-8")
+        return re.findall(r'"(\w+)"', re.search(rf"\b{array}\[\] = {{(.*?)}};", source, re.S).group(1))
+
+    def test_names_every_word_that_a_finding_is_told_with(self):
+        text = chapters()["07-command.md"].split("\n### The finding in JSON\n")[1].split("\n## ")[0]
+        for array, fewest in (("causeNames", 10), ("whereNames", 3), ("directionNames", 4), ("actionNames", 6)):
+            self.assertGreaterEqual(len(self.names(array)), fewest)
+            for name in self.names(array):
+                self.assertIn(f"`{name}`", text, array)
+
+    def test_has_a_section_for_every_cause_and_a_row_for_every_action(self):
+        text = chapters()["04b-finding.md"]
+        causes = text.split("\n## The causes\n")[1].split("\n## ")[0]
+        told = re.findall(r"(?m)^### .* \(`(\w+)`\)$", causes)
+        self.assertEqual(told, self.names("causeNames"))
+        advice = text.split("\n## What to do\n")[1].split("\n## ")[0]
+        self.assertEqual(set(re.findall(r"(?m)^\| `(\w+)` \|", advice)), set(self.names("actionNames")))
+
+    def test_explains_every_sentence_of_a_finding(self):
+        source = (ROOT / "diagnosis/FindingText.cpp").read_text(encoding="utf-8")
+        source = re.sub(r'"\s*\n\s*"', "", re.sub(r"^\s*//.*$", "", source, flags=re.M))
+        sentences = [each for each in re.findall(r'"((?:[^"\\\n]|\\.)*)"', source) if each.endswith((".", ": "))]
+        self.assertGreaterEqual(len(sentences), 35)
+        text = flat("".join(chapters()[name] for name in ("04b-finding.md", "05-remedies.md")))
+        pieces = {piece.strip(" .:,;()") for each in sentences for piece in re.split(r"%(?:\.?\d*)?[a-z]", each)}
+        self.assertEqual({piece for piece in pieces if piece not in text}, set())
 
     def test_explains_the_alerts_of_the_logs(self):
         source = (ROOT / "SharedFiles/support/QVTroubleshootingUtils.cpp").read_text(encoding="utf-8")
@@ -310,8 +345,11 @@ class Examples(unittest.TestCase):
                 for movie in ("source.mov", "export.mov"):
                     shutil.copy(MOVIES / movie, folder)
                 done = run(LUMACHECK, *command.split()[2:], cwd=folder)
-            self.assertEqual(done.returncode, 0, command + done.stderr)
-            self.assertEqual(done.stdout, shown)
+            self.assertLess(done.returncode, 2, command + done.stderr)
+            if shown.endswith("…\n"):
+                self.assertEqual(done.stdout[:len(shown) - 2], shown[:-2])
+            else:
+                self.assertEqual(done.stdout, shown)
 
     def test_the_commands_of_the_quick_start_are_understood(self):
         with tempfile.TemporaryDirectory() as folder:
@@ -323,6 +361,7 @@ class Examples(unittest.TestCase):
 
     def test_the_example_of_the_report_is_what_the_pictures_show(self):
         done = run(LUMACHECK, "check", MOVIES / "source.mov", MOVIES / "export.mov", "--at", "1")
+        self.assertIn("Finding: Gamma shift: the destination is darker, by an exponent of 1.25", done.stdout)
         self.assertIn("Gamma shift: 1.25 (darker)", done.stdout)
         self.assertIn("Source gamma metadata: 2.20", done.stdout)
         self.assertIn("Destination gamma metadata: 1.80", done.stdout)
@@ -343,6 +382,8 @@ class Examples(unittest.TestCase):
             self.assertIn("the movie is fragmented", refused.stderr)
             for block in self.blocks("ffmpeg"):
                 words = block.split()
+                if "-bsf:v" in words:
+                    continue
                 out_of("ffmpeg", "-y", "-v", "error", *words[1:], cwd=folder)
                 done = run(LUMACHECK, "check", words[words.index("-i") + 1], words[-1], "--json", cwd=folder)
                 self.assertEqual(json.loads(done.stdout)["pixels"]["shift"], "none", block + done.stdout)
@@ -351,8 +392,25 @@ class Examples(unittest.TestCase):
                 if "copy" in words:
                     self.assertIn("Saved", out_of(LUMACHECK, "sync", "source.mov", words[-1], cwd=folder))
 
+    def test_a_wrong_range_flag_is_mended_without_a_new_encoding(self):
+        def action(dest):
+            done = run(LUMACHECK, "check", MOVIES / "source.mov", dest, "--json", cwd=folder)
+            return json.loads(done.stdout)["finding"]["advice"]["action"]
+
+        block, = (each for each in self.blocks("ffmpeg") if "-bsf:v" in each)
+        tags = "-color_range tv -color_primaries bt709 -color_trc bt709 -colorspace bt709 -movflags +write_colr+write_gama"
+        encode = f"-frames:v 1 -pix_fmt yuv420p -c:v libx264 -crf 12 -preset ultrafast {tags} -mov_gamma 2.2 right.mov"
+        with tempfile.TemporaryDirectory() as folder:
+            out_of("ffmpeg", "-v", "error", "-i", MOVIES / "source.mov", *encode.split(), cwd=folder)
+            mark = "-i right.mov -c copy -bsf:v h264_metadata=video_full_range_flag=1 marked-full.mp4"
+            out_of("ffmpeg", "-v", "error", *mark.split(), cwd=folder)
+            self.assertEqual(action("marked-full.mp4"), "tag")
+            out_of("ffmpeg", "-y", "-v", "error", *block.split()[1:], cwd=folder)
+            self.assertIn(action("export.mp4"), ("nothing", "sync"))
+
     def test_the_scripts_work(self):
-        check_all, mend = self.blocks("#!/bin/sh")[0], self.blocks("shift=")[0]
+        check_all, mend = self.blocks("#!/bin/sh")[0], self.blocks("advice=")[0]
+        levels, = self.blocks("found=")
         with tempfile.TemporaryDirectory() as folder:
             path = pathlib.Path(folder)
             for name in ("sources", "exports", "bin"):
@@ -360,15 +418,26 @@ class Examples(unittest.TestCase):
             shutil.copy(MOVIES / "source.mov", path / "sources/a.mov")
             shutil.copy(MOVIES / "export.mov", path / "exports/a.mov")
             (path / "bin/lumacheck").symlink_to(LUMACHECK)
-            (path / "check-exports").write_text(check_all.replace("10 60 120", "0 1"))
+            (path / "check-exports").write_text(check_all)
             environment = {**os.environ, "PATH": f"{path}/bin:{os.environ['PATH']}"}
             done = run("sh", "check-exports", "sources", "exports", cwd=folder, env=environment)
             self.assertEqual(done.returncode, 1, done.stderr)
-            self.assertEqual(done.stdout.count("exports/a.mov: 1.25"), 2, done.stdout)
-            self.assertEqual(done.stdout.count("tags differ"), 2)
+            self.assertIn("exports/a.mov: Gamma shift: the destination is darker", done.stdout)
+            self.assertIn("\n  Export again", done.stdout)
             shutil.copy(MOVIES / "source.mov", path / "exports/b.mov")
-            assignments = "source=sources/a.mov; export=exports/b.mov\n"
-            self.assertIn("Nothing to change", out_of("sh", "-c", assignments + mend, cwd=folder, env=environment))
+
+            def after(export, script):
+                assignments = f"source=sources/a.mov; export=exports/{export}.mov\n"
+                return run("sh", "-c", assignments + script, cwd=folder, env=environment).stdout
+
+            self.assertEqual(after("b", mend), "", "there is nothing to mend")
+            out_of(LUMACHECK, "sync", path / "exports/a.mov", path / "exports/b.mov")
+            self.assertIn("Saved", after("b", mend), "only a tag is wrong")
+            self.assertEqual(after("a", mend), "", "no tag can mend it")
+            self.assertEqual(after("a", levels), "", "it is neither")
+            squeeze = "-vf lutyuv=y=64+val*219/255:u=512+(val-512)*224/255:v=512+(val-512)*224/255 -c:v prores_ks"
+            out_of("ffmpeg", "-v", "error", "-i", MOVIES / "source.mov", *squeeze.split(), path / "exports/c.mov")
+            self.assertEqual(after("c", levels), "exports/c.mov: look at its levels and its matrix\n")
 
 
 if __name__ == "__main__":
