@@ -70,13 +70,6 @@ double logistic(double value) {
   return 1 / (1 + std::exp(-value));
 }
 
-/// By how much an explanation is better than the next one of another kind.
-double confidenceOf(double score, double runnerUp, const ColorEvidence& evidence) {
-  const double margin = std::min(2.0, (runnerUp - score) / std::max(0.3, score));
-  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
-  return logistic(2.8 + 1.9 * margin + 1.0 * colors);
-}
-
 Direction directionOf(double exponent) {
   return exponent > 1 ? Direction::Darker : Direction::Lighter;
 }
@@ -205,6 +198,15 @@ bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
 
+/// By how much an explanation is better than the next one of another kind, from how many colours, and how much it
+/// leaves unexplained.
+double confidenceOf(const Verdict& best, double runnerUp, const ColorEvidence& evidence) {
+  const double margin = std::min(2.0, (runnerUp - best.score) / std::max(0.3, best.score));
+  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
+  const double mystery = std::max(0.0, best.cost - 2);
+  return logistic(2.8 + 1.9 * margin + 1.0 * colors - 0.6 * mystery);
+}
+
 double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) {
   for (const Verdict& verdict : verdicts) {
     if (!namesTheSame(verdict, best)) return verdict.score;
@@ -239,7 +241,7 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
     best = {{Cause{.kind = CauseKind::Tone}}, std::min(all.toneCost, all.identityCost), best.score};
   }
 
-  const double confidence = confidenceOf(best.score, runnerUpScore(best, verdicts), evidence);
+  const double confidence = confidenceOf(best, runnerUpScore(best, verdicts), evidence);
   for (Cause& cause : best.causes) {
     cause.confidence = confidence;
     cause.residual = best.cost;

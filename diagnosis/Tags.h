@@ -21,7 +21,7 @@ struct SideTags {
   int depth = 8;  ///< bits of a coded sample
   movie::PictureRange statedRange = movie::PictureRange::Unspecified;
   SampleRange range = SampleRange::Video;  ///< in force
-  /// In force, as ITU-T H.273 numbers it: 0 for RGB and grey.
+  /// In force, as ITU-T H.273 numbers it, 6 for both names of BT.601's; 0 for RGB and grey.
   std::uint16_t matrixInForce = 1;
 };
 
