@@ -225,9 +225,8 @@ std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
 }  // namespace
 
 std::vector<Cause> causesOf(const ColorEvidence& evidence) {
-  const bool sameMeaning =
-      evidence.source.range == evidence.dest.range && evidence.source.matrixInForce == evidence.dest.matrixInForce;
-  if (evidence.identicalSamples && sameMeaning) return {{.kind = CauseKind::Identical, .confidence = 1}};
+  if (evidence.identicalSamples && sameMeaning(evidence.source, evidence.dest))
+    return {{.kind = CauseKind::Identical, .confidence = 1}};
   if (static_cast<double>(evidence.strata.size()) < fewestColors) {
     return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
   }

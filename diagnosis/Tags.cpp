@@ -83,6 +83,10 @@ SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture
   return tags;
 }
 
+bool sameMeaning(const SideTags& source, const SideTags& dest) {
+  return source.range == dest.range && source.matrixInForce == dest.matrixInForce;
+}
+
 bool TagComparison::counts() const {
   const auto differs = [](Comparison comparison) { return comparison != Comparison::Equal; };
   const auto missing = [](Comparison comparison) {

@@ -36,6 +36,9 @@ enum class Comparison {
   Differs,
 };
 
+/// Whether samples mean the same under both.
+bool sameMeaning(const SideTags& source, const SideTags& dest);
+
 struct TagComparison {
   SideTags source, dest;
   Comparison gamma = Comparison::Equal, profile = Comparison::Equal;
