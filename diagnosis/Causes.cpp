@@ -116,13 +116,14 @@ bool isLostBesideOthers(const CauseFit& fit) {
   return (fit.hypothesis->hasRange() || fit.hypothesis->hasMatrix()) && std::abs(std::log(fit.exponent)) < 0.03;
 }
 
+/// What a hypothesis stands for, without the numbers.
 std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidence) {
   const Hypothesis& hypothesis = *fit.hypothesis;
   if (hypothesis.relabelling) return relabelledCauses(evidence);
   std::vector<Cause> causes;
   if (hypothesis.hasRange()) causes.push_back(rangeCause(hypothesis));
   if (hypothesis.hasMatrix()) causes.push_back({.kind = CauseKind::Matrix, .where = Where::Codes});
-  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back(powerCause(fit, evidence));
+  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back({.kind = CauseKind::Power});
   if (hypothesis.tone == ToneStep::CurveRgb) causes.push_back({.kind = CauseKind::Tone});
   if (causes.empty()) causes.push_back({.kind = CauseKind::Same});
   return causes;
@@ -164,6 +165,7 @@ Cause gainCause(const GainFit& fit, const ColorEvidence& evidence) {
 struct Verdict {
   std::vector<Cause> causes;
   double cost = 0, score = 0;
+  const CauseFit* fit = nullptr;  ///< of a known cause
 };
 
 CauseKind kindOf(const Verdict& verdict) {
@@ -177,7 +179,7 @@ bool namesTheSame(const Verdict& one, const Verdict& other) {
 
 std::vector<Verdict> verdictsOf(const Explanations& all, const ColorEvidence& evidence) {
   std::vector<Verdict> verdicts;
-  for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score()});
+  for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score(), &fit});
   verdicts.push_back({{gainCause(all.gain, evidence)}, all.gain.cost, CauseFit::score(all.gain.cost, gainComplexity)});
   verdicts.push_back({{Cause{.kind = CauseKind::Tone}}, all.toneCost, CauseFit::score(all.toneCost, toneComplexity)});
   std::stable_sort(verdicts.begin(), verdicts.end(),
@@ -225,8 +227,9 @@ std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
 }  // namespace
 
 std::vector<Cause> causesOf(const ColorEvidence& evidence) {
-  if (evidence.identicalSamples && sameMeaning(evidence.source, evidence.dest))
+  if (evidence.identicalSamples && sameMeaning(evidence.source, evidence.dest)) {
     return {{.kind = CauseKind::Identical, .confidence = 1}};
+  }
   if (static_cast<double>(evidence.strata.size()) < fewestColors) {
     return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
   }
@@ -242,6 +245,7 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
 
   const double confidence = confidenceOf(best, runnerUpScore(best, verdicts), evidence);
   for (Cause& cause : best.causes) {
+    if (cause.kind == CauseKind::Power) cause = powerCause(*best.fit, evidence);
     cause.confidence = confidence;
     cause.residual = best.cost;
   }
