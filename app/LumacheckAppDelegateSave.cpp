@@ -139,7 +139,7 @@ Message LumacheckAppDelegate::reopenReplaced(Side& side, const QString& writtenP
     isReplaced = true;
     isShown = each == display;
   }
-  const Message goesOn = isReplaced ? SaveMessages::goesOn(side.side) : Message();
+  Message goesOn = isReplaced ? SaveMessages::goesOn(side.side) : Message();
   if (!isShown) return goesOn;
   const Message notShown = showIn(side, display);
   if (movie::compareTimes(display->duration(), durationBefore) != 0) updateLink();

@@ -489,6 +489,11 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
         <extracomment>%1: minutes. %2: seconds</extracomment>
         <translation>%1 min %2 s</translation>
     </message>
+    <message>
+        <source>less than %1 s</source>
+        <extracomment>%1: a number of seconds</extracomment>
+        <translation>weniger als %1 s</translation>
+    </message>
 </context>
 <context>
     <name>MoviePanel</name>

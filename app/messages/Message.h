@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QString>
+#include <utility>
 #include <vector>
 
 /// From the least to the most that needs attention.

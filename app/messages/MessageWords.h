@@ -16,6 +16,6 @@ class MessageWords final {
   static QString oneLine(QString text);
   /// A file's name without its folder, so; the path where it ends in no name.
   static QString nameOf(const QString& path);
-  /// A stretch of time as somebody waited for it: "0.02 s", "3 min 5 s".
+  /// A stretch of time as somebody waited for it: "less than 0.01 s", "0.02 s", "3 min 5 s".
   static QString spanOf(std::chrono::milliseconds span);
 };

@@ -9,8 +9,8 @@ namespace {
 
 /// The reason, with the name of the file to blame where that is another than the one that was to be written.
 QString reasonOf(const movie::MovieError& error, const QString& path) {
-  const QString reason = MovieReasons::clauseOf(error),
-                blamed = QFile::decodeName(QByteArray::fromStdString(error.file));
+  QString reason = MovieReasons::clauseOf(error);
+  const QString blamed = QFile::decodeName(QByteArray::fromStdString(error.file));
   if (blamed.isEmpty() || blamed == path) return reason;
   //: %1: another file than the one before. %2: what is wrong with it, a clause
   return SaveMessages::tr("\"%1\": %2").arg(MessageWords::nameOf(blamed), reason);

@@ -43,7 +43,7 @@ QString profileIn(const ImageDescription& description, Detail detail) {
   if (!profile) return none();
   const QString name = MessageWords::oneLine(QString::fromStdString(movie::profileDescription(*profile)));
   //: The size of a colour profile
-  const QString size = SyncMessages::tr("%1 bytes").arg(profile->size());
+  QString size = SyncMessages::tr("%1 bytes").arg(profile->size());
   if (name.isEmpty()) return size;
   return detail == Detail::Short ? name : QStringLiteral("%1 (%2)").arg(name, size);
 }

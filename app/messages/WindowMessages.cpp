@@ -6,7 +6,7 @@ QString WindowMessages::title(const QString& sourcePath, const QString& destPath
   const auto name = [](const QString& path) {
     return MessageWords::nameOf(path).replace(QStringLiteral("[*]"), QStringLiteral("[*][*]"));
   };
-  const QString application = QStringLiteral("Lumacheck");
+  QString application = QStringLiteral("Lumacheck");
   if (sourcePath.isEmpty() && destPath.isEmpty()) return application;
   //: A title. %1: the source's name. %2: the application
   if (destPath.isEmpty()) return tr("%1 – %2").arg(name(sourcePath), application);

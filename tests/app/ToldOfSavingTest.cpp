@@ -22,8 +22,10 @@ class ToldOfSaving : public SaveFixture {
  protected:
   /// Times and sizes are whatever they are.
   void expectSaid(MessageKind kind, const QString& pattern) {
-    const QRegularExpression whole(QRegularExpression::anchoredPattern(
-        QRegularExpression::escape(pattern).replace("TIME", "\\d+\\.\\d\\d s").replace("SIZE", "[\\d.]+ [kMG]?B")));
+    const QRegularExpression whole(
+        QRegularExpression::anchoredPattern(QRegularExpression::escape(pattern)
+                                                .replace("TIME", "(less than )?\\d+[.,]\\d\\d s")
+                                                .replace("SIZE", "[\\d.,]+ [kMG]?B")));
     EXPECT_TRUE(whole.match(said().text).hasMatch()) << said().text.toStdString() << "\nis not\n"
                                                      << pattern.toStdString();
     EXPECT_EQ(said().kind, kind) << said().text.toStdString();

@@ -329,8 +329,8 @@ TEST(Messages, ShowTimesAsSomebodyWaitsForThem) {
     int milliseconds;
     const char* shown;
   };
-  const Row rows[] = {{0, "0.00 s"},    {16, "0.02 s"},   {9'994, "9.99 s"},
-                      {10'000, "10 s"}, {59'999, "59 s"}, {185'000, "3 min 5 s"}};
+  const Row rows[] = {{0, "less than 0.01 s"}, {9, "less than 0.01 s"}, {10, "0.01 s"},   {16, "0.02 s"},
+                      {9'994, "9.99 s"},       {10'000, "10 s"},        {59'999, "59 s"}, {185'000, "3 min 5 s"}};
   for (const Row& row : rows) {
     EXPECT_EQ(MessageWords::spanOf(milliseconds(row.milliseconds)).toStdString(), row.shown);
   }
