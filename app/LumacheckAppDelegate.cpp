@@ -5,28 +5,33 @@
 #include <QPushButton>
 #include <initializer_list>
 #include <utility>
+#include <vector>
 
 #include "SharedFiles/analytics/QVQC.h"
 #include "SharedFiles/crash/QVCrashline.h"
 #include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/settings/UserDefaults.h"
 #include "app/MainInterface.h"
+#include "app/messages/WindowMessages.h"
+#include "app/widgets/MessageLine.h"
 
 LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults,
                                            ControllerServices services)
     : interface_(interface),
       defaults_(defaults),
       services_(std::move(services)),
-      source_{QStringLiteral("source"), QStringLiteral("lastSourceFile"), interface.source},
-      dest_{QStringLiteral("dest"), QStringLiteral("lastDestFile"), interface.dest},
+      source_{MovieSide::Source, QStringLiteral("source"), QStringLiteral("lastSourceFile"), interface.source},
+      dest_{MovieSide::Destination, QStringLiteral("dest"), QStringLiteral("lastDestFile"), interface.dest},
       window_(&interface.window()),
-      console_(*interface.resultsView) {
+      console_(*interface.resultsView),
+      recentPairs_(defaults) {
   QVCrashline::startCrashline();
   QVLog::finishWriting();  // what that logged, before its file becomes an older one
   QVLog::createNewLog();
   connectControls();
   connectMenus();
   addKeys();
+  showRecentPairs();
 }
 
 LumacheckAppDelegate::~LumacheckAppDelegate() = default;
@@ -45,6 +50,7 @@ void LumacheckAppDelegate::connectControls() {
   connect(interface_.syncBtn, &QPushButton::clicked, this, [this] { syncMetadata(); });
   connect(interface_.saveBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDest);
   connect(interface_.saveAsBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDestAs);
+  connect(window_, &QVQTWindow::fullScreenDidChange, this, &LumacheckAppDelegate::tellOfFullScreen);
 }
 
 void LumacheckAppDelegate::addKeys() {
@@ -60,14 +66,19 @@ LumacheckAppDelegate::Side& LumacheckAppDelegate::side(const QString& type) {
 }
 
 void LumacheckAppDelegate::awakeFromNib() {
-  for (Side* each : {&source_, &dest_}) restoreLastFile(*each);
+  std::vector<Message> messages;
+  for (Side* each : {&source_, &dest_}) messages.push_back(restoreLastFile(*each));
+  finish(joined(std::move(messages)));
   readQCLogging();
 }
 
-void LumacheckAppDelegate::restoreLastFile(Side& side) {
-  if (!side.controls.filenameText->text().isEmpty()) return;
+/// Tells of a file that cannot be opened. One that can is loaded once more, and told of then.
+Message LumacheckAppDelegate::restoreLastFile(Side& side) {
+  if (!side.controls.filenameText->text().isEmpty()) return {};
   const QString last = defaults_.stringForKey(side.defaultsKey);
-  if (!last.isNull()) loadQTMovieWithPath(last, side.type);
+  if (last.isNull()) return {};
+  const Message message = load(side, last);
+  return side.controls.filenameText->text().isEmpty() ? message : Message();
 }
 
 void LumacheckAppDelegate::applicationDidFinishLaunching() {
@@ -80,12 +91,15 @@ void LumacheckAppDelegate::applicationDidFinishLaunching() {
     setSlot(*each, std::move(empty));
   }
   for (Side* each : {&source_, &dest_}) each->controls.movieView->setMovie(each->display);
+  std::vector<Message> messages{interface_.messageLine->message()};
   for (Side* each : {&source_, &dest_}) {
     const QString path = each->controls.filenameText->text();
-    if (!path.isEmpty()) loadQTMovieWithPath(path, each->type);
+    if (!path.isEmpty()) messages.push_back(load(*each, path));
   }
   for (Side* each : {&source_, &dest_}) observeTime(each->controls.movieView->movie());
   updateLink();
+  finish(joined(std::move(messages)));
+  rememberPair();
   QVQC::sharedController().loadQC(window_);
 }
 
@@ -95,7 +109,8 @@ void LumacheckAppDelegate::applicationWillTerminate() {
 }
 
 void LumacheckAppDelegate::manualUpdateCheck() {
-  interface_.softwareUpdate.manualUpdateCheck();
+  const bool isOpened = interface_.softwareUpdate.manualUpdateCheck();
+  tell(isOpened ? Message() : WindowMessages::updaterMissing());
 }
 
 LumacheckAppDelegate::MovieSlot LumacheckAppDelegate::slot(const MovieSlot& which) const {

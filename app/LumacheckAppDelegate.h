@@ -10,9 +10,14 @@
 #include "SharedFiles/foundation/PathPlatform.h"
 #include "SharedFiles/support/Workspace.h"
 #include "app/KeyTable.h"
+#include "app/RecentPairs.h"
 #include "app/Subclasses/PlayableMovie.h"
 #include "app/dialogs/FlattenedSave.h"
+#include "app/messages/Message.h"
+#include "app/messages/MessageWords.h"
+#include "app/messages/WhyNot.h"
 #include "app/widgets/ResultsView.h"
+#include "check/MetadataSync.h"
 
 class MainInterface;
 class QCheckBox;
@@ -117,7 +122,7 @@ class LumacheckAppDelegate : public QObject {
 
   void syncMetadata();  ///< syncMetadata:
   /// syncMetadata:dest:
-  static void syncMetadata(const MovieSlot& source, const MovieSlot& dest);
+  static check::SyncOutcome syncMetadata(const MovieSlot& source, const MovieSlot& dest);
   void saveDest();    ///< saveDest:
   void saveDestAs();  ///< saveDestAs:
   /// savePanelDidEnd:returnCode:contextInfo: 1 is OK; the context is not used.
@@ -126,11 +131,20 @@ class LumacheckAppDelegate : public QObject {
   /// What Save As writes with; Movie::writeToFile by default.
   void setCopyWriter(CopyWriter writer) { copyWriter_ = std::move(writer); }
 
+  // What the window tells of itself. Each action ends with a message, which stays until the next.
+
+  /// What there is to act on, and whether the destination has changes that no file has.
+  WindowState state() const;
+  /// Both files of a recent pair, if they are there.
+  void openRecentPair(const MoviePair& pair);
+  void forgetRecentPairs();
+
   const KeyTable& keys() const { return keys_; }
 
  private:
   /// One side's controls and slots.
   struct Side {
+    const MovieSide side;
     const QString type, defaultsKey;
     const SideInterface& controls;
     MovieSlot master = {}, display = {};
@@ -146,12 +160,23 @@ class LumacheckAppDelegate : public QObject {
   QString shortName() const;
   void addKeys();
   void browse(const QString& type);
-  void restoreLastFile(Side& side);
-  void showIn(Side& side, const MovieSlot& display);
+  Message restoreLastFile(Side& side);
+  Message load(Side& side, const QString& path);
+  Message loadMaster(Side& side, const QString& path);
+  Message showIn(Side& side, const MovieSlot& display);
+  void openPage(const QString& address);
   void observeTime(const MovieSlot& movie);
   void stopObservingTime(const MovieSlot& movie);
   void showTimecode(const Side& side);
-  void reopenReplaced(Side& side, const QString& writtenPath);
+  Message reopenReplaced(Side& side, const QString& writtenPath);
+  static QString pathOf(const MovieSlot& movie);  ///< empty where there is none
+  static Message changesLostWith(const MovieSlot& movie);
+  void tell(const Message& message);
+  void tellOfFullScreen(bool isFullScreen);
+  void finish(const Message& message);
+  void showState();
+  void rememberPair();
+  void showRecentPairs();
 
   MainInterface& interface_;
   UserDefaults& defaults_;
@@ -163,5 +188,6 @@ class LumacheckAppDelegate : public QObject {
   QVQTWindow* window_;
   ViewConsole console_;
   KeyTable keys_;
+  RecentPairs recentPairs_;
   CopyWriter copyWriter_ = &movie::Movie::writeToFile;
 };

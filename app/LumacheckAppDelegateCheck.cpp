@@ -1,8 +1,10 @@
 // The check button and the report.
 
 #include "SharedFiles/alerts/QVAlert.h"
+#include "SharedFiles/timecode/QVQuickTime.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
+#include "app/messages/CheckMessages.h"
 #include "check/GammaCheck.h"
 
 namespace {
@@ -12,18 +14,27 @@ movie::MovieTime timeShownIn(const QVMovieView& view) {
   return shown ? shown->currentTime() : movie::MovieTime{};
 }
 
+CheckedFrame frameOf(const std::shared_ptr<PlayableMovie>& movie, const movie::MovieTime& time) {
+  if (!movie) return {};
+  return {.path = movie->path(), .timecode = QVQuickTime::timecodeAtTime(time, &movie->content())};
+}
+
 }  // namespace
 
 void LumacheckAppDelegate::checkOnThread() {
   const auto content = [](const MovieSlot& movie) { return movie ? movie->content().copy() : movie::Movie::movie(); };
   const auto source = content(sourceQTMov()), dest = content(destQTMov());
-  const auto stop = [this] {
+  check::Playheads at;
+  const auto stop = [this, &at] {
     for (const MovieSlot& display : {sourceQTDisplayMov(), destQTDisplayMov()}) {
       if (display) display->stop();
     }
-    return check::Playheads{timeShownIn(*source_.controls.movieView), timeShownIn(*dest_.controls.movieView)};
+    at = {timeShownIn(*source_.controls.movieView), timeShownIn(*dest_.controls.movieView)};
+    return at;
   };
+  tell({});
   const check::CheckOutcome outcome = check::runGammaCheck({*source, *dest, {}, stop}, console_);
+  tell(CheckMessages::checked(state(), frameOf(sourceQTMov(), at.source), frameOf(destQTMov(), at.dest), outcome));
   if (!outcome.tooDark) return;
   QVAlert::alertSheetWithMessageText(check::tooDarkMessageText, check::tooDarkInformativeText, window_);
 }

@@ -14,6 +14,7 @@
 #include "app/MainInterface.h"
 #include "app/dialogs/AboutDialog.h"
 #include "app/dialogs/BusySheet.h"
+#include "app/messages/WindowMessages.h"
 #include "system/Guarded.h"
 
 namespace {
@@ -44,6 +45,7 @@ void LumacheckAppDelegate::connectMenus() {
   wire(menus.openDest, &Self::browseDest);
   wire(menus.save, &Self::saveDest);
   wire(menus.saveAs, &Self::saveDestAs);
+  wire(menus.forgetPairs, &Self::forgetRecentPairs);
   wire(menus.quit, [this] { window_->close(); });
   wire(menus.preferences, &Self::showPreferences);
   wire(menus.check, &Self::checkAction);
@@ -81,26 +83,32 @@ void LumacheckAppDelegate::readQCLogging() {
 }
 
 void LumacheckAppDelegate::prefsToggleQCLogging(const QCheckBox* sender) {
-  AnalyticsPreferences(services_.paths)
-      .setObject(sender->checkState() == Qt::Checked, AnalyticsPreferences::decisionKey);
+  AnalyticsPreferences preferences(services_.paths);
+  const bool isStored = preferences.setObject(sender->checkState() == Qt::Checked, AnalyticsPreferences::decisionKey);
+  tell(isStored ? Message() : WindowMessages::settingsNotWritten());
 }
 
 void LumacheckAppDelegate::helpUserManual() {
   const QString manual =
       QVLocalPaths::libraryDirectory(false, services_.paths) + "/Documentation/Quorvane/Vextrel User Manual.pdf";
-  if (QFile::exists(manual)) services_.workspace.openFile(manual);
+  if (!QFile::exists(manual)) return tell(WindowMessages::manualMissing());
+  tell(services_.workspace.openFile(manual) ? Message() : WindowMessages::notOpened(manual));
+}
+
+void LumacheckAppDelegate::openPage(const QString& address) {
+  tell(services_.workspace.openURL(address) ? Message() : WindowMessages::notOpened(address));
 }
 
 void LumacheckAppDelegate::helpVextrelHome() {
-  services_.workspace.openURL(page(makerHosts::web, "/vextrel/"));
+  openPage(page(makerHosts::web, "/vextrel/"));
 }
 
 void LumacheckAppDelegate::helpSupport() {
-  services_.workspace.openURL(page(makerHosts::support, "/vextrel/"));
+  openPage(page(makerHosts::support, "/vextrel/"));
 }
 
 void LumacheckAppDelegate::helpQVHome() {
-  services_.workspace.openURL(page(makerHosts::web, QString()));
+  openPage(page(makerHosts::web, QString()));
 }
 
 QString LumacheckAppDelegate::shortName() const {
@@ -110,20 +118,22 @@ QString LumacheckAppDelegate::shortName() const {
 
 void LumacheckAppDelegate::helpReportBug() {
   const QString version = services_.bundle.objectForInfoDictionaryKey(QStringLiteral("CFBundleShortVersionString"));
-  services_.workspace.openURL(page(makerHosts::support, "/vextrel/bugreport?app=" + shortName() + "&version=" +
-                                                            QString::fromLatin1(QUrl::toPercentEncoding(version))));
+  openPage(page(makerHosts::support, "/vextrel/bugreport?app=" + shortName() +
+                                         "&version=" + QString::fromLatin1(QUrl::toPercentEncoding(version))));
 }
 
 void LumacheckAppDelegate::helpSuggestFeature() {
-  services_.workspace.openURL(page(makerHosts::support, "/vextrel/featurerequest?app=" + shortName()));
+  openPage(page(makerHosts::support, "/vextrel/featurerequest?app=" + shortName()));
 }
 
 void LumacheckAppDelegate::viewLog() {
-  QVTroubleshootingUtils::viewLogForApp(applicationName, troubleshooting(services_));
+  const bool isOpened = QVTroubleshootingUtils::viewLogForApp(applicationName, troubleshooting(services_));
+  tell(isOpened ? Message() : WindowMessages::logNotOpened());
 }
 
 void LumacheckAppDelegate::viewTaskLog() {
-  QVTroubleshootingUtils::viewTaskLogForApp(applicationName, troubleshooting(services_));
+  const bool isOpened = QVTroubleshootingUtils::viewTaskLogForApp(applicationName, troubleshooting(services_));
+  tell(isOpened ? Message() : WindowMessages::logNotOpened());
 }
 
 void LumacheckAppDelegate::gatherLogs() {
@@ -132,12 +142,14 @@ void LumacheckAppDelegate::gatherLogs() {
   sys::Guarded<GatheringProgress> progress;  // noted by the thread that gathers, told by the main thread
   TroubleshootingServices services = troubleshooting(services_);
   services.watch.progress = [&progress](const GatheringProgress& now) { progress.set(now); };
-  const auto gather = [&services](const std::stop_token& stop) {
+  bool isGathered = false;
+  const auto gather = [&services, &isGathered](const std::stop_token& stop) {
     services.watch.stop = stop;
-    QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
+    isGathered = QVTroubleshootingUtils::gatherLogsForAppWithName(applicationName, services);
   };
-  runUnderBusySheet(*window_, tr("Gathering logs…"),
-                    {.work = gather, .progress = [&] { return textOf(progress.get()); }});
+  const bool isCancelled = runUnderBusySheet(*window_, tr("Gathering logs…"),
+                                             {.work = gather, .progress = [&] { return textOf(progress.get()); }});
+  tell(isGathered ? Message() : isCancelled ? WindowMessages::gatheringCancelled() : WindowMessages::logsNotGathered());
   gathering_ = false;
 }
 

@@ -11,21 +11,41 @@
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/dialogs/MoviePanel.h"
+#include "app/messages/OpeningMessages.h"
 
 void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QString& type) {
-  Side& loaded = side(type);
-  setSlot(loaded.master, nullptr);
-  setSlot(loaded.display, nullptr);
-  stopObservingTime(loaded.controls.movieView->movie());
-  loaded.controls.movieView->setMovie(nullptr);
-  if (!PlayableMovie::canInitWithFile(path)) return;
+  finish(load(side(type), path));
+  rememberPair();
+}
 
+/// Empties the side, then loads the file into it, and says what came of it.
+Message LumacheckAppDelegate::load(Side& side, const QString& path) {
+  const Message lost = changesLostWith(slot(side.master));
+  setSlot(side.master, nullptr);
+  setSlot(side.display, nullptr);
+  QVMovieView& view = *side.controls.movieView;
+  stopObservingTime(view.movie());
+  view.setMovie(nullptr);
+  view.setRefusal({});
+  const auto refused = PlayableMovie::refusalOf(path);
+  if (!refused) return joined({lost, loadMaster(side, path)});
+  if (path.isEmpty()) return joined({lost, OpeningMessages::emptied(side.side)});
+  view.setRefusal(OpeningMessages::refusedInView(path, *refused));
+  return joined({OpeningMessages::refused(side.side, path, *refused), lost});
+}
+
+Message LumacheckAppDelegate::changesLostWith(const MovieSlot& movie) {
+  const bool hasChanges = movie && movie->content().hasUnsavedChanges();
+  return hasChanges ? OpeningMessages::changesLost(movie->path()) : Message();
+}
+
+Message LumacheckAppDelegate::loadMaster(Side& loaded, const QString& path) {
   const MovieSlot master = PlayableMovie::movieWithFile(path);
   setSlot(loaded.master, master);
   if (master) master->gotoBeginning();
   setSlot(loaded.display, master ? master->copy() : nullptr);
   if (master) master->setEditable(true);
-  showIn(loaded, slot(loaded.display));
+  const Message notShown = showIn(loaded, slot(loaded.display));
   loaded.controls.filenameText->setText(path);
   observeTime(loaded.controls.movieView->movie());
   defaults_.setObject(path, loaded.defaultsKey);
@@ -35,19 +55,25 @@ void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QStrin
   }
   updateLink();
   updateTimecode();
+  if (!master) return OpeningMessages::emptied(loaded.side);
+  const OpenedMovie opened{.hasPictures = master->hasVideo(), .endsInMiddle = master->endsInMiddle()};
+  return joined({notShown, OpeningMessages::opened(loaded.side, path, opened)});
 }
 
-void LumacheckAppDelegate::showIn(Side& side, const MovieSlot& display) {
+Message LumacheckAppDelegate::showIn(Side& side, const MovieSlot& display) {
   try {
     side.controls.movieView->setMovie(display);
+    return {};
   } catch (const QVPlatformException& exception) {
     const bool isSource = &side == &source_;
     QVLog::appendLog(isSource ? "Exception loading source movie: %@" : "Exception loading dest movie: %@",
                      exception.reason());
+    return OpeningMessages::notShown(side.side, exception.reason());
   }
 }
 
 void LumacheckAppDelegate::browse(const QString& type) {
+  tell({});
   auto* const panel =
       makeMoviePanel(*window_, type == source_.type ? tr("Open the source movie") : tr("Open the destination movie"));
   panel->setFileMode(QFileDialog::ExistingFile);
@@ -76,8 +102,9 @@ void LumacheckAppDelegate::modifyDestPath() {
 void LumacheckAppDelegate::swapMovies() {
   const QString sourcePath = source_.controls.filenameText->text();
   const QString destPath = dest_.controls.filenameText->text();
-  loadQTMovieWithPath(destPath, source_.type);
-  loadQTMovieWithPath(sourcePath, dest_.type);
+  const Message source = load(source_, destPath);
+  finish(joined({source, load(dest_, sourcePath)}));
+  rememberPair();
 }
 
 void LumacheckAppDelegate::applicationOpenFiles(const QStringList& files) {
@@ -87,11 +114,15 @@ void LumacheckAppDelegate::applicationOpenFiles(const QStringList& files) {
     const bool onlySourceLoaded = hasVideo(sourceQTDisplayMov()) && !hasVideo(destQTDisplayMov());
     return loadQTMovieWithPath(files[0], onlySourceLoaded ? dest_.type : source_.type);
   }
-  loadQTMovieWithPath(files[0], source_.type);
-  loadQTMovieWithPath(files[1], dest_.type);
+  const Message source = load(source_, files[0]);
+  finish(joined({source, load(dest_, files[1]), OpeningMessages::othersLeftOut(2, files.size())}));
+  rememberPair();
 }
 
 void LumacheckAppDelegate::filesDroppedOnMovieView(QVMovieView* view, const QStringList& files) {
-  if (files.isEmpty()) return;
-  loadQTMovieWithPath(files[0], view == source_.controls.movieView ? source_.type : dest_.type);
+  if (files.isEmpty()) return tell(OpeningMessages::namesUnreadable());
+  Side& target = view == source_.controls.movieView ? source_ : dest_;
+  const Message loaded = load(target, files[0]);
+  finish(joined({loaded, OpeningMessages::othersLeftOut(1, files.size())}));
+  rememberPair();
 }

@@ -8,6 +8,7 @@
 #include "SharedFiles/timecode/QVQuickTime.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
+#include "app/messages/WindowMessages.h"
 
 namespace {
 
@@ -77,7 +78,12 @@ void LumacheckAppDelegate::changeTimecode(QLineEdit* sender) {
   if (typed.isEmpty()) return;
   const MovieSlot display = slot(changed.display);
   const QString timecode = QVQuickTime::completedTimecode(typed, contentOf(display));
-  if (display) display->setCurrentTime(QVQuickTime::qtTimeFromTimecode(timecode, contentOf(display)));
+  const movie::MovieTime time = QVQuickTime::qtTimeFromTimecode(timecode, contentOf(display));
+  if (display) display->setCurrentTime(time);
   window_->selectNextKeyView(interface_.resultsView);
   updateTimecode();  // of the field too, which was being edited until now
+  const bool isEmpty = !display || !display->content().file();
+  if (isEmpty) return tell(WindowMessages::noMovieToMove());
+  const bool isReached = movie::compareTimes(display->currentTime(), time) == 0;
+  tell(isReached ? Message() : WindowMessages::timeOutside(timecode));
 }

@@ -17,13 +17,15 @@
 #include <algorithm>
 #include <initializer_list>
 
+#include "app/messages/WindowMessages.h"
+#include "app/widgets/MessageLine.h"
 #include "app/widgets/PathField.h"
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
 
 namespace {
 
-constexpr int margin = 12, spacing = 8;
+constexpr int margin = 12, spacing = 8, narrowMargin = 4;
 constexpr QSize smallestWindow(960, 640), usualWindow(1200, 780);
 const QList<int> usualHeights{370, 374};  // movies of 16:9 fill their views
 
@@ -43,9 +45,8 @@ int widest(const QFontMetrics& metrics, std::initializer_list<QString> words) {
 }
 
 /// Styles leave a long text hardly any room at its sides.
-QPushButton* button(const QString& text, const QString& toolTip = {}) {
+QPushButton* button(const QString& text) {
   auto* const made = new QPushButton(text);
-  made->setToolTip(toolTip);
   const int roomy = made->fontMetrics().horizontalAdvance(text) + 3 * spacing;
   made->setMinimumWidth(std::max(made->sizeHint().width(), roomy));
   return made;
@@ -65,7 +66,7 @@ QLineEdit* timecodeField(const QString& name) {
 }  // namespace
 
 MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_unique<QVQTWindow>()) {
-  window_->setWindowTitle(QStringLiteral("Lumacheck"));
+  window_->setWindowTitle(WindowMessages::title({}, {}));
   menus = MenuBar::in(*window_);
   makePreferences();
   source = makeSide({tr("Source"), tr("Drop the source movie here"), tr("Path of the source movie")}, makeView());
@@ -75,6 +76,9 @@ MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_uniqu
   layOut();
   orderFocus();
   followFocus();
+  tellWhyNot({});
+  QObject::connect(window_.get(), &QVQTWindow::fullScreenDidChange, window_.get(),
+                   [this](bool isFullScreen) { giveRoomToPictures(isFullScreen); });
   window_->setMinimumSize(smallestWindow);
   window_->resize(usualWindow);
   source.movieView->setFocus();
@@ -133,6 +137,7 @@ QWidget* MainInterface::sidePanel(const SideInterface& side, const QString& name
   column->addLayout(row);
   column->addWidget(side.movieView, 1);
   column->addWidget(side.transport);
+  besidePictures_ << label << side.filenameText << side.browseBtn;
   return panel;
 }
 
@@ -142,8 +147,7 @@ QWidget* MainInterface::linkColumn() {
   linkLabel->setAlignment(Qt::AlignHCenter);
   linkBtn = new QCheckBox;
   linkBtn->setAccessibleName(tr("Link the playheads"));
-  linkBtn->setToolTip(tr("Movies of the same length move together"));
-  swapBtn = button(tr("Swap"), tr("Source becomes destination, and the other way round"));
+  swapBtn = button(tr("Swap"));
   swapBtn->setAccessibleName(tr("Swap source and destination"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
@@ -153,6 +157,7 @@ QWidget* MainInterface::linkColumn() {
   column->addSpacing(spacing);
   column->addWidget(swapBtn);
   column->addStretch();
+  besidePictures_ << panel;
   return panel;
 }
 
@@ -160,10 +165,8 @@ QWidget* MainInterface::bottomPanel() {
   checkBtn = button(tr("Check"));
   window_->setDefaultButton(checkBtn);
   syncBtn = button(tr("Sync Metadata"));
-  //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
-  syncBtn->setToolTip(tr("Copies the source's colour metadata onto the destination"));
-  saveBtn = button(tr("Save"), tr("Saves the destination's metadata in place"));
-  saveAsBtn = button(tr("Save As…"), tr("Saves the destination as a self-contained copy"));
+  saveBtn = button(tr("Save"));
+  saveAsBtn = button(tr("Save As…"));
   resultsView = new ResultsView;
   resultsView->setAccessibleName(tr("Results"));
   auto* const panel = new QWidget;
@@ -176,6 +179,7 @@ QWidget* MainInterface::bottomPanel() {
   row->addWidget(saveAsBtn);
   column->addLayout(row);
   column->addWidget(resultsView, 1);
+  besidePictures_ << panel;
   return panel;
 }
 
@@ -199,8 +203,10 @@ void MainInterface::layOut() {
 
   auto* const content = new QWidget;
   auto* const column = new QVBoxLayout(content);
-  column->setContentsMargins(margin, margin, margin, margin);
-  column->addWidget(splitter);
+  column->setContentsMargins(margin, margin, margin, spacing);
+  column->setSpacing(spacing);
+  column->addWidget(splitter, 1);
+  column->addWidget(messageLine = new MessageLine);
   window_->setCentralWidget(content);
 }
 
@@ -221,7 +227,7 @@ void MainInterface::orderFocus() {
   side(source);
   next({linkBtn, swapBtn});
   side(dest);
-  next({checkBtn, syncBtn, saveBtn, saveAsBtn, resultsView});
+  next({checkBtn, syncBtn, saveBtn, saveAsBtn, resultsView, &messageLine->words()});
 }
 
 void MainInterface::followFocus() {
@@ -232,6 +238,29 @@ void MainInterface::followFocus() {
       if (inSide) activeView_ = side->movieView;
     }
   });
+}
+
+/// The transports and the message line stay. A focus that would go with its control goes to the movie.
+void MainInterface::giveRoomToPictures(bool all) {
+  const QWidget* const focused = window_->focusWidget();
+  QVMovieView* const active = activeView_;
+  for (QWidget* each : besidePictures_) each->setVisible(!all);
+  const int around = all ? narrowMargin : margin;
+  window_->centralWidget()->layout()->setContentsMargins(around, around, around, all ? narrowMargin : spacing);
+  if (focused != nullptr && !focused->isVisible()) active->setFocus();
+}
+
+void MainInterface::tellWhyNot(const WindowState& state) {
+  const auto tell = [](QWidget& control, const QString& does, const QString& whyNot) {
+    control.setToolTip(whyNot.isEmpty() ? does : does + u'\n' + whyNot);
+  };
+  tell(*linkBtn, tr("Movies of the same length move together"), WhyNot::link(state));
+  tell(*swapBtn, tr("Source becomes destination, and the other way round"), WhyNot::swap(state));
+  tell(*checkBtn, tr("Compares the two frames shown"), WhyNot::check(state));
+  //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
+  tell(*syncBtn, tr("Copies the source's colour metadata onto the destination"), WhyNot::sync(state));
+  tell(*saveBtn, tr("Saves the destination's metadata in place"), WhyNot::save(state));
+  tell(*saveAsBtn, tr("Saves the destination as a self-contained copy"), WhyNot::saveAs(state));
 }
 
 void MainInterface::addMovieKeys(KeyTable& keys) const {

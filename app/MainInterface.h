@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCoreApplication>
+#include <QList>
 #include <functional>
 #include <memory>
 
@@ -9,12 +10,14 @@
 #include "app/MenuBar.h"
 #include "app/Subclasses/QVMovieView.h"
 #include "app/Subclasses/QVQTWindow.h"
+#include "app/messages/WhyNot.h"
 
 class QCheckBox;
 class QDialog;
 class QLabel;
 class QLineEdit;
 class QPushButton;
+class MessageLine;
 class ResultsView;
 class TransportBar;
 
@@ -48,6 +51,7 @@ class MainInterface {
   QPushButton* checkBtn = nullptr;
   QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
   ResultsView* resultsView = nullptr;
+  MessageLine* messageLine = nullptr;
   QVSoftwareUpdate softwareUpdate;
   MenuBar menus;
   QDialog* preferences = nullptr;       ///< not modal; closing hides it
@@ -55,6 +59,8 @@ class MainInterface {
 
   /// The view that the movie keys act on: the one whose controls have or last had the focus, at first the source's.
   QVMovieView& activeView() const { return *activeView_; }
+  /// Has the tool tips of the controls say which of them can do nothing, and why. All of them stay as they are.
+  void tellWhyNot(const WindowState& state);
   /// The keys that move a movie: part of the window's table.
   void addMovieKeys(KeyTable& keys) const;
 
@@ -64,13 +70,15 @@ class MainInterface {
   };
   void makePreferences();
   static SideInterface makeSide(const SideTexts& texts, QVMovieView* movieView);
-  static QWidget* sidePanel(const SideInterface& side, const QString& name);
+  QWidget* sidePanel(const SideInterface& side, const QString& name);
   QWidget* linkColumn();
   QWidget* bottomPanel();
   void layOut();
   void orderFocus();
   void followFocus();
+  void giveRoomToPictures(bool all);
 
   std::unique_ptr<QVQTWindow> window_;
   QVMovieView* activeView_ = nullptr;
+  QList<QWidget*> besidePictures_;  ///< step back where the pictures get all the room
 };

@@ -26,11 +26,21 @@ QAction* add(QMenu& menu, const char* name, const QString& text, const QKeySeque
   return action;
 }
 
+/// Not one of the bar's menus, which are named so.
+void addRecentPairs(MenuBar& bar, QMenu& file) {
+  bar.recentPairs = file.addMenu(MenuBar::tr("&Recent Pairs"));
+  bar.recentPairs->menuAction()->setObjectName(QStringLiteral("recentPairs"));
+  bar.recentPairs->setToolTipsVisible(true);
+  bar.endOfPairs = bar.recentPairs->addSeparator();
+  bar.forgetPairs = add(*bar.recentPairs, "forgetPairs", MenuBar::tr("&Forget These Pairs"));
+}
+
 void addFileMenu(MenuBar& bar, QMainWindow& window) {
   QMenu& file = addMenu(window, "fileMenu", MenuBar::tr("&File"));
   bar.openSource = add(file, "openSource", MenuBar::tr("&Open Source…"), QKeySequence(QKeySequence::Open));
   bar.openDest =
       add(file, "openDest", MenuBar::tr("Open &Destination…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_O));
+  addRecentPairs(bar, file);
   file.addSeparator();
   bar.save = add(file, "save", MenuBar::tr("&Save"), QKeySequence(Qt::CTRL | Qt::Key_S));
   bar.saveAs = add(file, "saveAs", MenuBar::tr("Save &As…"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_S));

@@ -4,6 +4,7 @@
 
 class QAction;
 class QMainWindow;
+class QMenu;
 
 /// The menus of the main window, laid out but not wired to a controller. The window owns menus and actions; every
 /// action has an object name, and a shortcut or a mnemonic of its own. Edit acts by itself on the text that has the
@@ -15,6 +16,8 @@ struct MenuBar {
   /// Fills the window's menu bar.
   static MenuBar in(QMainWindow& window);
 
+  QMenu* recentPairs = nullptr;  ///< whoever knows the pairs inserts an item for each before endOfPairs
+  QAction *endOfPairs = nullptr, *forgetPairs = nullptr;
   QAction *openSource = nullptr, *openDest = nullptr, *save = nullptr, *saveAs = nullptr, *quit = nullptr;
   QAction* preferences = nullptr;
   QAction *swap = nullptr, *link = nullptr, *check = nullptr, *sync = nullptr;

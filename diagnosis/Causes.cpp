@@ -70,13 +70,6 @@ double logistic(double value) {
   return 1 / (1 + std::exp(-value));
 }
 
-/// By how much an explanation is better than the next one of another kind.
-double confidenceOf(double score, double runnerUp, const ColorEvidence& evidence) {
-  const double margin = std::min(2.0, (runnerUp - score) / std::max(0.3, score));
-  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
-  return logistic(2.8 + 1.9 * margin + 1.0 * colors);
-}
-
 Direction directionOf(double exponent) {
   return exponent > 1 ? Direction::Darker : Direction::Lighter;
 }
@@ -123,13 +116,14 @@ bool isLostBesideOthers(const CauseFit& fit) {
   return (fit.hypothesis->hasRange() || fit.hypothesis->hasMatrix()) && std::abs(std::log(fit.exponent)) < 0.03;
 }
 
+/// What a hypothesis stands for, without the numbers.
 std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidence) {
   const Hypothesis& hypothesis = *fit.hypothesis;
   if (hypothesis.relabelling) return relabelledCauses(evidence);
   std::vector<Cause> causes;
   if (hypothesis.hasRange()) causes.push_back(rangeCause(hypothesis));
   if (hypothesis.hasMatrix()) causes.push_back({.kind = CauseKind::Matrix, .where = Where::Codes});
-  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back(powerCause(fit, evidence));
+  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back({.kind = CauseKind::Power});
   if (hypothesis.tone == ToneStep::CurveRgb) causes.push_back({.kind = CauseKind::Tone});
   if (causes.empty()) causes.push_back({.kind = CauseKind::Same});
   return causes;
@@ -171,6 +165,7 @@ Cause gainCause(const GainFit& fit, const ColorEvidence& evidence) {
 struct Verdict {
   std::vector<Cause> causes;
   double cost = 0, score = 0;
+  const CauseFit* fit = nullptr;  ///< of a known cause
 };
 
 CauseKind kindOf(const Verdict& verdict) {
@@ -184,7 +179,7 @@ bool namesTheSame(const Verdict& one, const Verdict& other) {
 
 std::vector<Verdict> verdictsOf(const Explanations& all, const ColorEvidence& evidence) {
   std::vector<Verdict> verdicts;
-  for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score()});
+  for (const CauseFit& fit : all.known) verdicts.push_back({knownCauses(fit, evidence), fit.cost, fit.score(), &fit});
   verdicts.push_back({{gainCause(all.gain, evidence)}, all.gain.cost, CauseFit::score(all.gain.cost, gainComplexity)});
   verdicts.push_back({{Cause{.kind = CauseKind::Tone}}, all.toneCost, CauseFit::score(all.toneCost, toneComplexity)});
   std::stable_sort(verdicts.begin(), verdicts.end(),
@@ -205,6 +200,15 @@ bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
 
+/// By how much an explanation is better than the next one of another kind, from how many colours, and how much it
+/// leaves unexplained.
+double confidenceOf(const Verdict& best, double runnerUp, const ColorEvidence& evidence) {
+  const double margin = std::min(2.0, (runnerUp - best.score) / std::max(0.3, best.score));
+  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
+  const double mystery = std::max(0.0, best.cost - 2);
+  return logistic(2.8 + 1.9 * margin + 1.0 * colors - 0.6 * mystery);
+}
+
 double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) {
   for (const Verdict& verdict : verdicts) {
     if (!namesTheSame(verdict, best)) return verdict.score;
@@ -223,9 +227,9 @@ std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
 }  // namespace
 
 std::vector<Cause> causesOf(const ColorEvidence& evidence) {
-  const bool sameMeaning =
-      evidence.source.range == evidence.dest.range && evidence.source.matrixInForce == evidence.dest.matrixInForce;
-  if (evidence.identicalSamples && sameMeaning) return {{.kind = CauseKind::Identical, .confidence = 1}};
+  if (evidence.identicalSamples && sameMeaning(evidence.source, evidence.dest)) {
+    return {{.kind = CauseKind::Identical, .confidence = 1}};
+  }
   if (static_cast<double>(evidence.strata.size()) < fewestColors) {
     return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
   }
@@ -239,8 +243,9 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
     best = {{Cause{.kind = CauseKind::Tone}}, std::min(all.toneCost, all.identityCost), best.score};
   }
 
-  const double confidence = confidenceOf(best.score, runnerUpScore(best, verdicts), evidence);
+  const double confidence = confidenceOf(best, runnerUpScore(best, verdicts), evidence);
   for (Cause& cause : best.causes) {
+    if (cause.kind == CauseKind::Power) cause = powerCause(*best.fit, evidence);
     cause.confidence = confidence;
     cause.residual = best.cost;
   }

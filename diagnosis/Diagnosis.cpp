@@ -35,18 +35,21 @@ struct Evidence {
   StrataBuilder strata;
   Correspondence best;
   int frames = 0, dark = 0, unmatched = 0, flat = 0;
-  bool identical = true;
+  bool identical = false;  ///< the samples of all frames
 };
 
 void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix) {
   ++evidence.frames;
-  evidence.identical = evidence.identical && areIdentical(*pair.source, *pair.dest);
   Signal source = signalOf(*pair.source, question.source, matrix);
-  Signal dest = signalOf(*pair.dest, question.dest, matrix);
   if (isDark(source)) {
     ++evidence.dark;
     return;
   }
+  if (evidence.identical && sameMeaning(question.source, question.dest)) {
+    evidence.best = {1, {}, true};
+    return;
+  }
+  Signal dest = signalOf(*pair.dest, question.dest, matrix);
   const PlacementFit fit = findPlacement(source, dest);
   const bool whole = fit.placement.source == Region();
   const bool same = fit.explained >= (whole ? samePictureExplained : samePartExplained);
@@ -102,6 +105,8 @@ bool isPlacedByChance(const Finding& finding) {
 Finding diagnose(const Question& question) {
   const ComparedIn space = spaceOf(question);
   Evidence evidence;
+  evidence.identical = std::all_of(question.frames.begin(), question.frames.end(),
+                                   [](const FramePair& pair) { return areIdentical(*pair.source, *pair.dest); });
   for (const FramePair& pair : question.frames) look(evidence, pair, question, space.matrix);
 
   Finding finding;

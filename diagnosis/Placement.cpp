@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 namespace diagnosis {
@@ -66,7 +67,7 @@ Signal cropped(const Signal& signal, const SampleBox& box) {
   for (std::size_t plane = 0; plane < 3; ++plane) {
     if (signal.planes[plane].empty()) continue;
     for (int y = 0; y < box.height; ++y) {
-      const auto row = signal.planes[plane].begin() + (box.top + y) * signal.width + box.left;
+      const auto row = signal.planes[plane].begin() + std::ptrdiff_t{box.top + y} * signal.width + box.left;
       result.planes[plane].insert(result.planes[plane].end(), row, row + box.width);
     }
   }

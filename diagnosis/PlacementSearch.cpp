@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstddef>
 
 #include "diagnosis/ToneCurve.h"
 
@@ -30,7 +31,7 @@ int blackLines(int lines, int samples, BrightIn brightIn) {
 }
 
 int brightInRow(const Signal& signal, int row) {
-  const auto begin = signal.luma().begin() + row * signal.width;
+  const auto begin = signal.luma().begin() + std::ptrdiff_t{row} * signal.width;
   return static_cast<int>(std::count_if(begin, begin + signal.width, [](float luma) { return luma > barLuma; }));
 }
 

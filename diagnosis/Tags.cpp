@@ -78,8 +78,13 @@ SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture
   tags.depth = picture.depth;
   tags.statedRange = picture.range;
   tags.range = rangeInForce(picture);
-  tags.matrixInForce = picture.model == movie::PictureModel::YCbCr ? movie::matrixIndexInForce(tags.nclc, picture) : 0;
+  const bool hasMatrix = picture.model == movie::PictureModel::YCbCr;
+  tags.matrixInForce = hasMatrix ? matrixMeaning(movie::matrixIndexInForce(tags.nclc, picture)) : 0;
   return tags;
+}
+
+bool sameMeaning(const SideTags& source, const SideTags& dest) {
+  return source.range == dest.range && source.matrixInForce == dest.matrixInForce;
 }
 
 bool TagComparison::counts() const {

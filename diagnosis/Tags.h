@@ -21,7 +21,7 @@ struct SideTags {
   int depth = 8;  ///< bits of a coded sample
   movie::PictureRange statedRange = movie::PictureRange::Unspecified;
   SampleRange range = SampleRange::Video;  ///< in force
-  /// In force, as ITU-T H.273 numbers it: 0 for RGB and grey.
+  /// In force, as ITU-T H.273 numbers it, 6 for both names of BT.601's; 0 for RGB and grey.
   std::uint16_t matrixInForce = 1;
 };
 
@@ -35,6 +35,9 @@ enum class Comparison {
   Added,  ///< only the destination does
   Differs,
 };
+
+/// Whether samples mean the same under both.
+bool sameMeaning(const SideTags& source, const SideTags& dest);
 
 struct TagComparison {
   SideTags source, dest;

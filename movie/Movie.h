@@ -104,6 +104,9 @@ class Movie {
   /// movie.
   bool standsAtItsPath() const;
 
+  /// Whether there are edited sample descriptions that the file has not.
+  bool hasUnsavedChanges() const { return !edits().empty(); }
+
   /// Whether updateMovieFile() would begin, now; the error's reason says why not. Nothing is changed on disk.
   Result<void> canUpdateMovieFile() const;
 

@@ -29,6 +29,7 @@ TESTED_BY = {
     "check/": ["test_check", "test_checked_frames"],
     "check/Color": ["test_check_analysis", "test_check", "test_checked_frames"],
     "check/Frame": ["test_check_analysis", "test_checked_frames"],
+    "diagnosis/": ["test_diagnosis"],
     "SharedFiles/timecode/": ["test_shared_timecode"],
     "app/": ["test_window_texts", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "app/main.cpp": ["test_window_program", "test_window_quitting"],

@@ -51,6 +51,28 @@
     </message>
 </context>
 <context>
+    <name>CheckMessages</name>
+    <message>
+        <source>No frames were compared. %1</source>
+        <extracomment>%1: why, a sentence</extracomment>
+        <translation>Es wurden keine Bilder verglichen. %1</translation>
+    </message>
+    <message>
+        <source>No frames were compared. &quot;%1&quot; gives no picture at %2: %3.</source>
+        <extracomment>%1: a file. %2: a timecode. %3: why, a clause</extracomment>
+        <translation>Es wurden keine Bilder verglichen. „%1“ gibt bei %2 kein Bild her: %3.</translation>
+    </message>
+    <message>
+        <source>No frames were compared. &quot;%1&quot; is too dark at %2: go to a brighter picture.</source>
+        <translation>Es wurden keine Bilder verglichen. „%1“ ist bei %2 zu dunkel: bitte ein helleres Bild suchen.</translation>
+    </message>
+    <message>
+        <source>Compared &quot;%1&quot; at %2 with &quot;%3&quot; at %4.</source>
+        <extracomment>%1 and %3: files. %2 and %4: timecodes</extracomment>
+        <translation>„%1“ bei %2 wurde mit „%3“ bei %4 verglichen.</translation>
+    </message>
+</context>
+<context>
     <name>EditMenu</name>
     <message>
         <source>&amp;Undo</source>
@@ -300,6 +322,10 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
         <source>To the last frame</source>
         <translation>Zum letzten Bild</translation>
     </message>
+    <message>
+        <source>Compares the two frames shown</source>
+        <translation>Vergleicht die beiden gezeigten Bilder</translation>
+    </message>
 </context>
 <context>
     <name>MenuBar</name>
@@ -414,6 +440,66 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>&amp;About Lumacheck</source>
         <translation>Üb&amp;er Lumacheck</translation>
+    </message>
+    <message>
+        <source>&amp;Recent Pairs</source>
+        <translation>&amp;Letzte Paare</translation>
+    </message>
+    <message>
+        <source>&amp;Forget These Pairs</source>
+        <translation>Diese Paare &amp;vergessen</translation>
+    </message>
+</context>
+<context>
+    <name>Message</name>
+    <message>
+        <source>Done</source>
+        <translation>Erledigt</translation>
+    </message>
+    <message>
+        <source>Warning</source>
+        <translation>Warnung</translation>
+    </message>
+    <message>
+        <source>Failure</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>Information</source>
+        <translation>Hinweis</translation>
+    </message>
+</context>
+<context>
+    <name>MessageLine</name>
+    <message>
+        <source>Message</source>
+        <extracomment>What the window says of the latest action</extracomment>
+        <translation>Meldung</translation>
+    </message>
+</context>
+<context>
+    <name>MessageWords</name>
+    <message>
+        <source>%1 s</source>
+        <extracomment>%1: a number of seconds</extracomment>
+        <translation>%1 s</translation>
+    </message>
+    <message>
+        <source>%1 min %2 s</source>
+        <extracomment>%1: minutes. %2: seconds</extracomment>
+        <translation>%1 min %2 s</translation>
+    </message>
+    <message>
+        <source>less than %1 s</source>
+        <extracomment>%1: a number of seconds</extracomment>
+        <translation>weniger als %1 s</translation>
+    </message>
+</context>
+<context>
+    <name>MoviePanel</name>
+    <message>
+        <source>Movies (%1)</source>
+        <translation>Filme (%1)</translation>
     </message>
 </context>
 <context>
@@ -1002,10 +1088,99 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     </message>
 </context>
 <context>
-    <name>MoviePanel</name>
+    <name>OpeningMessages</name>
     <message>
-        <source>Movies (%1)</source>
-        <translation>Filme (%1)</translation>
+        <source>Opened &quot;%1&quot; as the source.</source>
+        <translation>„%1“ ist als Quelle geöffnet.</translation>
+    </message>
+    <message>
+        <source>Opened &quot;%1&quot; as the destination.</source>
+        <translation>„%1“ ist als Ziel geöffnet.</translation>
+    </message>
+    <message>
+        <source>It ends in the middle: its last pictures are missing.</source>
+        <translation>Der Film bricht mittendrin ab: Seine letzten Bilder fehlen.</translation>
+    </message>
+    <message>
+        <source>It has no pictures.</source>
+        <translation>Der Film hat keine Bilder.</translation>
+    </message>
+    <message>
+        <source>it is not a QuickTime or MP4 movie</source>
+        <translation>sie ist kein QuickTime- oder MP4-Film</translation>
+    </message>
+    <message>
+        <source>it is not a QuickTime or MP4 movie, or was never finished</source>
+        <translation>sie ist kein QuickTime- oder MP4-Film oder wurde nie fertig</translation>
+    </message>
+    <message>
+        <source>it ends in the middle</source>
+        <translation>sie bricht mittendrin ab</translation>
+    </message>
+    <message>
+        <source>it ends in the middle, or is damaged</source>
+        <translation>sie bricht mittendrin ab oder ist beschädigt</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be opened as the source: %2.</source>
+        <extracomment>%1: a file. %2: why, a clause</extracomment>
+        <translation>„%1“ lässt sich nicht als Quelle öffnen: %2.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be opened as the destination: %2.</source>
+        <translation>„%1“ lässt sich nicht als Ziel öffnen: %2.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be opened:
+%2.</source>
+        <translation>„%1“ lässt sich nicht öffnen:
+%2.</translation>
+    </message>
+    <message>
+        <source>The source cannot be shown: %1.</source>
+        <extracomment>%1: what the system says</extracomment>
+        <translation>Die Quelle kann nicht gezeigt werden: %1.</translation>
+    </message>
+    <message>
+        <source>The destination cannot be shown: %1.</source>
+        <translation>Das Ziel kann nicht gezeigt werden: %1.</translation>
+    </message>
+    <message>
+        <source>There is no source now.</source>
+        <translation>Es gibt jetzt keine Quelle.</translation>
+    </message>
+    <message>
+        <source>There is no destination now.</source>
+        <translation>Es gibt jetzt kein Ziel.</translation>
+    </message>
+    <message>
+        <source>The changes of &quot;%1&quot; were not saved, and are gone.</source>
+        <translation>Die Änderungen an „%1“ waren nicht gespeichert und sind verloren.</translation>
+    </message>
+    <message>
+        <source>Nothing was opened: the file&apos;s name is not in UTF-8.</source>
+        <translation>Es wurde nichts geöffnet: Der Name der Datei ist nicht in UTF-8.</translation>
+    </message>
+    <message>
+        <source>The pair was not opened: there is no &quot;%1&quot;.</source>
+        <translation>Das Paar wurde nicht geöffnet: „%1“ gibt es nicht.</translation>
+    </message>
+    <message>
+        <source>The pair was not opened: there is neither &quot;%1&quot; nor &quot;%2&quot;.</source>
+        <translation>Das Paar wurde nicht geöffnet: Es gibt weder „%1“ noch „%2“.</translation>
+    </message>
+    <message>
+        <source>The recent pairs are forgotten.</source>
+        <translation>Die letzten Paare sind vergessen.</translation>
+    </message>
+    <message>
+        <source>Of %1 files only the first was opened.</source>
+        <extracomment>%1: how many files there were</extracomment>
+        <translation>Von %1 Dateien wurde nur die erste geöffnet.</translation>
+    </message>
+    <message>
+        <source>Of %1 files only the first two were opened.</source>
+        <translation>Von %1 Dateien wurden nur die ersten beiden geöffnet.</translation>
     </message>
 </context>
 <context>
@@ -1017,6 +1192,165 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>This frame cannot be shown: %1</source>
         <translation>Dieses Bild kann nicht gezeigt werden: %1</translation>
+    </message>
+</context>
+<context>
+    <name>SaveMessages</name>
+    <message>
+        <source>&quot;%1&quot;: %2</source>
+        <extracomment>%1: another file than the one before. %2: what is wrong with it, a clause</extracomment>
+        <translation>„%1“: %2</translation>
+    </message>
+    <message>
+        <source>It is uncertain whether the save of &quot;%1&quot; counts. Load it again and check.</source>
+        <translation>Es ist ungewiss, ob „%1“ gespeichert ist. Bitte neu laden und prüfen.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; has no unsaved changes. The movie on the disk is as it was.</source>
+        <translation>„%1“ hat keine ungespeicherten Änderungen. Der Film auf dem Datenträger ist, wie er war.</translation>
+    </message>
+    <message>
+        <source>Saved &quot;%1&quot; in %2. The movie on the disk has the new metadata.</source>
+        <extracomment>%1: a file. %2: a time</extracomment>
+        <translation>„%1“ wurde in %2 gespeichert. Der Film auf dem Datenträger hat die neuen Metadaten.</translation>
+    </message>
+    <message>
+        <source>Over a network it no longer plays before it is loaded as a whole; a copy does.</source>
+        <translation>Über ein Netz spielt er erst, wenn er ganz geladen ist; eine Kopie spielt sofort.</translation>
+    </message>
+    <message>
+        <source>It has %1 names, and was changed under all of them.</source>
+        <translation>Er hat %1 Namen und wurde unter allen geändert.</translation>
+    </message>
+    <message>
+        <source>The log tells more of it.</source>
+        <translation>Das Protokoll sagt mehr dazu.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; cannot be saved in place: %2. Save a copy instead.</source>
+        <extracomment>%1: a file. %2: why, a clause</extracomment>
+        <translation>„%1“ lässt sich nicht in der eigenen Datei speichern: %2. Bitte eine Kopie speichern.</translation>
+    </message>
+    <message>
+        <source>&quot;%1&quot; was not saved: %2. The movie on the disk is as it was.</source>
+        <extracomment>%1: a file. %2: why, a clause</extracomment>
+        <translation>„%1“ wurde nicht gespeichert: %2. Der Film auf dem Datenträger ist, wie er war.</translation>
+    </message>
+    <message>
+        <source>Nothing was saved.</source>
+        <translation>Es wurde nichts gespeichert.</translation>
+    </message>
+    <message>
+        <source>Saved a copy, &quot;%1&quot; (%2), in %3.</source>
+        <extracomment>%1: a file. %2: its size. %3: a time</extracomment>
+        <translation>Die Kopie „%1“ (%2) wurde in %3 gespeichert.</translation>
+    </message>
+    <message>
+        <source>It was complete before it could be cancelled.</source>
+        <translation>Sie war fertig, bevor sie abgebrochen werden konnte.</translation>
+    </message>
+    <message>
+        <source>The destination&apos;s own file has not been changed.</source>
+        <translation>Die Datei des Ziels selbst ist nicht geändert.</translation>
+    </message>
+    <message>
+        <source>The copy &quot;%1&quot; was cancelled. Nothing was left behind.</source>
+        <translation>Die Kopie „%1“ wurde abgebrochen. Davon ist nichts übrig.</translation>
+    </message>
+    <message>
+        <source>The copy &quot;%1&quot; may have failed: %2.</source>
+        <extracomment>%1: a file. %2: what is wrong with it, a clause</extracomment>
+        <translation>Die Kopie „%1“ ist womöglich misslungen: %2.</translation>
+    </message>
+    <message>
+        <source>The copy &quot;%1&quot; was not saved: %2. Nothing was left behind.</source>
+        <translation>Die Kopie „%1“ wurde nicht gespeichert: %2. Davon ist nichts übrig.</translation>
+    </message>
+    <message>
+        <source>Nothing was saved: there is no destination.</source>
+        <translation>Es wurde nichts gespeichert: Es gibt kein Ziel.</translation>
+    </message>
+    <message>
+        <source>The source goes on with the new file.</source>
+        <translation>Die Quelle fährt mit der neuen Datei fort.</translation>
+    </message>
+    <message>
+        <source>The destination goes on with the new file.</source>
+        <translation>Das Ziel fährt mit der neuen Datei fort.</translation>
+    </message>
+    <message>
+        <source>The source&apos;s new file cannot be opened: %1.</source>
+        <extracomment>%1: why, a clause</extracomment>
+        <translation>Die neue Datei der Quelle lässt sich nicht öffnen: %1.</translation>
+    </message>
+    <message>
+        <source>The destination&apos;s new file cannot be opened: %1.</source>
+        <translation>Die neue Datei des Ziels lässt sich nicht öffnen: %1.</translation>
+    </message>
+</context>
+<context>
+    <name>SyncMessages</name>
+    <message>
+        <source>none</source>
+        <translation>keine Angabe</translation>
+    </message>
+    <message>
+        <source>%1 bytes</source>
+        <extracomment>The size of a colour profile</extracomment>
+        <translation>%1 Bytes</translation>
+    </message>
+    <message>
+        <source>gamma %1 → %2</source>
+        <extracomment>%1: before. %2: after</extracomment>
+        <translation>Gamma %1 → %2</translation>
+    </message>
+    <message>
+        <source>colour %1 → %2</source>
+        <translation>Farbe %1 → %2</translation>
+    </message>
+    <message>
+        <source>profile %1 → %2</source>
+        <translation>Profil %1 → %2</translation>
+    </message>
+    <message>
+        <source>Nothing was synced. %1</source>
+        <extracomment>%1: why, a sentence</extracomment>
+        <translation>Es wurde nichts abgeglichen. %1</translation>
+    </message>
+    <message>
+        <source>There was nothing to change in &quot;%1&quot;.</source>
+        <translation>An „%1“ war nichts zu ändern.</translation>
+    </message>
+    <message>
+        <source>Changed &quot;%1&quot;, not saved yet: %2.</source>
+        <extracomment>%1: a file. %2: what changed, as in &quot;gamma 1.80 → 2.20, colour none → 1-1-1&quot;</extracomment>
+        <translation>„%1“ ist geändert, noch nicht gespeichert: %2.</translation>
+    </message>
+    <message>
+        <source>The gamma (%1) stays, although the source has none.</source>
+        <extracomment>%1: its value</extracomment>
+        <translation>Das Gamma (%1) bleibt, obwohl die Quelle keines hat.</translation>
+    </message>
+    <message>
+        <source>The colour (%1) stays, although the source has none.</source>
+        <translation>Die Farbe (%1) bleibt, obwohl die Quelle keine hat.</translation>
+    </message>
+    <message>
+        <source>The profile (%1) stays, although the source has none.</source>
+        <translation>Das Profil (%1) bleibt, obwohl die Quelle keines hat.</translation>
+    </message>
+    <message>
+        <source>Nothing was changed in &quot;%1&quot;: its gamma cannot be set (error %2).</source>
+        <extracomment>%1: a file. %2: the number of an error</extracomment>
+        <translation>An „%1“ wurde nichts geändert: Das Gamma lässt sich nicht setzen (Fehler %2).</translation>
+    </message>
+    <message>
+        <source>Nothing was changed in &quot;%1&quot;: its colour cannot be set (error %2).</source>
+        <translation>An „%1“ wurde nichts geändert: Die Farbe lässt sich nicht setzen (Fehler %2).</translation>
+    </message>
+    <message>
+        <source>Nothing was changed in &quot;%1&quot;: its profile cannot be set (error %2).</source>
+        <translation>An „%1“ wurde nichts geändert: Das Profil lässt sich nicht setzen (Fehler %2).</translation>
     </message>
 </context>
 <context>
@@ -1056,6 +1390,112 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>%1: sound on</source>
         <translation>%1: Ton an</translation>
+    </message>
+</context>
+<context>
+    <name>WhyNot</name>
+    <message>
+        <source>There are no movies.</source>
+        <translation>Es gibt keine Filme.</translation>
+    </message>
+    <message>
+        <source>There is no source.</source>
+        <translation>Es gibt keine Quelle.</translation>
+    </message>
+    <message>
+        <source>There is no destination.</source>
+        <translation>Es gibt kein Ziel.</translation>
+    </message>
+    <message>
+        <source>The source has no pictures.</source>
+        <translation>Die Quelle hat keine Bilder.</translation>
+    </message>
+    <message>
+        <source>The destination has no pictures.</source>
+        <translation>Das Ziel hat keine Bilder.</translation>
+    </message>
+    <message>
+        <source>The destination has no unsaved changes.</source>
+        <translation>Das Ziel hat keine ungespeicherten Änderungen.</translation>
+    </message>
+    <message>
+        <source>The movies do not last equally long.</source>
+        <translation>Die Filme sind nicht gleich lang.</translation>
+    </message>
+    <message>
+        <source>There is no movie.</source>
+        <translation>Es gibt keinen Film.</translation>
+    </message>
+</context>
+<context>
+    <name>WindowMessages</name>
+    <message>
+        <source>%1 – %2</source>
+        <extracomment>A title. %1: the source&apos;s name. %2: the application</extracomment>
+        <translation>%1 – %2</translation>
+    </message>
+    <message>
+        <source>→ %1[*] – %2</source>
+        <extracomment>A title. %1: the destination&apos;s name. %2: the application. [*] stays: the mark of unsaved changes stands there</extracomment>
+        <translation>→ %1[*] – %2</translation>
+    </message>
+    <message>
+        <source>%1 → %2[*] – %3</source>
+        <extracomment>A title. %1: the source&apos;s name. %2: the destination&apos;s. %3: the application. [*] as above</extracomment>
+        <translation>%1 → %2[*] – %3</translation>
+    </message>
+    <message>
+        <source>%1 → %2</source>
+        <extracomment>A pair of movies. %1: the source&apos;s name. %2: the destination&apos;s</extracomment>
+        <translation>%1 → %2</translation>
+    </message>
+    <message>
+        <source>Source: %1
+Destination: %2</source>
+        <extracomment>%1 and %2: paths</extracomment>
+        <translation>Quelle: %1
+Ziel: %2</translation>
+    </message>
+    <message>
+        <source>Esc leaves full screen.</source>
+        <translation>Esc beendet das Vollbild.</translation>
+    </message>
+    <message>
+        <source>The user manual is not installed.</source>
+        <translation>Das Benutzerhandbuch ist nicht installiert.</translation>
+    </message>
+    <message>
+        <source>There is no program that opens %1.</source>
+        <extracomment>%1: the address of a page, or a file</extracomment>
+        <translation>Es gibt kein Programm, das %1 öffnet.</translation>
+    </message>
+    <message>
+        <source>No updater is installed that could look for a newer version.</source>
+        <translation>Es ist kein Programm installiert, das nach einer neueren Version suchen könnte.</translation>
+    </message>
+    <message>
+        <source>The gathering of logs was cancelled.</source>
+        <translation>Das Sammeln der Protokolle wurde abgebrochen.</translation>
+    </message>
+    <message>
+        <source>The logs were not gathered.</source>
+        <translation>Die Protokolle wurden nicht gesammelt.</translation>
+    </message>
+    <message>
+        <source>The log was not opened.</source>
+        <translation>Das Protokoll wurde nicht geöffnet.</translation>
+    </message>
+    <message>
+        <source>The settings cannot be written, so that nothing is remembered.</source>
+        <translation>Die Einstellungen lassen sich nicht schreiben, so dass nichts behalten wird.</translation>
+    </message>
+    <message>
+        <source>There is no movie there to go to a timecode.</source>
+        <translation>Dort gibt es keinen Film, der zu einem Timecode gehen könnte.</translation>
+    </message>
+    <message>
+        <source>The movie does not reach to %1. This is where it begins or ends.</source>
+        <translation>Der Film reicht nicht bis %1. Hier beginnt oder endet er.</translation>
     </message>
 </context>
 </TS>

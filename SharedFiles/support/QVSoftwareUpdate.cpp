@@ -107,13 +107,15 @@ QString QVSoftwareUpdate::updaterPath(const Services& services) {
   return {};
 }
 
-void QVSoftwareUpdate::launchSoftwareUpdate(const Services& services) {
+bool QVSoftwareUpdate::launchSoftwareUpdate(const Services& services) {
   const QString path = updaterPath(services);
   if (path.isNull() || !QVFileManager::fileExistsAtPath(path)) {
     QVLog::appendLog("Unable to launch Software Update - path doesn't exist");
-  } else if (isTrusted(path, services.paths)) {
-    services.openApplication(path);
+    return false;
   }
+  if (!isTrusted(path, services.paths)) return false;
+  services.openApplication(path);
+  return true;
 }
 
 void QVSoftwareUpdate::automaticallyCheckForUpdates(const Services& services) {

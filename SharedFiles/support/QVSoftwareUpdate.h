@@ -40,15 +40,15 @@ class QVSoftwareUpdate {
   /// Runs automaticallyCheckForUpdates() on a thread of its own, unless "SUCheckAtStartup" in the settings that all of
   /// the maker's applications share is the boolean false.
   void startup();
-  /// manualUpdateCheck:
-  void manualUpdateCheck() const { launchSoftwareUpdate(services_); }
+  /// manualUpdateCheck: false where there is no updater that may be opened
+  bool manualUpdateCheck() const { return launchSoftwareUpdate(services_); }
 
   // Callable from any thread, and blocking.
 
   /// The path of an updater, or nil: in the machine-wide Applications folder, else the copy of the one in the host
   /// bundle, whether it could be made or not.
   static QString updaterPath(const Services& services = Services::standard());
-  static void launchSoftwareUpdate(const Services& services = Services::standard());
+  static bool launchSoftwareUpdate(const Services& services = Services::standard());
   /// Starts the updater with "-checkpath" and the path of the host bundle.
   static void automaticallyCheckForUpdates(const Services& services = Services::standard());
 

@@ -1,5 +1,6 @@
 #include <QMouseEvent>
 #include <QPainter>
+#include <QTextOption>
 
 #include "app/Subclasses/MovieShape.h"
 #include "app/Subclasses/QVMovieView.h"
@@ -42,7 +43,9 @@ void QVMovieView::paintEvent(QPaintEvent* /*event*/) {
   if (!text.isEmpty()) {
     painter.setPen(words);
     const int margin = fontMetrics().height();
-    painter.drawText(rect().adjusted(margin, margin, -margin, -margin), Qt::AlignCenter | Qt::TextWordWrap, text);
+    QTextOption folded(Qt::AlignCenter);
+    folded.setWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
+    painter.drawText(QRectF(rect()).adjusted(margin, margin, -margin, -margin), text, folded);
   }
   if (dragged_ || hasFocus()) {
     painter.setPen(QPen(palette().color(QPalette::Highlight), dragged_ ? 2 * focusWidth : focusWidth));

@@ -2,11 +2,17 @@
 
 #include <QFile>
 #include <utility>
+#include <vector>
 
 PlayableMovie::PlayableMovie(std::unique_ptr<movie::Movie> content) : content_(std::move(content)) {}
 
 bool PlayableMovie::canInitWithFile(const QString& path) {
   return movie::Movie::canInitWithFile(QFile::encodeName(path).toStdString());
+}
+
+std::optional<movie::MovieError> PlayableMovie::refusalOf(const QString& path) {
+  auto opened = movie::Movie::movieWithFile(QFile::encodeName(path).toStdString());
+  return opened ? std::nullopt : std::optional(std::move(opened.error()));
 }
 
 std::shared_ptr<PlayableMovie> PlayableMovie::movieWithFile(const QString& path) {
@@ -32,6 +38,10 @@ movie::Result<void> PlayableMovie::reopen() {
   return {};
 }
 
+QString PlayableMovie::path() const {
+  return QFile::decodeName(QByteArray::fromStdString(content_->path()));
+}
+
 void PlayableMovie::gotoBeginning() {
   content_->gotoBeginning();
   emit timeWasSet();
@@ -52,6 +62,17 @@ void PlayableMovie::setCurrentTime(const movie::MovieTime& time) {
 
 bool PlayableMovie::hasVideo() const {
   return !std::as_const(*content_).tracksOfMediaType(movie::videoMedia).empty();
+}
+
+bool PlayableMovie::endsInMiddle() const {
+  if (!content_->file()) return false;
+  const std::vector<movie::TrackInfo>& tracks = content_->file()->tracks();
+  for (std::size_t i = 0; i < tracks.size(); ++i) {
+    if (tracks[i].mediaType != movie::videoMedia || tracks[i].sampleCount == 0) continue;
+    const auto last = content_->file()->locateSample(i, tracks[i].sampleCount - 1);
+    return !last && last.error().is(movie::Reason::SamplePastEnd);
+  }
+  return false;
 }
 
 void PlayableMovie::setRate(double rate) {

@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <memory>
+#include <optional>
 
 #include "movie/Movie.h"
 
@@ -16,6 +17,8 @@ class PlayableMovie : public QObject {
 
   /// canInitWithFile: whether the file's content is a movie, whatever its name.
   static bool canInitWithFile(const QString& path);
+  /// The reason, where it is not.
+  static std::optional<movie::MovieError> refusalOf(const QString& path);
   /// movieWithFile:error: null when the file cannot be opened.
   static std::shared_ptr<PlayableMovie> movieWithFile(const QString& path);
   /// movie: an empty one.
@@ -29,6 +32,7 @@ class PlayableMovie : public QObject {
 
   movie::Movie& content() { return *content_; }
   const movie::Movie& content() const { return *content_; }
+  QString path() const;  ///< empty for an empty movie
 
   void gotoBeginning();
   movie::MovieTime currentTime() const { return content_->currentTime(); }
@@ -39,6 +43,8 @@ class PlayableMovie : public QObject {
   bool isEditable() const { return editable_; }  ///< QTMovieEditableAttribute
   void setEditable(bool editable) { editable_ = editable; }
   bool hasVideo() const;  ///< QTMovieHasVideoAttribute: at least one video track
+  /// Whether the file was cut, so that its last pictures are missing.
+  bool endsInMiddle() const;
 
   /// setIdling: a movie without idle time does not play.
   void setIdling(bool idling) { idling_ = idling; }

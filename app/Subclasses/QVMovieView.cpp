@@ -14,8 +14,8 @@
 #include "SharedFiles/foundation/MainThread.h"
 #include "SharedFiles/foundation/QVPlatformException.h"
 #include "SharedFiles/tasks/FileNameBytes.h"
-#include "app/Subclasses/MovieReasons.h"
 #include "app/Subclasses/MovieShape.h"
+#include "app/messages/MovieReasons.h"
 
 struct QVMovieView::Doorbell {
   QVMovieView* view = nullptr;  ///< main thread only
@@ -87,8 +87,14 @@ void QVMovieView::setHint(const QString& hint) {
   update();
 }
 
+void QVMovieView::setRefusal(const QString& refusal) {
+  refusal_ = refusal;
+  setAccessibleDescription(refusal);
+  update();
+}
+
 QString QVMovieView::message() const {
-  if (!movie_ || !movie_->content().file()) return hint_;
+  if (!movie_ || !movie_->content().file()) return refusal_.isEmpty() ? hint_ : refusal_ + "\n\n" + hint_;
   if (!movie_->hasVideo()) return tr("This movie has no pictures.");
   return problem_;
 }

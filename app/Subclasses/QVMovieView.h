@@ -26,7 +26,9 @@ class QVMovieView : public QWidget {
 
   /// What the view says while it has nothing to show.
   void setHint(const QString& hint);
-  /// Text over the ground: the hint, or why there is no picture; empty while there is one.
+  /// Which file was refused last and why, told above the hint until another is loaded here; empty for none.
+  void setRefusal(const QString& refusal);
+  /// Text over the ground: hint and refusal, or why there is no picture; empty while there is one.
   QString message() const;
 
   /// setMovie: null for none. Throws QVPlatformException when the movie cannot be played here.
@@ -102,7 +104,7 @@ class QVMovieView : public QWidget {
   QSize asked_;                      ///< the size that pictures were asked for in
   movie::MovieTime lastFrameStart_;  ///< of the movie
   QTimer refreshTimer_;
-  QString hint_, problem_;
+  QString hint_, refusal_, problem_;
   double volume_ = 1;
   bool dragged_ = false;
 };

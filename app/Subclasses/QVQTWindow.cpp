@@ -94,6 +94,13 @@ bool QVQTWindow::eventFilter(QObject* watched, QEvent* event) {
   return true;
 }
 
+void QVQTWindow::changeEvent(QEvent* event) {
+  QMainWindow::changeEvent(event);
+  if (event->type() != QEvent::WindowStateChange || isFullScreen() == wasFullScreen_) return;
+  wasFullScreen_ = isFullScreen();
+  emit fullScreenDidChange(wasFullScreen_);
+}
+
 void QVQTWindow::keyPressEvent(QKeyEvent* event) {
   const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
   // A text that took Return may have handed the focus on by now.

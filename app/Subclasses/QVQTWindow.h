@@ -22,12 +22,17 @@ class QVQTWindow : public QMainWindow {
 
   void setDefaultButton(QPushButton* button);
 
+ signals:
+  void fullScreenDidChange(bool isFullScreen);
+
  protected:
+  void changeEvent(QEvent* event) override;
   bool eventFilter(QObject* watched, QEvent* event) override;
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
   QPushButton* defaultButton_ = nullptr;
+  bool wasFullScreen_ = false;
   int handledKey_ = 0;          ///< whose press is not to be handled a second time
   bool pressedInText_ = false;  ///< where the last key press was made
 };

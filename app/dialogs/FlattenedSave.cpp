@@ -4,13 +4,14 @@
 #include <QFile>
 #include <QFileInfo>
 #include <atomic>
+#include <utility>
 
 #include "SharedFiles/log/QVLog.h"
 #include "app/Subclasses/PlayableMovie.h"
 #include "app/dialogs/BusySheet.h"
 
-movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
-                                   const CopyWriter& write) {
+movie::Result<WrittenCopy> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
+                                          const CopyWriter& write) {
   movie::Result<void> result;
   std::atomic<double> fraction = 0;
   const auto copy = movie.content().copy();
@@ -23,6 +24,7 @@ movie::Result<void> writeFlattened(const PlayableMovie& movie, const QString& pa
   const QString label = QCoreApplication::translate("FlattenedSave", "Saving %1…").arg(QFileInfo(path).fileName());
   const bool cancelled =
       runUnderBusySheet(window, label, {.work = writing, .fraction = [&] { return fraction.load(); }});
-  if (result && cancelled) QVLog::appendLog("%@ was complete before it could be cancelled.", path);
-  return result;
+  if (!result) return tl::make_unexpected(std::move(result.error()));
+  if (cancelled) QVLog::appendLog("%@ was complete before it could be cancelled.", path);
+  return WrittenCopy{.outranCancelling = cancelled};
 }

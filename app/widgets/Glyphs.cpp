@@ -80,9 +80,21 @@ GlyphButton::GlyphButton(Glyph glyph, const QString& name, const QString& keys, 
 
 void GlyphButton::setGlyph(Glyph glyph, const QString& name, const QString& keys) {
   glyph_ = glyph;
+  keys_ = keys;
   setAccessibleName(name);
-  setToolTip(keys.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys));
+  showToolTip();
   update();
+}
+
+void GlyphButton::setWhyNot(const QString& why) {
+  whyNot_ = why;
+  showToolTip();
+}
+
+void GlyphButton::showToolTip() {
+  const QString name = accessibleName();
+  const QString tip = keys_.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys_);
+  setToolTip(whyNot_.isEmpty() ? tip : tip + u'\n' + whyNot_);
 }
 
 QSize GlyphButton::sizeHint() const {

@@ -14,6 +14,8 @@ class GlyphButton : public QToolButton {
   GlyphButton(Glyph glyph, const QString& name, const QString& keys, QWidget* parent = nullptr);
   void setGlyph(Glyph glyph, const QString& name, const QString& keys);
   Glyph glyph() const { return glyph_; }
+  /// Why the button can do nothing now, for the tool tip; empty where it can.
+  void setWhyNot(const QString& why);
 
   QSize sizeHint() const override;
 
@@ -21,5 +23,8 @@ class GlyphButton : public QToolButton {
   void paintEvent(QPaintEvent* event) override;
 
  private:
+  void showToolTip();
+
   Glyph glyph_;
+  QString keys_, whyNot_;
 };

@@ -7,6 +7,7 @@
 #include <initializer_list>
 
 #include "app/Subclasses/QVMovieView.h"
+#include "app/messages/WhyNot.h"
 #include "app/widgets/Scrubber.h"
 
 namespace {
@@ -103,9 +104,13 @@ void TransportBar::showPlayback() {
   const auto movie = view_->movie();
   const bool playable = movie && movie->duration().value > 0;
   const bool plays = movie && movie->rate() != 0;
-  for (QWidget* control : std::initializer_list<QWidget*>{stepBackButton, playButton, stepForwardButton, scrubber}) {
-    control->setEnabled(playable);
+  const QString whyNot = WhyNot::play(playable);
+  for (GlyphButton* button : {stepBackButton, playButton, stepForwardButton}) {
+    button->setEnabled(playable);
+    button->setWhyNot(whyNot);
   }
+  scrubber->setEnabled(playable);
+  scrubber->setToolTip(whyNot);
   if (plays != (playButton->glyph() == Glyph::Pause)) {
     playButton->setGlyph(plays ? Glyph::Pause : Glyph::Play, (plays ? tr("%1: pause") : tr("%1: play")).arg(side_),
                          keyName(Qt::Key_Space));

@@ -94,13 +94,16 @@ MovieError fromSystem(const sys::Error& error, Access access) {
   return {error.path, {}, 0, std::move(why)};
 }
 
+Clause MovieError::clause() const {
+  if (atom.empty()) return why;
+  return {Reason::InAtom, {why, verbatim(atom), verbatim(std::to_string(offset))}};
+}
+
 std::string MovieError::message(Attempt attempt, const Language& language) const {
-  Clause clause = why;
-  if (!atom.empty()) clause = {Reason::InAtom, {why, verbatim(atom), verbatim(std::to_string(offset))}};
   const bool reading = attempt == Attempt::Read;
   const Clause sentence =
-      file.empty() ? Clause(reading ? Reason::CannotRead : Reason::CannotSave, {clause})
-                   : Clause(reading ? Reason::CannotReadFile : Reason::CannotSaveFile, {verbatim(file), clause});
+      file.empty() ? Clause(reading ? Reason::CannotRead : Reason::CannotSave, {clause()})
+                   : Clause(reading ? Reason::CannotReadFile : Reason::CannotSaveFile, {verbatim(file), clause()});
   return sentence.text(language);
 }
 

@@ -52,6 +52,8 @@ struct MovieError {
   bool is(Reason reason) const { return why.reason == reason; }
   /// The English clause.
   std::string reason() const { return why.text(); }
+  /// The reason, with atom and offset when one is to blame.
+  Clause clause() const;
   /// One sentence for a person: file, reason, and atom with offset when one is to blame.
   std::string message(Attempt attempt = Attempt::Read, const Language& language = {}) const;
 };

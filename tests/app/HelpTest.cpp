@@ -114,13 +114,29 @@ TEST_F(Help, OpensTheManualOfTheMachine) {
   EXPECT_THAT(workspace_.opened, ElementsAre(manual));
 }
 
-TEST_F(Help, DoesNothingWithoutAManual) {
+TEST_F(Help, OpensNothingWithoutAManualAndSaysSo) {
   relaunchAs({});
   put(QVLocalPaths::libraryDirectory(true, *platform_) + "/Documentation/Quorvane/Vextrel User Manual.pdf");
   choose("userManual");
   runFor(50);
   EXPECT_THAT(workspace_.opened, IsEmpty());
   EXPECT_THAT(alerts_, IsEmpty());
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "The user manual is not installed."));
+}
+
+TEST_F(Help, SaysThatNothingOpensItsPages) {
+  relaunchAs({});
+  const QString manual = home_.filePath("prefix/share/quorvane/Documentation/Quorvane/Vextrel User Manual.pdf");
+  put(manual);
+  workspace_.opens = false;
+  choose("userManual");
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "There is no program that opens " + manual + "."));
+  choose("vextrelHome");
+  EXPECT_EQ(said(),
+            Message(MessageKind::Failure, "There is no program that opens http://www.quorvane.example/vextrel/."));
+  workspace_.opens = true;
+  choose("vextrelHome");
+  EXPECT_TRUE(said().isEmpty());
 }
 
 TEST_F(Help, ShowsTheLogs) {
@@ -139,6 +155,7 @@ TEST_F(Help, SaysWhichLogIsMissing) {
   EXPECT_THAT(alerts_,
               ElementsAre("No log found", "You must perform a task before viewing the log.", "No log found",
                           "You must run the application as a task (e.g. through Taskwarden) before viewing a log."));
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "The log was not opened."));
 }
 
 TEST_F(Help, GathersTheLogsOntoTheDesktop) {
@@ -154,6 +171,7 @@ TEST_F(Help, SaysThatNoArchiveCouldBeMade) {
   put(home_.filePath("Desktop"));  // a file where the folder should be
   choose("gatherLogs");
   EXPECT_THAT(alerts_, ElementsAre("Logs could not be gathered", "Please check your file permissions."));
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "The logs were not gathered."));
 }
 
 TEST_F(Help, GathersOnceAtATime) {
@@ -188,6 +206,7 @@ TEST_F(Help, GathersNothingWhenCancelled) {
   EXPECT_THAT(QDir(home_.filePath("Desktop")).entryList(QDir::Files), IsEmpty());
   EXPECT_FALSE(QFile::exists(home_.filePath("QV_App_Logs")));
   EXPECT_THAT(log.texts(), ElementsAre("Gathering the logs was cancelled."));
+  EXPECT_EQ(said(), Message(MessageKind::Information, "The gathering of logs was cancelled."));
 
   cancel.stop();
   ASSERT_TRUE(QFile::remove(logFile("Lumacheck.huge.log")));
@@ -201,6 +220,7 @@ TEST_F(Help, LooksForAnUpdater) {
   choose("updateCheck");
   EXPECT_THAT(log.texts(), ElementsAre("Error: unable to find software updater",
                                        "Unable to launch Software Update - path doesn't exist"));
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "No updater is installed that could look for a newer version."));
 }
 
 TEST_F(Help, NamesVersionsAndLicencesOnce) {

@@ -263,4 +263,19 @@ TEST_F(Playheads, StandOnTheFrameThatIsShownWhenPlayStops) {
   EXPECT_EQ(movie::compareTimes(span->start, sourceTime()), 0);
 }
 
+TEST_F(Playheads, SayThatATypedTimecodeCannotBeReached) {
+  type(sourceTimecode(), "1.");
+  EXPECT_EQ(said(), Message(MessageKind::Failure, "There is no movie there to go to a timecode."));
+  load(plainMovie(), retaggedMovie());
+  for (const char* const outside : {"02:00:00:00", "00:00:00:00"}) {
+    type(destTimecode(), outside);
+    EXPECT_EQ(said(), Message(MessageKind::Warning, QStringLiteral("The movie does not reach to %1. This is where it "
+                                                                   "begins or ends.")
+                                                        .arg(outside)));
+  }
+  type(destTimecode(), "1.");
+  EXPECT_TRUE(said().isEmpty());
+  EXPECT_EQ(destTimecode().text(), "01:00:01:00");
+}
+
 }  // namespace

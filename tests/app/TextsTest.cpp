@@ -16,9 +16,10 @@
 
 #include <gmock/gmock.h>
 
-#include "app/Subclasses/MovieReasons.h"
 #include "app/dialogs/BusySheet.h"
 #include "app/dialogs/FlattenedSave.h"
+#include "app/messages/MovieReasons.h"
+#include "app/widgets/MessageLine.h"
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
 #include "tests/SharedFiles/QtPrinters.h"
@@ -153,6 +154,19 @@ TEST_F(Texts, OfAnAlertAreItsOwnButForTheControls) {
   for (const char* name : {"messageText", "informativeText"}) {
     EXPECT_TRUE(panel.findChild<QTextEdit*>(name)->accessibleName().startsWith(opening)) << name;
   }
+}
+
+TEST_F(Texts, OfTheMessageLineCanBeTranslated) {
+  load("/nowhere/a.mov", retaggedMovie());
+  EXPECT_THAT(sourceView().message().toStdString(), testing::StartsWith("⟦\"a.mov\" cannot be opened:\n⟦there is no"));
+  choose("check");
+  EXPECT_EQ(said().text, "⟦No frames were compared. ⟦There is no source.⟧⟧");
+  expectAllTranslatable();
+  load(plainMovie(), retaggedMovie());
+  EXPECT_TRUE(said().text.startsWith(opening));
+  EXPECT_EQ(interface().messageLine->accessibleName(), "⟦Information⟧: " + interface().messageLine->message().text);
+  EXPECT_TRUE(interface().window().windowTitle().startsWith(opening));
+  expectAllTranslatable();
 }
 
 TEST_F(Texts, OfAViewCanBeTranslated) {

@@ -6,11 +6,13 @@
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
+#include <QRegularExpression>
 #include <QTest>
 
 #include <unistd.h>
 
 #include "SharedFiles/foundation/BundleInfo.h"
+#include "app/widgets/MessageLine.h"
 #include "tests/support/MovieFixture.h"
 #include "tests/support/TaggedProRes.h"
 
@@ -135,6 +137,17 @@ void WindowFixture::choose(const char* name) {
   ASSERT_TRUE(QTest::qWaitForWindowExposed(menu));
   QTest::mouseClick(menu, Qt::LeftButton, Qt::NoModifier, menu->actionGeometry(&action).center());
   menu->hide();
+}
+
+Message WindowFixture::said() const {
+  Message message = interface_->messageLine->message();
+  message.text = plainNames(message.text);
+  return message;
+}
+
+QString WindowFixture::plainNames(QString text) {
+  static const QRegularExpression key("-[0-9a-f]{16}(?=\\.mov)");
+  return text.remove(key);
 }
 
 QString WindowFixture::pathOf(const PlayableMovie* movie) {

@@ -22,11 +22,12 @@ class NotedWorkspace : public Workspace {
   bool openFile(const QString& path) override { return note(path); }
   bool openURL(const QString& address) override { return note(address); }
   QStringList opened;
+  bool opens = true;  ///< whether there are programs for it
 
  private:
   bool note(const QString& what) {
     opened << what;
-    return true;
+    return opens;
   }
 };
 
@@ -67,6 +68,9 @@ class WindowFixture : public testing::Test {
   /// Opens the menu that has it and clicks on it. What cannot be chosen is clicked on all the same.
   void choose(const char* name);
   static QString pathOf(const PlayableMovie* movie);
+  /// What the message line says, and a text of the window: the tests' movies are named without what keeps them apart.
+  Message said() const;
+  static QString plainNames(QString text);
 
   QTemporaryDir home_;
   EnvironmentGuard environment_;

@@ -280,6 +280,18 @@ class Contents(unittest.TestCase):
         pieces = {piece.strip(" .:,;()") for each in sentences for piece in re.split(r"%(?:\.?\d*)?[a-z]", each)}
         self.assertEqual({piece for piece in pieces if piece not in text}, set())
 
+    def test_explains_every_message_of_the_window(self):
+        text = flat(chapters()["03-window.md"])
+        said = []
+        for path in sorted((ROOT / "app/messages").glob("*Messages.cpp")):
+            source = re.sub(r'"\s*\n\s*"', "", path.read_text(encoding="utf-8"))
+            said += re.findall(r'\btr\("((?:[^"\\]|\\.)*)"', source)
+        pieces = {flat(piece.replace('\\"', '"').replace("\\n", " ")).strip(' ".:,()')
+                  for each in said for piece in re.split(r"%\d", each)}
+        pieces = {piece for piece in pieces if len(re.findall(r"[^\W_]+", piece)) > 1}
+        self.assertGreaterEqual(len(pieces), 60)
+        self.assertEqual({piece for piece in pieces if piece not in text}, set())
+
     def test_explains_the_alerts_of_the_logs(self):
         source = (ROOT / "SharedFiles/support/QVTroubleshootingUtils.cpp").read_text(encoding="utf-8")
         text = flat(chapters()["09-troubleshooting.md"])

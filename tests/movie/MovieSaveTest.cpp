@@ -45,6 +45,22 @@ TEST(MovieSave, SavesTheEditsAndHoldsTheNewFile) {
   EXPECT_EQ(again->place, SavePlace::Unchanged);
 }
 
+TEST(MovieSave, KnowsWhatIsNotSaved) {
+  const TemporaryFile file(movieFile());
+  auto movie = Movie::movieWithFile(file.path()).value();
+  EXPECT_FALSE(movie->hasUnsavedChanges());
+  const auto before = *movie->tracksOfMediaType(videoMedia)[0]->media().imageDescription(1);
+  setGamma(*movie, 0x20000);
+  EXPECT_TRUE(movie->hasUnsavedChanges());
+  EXPECT_TRUE(movie->copy()->hasUnsavedChanges());
+  movie->tracksOfMediaType(videoMedia)[0]->media().setSampleDescription(1, before);
+  EXPECT_FALSE(movie->hasUnsavedChanges()) << "as the file has it";
+  setGamma(*movie, 0x20000);
+  ASSERT_TRUE(movie->updateMovieFile());
+  EXPECT_FALSE(movie->hasUnsavedChanges());
+  EXPECT_FALSE(Movie::movie()->hasUnsavedChanges());
+}
+
 TEST(MovieSave, SavesOverAndOverWithoutGrowing) {
   const TemporaryFile file(movieFile());
   auto movie = Movie::movieWithFile(file.path()).value();

@@ -3,8 +3,9 @@
 //   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, parts.png (with a number at each part),
 //                                     console.png (the whole report), side.png (the controls of one movie), the sheets
 //                                     too-dark.png, synced.png, saving.png and consent.png, keys.png, preferences.png,
-//                                     about.png, a picture of each menu, dark.png, the smallest window in both themes,
-//                                     and icon.png
+//                                     about.png, a picture of each menu, messages.png and messages-dark.png (a line of
+//                                     each kind), refused.png, full-screen.png, dark.png, the smallest window in both
+//                                     themes, and icon.png
 //
 // The fields show the movies in a folder that says nothing of this machine. window.txt beside the pictures says what
 // the menus and the list of keys hold, a line for each: "menu", its title, the item's text; "keys", the keys, what they
@@ -46,8 +47,11 @@
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/dialogs/FlattenedSave.h"
+#include "app/messages/OpeningMessages.h"
+#include "app/messages/SaveMessages.h"
 #include "app/widgets/ApplicationIcon.h"
 #include "app/widgets/Glyphs.h"
+#include "app/widgets/MessageLine.h"
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
 #include "check/GammaCheck.h"
@@ -115,6 +119,9 @@ class Screenshots {
     takeMenus();
     takeSheets();
     load();  // what the sync has edited is left behind
+    takeRefused();
+    load();
+    takeFullScreen();
     controller_.checkAction();
     takeThemes();
     constexpr int iconSide = 1024;
@@ -159,13 +166,14 @@ class Screenshots {
     painter.setRenderHint(QPainter::Antialiasing);
     int number = 0;
     const std::pair<const QWidget*, BadgePlace> parts[] = {
-        {side.filenameText, atEnd},    {side.browseBtn, right},
-        {side.movieView, inMiddle},    {bar.playButton, above},
-        {bar.scrubber, above},         {bar.volumeSlider, above},
-        {side.timecodeText, above},    {interface_.linkBtn, right},
-        {interface_.swapBtn, below},   {interface_.checkBtn, below},
-        {interface_.syncBtn, below},   {interface_.saveBtn, below},
-        {interface_.saveAsBtn, below}, {interface_.resultsView, inMiddle}};
+        {side.filenameText, atEnd},     {side.browseBtn, right},
+        {side.movieView, inMiddle},     {bar.playButton, above},
+        {bar.scrubber, above},          {bar.volumeSlider, above},
+        {side.timecodeText, above},     {interface_.linkBtn, right},
+        {interface_.swapBtn, below},    {interface_.checkBtn, below},
+        {interface_.syncBtn, below},    {interface_.saveBtn, below},
+        {interface_.saveAsBtn, below},  {interface_.resultsView, inMiddle},
+        {interface_.messageLine, atEnd}};
     for (const auto& [part, where] : parts) {
       drawBadge(painter, part->mapTo(&window(), where.in(part->size())), ++number);
     }
@@ -173,8 +181,55 @@ class Screenshots {
     write("parts", picture);
   }
 
+  /// A line of each kind, one under the other.
+  void takeMessages(const char* name) {
+    movie::SaveOutcome saved;
+    saved.place = movie::SavePlace::Slot;
+    const Message messages[] = {
+        OpeningMessages::opened(MovieSide::Source, QStringLiteral("source.mov"), {}),
+        SaveMessages::saved(QStringLiteral("export.mov"), std::chrono::milliseconds(20), saved),
+        SaveMessages::refused(QStringLiteral("export.mov"), {{}, {}, 0, movie::Reason::OpenForWriting}),
+        OpeningMessages::refused(MovieSide::Destination, QStringLiteral("notes.mov"),
+                                 {{}, {}, 0, movie::Reason::NotMovie})};
+    constexpr int between = 8;
+    MessageLine line;
+    line.setFixedSize(720, line.sizeHint().height());
+    QPixmap pictures[std::size(messages)];
+    for (std::size_t i = 0; i < std::size(messages); ++i) {
+      line.tell(messages[i]);
+      pictures[i] = line.grab();
+    }
+    const QSize each = line.size() + QSize(0, between);
+    QPixmap all(QSize(each.width() + 2 * between, each.height() * 4 + between) * window().devicePixelRatioF());
+    all.setDevicePixelRatio(window().devicePixelRatioF());
+    all.fill(QApplication::palette().color(QPalette::Window));
+    QPainter painter(&all);
+    for (int i = 0; i < 4; ++i) painter.drawPixmap(between, between + i * each.height(), pictures[i]);
+    painter.end();
+    write(name, all);
+  }
+
+  void takeRefused() {
+    const QTemporaryDir folder;
+    QFile notes(folder.filePath(QStringLiteral("notes.mov")));
+    ok_ = ok_ && notes.open(QIODevice::WriteOnly) && notes.write("Not a movie.") > 0;
+    notes.close();
+    controller_.loadQTMovieWithPath(notes.fileName(), QStringLiteral("dest"));
+    interface_.dest.filenameText->setText(QStringLiteral("/media/projects/spring/notes.mov"));
+    save("refused", window());
+  }
+
+  void takeFullScreen() {
+    window().setWindowState(window().windowState() | Qt::WindowFullScreen);
+    save("full-screen", window());
+    window().setWindowState(window().windowState() & ~Qt::WindowFullScreen);
+    QApplication::processEvents();
+  }
+
   void takeThemes() {
+    takeMessages("messages");
     QApplication::setPalette(darkPalette());
+    takeMessages("messages-dark");
     save("dark", window());
     window().resize(window().minimumSize());
     save("smallest-dark", window());
@@ -188,12 +243,20 @@ class Screenshots {
       menu->popup(window().mapToGlobal(QPoint()));
       save(name, *menu);
       menu->hide();
-      for (const QAction* action : menu->actions()) {
-        if (!action->isSeparator()) noteWords({"menu", menu->title().remove(u'&'), action->text().remove(u'&')});
-      }
+      noteItems(*menu, menu->title());
     }
+    save("recentPairs", *interface_.menus.recentPairs);
     noteKeys();
     writeWords();
+  }
+
+  /// Those of a menu in it too, but for the pairs.
+  void noteItems(const QMenu& menu, const QString& title) {
+    for (const QAction* action : menu.actions()) {
+      if (action->isSeparator() || action->objectName().startsWith(QStringLiteral("recentPair1"))) continue;
+      noteWords({"menu", QString(title).remove(u'&'), action->text().remove(u'&')});
+      if (action->menu() != nullptr) noteItems(*action->menu(), title);
+    }
   }
 
   void noteWords(const QStringList& words) { words_ << words.join(u'\t'); }

@@ -38,6 +38,12 @@ class Life : public ProgramFixture {
     if (::getuid() == 0 && generation > 1) return;  // the superuser's newest log is never rotated
     EXPECT_THAT(log(generation).toStdString(), content);
   }
+  /// The settings with two movies, in an orderly state or not, after so many launches.
+  static QString settingsAfter(int launches) {
+    return "exit: date\nlastDestFile: string " + retaggedMovie() + "\nlastSourceFile: string " + plainMovie() +
+           "\nlaunch: date\nlaunchCount: integer " + QString::number(launches) +
+           "\nrecentPairs: array [{dest: string " + retaggedMovie() + ", source: string " + plainMovie() + "}]";
+  }
   static void pass(int milliseconds) { QThread::msleep(static_cast<unsigned long>(milliseconds)); }
   bool orderly() const { return stamp("exit") >= stamp("launch"); }
 
@@ -82,10 +88,8 @@ void Life::firstLaunch() {
 void Life::secondLaunchWithTwoFiles() {
   const QByteArray firstLog = log(1);
   start({plainMovie(), retaggedMovie()});
-  EXPECT_TRUE(waitUntil([this] { return lastFile("lastDestFile") == retaggedMovie(); }));
-  EXPECT_EQ(contentsOf(defaultsFile()), "exit: date\nlastDestFile: string " + retaggedMovie() +
-                                            "\nlastSourceFile: string " + plainMovie() +
-                                            "\nlaunch: date\nlaunchCount: integer 2");
+  EXPECT_TRUE(waitUntil([this] { return contentsOf(defaultsFile()).contains("recentPairs"); }));
+  EXPECT_EQ(contentsOf(defaultsFile()), settingsAfter(2));
   EXPECT_FALSE(orderly()) << "while it runs";
   expectLog(2, testing::Eq(firstLog.toStdString()));
   expectLog(1, HasSubstr(" - Log started: "));
@@ -100,7 +104,7 @@ void Life::secondStartWhileItRuns() {
   const QByteArray secondLog = log(1);
   start();
   EXPECT_TRUE(waitUntil([this] { return log(1).contains("32-bit mode\n"); }));
-  EXPECT_TRUE(waitUntil([this] { return contentsOf(defaultsFile()).endsWith("launchCount: integer 3"); }));
+  EXPECT_TRUE(waitUntil([this] { return contentsOf(defaultsFile()) == settingsAfter(3); }));
   expectLog(2, testing::Eq(secondLog.toStdString()));
   const QByteArray defaultsBefore = contentOf(defaultsFile()), logBefore = log(1);
   QProcess later;
@@ -122,7 +126,7 @@ void Life::crash() {
   ASSERT_EQ(reports().size(), 1);
   EXPECT_THAT(reports()[0].toStdString(), testing::MatchesRegex("Lumacheck_20.*\\.crash"));
   EXPECT_FALSE(orderly());
-  EXPECT_TRUE(contentsOf(defaultsFile()).endsWith("launchCount: integer 3"));
+  EXPECT_EQ(contentsOf(defaultsFile()), settingsAfter(3));
   expectLog(1, Not(HasSubstr("crashed")));
 }
 
@@ -133,9 +137,7 @@ void Life::relaunchAfterTheCrash() {
   expectLog(2, HasSubstr(" - Application crashed on last launch\n"));
   expectLog(1, Not(HasSubstr("crashed")));
   expectLog(3, HasSubstr("Log started: "));
-  EXPECT_EQ(contentsOf(defaultsFile()), "exit: date\nlastDestFile: string " + retaggedMovie() +
-                                            "\nlastSourceFile: string " + plainMovie() +
-                                            "\nlaunch: date\nlaunchCount: integer 4");
+  EXPECT_EQ(contentsOf(defaultsFile()), settingsAfter(4));
   EXPECT_TRUE(waitForDialog(consent)) << "since nothing was decided";
   EXPECT_TRUE(press("Don't Allow"));
   EXPECT_TRUE(waitUntil([this] { return QFile::exists(decisionFile()); }));
@@ -184,9 +186,7 @@ void Life::launchWithConsent() {
   EXPECT_EQ(contentsOf(eventsFile()), "array []")
       << "no event: those of a start are logged by the answer to the prompt";
   EXPECT_EQ(contentsOf(decisionFile()), "logQC: boolean true");
-  EXPECT_EQ(contentsOf(defaultsFile()), "exit: date\nlastDestFile: string " + retaggedMovie() +
-                                            "\nlastSourceFile: string " + plainMovie() +
-                                            "\nlaunch: date\nlaunchCount: integer 8");
+  EXPECT_EQ(contentsOf(defaultsFile()), settingsAfter(8));
 }
 
 TEST_F(Life, LeavesWhatIsToldAfterEachStep) {

@@ -24,9 +24,9 @@
 
 #include "SharedFiles/settings/PropertyList.h"
 #include "app/KeyTable.h"
-#include "app/Subclasses/MovieReasons.h"
 #include "app/dialogs/BusySheet.h"
 #include "app/dialogs/FlattenedSave.h"
+#include "app/messages/MovieReasons.h"
 #include "app/start/Translations.h"
 #include "app/widgets/ResultsView.h"
 #include "tests/SharedFiles/QtPrinters.h"

@@ -41,6 +41,12 @@ TEST(MovieError, HasClausesInThePlacesOfClauses) {
       "CANNOT READ \"/a.mov\": THE SAMPLE 7 CANNOT BE READ: THE SYSTEM SAYS \"no: really\" (ATOM moov AT OFFSET 8).");
 }
 
+TEST(MovieError, NamesTheAtomToBlameInItsClause) {
+  EXPECT_EQ((MovieError{"/a.mov", "moov/trak", 48, Reason::MovieMalformed}.clause().text()),
+            "the movie atom is malformed (atom moov/trak at offset 48)");
+  EXPECT_EQ((MovieError{"/a.mov", {}, 0, Reason::EmptyFile}.clause().text()), "the file is empty");
+}
+
 TEST(MovieError, LeavesThePlacesInNamesAlone) {
   const Clause why(Reason::SystemSays, {verbatim("100 %2 %1 %")});
   EXPECT_EQ((MovieError{"/%2%1.mov", {}, 0, why}.message()),

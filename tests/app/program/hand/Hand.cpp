@@ -8,6 +8,7 @@
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QDialog>
+#include <QFileDialog>
 #include <QGenericPlugin>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -116,6 +117,7 @@ class Hand : public QObject {
         {"window", [] { return describedWindow(); }},
         {"press", [&] { return press(rest); }},
         {"choose", [&] { return choose(rest); }},
+        {"answer", [&] { return answerPanel(rest); }},
         {"close", [] { return yesOrNo(later(mainWindow(), [] { mainWindow()->close(); })); }},
         {"key", [&] { return type(rest); }},
         {"text", [&] { return textOf(rest); }},
@@ -133,6 +135,18 @@ class Hand : public QObject {
     const QWidget* const window = mainWindow();
     auto* const action = window == nullptr ? nullptr : window->findChild<QAction*>(name);
     return yesOrNo(later(action, [action] { action->trigger(); }));
+  }
+  /// Gives the file panel that is up a path.
+  static QByteArray answerPanel(const QString& path) {
+    QFileDialog* up = nullptr;
+    for (QWidget* const widget : QApplication::topLevelWidgets()) {
+      auto* const panel = qobject_cast<QFileDialog*>(widget);
+      if (panel != nullptr && panel->isVisible()) up = panel;
+    }
+    return yesOrNo(later(up, [up, path] {
+      up->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(path);
+      static_cast<QDialog*>(up)->done(QDialog::Accepted);
+    }));
   }
   static QByteArray type(const QString& key) {
     return yesOrNo(later(mainWindow(),

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/Subclasses/MovieReasons.h"
+#include "app/messages/MovieReasons.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/app/WindowFixture.h"
 

@@ -1,6 +1,0 @@
-#include "app/Subclasses/MovieReasons.h"
-
-QString MovieReasons::sentenceOf(const movie::MovieError& error) {
-  const auto language = [](const char* english) { return tr(english).toStdString(); };
-  return QString::fromStdString(error.message(movie::Attempt::Read, language));
-}

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+enum class SideContent { Nothing, NoPictures, Pictures };
+
+/// What the window holds, as far as its actions depend on it.
+struct WindowState {
+  SideContent source = SideContent::Nothing, dest = SideContent::Nothing;
+  bool hasUnsavedChanges = false;  ///< of the destination's metadata
+  bool lastEquallyLong = false;
+};
+
+/// Why an action can do nothing now, in a sentence; empty where it can do something.
+class WhyNot final {
+  Q_DECLARE_TR_FUNCTIONS(WhyNot)
+
+ public:
+  WhyNot() = delete;
+  static QString check(const WindowState& state);
+  static QString sync(const WindowState& state) { return check(state); }
+  static QString save(const WindowState& state);
+  static QString saveAs(const WindowState& state);
+  static QString swap(const WindowState& state);
+  static QString link(const WindowState& state);
+  /// What moves and plays the movie of one side.
+  static QString play(bool isPlayable);
+};

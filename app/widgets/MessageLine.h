@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QWidget>
+
+#include "app/messages/Message.h"
+
+class MessageSign;
+class QAccessibleEvent;
+class QLineEdit;
+
+/// What the window says of the latest action: a sign for the kind, and the words, of which an end without room shows
+/// while they have the focus, and in the tool tip. They can be selected and copied. Screen readers are told at once.
+class MessageLine : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit MessageLine(QWidget* parent = nullptr);
+
+  /// In place of the message before. An empty one leaves the line empty.
+  void tell(const Message& message);
+  const Message& message() const { return message_; }
+  QLineEdit& words() { return *words_; }
+
+ protected:
+  /// Hands an event to the screen readers that there are.
+  virtual void announce(QAccessibleEvent& event);
+
+ private:
+  MessageSign* sign_;
+  QLineEdit* words_;
+  Message message_;
+};

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QWidget>
+#include <optional>
+
+#include "app/messages/Message.h"
+
+/// The kind of a message as a sign: each has a shape and a mark of its own, besides its colour. Nothing without a kind.
+class MessageSign : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit MessageSign(QWidget* parent = nullptr);
+  void setKind(std::optional<MessageKind> kind);
+
+  QSize sizeHint() const override;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  std::optional<MessageKind> kind_;
+};
