@@ -20,7 +20,7 @@ FOLDERS = {"takes"}
 MOVIES = {"a.mov", "b.MP4", "my movie.m4v"} | FOLDERS
 FILES = MOVIES | {"notes.txt"}
 SUBCOMMANDS = {"check", "info", "sync"}
-CHECK = {"--help", "--at", "--source-at", "--dest-at", "--exit-zero", "--json", "--log"}
+CHECK = {"--help", "--at", "--source-at", "--dest-at", "--frames", "--tolerance", "--exit-zero", "--json", "--log"}
 
 # A line up to the cursor, and all that is offered there.
 OFFERS = [
@@ -41,6 +41,8 @@ OFFERS = [
     ("lumacheck check --at ", set()),
     ("lumacheck check --at 0", set()),
     ("lumacheck check --dest-at=", set()),
+    ("lumacheck check --frames ", set()),
+    ("lumacheck check --tolerance=", set()),
     ("lumacheck check --log ", FILES),
     ("lumacheck check --log=n", {"notes.txt"}),
     ("lumacheck check ", MOVIES),
