@@ -18,15 +18,22 @@ double raised(double value, double exponent) {
   return value <= 0 ? 0.0 : power(value, exponent);
 }
 
-std::vector<Hypothesis> ranges() {
-  std::vector<Hypothesis> all;
+struct RangeErrors {
+  std::vector<Hypothesis> once, twice;
+};
+
+RangeErrors rangeErrors() {
+  RangeErrors errors;
   for (const RangeStep step : {RangeStep::Compress, RangeStep::Expand, RangeStep::CompressRgb, RangeStep::ExpandRgb}) {
     Hypothesis hypothesis;
     hypothesis.rangeAfter = step;
     hypothesis.complexity = 1;
-    all.push_back(hypothesis);
+    errors.once.push_back(hypothesis);
+    hypothesis.rangeBefore = step;  // the same mistake twice: in the samples, and in what is said of them
+    hypothesis.complexity = 1.5;
+    errors.twice.push_back(hypothesis);
   }
-  return all;
+  return errors;
 }
 
 std::vector<Hypothesis> powers() {
@@ -154,7 +161,8 @@ double signalOf(const TransferCurve& curve, double light) {
 const std::vector<Hypothesis>& singleCauses() {
   static const std::vector<Hypothesis> causes = [] {
     std::vector<Hypothesis> all{Hypothesis()};
-    for (const auto& family : {ranges(), matrices(), powers(), curves()}) {
+    const RangeErrors range = rangeErrors();
+    for (const auto& family : {range.once, range.twice, matrices(), powers(), curves()}) {
       all.insert(all.end(), family.begin(), family.end());
     }
     return all;
@@ -164,12 +172,13 @@ const std::vector<Hypothesis>& singleCauses() {
 
 const std::vector<Hypothesis>& pairsOfCauses() {
   static const std::vector<Hypothesis> causes = [] {
-    const std::vector<Hypothesis> everyPower = powers(), twoPowers{everyPower[0], everyPower[1]};
+    const std::vector<Hypothesis> ranges = rangeErrors().once, everyPower = powers(),
+                                  twoPowers{everyPower[0], everyPower[1]};
     std::vector<Hypothesis> all;
-    addPairs(all, ranges(), twoPowers);
+    addPairs(all, ranges, twoPowers);
     addPairs(all, matrices(), twoPowers);
-    addPairs(all, ranges(), matrices());
-    addPairs(all, ranges(), curves());
+    addPairs(all, ranges, matrices());
+    addPairs(all, ranges, curves());
     return all;
   }();
   return causes;

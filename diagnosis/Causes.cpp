@@ -129,7 +129,8 @@ std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidenc
   return causes;
 }
 
-/// Whether a line is that of one range taken for the other: deeper codes than 8 bits differ a little in it.
+/// Whether a line is that of one range taken for the other, once or twice: deeper codes than 8 bits differ a little in
+/// it.
 std::optional<Direction> rangeOf(const GainFit& fit, bool grey) {
   constexpr double gainReach = 0.012, codesReach = 2;
   const double compressed = lumaCodes / 255, shift = 16.0 / 255;
@@ -138,7 +139,10 @@ std::optional<Direction> rangeOf(const GainFit& fit, bool grey) {
            (grey || std::abs(fit.chroma / gain - 1) <= 0.05);
   };
   if (near(compressed, shift)) return Direction::Compressed;
+  if (near(compressed * compressed, shift * (1 + compressed))) return Direction::Compressed;
   if (near(1 / compressed, -shift / compressed)) return Direction::Expanded;
+  if (near(1 / compressed / compressed, -shift * (1 + compressed) / compressed / compressed))
+    return Direction::Expanded;
   return std::nullopt;
 }
 

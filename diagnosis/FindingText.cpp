@@ -97,8 +97,9 @@ const char* sideOfRange(SampleRange range) {
   return range == SampleRange::Full ? "full" : "video";
 }
 
-std::string placementSentence(const Placement& placement) {
-  if (placement.isPlain()) return {};
+std::string placementSentence(const Correspondence& correspondence) {
+  const Placement& placement = correspondence.placement;
+  if (!correspondence.same || placement.isPlain()) return {};
   std::string how;
   const auto add = [&](const char* word) { how += (how.empty() ? "" : " and ") + std::string(word); };
   if (placement.transposed) add("turned");
@@ -154,7 +155,7 @@ std::string tagsSentence(const TagComparison& tags) {
 
 std::string whyOf(const Finding& finding) {
   std::string text = differenceSentence(finding);
-  addSentence(text, placementSentence(finding.correspondence.placement));
+  addSentence(text, placementSentence(finding.correspondence));
   addSentence(text, framesSentence(finding));
   addSentence(text, rangesSentence(finding.tags));
   addSentence(text, tagsSentence(finding.tags));

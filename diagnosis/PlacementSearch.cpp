@@ -30,15 +30,20 @@ int blackLines(int lines, int samples, BrightIn brightIn) {
   return line;
 }
 
+bool isBright(float luma) {
+  return luma > barLuma;
+}
+
 int brightInRow(const Signal& signal, int row) {
   const auto begin = signal.luma().begin() + std::ptrdiff_t{row} * signal.width;
-  return static_cast<int>(std::count_if(begin, begin + signal.width, [](float luma) { return luma > barLuma; }));
+  return static_cast<int>(std::count_if(begin, begin + signal.width, isBright));
 }
 
 int brightInColumn(const Signal& signal, int column) {
   int bright = 0;
   for (int row = 0; row < signal.height; ++row) {
-    if (signal.luma()[static_cast<std::size_t>(row) * signal.width + column] > barLuma) ++bright;
+    const auto begin = signal.luma().begin() + std::ptrdiff_t{row} * signal.width;
+    bright += isBright(begin[column]) ? 1 : 0;
   }
   return bright;
 }

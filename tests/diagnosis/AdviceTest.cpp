@@ -132,10 +132,13 @@ TEST(FindingText, NamesTagsThatDifferAndWhereThePictureLies) {
   source.gamma = 144179;
   Finding each = finding(same, source, taggedSide());
   each.correspondence.placement.dest = {0, 0.1, 1, 0.9};
+  each.correspondence.same = true;
   each.action = actionFor(each);
   const FindingText text = textOf(each);
   EXPECT_NE(text.why.find("gamma (not in the destination)"), std::string::npos) << text.why;
   EXPECT_NE(text.why.find("set within bars"), std::string::npos) << text.why;
+  each.correspondence.same = false;
+  EXPECT_EQ(textOf(each).why.find("set within bars"), std::string::npos) << "it only looked like it";
 }
 
 }  // namespace

@@ -69,6 +69,14 @@ TEST(Diagnosis, FindsARangeErrorInTheCodes) {
   }
 }
 
+TEST(Diagnosis, FindsARangeErrorMadeTwice) {
+  movie::Picture dest = painted(toned(colorful(), [](double value) { return (219 * value + 16) / 255; }));
+  dest.range = PictureRange::Full;
+  const Finding finding = findingOf(painted(colorful()), dest);
+  ASSERT_EQ(kindOf(finding), CauseKind::Range);
+  EXPECT_EQ(finding.main().direction, Direction::Compressed);
+}
+
 TEST(Diagnosis, FindsARangeErrorInTheFlagsAlone) {
   movie::Picture dest = painted(colorful());
   const movie::Picture source = dest;
@@ -149,6 +157,9 @@ TEST(Diagnosis, LooksPastASubtitle) {
     return x > 0.2 && x < 0.8 && y > 0.85 && y < 0.93 ? Vector3{1, 1, 1} : paint(x, y);
   };
   EXPECT_EQ(kindOf(findingOf(painted(paint), painted(subtitled))), CauseKind::Same);
+  const Finding darker = findingOf(painted(paint), painted(raised(subtitled, 1.2)));
+  ASSERT_EQ(kindOf(darker), CauseKind::Power);
+  EXPECT_NEAR(*darker.main().exponent, 1.2, 0.01);
 }
 
 TEST(Diagnosis, SaysWhereNothingCanBeTold) {
