@@ -13,8 +13,11 @@ constexpr double unknownCost = 1.75;
 /// A single cause that leaves less than this needs no second one.
 constexpr double explainedCost = 0.45;
 constexpr double gainComplexity = 2.5, toneComplexity = 6;
-/// What differs by less than this part of the tolerance is the same, whatever would explain it.
-constexpr double negligibleShare = 0.5;
+/// What differs by less than this part of the tolerance is the same, whatever would explain it; unless single colours
+/// differ by more than so many times the tolerance.
+constexpr double negligibleShare = 0.5, colorsApart = 1.75;
+/// Samples count as the same where that leaves hardly more than a conversion does.
+constexpr double samplesReach = 0.3;
 /// Colours nearer to grey than this, on average, say nothing of what became of chroma.
 constexpr double leastChroma = 0.01;
 /// Fewer colours than this do not tell causes apart.
@@ -25,6 +28,7 @@ struct Explanations {
   std::optional<Hypothesis> relabelling;
   std::vector<CauseFit> known;  ///< the best first
   double identityCost = 0;
+  double relabelledCost = 0;
   GainFit gain;
   double toneCost = 0;
 };
@@ -52,7 +56,10 @@ std::vector<CauseFit> likeliestPairs(const ColorEvidence& evidence) {
 void explain(Explanations& all, const ColorEvidence& evidence) {
   all.known = fitCauses(singleCauses(), evidence.strata, evidence.space);
   all.relabelling = relabelled(evidence.source, evidence.dest, evidence.space);
-  if (all.relabelling) all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.space));
+  if (all.relabelling) {
+    all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.space));
+    all.relabelledCost = all.known.back().cost;
+  }
   rank(all.known);
   all.identityCost = std::find_if(all.known.begin(), all.known.end(), [](const CauseFit& fit) {
                        return isIdentity(*fit.hypothesis);
@@ -111,9 +118,10 @@ Cause powerCause(const CauseFit& fit, const ColorEvidence& evidence) {
           .direction = directionOf(told.exponent)};
 }
 
-/// Beside a wrong range or matrix so small an exponent is what rounding on the way leaves.
-bool isLostBesideOthers(const CauseFit& fit) {
-  return (fit.hypothesis->hasRange() || fit.hypothesis->hasMatrix()) && std::abs(std::log(fit.exponent)) < 0.03;
+/// So small an exponent is what rounding on the way leaves, beside a wrong range or matrix all the more.
+bool isNoPower(const CauseFit& fit) {
+  const bool besideOthers = fit.hypothesis->hasRange() || fit.hypothesis->hasMatrix();
+  return std::abs(std::log(fit.exponent)) < (besideOthers ? 0.03 : 0.008);
 }
 
 /// What a hypothesis stands for, without the numbers.
@@ -123,7 +131,7 @@ std::vector<Cause> knownCauses(const CauseFit& fit, const ColorEvidence& evidenc
   std::vector<Cause> causes;
   if (hypothesis.hasRange()) causes.push_back(rangeCause(hypothesis));
   if (hypothesis.hasMatrix()) causes.push_back({.kind = CauseKind::Matrix, .where = Where::Codes});
-  if (hypothesis.hasExponent() && !isLostBesideOthers(fit)) causes.push_back({.kind = CauseKind::Power});
+  if (hypothesis.hasExponent() && !isNoPower(fit)) causes.push_back({.kind = CauseKind::Power});
   if (hypothesis.tone == ToneStep::CurveRgb) causes.push_back({.kind = CauseKind::Tone});
   if (causes.empty()) causes.push_back({.kind = CauseKind::Same});
   return causes;
@@ -191,16 +199,21 @@ std::vector<Verdict> verdictsOf(const Explanations& all, const ColorEvidence& ev
   return verdicts;
 }
 
-/// The best explanation; where even that leaves too much, an unknown change of tone.
-Verdict chosen(const std::vector<Verdict>& verdicts) {
+/// The best explanation; where even that leaves too much, and a curve leaves less, an unknown change of tone.
+Verdict chosen(const std::vector<Verdict>& verdicts, const Explanations& all, const ColorEvidence& evidence) {
   const Verdict& best = verdicts.front();
-  if (best.cost <= unknownCost || kindOf(best) == CauseKind::Same) return best;
-  return {{Cause{.kind = CauseKind::Tone}}, best.cost, best.score};
+  const bool known = best.cost <= unknownCost || (best.cost < 2 * unknownCost && all.toneCost > 0.85 * best.cost);
+  if (kindOf(best) == CauseKind::Same) return best;
+  if (!known) return {{Cause{.kind = CauseKind::Tone}}, best.cost, best.score};
+  const bool sameSamples =
+      kindOf(best) == CauseKind::Range && all.relabelling && all.relabelledCost <= best.cost + samplesReach;
+  return sameSamples ? Verdict{relabelledCauses(evidence), all.relabelledCost, best.score} : best;
 }
 
 /// What differs little, and is not explained by a cause.
 bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
   if (differenceOf(evidence.strata) > evidence.tolerance) return false;
+  if (all.identityCost > colorsApart * evidence.tolerance) return false;
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
 
@@ -220,6 +233,11 @@ double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) 
   return best.score;
 }
 
+bool differsByNothing(const ColorEvidence& evidence) {
+  return differenceOf(evidence.strata) <= negligibleShare * evidence.tolerance &&
+         fitCause(Hypothesis(), evidence.strata, evidence.space).cost <= colorsApart * evidence.tolerance;
+}
+
 std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
   const double difference = differenceOf(evidence.strata);
   const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
@@ -237,11 +255,11 @@ std::vector<Cause> causesOf(const ColorEvidence& evidence) {
   if (static_cast<double>(evidence.strata.size()) < fewestColors) {
     return {{.kind = CauseKind::Unreadable, .confidence = 0.9}};
   }
-  if (differenceOf(evidence.strata) <= negligibleShare * evidence.tolerance) return sameCauses(evidence);
+  if (differsByNothing(evidence)) return sameCauses(evidence);
   Explanations all;
   explain(all, evidence);
   const std::vector<Verdict> verdicts = verdictsOf(all, evidence);
-  Verdict best = chosen(verdicts);
+  Verdict best = chosen(verdicts, all, evidence);
   if (isTheSame(best, all, evidence)) return sameCauses(evidence);
   if (kindOf(best) == CauseKind::Same) {
     best = {{Cause{.kind = CauseKind::Tone}}, std::min(all.toneCost, all.identityCost), best.score};

@@ -118,7 +118,7 @@ Finding diagnose(const Question& question) {
   if (const std::optional<Cause> cause = plainCause(evidence)) {
     finding.causes = {*cause};
   } else {
-    const std::vector<Stratum> strata = evidence.strata.strata();
+    const std::vector<Stratum> strata = withinRgb(evidence.strata.strata(), space.matrix);
     finding.difference = differenceOf(strata);
     finding.curve = fitTone(evidence.strata.calmSource(), evidence.strata.calmDest()).curve;
     finding.causes = causesOf(

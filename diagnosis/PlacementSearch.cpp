@@ -16,8 +16,11 @@ constexpr float barLuma = 0.06F;
 constexpr double leastPicture = 0.25;
 /// A placement that explains less is not near the right one.
 constexpr double worthRefining = 0.5;
-/// A plain placement that explains so much is taken without looking further.
-constexpr double plainEnough = 0.985;
+/// A plain placement that explains so much is taken without looking further; one that explains so much, without looking
+/// for bars and turns.
+constexpr double plainEnough = 0.995, nearlyPlain = 0.985;
+/// A part of the source is looked for where all of it explains less.
+constexpr double wholeEnough = 0.96;
 
 /// The size in which placements are tried, and compared.
 constexpr int triedWidth = 80, triedHeight = 60;
@@ -175,7 +178,7 @@ PlacementFit searched(const Signal& source, const Signal& dest, const Region& de
   for (const Region& part : {Region(), withoutBars(source)}) {
     for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
   }
-  if (best.explained < samePictureExplained) {
+  if (best.explained < wholeEnough) {
     best = better(best, trial.fit(bestCrop(Trial(source, dest, destPart, 40, 30)).placement));
     if (best.explained < worthRefining) return best;
   }
@@ -189,6 +192,13 @@ Region insideEdges(Region region, const Signal& signal) {
   if (region.top > 0) region.top += 1.0 / signal.height;
   if (region.bottom < 1) region.bottom -= 1.0 / signal.height;
   return region;
+}
+
+/// All of the source within the destination, which may show edges of the coded picture that the source crops.
+PlacementFit withinDest(const Signal& source, const Signal& dest) {
+  const Trial swapped(dest, source, {}, triedWidth, triedHeight);
+  const Region part = refined(swapped, swapped.fit({}), 0.02, 0.002).placement.source;
+  return Trial(source, dest, part, triedWidth, triedHeight).fit({});
 }
 
 }  // namespace
@@ -210,11 +220,15 @@ Region withoutBars(const Signal& signal) {
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
-  const PlacementFit plain = Trial(source, dest, {}, triedWidth, triedHeight).fit({});
+  const Trial whole(source, dest, {}, triedWidth, triedHeight);
+  const PlacementFit plain = whole.fit({});
   if (plain.explained >= plainEnough) return plain;
-  const Region inBars = insideEdges(withoutBars(dest), dest);
-  PlacementFit found = searched(source, dest, {});
-  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
+  PlacementFit found = better(refined(whole, plain, 0.02, 0.002), withinDest(source, dest));
+  if (plain.explained < nearlyPlain) {
+    const Region inBars = insideEdges(withoutBars(dest), dest);
+    found = better(found, searched(source, dest, {}));
+    if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
+  }
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
   return clearly ? found : plain;

@@ -145,6 +145,18 @@ std::vector<Stratum> StrataBuilder::strata() const {
   return result;
 }
 
+std::vector<Stratum> withinRgb(std::vector<Stratum> strata, std::uint16_t matrix) {
+  constexpr double reach = 0.015;
+  const Matrix3 toRgb = toRgbMatrix(matrix);
+  const auto beyond = std::stable_partition(strata.begin(), strata.end(), [&](const Stratum& stratum) {
+    const Vector3 rgb = product(toRgb, stratum.source);
+    return std::all_of(rgb.begin(), rgb.end(), [](double value) { return value >= -reach && value <= 1 + reach; });
+  });
+  const auto within = beyond - strata.begin();
+  if (within >= 6 && 3 * within >= static_cast<std::ptrdiff_t>(strata.size())) strata.erase(beyond, strata.end());
+  return strata;
+}
+
 StrataExtent extentOf(const std::vector<Stratum>& strata) {
   StrataExtent extent;
   double weights = 0, luma = 0, lumaSquares = 0, chromaSquares = 0;

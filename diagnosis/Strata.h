@@ -32,6 +32,10 @@ class StrataBuilder {
   std::vector<float> activity_;
 };
 
+/// Those whose source colours are within the R'G'B' of the matrix, if enough are: what lies beyond is clipped by any
+/// conversion, the right ones too.
+std::vector<Stratum> withinRgb(std::vector<Stratum> strata, std::uint16_t matrix);
+
 /// What a set of strata lets one tell: how many there are, and how far their colours lie from grey.
 struct StrataExtent {
   double count = 0;

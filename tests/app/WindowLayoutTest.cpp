@@ -51,7 +51,6 @@ TEST_F(WindowLayout, KeepsOneMarginAroundTheWindowAndBetweenItsParts) {
                               placeOf(bottom).left(),
                               window.right() - placeOf(dest).right(),
                               window.right() - placeOf(bottom).right(),
-                              window.bottom() - placeOf(bottom).bottom(),
                               across(source, link),
                               across(link, dest),
                               down(source, bottom),
