@@ -65,28 +65,30 @@ std::string remarksOn(const check::CheckOutcome& outcome) {
   return lack("source", outcome.sourceFrameError) + lack("destination", outcome.destFrameError);
 }
 
-/// Of pictures that were decoded for it, and of what the check says of its own frame.
 diagnosis::Finding findingOn(const Side& source, const Side& dest, const diagnosis::PicturePairs& pictures,
-                             const CheckOptions& options) {
+                             double tolerance, bool knownDark) {
   diagnosis::Question question = diagnosis::questionOf(*source.movie, *dest.movie, pictures);
-  question.tolerance = options.tolerance;
+  question.tolerance = tolerance;
+  question.knownDark = knownDark;
   return diagnosis::diagnose(question);
 }
 
-/// The finding is about the check's own frames, or about several.
+/// The finding is about the check's own frames, or about several where both movies have a length.
 tl::expected<diagnosis::Finding, SideFailure> findingOf(const Side& source, const Side& dest,
                                                         check::CheckOutcome& outcome, const CheckOptions& options) {
-  if (options.frames > 1) {
-    const auto times = diagnosis::spreadTimes(*source.movie, *dest.movie, options.frames);
+  const std::vector<diagnosis::FrameTimes> times =
+      options.frames > 1 ? diagnosis::spreadTimes(*source.movie, *dest.movie, options.frames)
+                         : std::vector<diagnosis::FrameTimes>();
+  if (!times.empty()) {
     const movie::Result<diagnosis::PicturePairs> pictures = diagnosis::picturesAt(*source.movie, *dest.movie, times);
-    if (!pictures) return tl::unexpected(SideFailure{pictures.error().message(), options.dest});
-    return findingOn(source, dest, *pictures, options);
+    if (!pictures) return tl::unexpected(SideFailure{pictures.error().message(), pictures.error().file});
+    return findingOn(source, dest, *pictures, options.tolerance, false);
   }
   if (lacksFrame(outcome)) return diagnosis::unreadable({});
   diagnosis::PicturePairs pictures;
   pictures.source.push_back(std::move(*outcome.sourcePicture));
   pictures.dest.push_back(std::move(*outcome.destPicture));
-  return findingOn(source, dest, pictures, options);
+  return findingOn(source, dest, pictures, options.tolerance, outcome.tooDark);
 }
 
 CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {
@@ -97,7 +99,7 @@ CommandResult checkSides(const Side& source, const Side& dest, const CheckOption
   if (!finding) return failureResult({finding.error()}, options.form);
 
   CommandResult result;
-  result.status = exitStatusOf(*finding, options.frames < 2 && lacksFrame(outcome), options.exitPolicy);
+  result.status = exitStatusOf(*finding, finding->frames == 0, options.exitPolicy);
   result.err = remarksOn(outcome);
   if (options.form == OutputForm::Text) {
     result.out =

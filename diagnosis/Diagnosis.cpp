@@ -41,7 +41,7 @@ struct Evidence {
 void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix) {
   ++evidence.frames;
   Signal source = signalOf(*pair.source, question.source, matrix);
-  if (isDark(source)) {
+  if (question.knownDark || isDark(source)) {
     ++evidence.dark;
     return;
   }

@@ -18,6 +18,7 @@ constexpr double defaultTolerance = 2.0;
 struct Question {
   std::vector<FramePair> frames;  ///< at least one
   SideTags source, dest;
+  bool knownDark = false;               ///< a check of the source's frame found it too dark already
   double tolerance = defaultTolerance;  ///< how far, in codes of 8 bits, the same picture may differ
 };
 
