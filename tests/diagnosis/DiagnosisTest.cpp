@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "diagnosis/MovieFrames.h"
 #include "tests/diagnosis/PaintedPicture.h"
 
 namespace diagnosis::test {
@@ -202,6 +203,18 @@ TEST(Diagnosis, IsAboutAllFrames) {
   EXPECT_NEAR(*finding.main().exponent, 1.2, 0.01);
   EXPECT_EQ(finding.frames, 4);
   EXPECT_EQ(finding.unmatchedFrames, 1);
+}
+
+TEST(Diagnosis, TakesTheWordOfWhoFoundTheSourceTooDark) {
+  const movie::Picture picture = painted(colorful());
+  Question question{.frames = {{&picture, &picture}}, .source = taggedAs(picture, 1), .dest = taggedAs(picture, 1)};
+  EXPECT_EQ(kindOf(diagnose(question)), CauseKind::Identical);
+  question.knownDark = true;
+  EXPECT_EQ(kindOf(diagnose(question)), CauseKind::Dark);
+}
+
+TEST(Diagnosis, HasNoMomentsWhereAMovieHasNoLength) {
+  EXPECT_TRUE(spreadTimes(*movie::Movie::movie(), *movie::Movie::movie(), 3).empty());
 }
 
 TEST(Diagnosis, TakesTheToleranceThatIsAskedFor) {
