@@ -39,6 +39,11 @@ bool same(const QVariant& left, const QVariant& right, int depth = 0) {
   return left == right;
 }
 
+/// One value has one text. The library's binary form holds equal parts once or twice, as it finds them in memory.
+bool isXml(const QByteArray& bytes) {
+  return bytes.startsWith("<?xml");
+}
+
 /// Keeps the Library in a folder of the test's own.
 class ScratchPlatform final : public LinuxPathPlatform {
  public:
@@ -91,7 +96,11 @@ std::string tryPropertyList(ByteView input) {
       const auto again = PropertyList::fromBytes(*written);
       if (!again) return "what was written cannot be read";
       if (!same(*again, *value)) return "what was written reads as something else";
-      if (PropertyList::toBytes(*again) != written) return "written again, it is another text";
+      const auto twice = PropertyList::toBytes(*again);
+      if (!twice) return "what was read cannot be written again";
+      if (isXml(*written) && *twice != *written) return "written again, it is another text";
+      const auto last = PropertyList::fromBytes(*twice);
+      if (!last || !same(*last, *value)) return "written again, it reads as something else";
     }
   }
   // A round through the disk costs a hundred times as much.
