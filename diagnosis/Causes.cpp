@@ -15,7 +15,7 @@ constexpr double explainedCost = 0.45;
 constexpr double gainComplexity = 2.5, toneComplexity = 6;
 /// What differs by less than this part of the tolerance is the same, whatever would explain it; unless single colours
 /// differ by more than so many times the tolerance.
-constexpr double negligibleShare = 0.5, colorsApart = 1.75;
+constexpr double negligibleShare = 0.5, colorsApart = 2.25;
 /// Samples count as the same where that leaves hardly more than a conversion does.
 constexpr double samplesReach = 0.3;
 /// Colours nearer to grey than this, on average, say nothing of what became of chroma.

@@ -226,8 +226,8 @@ PlacementFit findPlacement(const Signal& source, const Signal& dest) {
   PlacementFit found = better(refined(whole, plain, 0.02, 0.002), withinDest(source, dest));
   if (plain.explained < nearlyPlain) {
     const Region inBars = insideEdges(withoutBars(dest), dest);
-    found = better(found, searched(source, dest, {}));
     if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
+    if (found.explained < wholeEnough) found = better(found, searched(source, dest, {}));
   }
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
