@@ -33,13 +33,15 @@ bool pixelsAgree(const Finding& finding) {
   return main.kind == CauseKind::Matrix && main.where == Where::Tags && finding.causes.size() == 1;
 }
 
-}  // namespace
-
+/// Whether copying the source's gamma, NCLC record and profile onto the destination makes its tags right: the source
+/// has what differs, and the matrix that it names is the one that the destination's samples are in.
 bool syncHelps(const Finding& finding) {
   const bool somethingDiffers = finding.tags.counts() || finding.main().kind == CauseKind::Matrix;
   return pixelsAgree(finding) && somethingDiffers && sourceHasWhatDiffers(finding.tags) &&
          matrixAgreesAfterwards(finding);
 }
+
+}  // namespace
 
 Action actionFor(const Finding& finding) {
   const Cause& main = finding.main();

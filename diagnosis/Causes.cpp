@@ -212,18 +212,22 @@ Verdict chosen(const std::vector<Verdict>& verdicts, const Explanations& all, co
 
 /// What differs little, and is not explained by a cause.
 bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
-  if (differenceOf(evidence.strata) > evidence.tolerance) return false;
+  if (evidence.difference > evidence.tolerance) return false;
   if (all.identityCost > colorsApart * evidence.tolerance) return false;
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
+}
+
+/// Many colours tell more than few: 0 for fifty.
+double colorsOf(const ColorEvidence& evidence) {
+  return std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
 }
 
 /// By how much an explanation is better than the next one of another kind, from how many colours, and how much it
 /// leaves unexplained.
 double confidenceOf(const Verdict& best, double runnerUp, const ColorEvidence& evidence) {
   const double margin = std::min(2.0, (runnerUp - best.score) / std::max(0.3, best.score));
-  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
   const double mystery = std::max(0.0, best.cost - 2);
-  return logistic(2.8 + 1.9 * margin + 1.0 * colors - 0.6 * mystery);
+  return logistic(2.8 + 1.9 * margin + colorsOf(evidence) - 0.6 * mystery);
 }
 
 double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) {
@@ -234,14 +238,12 @@ double runnerUpScore(const Verdict& best, const std::vector<Verdict>& verdicts) 
 }
 
 bool differsByNothing(const ColorEvidence& evidence) {
-  return differenceOf(evidence.strata) <= negligibleShare * evidence.tolerance &&
+  return evidence.difference <= negligibleShare * evidence.tolerance &&
          fitCause(Hypothesis(), evidence.strata, evidence.space).cost <= colorsApart * evidence.tolerance;
 }
 
 std::vector<Cause> sameCauses(const ColorEvidence& evidence) {
-  const double difference = differenceOf(evidence.strata);
-  const double colors = std::log(std::max(1.0, extentOf(evidence.strata).count) / 50);
-  const double confidence = logistic(2.5 + 2.0 * (evidence.tolerance - difference) + 0.8 * colors);
+  const double confidence = logistic(2.5 + 2.0 * (evidence.tolerance - evidence.difference) + 0.8 * colorsOf(evidence));
   const double residual = fitCause(Hypothesis(), evidence.strata, evidence.space).cost;
   return {{.kind = CauseKind::Same, .confidence = confidence, .residual = residual}};
 }

@@ -12,9 +12,9 @@ struct ColorEvidence {
   const std::vector<Stratum>& strata;
   const SideTags& source;
   const SideTags& dest;
-  ComparedIn space;      ///< of the strata
-  double tolerance = 2;  ///< codes of 8 bits
-  double explained = 1;  ///< Correspondence::score
+  ComparedIn space;       ///< of the strata
+  double tolerance = 2;   ///< codes of 8 bits
+  double difference = 0;  ///< differenceOf() the strata
   bool identicalSamples = false;
 };
 

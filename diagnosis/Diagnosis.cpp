@@ -122,7 +122,7 @@ Finding diagnose(const Question& question) {
     finding.difference = differenceOf(strata);
     finding.curve = fitTone(evidence.strata.calmSource(), evidence.strata.calmDest()).curve;
     finding.causes = causesOf(
-        {strata, question.source, question.dest, space, question.tolerance, evidence.best.score, evidence.identical});
+        {strata, question.source, question.dest, space, question.tolerance, finding.difference, evidence.identical});
   }
   if (isPlacedByChance(finding)) finding.causes = {withoutNumber(CauseKind::Different, 0.6)};
   finding.action = actionFor(finding);

@@ -106,7 +106,7 @@ std::vector<Placement> turned(const Placement& upright) {
   return all;
 }
 
-/// Parts of an axis that an export may have kept of it.
+/// A part of an axis that an export may have kept of it.
 struct KeptPart {
   double begin = 0, end = 1;
 };
@@ -115,7 +115,7 @@ std::vector<KeptPart> partsOf(double kept) {
   std::vector<KeptPart> parts;
   const int steps = static_cast<int>(std::lround((1.0 - kept) / 0.05));
   for (int step = 0; step <= steps; ++step) {
-    const double begin = steps == 0 ? 0.0 : (1.0 - kept) * step / steps;
+    const double begin = (1.0 - kept) * step / steps;
     parts.push_back({begin, begin + kept});
   }
   return parts;

@@ -102,45 +102,46 @@ void StrataBuilder::add(const Signal& source, const Signal& dest) {
   }
 }
 
-std::vector<Stratum> StrataBuilder::strata() const {
+StrataBuilder::Cells StrataBuilder::cells() const {
   const std::size_t samples = calmSource().size();
-  std::vector<std::uint16_t> cells(samples);
-  std::vector<std::uint32_t> counts(static_cast<std::size_t>(lumaBins) * chromaBins * chromaBins);
+  std::vector<std::size_t> cellOfSample(samples);
+  Cells cells(static_cast<std::size_t>(lumaBins) * chromaBins * chromaBins);
   for (std::size_t i = 0; i < samples; ++i) {
-    cells[i] = static_cast<std::uint16_t>(cellOf(calm_[0][0][i], calm_[0][1][i], calm_[0][2][i]));
-    ++counts[cells[i]];
+    cellOfSample[i] = cellOf(calm_[0][0][i], calm_[0][1][i], calm_[0][2][i]);
+    ++cells[cellOfSample[i]].count;
   }
-  // Of a colour that many samples have, every so-manieth.
-  std::vector<std::vector<std::uint32_t>> members(counts.size());
-  std::vector<std::uint32_t> seen(counts.size());
+  std::vector<std::size_t> seen(cells.size());
   for (std::size_t i = 0; i < samples; ++i) {
-    const std::uint32_t count = counts[cells[i]];
-    if (count < fewest) continue;
-    const std::uint32_t every = static_cast<std::uint32_t>((count + most - 1) / most);
-    if (seen[cells[i]]++ % every == 0) members[cells[i]].push_back(static_cast<std::uint32_t>(i));
+    Cell& cell = cells[cellOfSample[i]];
+    if (cell.count < fewest) continue;
+    const std::size_t every = (cell.count + most - 1) / most;
+    if (seen[cellOfSample[i]]++ % every == 0) cell.members.push_back(i);
   }
+  return cells;
+}
 
-  std::vector<Stratum> result;
+Stratum StrataBuilder::stratumOf(const Cell& cell) const {
+  const auto members = static_cast<double>(cell.members.size()), count = static_cast<double>(cell.count);
+  Stratum stratum;
+  stratum.samples = count;
+  stratum.weight = count / (count + 5.0);
+  for (const std::size_t i : cell.members) stratum.spread += double{activity_[i]} / members;
   std::vector<float> changes;
-  for (std::size_t cell = 0; cell < members.size(); ++cell) {
-    if (members[cell].empty()) continue;
-    Stratum stratum;
-    const double count = counts[cell];
-    stratum.samples = count;
-    stratum.weight = count / (count + 5.0);
-    for (std::size_t plane = 0; plane < 3; ++plane) {
-      double sum = 0, spread = 0;
-      changes.clear();
-      for (const std::uint32_t i : members[cell]) {
-        sum += double{calm_[0][plane][i]};
-        spread += double{activity_[i]};
-        changes.push_back(calm_[1][plane][i] - calm_[0][plane][i]);
-      }
-      stratum.source[plane] = sum / static_cast<double>(members[cell].size());
-      stratum.spread = spread / static_cast<double>(members[cell].size());
-      stratum.dest[plane] = stratum.source[plane] + robustMean(changes);
+  for (std::size_t plane = 0; plane < 3; ++plane) {
+    changes.clear();
+    for (const std::size_t i : cell.members) {
+      stratum.source[plane] += double{calm_[0][plane][i]} / members;
+      changes.push_back(calm_[1][plane][i] - calm_[0][plane][i]);
     }
-    result.push_back(stratum);
+    stratum.dest[plane] = stratum.source[plane] + robustMean(changes);
+  }
+  return stratum;
+}
+
+std::vector<Stratum> StrataBuilder::strata() const {
+  std::vector<Stratum> result;
+  for (const Cell& cell : cells()) {
+    if (!cell.members.empty()) result.push_back(stratumOf(cell));
   }
   return result;
 }
@@ -158,20 +159,12 @@ std::vector<Stratum> withinRgb(std::vector<Stratum> strata, std::uint16_t matrix
 }
 
 StrataExtent extentOf(const std::vector<Stratum>& strata) {
-  StrataExtent extent;
-  double weights = 0, luma = 0, lumaSquares = 0, chromaSquares = 0;
+  double weights = 0, squares = 0;
   for (const Stratum& stratum : strata) {
-    const double y = stratum.source[0] * lumaCodes;
     weights += stratum.weight;
-    luma += stratum.weight * y;
-    lumaSquares += stratum.weight * y * y;
-    chromaSquares += stratum.weight * (stratum.source[1] * stratum.source[1] + stratum.source[2] * stratum.source[2]);
+    squares += stratum.weight * (stratum.source[1] * stratum.source[1] + stratum.source[2] * stratum.source[2]);
   }
-  extent.count = static_cast<double>(strata.size());
-  if (weights <= 0) return extent;
-  extent.chroma = std::sqrt(chromaSquares / weights);
-  extent.lumaDeviation = std::sqrt(std::max(0.0, lumaSquares / weights - luma * luma / weights / weights));
-  return extent;
+  return {static_cast<double>(strata.size()), weights > 0 ? std::sqrt(squares / weights) : 0.0};
 }
 
 }  // namespace diagnosis

@@ -28,6 +28,15 @@ class StrataBuilder {
   const std::vector<float>& calmDest() const { return calm_[1][0]; }
 
  private:
+  /// Samples of nearly one colour: how many there are, and some of them where they are many.
+  struct Cell {
+    std::size_t count = 0;
+    std::vector<std::size_t> members;
+  };
+  using Cells = std::vector<Cell>;
+  Cells cells() const;
+  Stratum stratumOf(const Cell& cell) const;
+
   std::array<std::vector<float>, 3> calm_[2];  ///< of the source, of the destination
   std::vector<float> activity_;
 };
@@ -39,8 +48,7 @@ std::vector<Stratum> withinRgb(std::vector<Stratum> strata, std::uint16_t matrix
 /// What a set of strata lets one tell: how many there are, and how far their colours lie from grey.
 struct StrataExtent {
   double count = 0;
-  double chroma = 0;         ///< root of the mean square of the distance from grey; 0.5 is the most
-  double lumaDeviation = 0;  ///< of the source, in codes of 8 bits
+  double chroma = 0;  ///< root of the mean square of the distance from grey; 0.5 is the most
 };
 StrataExtent extentOf(const std::vector<Stratum>& strata);
 

@@ -9,6 +9,8 @@
 
 #include <unistd.h>
 
+#include "tests/support/Noise.h"
+
 namespace movie::test {
 namespace {
 
@@ -16,25 +18,6 @@ namespace {
 struct Sample {
   double luma = 0, cb = 0, cr = 0;
 };
-
-double hash01(std::uint32_t x, std::uint32_t y, std::uint32_t seed) {
-  std::uint32_t h = x * 0x9E3779B1U ^ y * 0x85EBCA77U ^ seed * 0xC2B2AE3DU;
-  h ^= h >> 15;
-  h *= 0x2C1B3C6DU;
-  h ^= h >> 12;
-  h *= 0x297A2D39U;
-  h ^= h >> 15;
-  return static_cast<double>(h) / 4294967295.0;
-}
-
-double valueNoise(double x, double y, std::uint32_t seed) {
-  const double fx = std::floor(x), fy = std::floor(y);
-  const auto ix = static_cast<std::uint32_t>(fx), iy = static_cast<std::uint32_t>(fy);
-  const double tx = (x - fx) * (x - fx) * (3 - 2 * (x - fx)), ty = (y - fy) * (y - fy) * (3 - 2 * (y - fy));
-  const double top = hash01(ix, iy, seed) * (1 - tx) + hash01(ix + 1, iy, seed) * tx;
-  const double bottom = hash01(ix, iy + 1, seed) * (1 - tx) + hash01(ix + 1, iy + 1, seed) * tx;
-  return top * (1 - ty) + bottom * ty;
-}
 
 /// Octaves of noise whose amplitude falls with their frequency, 0..1; `u` and `v` span the picture.
 double octaves(double u, double v, int count, std::uint32_t seed) {
@@ -52,7 +35,7 @@ Sample naturalSample(double u, double v, int x, int y) {
   double luma = (octaves(u, v, 6, 11) - 0.5) * 1.5 + 0.45;
   if (std::hypot((u - 0.7) * 1.6, v - 0.35) < 0.18) luma = 0.35 + 0.4 * v + 0.2 * u;  // an object with an edge
   if (u < 0.3 && v > 0.65) luma *= 0.55;                                              // a shadow
-  luma += 0.01 * (hash01(static_cast<std::uint32_t>(x), static_cast<std::uint32_t>(y), 77) - 0.5);
+  luma += 0.01 * (hash01(x, y, 77) - 0.5);
   return {std::clamp(luma, 0.03, 0.93), 0.22 * (octaves(u, v, 3, 41) - 0.5), 0.22 * (octaves(u, v, 3, 59) - 0.5)};
 }
 

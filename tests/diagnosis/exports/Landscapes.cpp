@@ -38,8 +38,8 @@ Paint forest(double u, double v) {
   if (v > 0.78)
     paint = mix({0.2, 0.12, 0.06}, {0.62, 0.42, 0.2}, cloud(u * 16, v * 30, 5, 22)) * (0.5 + 0.6 * sun + 0.3 * v);
   for (int i = 0; i < 9; ++i) {
-    const double width = 0.015 + 0.05 * chance(i, 0, 23),
-                 middle = 1.85 * chance(i, 1, 24) + 0.05 * cloud(v * 2, i, 3, 25);
+    const double width = 0.015 + 0.05 * hash01(i, 0, 23),
+                 middle = 1.85 * hash01(i, 1, 24) + 0.05 * cloud(v * 2, i, 3, 25);
     const double across = (u - middle) / width;
     if (std::abs(across) > 1 || v > 0.8 + 2 * width) continue;
     const double light = 0.25 + 0.75 * rise(1, -0.8, across);
@@ -54,7 +54,7 @@ Paint snow(double u, double v) {
   if (v < ground) return mix({0.45, 0.52, 0.58}, {0.8, 0.84, 0.88}, cloud(u * 22, v * 30, 5, 43));
   Paint paint = mix({0.74, 0.8, 0.9}, {0.97, 0.97, 0.96}, cloud(u * 2.5, v * 9, 7, 44));
   for (int i = 0; i < 4; ++i) {
-    const double foot = 0.72 + 0.07 * i, across = std::abs(u - 0.2 - 0.45 * i + 0.1 * chance(i, 2, 45));
+    const double foot = 0.72 + 0.07 * i, across = std::abs(u - 0.2 - 0.45 * i + 0.1 * hash01(i, 2, 45));
     const double height = 0.42, reach = 0.11 * (1 - (foot - v) / height);
     if (v > foot || v < foot - height || across > reach * (0.6 + 0.8 * cloud(u * 30, v * 30, 3, 46))) continue;
     paint = mix({0.06, 0.13, 0.1}, {0.85, 0.9, 0.93}, rise(0.5, 0.75, cloud(u * 18, v * 26, 5, 47)));
@@ -98,7 +98,7 @@ Paint rain(double u, double v) {
   double grey = 0.72 - 0.18 * v + 0.14 * (cloud(u * 1.4, v * 2, 5, 110) - 0.5);
   for (int layer = 0; layer < 3; ++layer) {
     const int block = static_cast<int>(std::floor(u * (5 + 2 * layer) + layer * 0.3));
-    const double top = 0.2 + 0.14 * layer + 0.3 * chance(block, layer, 111);
+    const double top = 0.2 + 0.14 * layer + 0.3 * hash01(block, layer, 111);
     if (v < top) continue;
     const double storeys = std::sin(v * 260) * std::sin(u * 230) > 0.25 ? 0.05 : 0.0;
     grey = 0.52 - 0.16 * layer + storeys + 0.08 * (cloud(u * 10, v * 14, 5, 112) - 0.5);

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "tests/support/Noise.h"
+
 namespace diagnosis::test {
 
 /// R', G' and B' as they are displayed, 0 to 1.
@@ -17,8 +19,7 @@ Paint mix(const Paint& one, const Paint& other, double share);
 /// 0 below `low`, 1 above `high`, smooth between; falls where `low` is above `high`.
 double rise(double low, double high, double value);
 
-/// The same number from 0 to 1 for the same three.
-double chance(int x, int y, std::uint32_t seed);
+using movie::test::hash01;
 
 /// Noise of so many octaves, each twice as fine as the one before: 0 to 1, mostly about 0.5.
 double cloud(double x, double y, int octaves, std::uint32_t seed);

@@ -52,7 +52,7 @@ Paint fruit(double u, double v) {
   const Strewn ball = nearestStrewn(u * 5.5, v * 5.5, 220);
   const double radius = 0.52;
   if (ball.distance > radius) return Paint{0.16, 0.1, 0.06} * (0.4 + cloud(u * 20, v * 20, 4, 221));
-  const auto which = static_cast<std::size_t>(chance(ball.column, ball.row, 222) * 7.99);
+  const auto which = static_cast<std::size_t>(hash01(ball.column, ball.row, 222) * 7.99);
   const double light = ballLight(ball.dx / radius, ball.dy / radius);
   const double skin = 0.85 + 0.3 * cloud(u * 26, v * 26, 5, 223);
   const Paint paint = colors[which] * ((0.16 + 0.92 * light) * skin);
@@ -63,14 +63,14 @@ Paint fruit(double u, double v) {
 Paint street(double u, double v) {
   Paint paint = mix({0.05, 0.07, 0.16}, {0.25, 0.2, 0.26}, rise(0, 0.6, v)) * (0.8 + 0.4 * cloud(u * 2, v * 3, 5, 240));
   const int house = static_cast<int>(std::floor(u * 6));
-  if (v > 0.12 + 0.35 * chance(house, 0, 241) && v < 0.76) {
+  if (v > 0.12 + 0.35 * hash01(house, 0, 241) && v < 0.76) {
     paint =
-        mix({0.12, 0.1, 0.12}, {0.32, 0.26, 0.24}, chance(house, 1, 242)) * (0.7 + 0.6 * cloud(u * 8, v * 20, 5, 243));
+        mix({0.12, 0.1, 0.12}, {0.32, 0.26, 0.24}, hash01(house, 1, 242)) * (0.7 + 0.6 * cloud(u * 8, v * 20, 5, 243));
     const int column = static_cast<int>(std::floor(u * 30)), row = static_cast<int>(std::floor(v * 22));
     const bool pane = u * 30 - column > 0.25 && v * 22 - row > 0.35;
-    if (pane && chance(column, row, 244) > 0.55) {
+    if (pane && hash01(column, row, 244) > 0.55) {
       paint =
-          mix({0.95, 0.6, 0.22}, {0.98, 0.93, 0.72}, chance(column, row, 245)) * (0.5 + 0.5 * chance(row, column, 246));
+          mix({0.95, 0.6, 0.22}, {0.98, 0.93, 0.72}, hash01(column, row, 245)) * (0.5 + 0.5 * hash01(row, column, 246));
     }
   }
   if (v > 0.76) {
@@ -113,11 +113,11 @@ Paint flowers(double u, double v) {
                                  {0.5, 0.2, 0.75}, {0.95, 0.93, 0.9}, {0.2, 0.35, 0.85}};
   const Paint leaves = mix({0.04, 0.12, 0.03}, {0.35, 0.55, 0.15}, cloud(u * 6, v * 6, 6, 280));
   const Strewn flower = nearestStrewn(u * 3.6, v * 3.6, 281);
-  const double angle = std::atan2(flower.dy, flower.dx) + 6 * chance(flower.column, flower.row, 282);
+  const double angle = std::atan2(flower.dy, flower.dx) + 6 * hash01(flower.column, flower.row, 282);
   const double edge = 0.33 + 0.1 * std::cos(7 * angle);
   if (flower.distance > edge) return leaves;
   if (flower.distance < 0.09) return mix({0.35, 0.18, 0.04}, {0.9, 0.65, 0.1}, cloud(u * 60, v * 60, 3, 283));
-  const auto which = static_cast<std::size_t>(chance(flower.column, flower.row, 284) * 5.99);
+  const auto which = static_cast<std::size_t>(hash01(flower.column, flower.row, 284) * 5.99);
   const double veins = 0.9 + 0.12 * std::sin(35 * angle), shade = 0.5 + 0.55 * rise(0.05, 0.35, flower.distance);
   return colors[which] * (veins * shade * (0.9 + 0.15 * cloud(u * 9, v * 9, 4, 285)));
 }
@@ -128,7 +128,7 @@ Paint stage(double u, double v) {
   Paint paint = Paint{0.1, 0.08, 0.15} * (0.5 + 1.4 * cloud(u * 4, v * 4, 5, 300));
   const double haze = 0.35 + 0.9 * cloud(u * 2, v * 2.5, 6, 301);
   for (int i = 0; i < 5; ++i) {
-    const double slope = 0.7 * (chance(i, 0, 302) - 0.5), axis = 0.2 + 0.36 * i + slope * v;
+    const double slope = 0.7 * (hash01(i, 0, 302) - 0.5), axis = 0.2 + 0.36 * i + slope * v;
     const double across = (u - axis) / (0.06 + 0.22 * v);
     paint = paint + colors[i] * (haze * (0.85 - 0.45 * v) * std::exp(-2.5 * across * across));
   }
