@@ -1,22 +1,42 @@
 #include "diagnosis/FindingText.h"
 
 #include <cmath>
-#include <cstdarg>
 #include <cstdio>
+#include <initializer_list>
 
 #include "diagnosis/Advice.h"
+
+/// Marks a text for the tools that gather what is to be translated.
+#define TR(context, text) text
 
 namespace diagnosis {
 namespace {
 
-[[gnu::format(printf, 1, 2)]] std::string formatted(const char* format, ...) {
-  char text[400];
-  va_list arguments;
-  va_start(arguments, format);
-  std::vsnprintf(text, sizeof text, format, arguments);
-  va_end(arguments);
-  return text;
-}
+/// Fills sentences of a language. The first place is %1.
+class Words {
+ public:
+  explicit Words(const Language& language) : language_(language) {}
+
+  std::string operator()(const char* english, std::initializer_list<std::string> places = {}) const {
+    std::string text = language_.sentence ? language_.sentence(english) : english;
+    char place[] = "%1";
+    for (const std::string& each : places) {
+      if (const std::size_t at = text.find(place); at != std::string::npos) text.replace(at, 2, each);
+      ++place[1];
+    }
+    return text;
+  }
+
+  std::string number(double value, int decimals) const {
+    if (language_.number) return language_.number(value, decimals);
+    char text[40];
+    std::snprintf(text, sizeof text, "%.*f", decimals, value);
+    return text;
+  }
+
+ private:
+  const Language& language_;
+};
 
 void addSentence(std::string& text, const std::string& sentence) {
   if (sentence.empty()) return;
@@ -25,216 +45,243 @@ void addSentence(std::string& text, const std::string& sentence) {
 }
 
 // --- What was found
-// -------------------------------------------------------------------------------------------------------
+// -----------------------------------------------------------------------------------------------------
 
-std::string powerVerdict(const Cause& cause) {
-  return formatted("Gamma shift: the destination is %s, by an exponent of %.2f (%.2f to %.2f).",
-                   cause.direction == Direction::Darker ? "darker" : "lighter", cause.exponent.value_or(1),
-                   cause.exponentInterval.value_or(Interval()).low, cause.exponentInterval.value_or(Interval()).high);
+std::string powerVerdict(const Cause& cause, const Words& words) {
+  const Interval interval = cause.exponentInterval.value_or(Interval());
+  return words(
+      cause.direction == Direction::Darker
+          ? TR("FindingText", "Gamma shift: the destination is darker, by an exponent of %1 (%2 to %3).")
+          : TR("FindingText", "Gamma shift: the destination is lighter, by an exponent of %1 (%2 to %3)."),
+      {words.number(cause.exponent.value_or(1), 2), words.number(interval.low, 2), words.number(interval.high, 2)});
 }
 
-std::string rangeVerdict(const Cause& cause) {
+const char* rangeVerdict(const Cause& cause) {
   const bool compressed = cause.direction == Direction::Compressed;
   if (cause.where == Where::Flags) {
-    return compressed
-               ? "Range error: the destination is marked as full range, but holds the source's video range samples."
-               : "Range error: the destination is marked as video range, but holds the source's full range samples.";
+    return compressed ? TR("FindingText",
+                           "Range error: the destination is marked as full range, but holds the source's video range "
+                           "samples.")
+                      : TR("FindingText",
+                           "Range error: the destination is marked as video range, but holds the source's full range "
+                           "samples.");
   }
-  return compressed ? "Range error: the destination's levels were compressed; its blacks are grey and its whites dim."
-                    : "Range error: the destination's levels were expanded; its shadows and highlights are cut off.";
+  return compressed ? TR("FindingText",
+                         "Range error: the destination's levels were compressed; its blacks are grey and its whites "
+                         "dim.")
+                    : TR("FindingText",
+                         "Range error: the destination's levels were expanded; its shadows and highlights are cut "
+                         "off.");
 }
 
-std::string matrixVerdict(const Cause& cause) {
+const char* matrixVerdict(const Cause& cause) {
   return cause.where == Where::Tags
-             ? "Matrix error: the destination names another Y'CbCr matrix than the one that its samples are in."
-             : "Matrix error: the destination's colors were converted with the wrong Y'CbCr matrix.";
+             ? TR("FindingText",
+                  "Matrix error: the destination names another Y'CbCr matrix than the one that its samples are in.")
+             : TR("FindingText", "Matrix error: the destination's colors were converted with the wrong Y'CbCr matrix.");
 }
 
-std::string gainVerdict(const Cause& cause) {
-  return formatted("Brightness or contrast: the destination is %s, %.2f times the source %s %.0f codes.",
-                   cause.direction == Direction::Darker ? "darker" : "lighter", cause.gain.value_or(1),
-                   cause.offset.value_or(0) < 0 ? "minus" : "plus", std::abs(cause.offset.value_or(0)));
+std::string gainVerdict(const Cause& cause, const Words& words) {
+  const double offset = cause.offset.value_or(0);
+  return words(
+      cause.direction == Direction::Darker
+          ? TR("FindingText", "Brightness or contrast: the destination is darker, %1 times the source %2 %3 codes.")
+          : TR("FindingText", "Brightness or contrast: the destination is lighter, %1 times the source %2 %3 codes."),
+      {words.number(cause.gain.value_or(1), 2),
+       words(offset < 0 ? TR("FindingText", "minus") : TR("FindingText", "plus")), words.number(std::abs(offset), 0)});
 }
 
-std::string verdictOf(const Cause& cause) {
+std::string verdictOf(const Cause& cause, const Words& words) {
   switch (cause.kind) {
     case CauseKind::Identical:
-      return "Identical: the destination's samples are the source's.";
+      return words(TR("FindingText", "Identical: the destination's samples are the source's."));
     case CauseKind::Same:
-      return "The same: the destination renders as the source does.";
+      return words(TR("FindingText", "The same: the destination renders as the source does."));
     case CauseKind::Power:
-      return powerVerdict(cause);
+      return powerVerdict(cause, words);
     case CauseKind::Range:
-      return rangeVerdict(cause);
+      return words(rangeVerdict(cause));
     case CauseKind::Gain:
-      return gainVerdict(cause);
+      return gainVerdict(cause, words);
     case CauseKind::Tone:
-      return "The tone differs: the destination was graded, or went through another transfer function.";
+      return words(TR("FindingText",
+                      "The tone differs: the destination was graded, or went through another transfer function."));
     case CauseKind::Matrix:
-      return matrixVerdict(cause);
+      return words(matrixVerdict(cause));
     case CauseKind::Different:
-      return "No verdict: the two frames do not show the same picture.";
+      return words(TR("FindingText", "No verdict: the two frames do not show the same picture."));
     case CauseKind::Dark:
-      return "No verdict: the source frame is too dark.";
+      return words(TR("FindingText", "No verdict: the source frame is too dark."));
     case CauseKind::Unreadable:
-      return "No verdict: there is too little in these frames to tell from.";
+      return words(TR("FindingText", "No verdict: there is too little in these frames to tell from."));
   }
   return {};
 }
 
-std::string missingFrameVerdict() {
-  return "No verdict: a frame cannot be had.";
-}
-
-std::string doubtfulVerdict(const Cause& cause) {
-  return "No verdict: it cannot be told surely what differs. The likeliest is: " + verdictOf(cause);
+std::string wholeVerdict(const Finding& finding, const Words& words) {
+  if (finding.frames == 0) return words(TR("FindingText", "No verdict: a frame cannot be had."));
+  const bool doubtful = !isTold(finding) && finding.action == Action::CannotTell;
+  std::string text = verdictOf(finding.main(), words);
+  if (doubtful) {
+    text = words(TR("FindingText", "No verdict: it cannot be told surely what differs. The likeliest is: %1"), {text});
+  }
+  for (std::size_t i = 1; i < finding.causes.size(); ++i) addSentence(text, verdictOf(finding.causes[i], words));
+  return text;
 }
 
 // --- What speaks for it
-// ---------------------------------------------------------------------------------------------------
+// -------------------------------------------------------------------------------------------------
 
-const char* sideOfRange(SampleRange range) {
-  return range == SampleRange::Full ? "full" : "video";
+std::string differenceSentence(const Finding& finding, const Words& words) {
+  const Cause& main = finding.main();
+  if (main.kind == CauseKind::Identical || !isTold(finding)) return {};
+  const std::string difference = words.number(finding.difference, 1);
+  if (main.kind == CauseKind::Same) {
+    return words(TR("FindingText", "The pictures differ by %1 codes of 8 bits, which is what an encoder leaves."),
+                 {difference});
+  }
+  return words(TR("FindingText", "The pictures differ by %1 codes of 8 bits; with that undone, by %2."),
+               {difference, words.number(main.residual, 1)});
 }
 
-std::string placementSentence(const Correspondence& correspondence) {
+std::string placementSentence(const Correspondence& correspondence, const Words& words) {
   const Placement& placement = correspondence.placement;
   if (!correspondence.same || placement.isPlain()) return {};
   std::string how;
-  const auto add = [&](const char* word) { how += (how.empty() ? "" : " and ") + std::string(word); };
-  if (placement.transposed) add("turned");
-  if (placement.mirroredX || placement.mirroredY) add("mirrored");
-  if (!(placement.dest == Region())) add("set within bars");
-  if (!(placement.source == Region())) add("cropped");
-  return "The destination's picture is " + how + "; it was compared with the part of the source that it shows.";
+  const auto add = [&](const char* word) {
+    how = how.empty() ? words(word) : words(TR("FindingText", "%1 and %2"), {how, words(word)});
+  };
+  if (placement.transposed) add(TR("FindingText", "turned"));
+  if (placement.mirroredX || placement.mirroredY) add(TR("FindingText", "mirrored"));
+  if (!(placement.dest == Region())) add(TR("FindingText", "set within bars"));
+  if (!(placement.source == Region())) add(TR("FindingText", "cropped"));
+  return words(
+      TR("FindingText", "The destination's picture is %1; it was compared with the part of the source that it shows."),
+      {how});
 }
 
-std::string framesSentence(const Finding& finding) {
+std::string framesSentence(const Finding& finding, const Words& words) {
   if (finding.frames < 2) return {};
-  std::string text = formatted("%d frames were compared.", finding.frames);
+  std::string text = words(TR("FindingText", "%1 frames were compared."), {words.number(finding.frames, 0)});
   if (finding.unmatchedFrames > 0) {
-    addSentence(text, formatted("%d of them do not show the same picture.", finding.unmatchedFrames));
+    addSentence(text, words(TR("FindingText", "%1 of them do not show the same picture."),
+                            {words.number(finding.unmatchedFrames, 0)}));
   }
   return text;
 }
 
-std::string differenceSentence(const Finding& finding) {
-  const Cause& main = finding.main();
-  if (main.kind == CauseKind::Identical || !isTold(finding)) return {};
-  if (main.kind == CauseKind::Same) {
-    return formatted("The pictures differ by %.1f codes of 8 bits, which is what an encoder leaves.",
-                     finding.difference);
-  }
-  return formatted("The pictures differ by %.1f codes of 8 bits; with that undone, by %.1f.", finding.difference,
-                   main.residual);
-}
-
-std::string rangesSentence(const TagComparison& tags) {
+std::string rangesSentence(const TagComparison& tags, const Words& words) {
   if (tags.source.range == tags.dest.range) return {};
-  return formatted("The source is in %s range, the destination in %s range.", sideOfRange(tags.source.range),
-                   sideOfRange(tags.dest.range));
+  return words(tags.source.range == SampleRange::Full
+                   ? TR("FindingText", "The source is in full range, the destination in video range.")
+                   : TR("FindingText", "The source is in video range, the destination in full range."));
 }
 
-void addTag(std::string& list, Comparison comparison, const char* name) {
-  if (comparison == Comparison::Equal) return;
-  if (!list.empty()) list += ", ";
-  list += name;
-  if (comparison == Comparison::Lost) list += " (not in the destination)";
-  if (comparison == Comparison::Added) list += " (only in the destination)";
-}
-
-std::string tagsSentence(const TagComparison& tags) {
+std::string tagsSentence(const TagComparison& tags, const Words& words) {
   std::string list;
-  addTag(list, tags.gamma, "gamma");
-  addTag(list, tags.primaries, "primaries");
-  addTag(list, tags.transferFunction, "transfer function");
-  addTag(list, tags.matrix, "matrix");
-  addTag(list, tags.profile, "profile");
-  return list.empty() ? std::string() : "Tags that differ: " + list + ".";
+  const auto add = [&](Comparison comparison, const char* name) {
+    if (comparison == Comparison::Equal) return;
+    std::string item = words(name);
+    if (comparison == Comparison::Lost) item = words(TR("FindingText", "%1 (not in the destination)"), {item});
+    if (comparison == Comparison::Added) item = words(TR("FindingText", "%1 (only in the destination)"), {item});
+    list += (list.empty() ? "" : ", ") + item;
+  };
+  add(tags.gamma, TR("FindingText", "gamma"));
+  add(tags.primaries, TR("FindingText", "primaries"));
+  add(tags.transferFunction, TR("FindingText", "transfer function"));
+  add(tags.matrix, TR("FindingText", "matrix"));
+  add(tags.profile, TR("FindingText", "profile"));
+  return list.empty() ? list : words(TR("FindingText", "Tags that differ: %1."), {list});
 }
 
-std::string whyOf(const Finding& finding) {
-  std::string text = differenceSentence(finding);
-  addSentence(text, placementSentence(finding.correspondence));
-  addSentence(text, framesSentence(finding));
-  addSentence(text, rangesSentence(finding.tags));
-  addSentence(text, tagsSentence(finding.tags));
+std::string whyOf(const Finding& finding, const Words& words) {
+  std::string text = differenceSentence(finding, words);
+  addSentence(text, placementSentence(finding.correspondence, words));
+  addSentence(text, framesSentence(finding, words));
+  addSentence(text, rangesSentence(finding.tags, words));
+  addSentence(text, tagsSentence(finding.tags, words));
   return text;
 }
 
 // --- What to do
-// -----------------------------------------------------------------------------------------------------------
+// ---------------------------------------------------------------------------------------------------------
 
 /// Display gammas that are mixed up often, and so the exponents that come of it.
-std::string usualExponent(double exponent) {
+std::string usualExponent(double exponent, const Words& words) {
   struct Gammas {
     double lower, higher;
   };
   constexpr Gammas usual[] = {{1.8, 2.2}, {1.96, 2.2}, {1.96, 2.4}, {2.2, 2.4}, {2.2, 2.6}, {2.4, 2.6}};
   constexpr double reach = 0.012;
+  const auto text = [&](double gamma) { return words.number(gamma, gamma == 1.96 ? 2 : 1); };
   for (const auto& [lower, higher] : usual) {
     if (std::abs(exponent - higher / lower) > reach && std::abs(exponent - lower / higher) > reach) continue;
-    return formatted("Such a number is usual where gammas of %.4g and %.4g are mixed up: look for that setting.", lower,
-                     higher);
+    return words(
+        TR("FindingText", "Such a number is usual where gammas of %1 and %2 are mixed up: look for that setting."),
+        {text(lower), text(higher)});
   }
   return {};
 }
 
-std::string exportAdvice(const Cause& main) {
+std::string exportAdvice(const Cause& main, const Words& words) {
   switch (main.kind) {
     case CauseKind::Power: {
-      std::string text = "Export again, without a gamma conversion.";
-      addSentence(text, usualExponent(main.exponent.value_or(1)));
+      std::string text = words(TR("FindingText", "Export again, without a gamma conversion."));
+      addSentence(text, usualExponent(main.exponent.value_or(1), words));
       return text;
     }
     case CauseKind::Range:
-      return "Export again, and set the levels of input and output to the same: video (16 to 235), or full with its "
-             "flag.";
+      return words(TR("FindingText",
+                      "Export again, and set the levels of input and output to the same: video (16 to 235), or full "
+                      "with its flag."));
     case CauseKind::Matrix:
-      return "Export again, with the color space of the source (601 or 709) for input and output.";
+      return words(
+          TR("FindingText", "Export again, with the color space of the source (601 or 709) for input and output."));
     case CauseKind::Gain:
-      return "Export again, without a change of brightness or contrast, and at a frame outside of fades.";
+      return words(TR("FindingText",
+                      "Export again, without a change of brightness or contrast, and at a frame outside of fades."));
     default:
-      return "Export again, without grades, look-up tables or color management that the source did not have.";
+      return words(TR("FindingText",
+                      "Export again, without grades, look-up tables or color management that the source did not "
+                      "have."));
   }
 }
 
-std::string adviceOf(const Finding& finding) {
+std::string adviceOf(const Finding& finding, const Words& words) {
+  if (finding.frames == 0) {
+    return words(TR("FindingText", "Choose another frame, or look into why this one cannot be had."));
+  }
   switch (finding.action) {
     case Action::Nothing:
-      return "Nothing is to be done.";
+      return words(TR("FindingText", "Nothing is to be done."));
     case Action::Sync:
-      return "Sync the metadata: the samples are right, and the source has the tags that the destination lacks.";
+      return words(TR("FindingText",
+                      "Sync the metadata: the samples are right, and the source has the tags that the destination "
+                      "lacks."));
     case Action::TagDestination:
-      return finding.main().where == Where::Flags
-                 ? "Set the destination's range flag right; its samples need no new encoding, and a sync does not "
-                   "reach it."
-                 : "Tag the destination as it is: copying the source's tags would not make them right.";
+      return words(finding.main().where == Where::Flags
+                       ? TR("FindingText",
+                            "Set the destination's range flag right; its samples need no new encoding, and a sync does "
+                            "not reach it.")
+                       : TR("FindingText",
+                            "Tag the destination as it is: copying the source's tags would not make them right."));
     case Action::ExportAgain:
-      return exportAdvice(finding.main());
+      return exportAdvice(finding.main(), words);
     case Action::ChooseAnotherFrame:
-      return finding.main().kind == CauseKind::Different
-                 ? "Place both playheads at the same picture, or choose another frame."
-                 : "Choose another frame, with more in it.";
+      return words(finding.main().kind == CauseKind::Different
+                       ? TR("FindingText", "Place both playheads at the same picture, or choose another frame.")
+                       : TR("FindingText", "Choose another frame, with more in it."));
     case Action::CannotTell:
-      return "Choose another frame, or compare several.";
+      return words(TR("FindingText", "Choose another frame, or compare several."));
   }
   return {};
 }
 
 }  // namespace
 
-FindingText textOf(const Finding& finding) {
-  FindingText text;
-  const bool doubtful = !isTold(finding) && finding.action == Action::CannotTell;
-  text.verdict = finding.frames == 0 ? missingFrameVerdict()
-                 : doubtful          ? doubtfulVerdict(finding.main())
-                                     : verdictOf(finding.main());
-  for (std::size_t i = 1; i < finding.causes.size(); ++i) addSentence(text.verdict, verdictOf(finding.causes[i]));
-  text.why = whyOf(finding);
-  text.advice =
-      finding.frames == 0 ? "Choose another frame, or look into why this one cannot be had." : adviceOf(finding);
-  return text;
+FindingText textOf(const Finding& finding, const Language& language) {
+  const Words words(language);
+  return {.verdict = wholeVerdict(finding, words), .why = whyOf(finding, words), .advice = adviceOf(finding, words)};
 }
 
 }  // namespace diagnosis
