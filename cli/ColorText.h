@@ -3,16 +3,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
-#include <string_view>
 
 #include "movie/atoms/ImageDescription.h"
 
 namespace cli {
-
-/// Short names of the ITU-T H.273 code points; "reserved" where the table has none.
-std::string_view primariesName(std::uint16_t index);         ///< H.273 table 2
-std::string_view transferFunctionName(std::uint16_t index);  ///< H.273 table 3
-std::string_view matrixName(std::uint16_t index);            ///< H.273 table 4
 
 /// At most so many decimals, none that are not needed.
 std::string shortNumber(double value, int decimals = 3);

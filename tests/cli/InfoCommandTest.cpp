@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "cli/ColorText.h"
 #include "cli/Commands.h"
 #include "movie/render/IccProfile.h"
 #include "tests/support/AtomBuilder.h"
@@ -144,19 +143,6 @@ TEST(InfoCommand, PutsAnErrorInThePlaceOfAFileThatFails) {
   const CommandResult text = textOf({bad, good.path()});
   EXPECT_EQ(text.status, 2);
   EXPECT_EQ(text.out, textOf({good.path()}).out);
-}
-
-TEST(ColorNames, AreThoseOfTheStandard) {
-  EXPECT_EQ(primariesName(1), "BT.709");
-  EXPECT_EQ(primariesName(12), "P3-D65");
-  EXPECT_EQ(transferFunctionName(13), "sRGB");
-  EXPECT_EQ(transferFunctionName(18), "HLG");
-  EXPECT_EQ(matrixName(0), "identity");
-  EXPECT_EQ(matrixName(6), "SMPTE 170M");
-  EXPECT_EQ(matrixName(2), "unspecified");
-  EXPECT_EQ(primariesName(0), "reserved");
-  EXPECT_EQ(primariesName(23), "reserved");
-  EXPECT_EQ(transferFunctionName(65535), "reserved");
 }
 
 }  // namespace
