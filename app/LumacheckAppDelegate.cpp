@@ -13,6 +13,7 @@
 #include "SharedFiles/settings/UserDefaults.h"
 #include "app/MainInterface.h"
 #include "app/messages/WindowMessages.h"
+#include "app/verdict/VerdictStrip.h"
 #include "app/widgets/MessageLine.h"
 
 LumacheckAppDelegate::LumacheckAppDelegate(MainInterface& interface, UserDefaults& defaults,
@@ -42,6 +43,7 @@ void LumacheckAppDelegate::connectControls() {
     connect(controls.filenameText, &QLineEdit::returnPressed, this, modifyPath);
     QLineEdit* const field = controls.timecodeText;
     connect(field, &QLineEdit::returnPressed, this, [this, field] { changeTimecode(field); });
+    connect(controls.movieView, &QVMovieView::playbackDidChange, this, &LumacheckAppDelegate::showVerdict);
   };
   wire(interface_.source, &LumacheckAppDelegate::browseSource, &LumacheckAppDelegate::modifySourcePath);
   wire(interface_.dest, &LumacheckAppDelegate::browseDest, &LumacheckAppDelegate::modifyDestPath);
@@ -50,6 +52,7 @@ void LumacheckAppDelegate::connectControls() {
   connect(interface_.syncBtn, &QPushButton::clicked, this, [this] { syncMetadata(); });
   connect(interface_.saveBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDest);
   connect(interface_.saveAsBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDestAs);
+  connect(interface_.verdictStrip, &VerdictStrip::chosen, this, &LumacheckAppDelegate::carryOut);
   connect(window_, &QVQTWindow::fullScreenDidChange, this, &LumacheckAppDelegate::tellOfFullScreen);
 }
 

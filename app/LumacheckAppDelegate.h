@@ -5,6 +5,7 @@
 #include <QVariantMap>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 #include "SharedFiles/foundation/PathPlatform.h"
@@ -16,7 +17,10 @@
 #include "app/messages/Message.h"
 #include "app/messages/MessageWords.h"
 #include "app/messages/WhyNot.h"
+#include "app/verdict/Moment.h"
+#include "app/verdict/Verdict.h"
 #include "app/widgets/ResultsView.h"
+#include "check/GammaCheck.h"
 #include "check/MetadataSync.h"
 
 class MainInterface;
@@ -149,6 +153,11 @@ class LumacheckAppDelegate : public QObject {
     const SideInterface& controls;
     MovieSlot master = {}, display = {};
   };
+  /// A verdict, and what it is of.
+  struct HeldVerdict {
+    Verdict verdict;
+    PairMoment moment;
+  };
 
   Side& side(const QString& type);
   MovieSlot slot(const MovieSlot& which) const;
@@ -177,6 +186,14 @@ class LumacheckAppDelegate : public QObject {
   void showState();
   void rememberPair();
   void showRecentPairs();
+  PairMoment momentNow() const;
+  void showChecking(bool isChecking);
+  void setVerdict(const movie::Movie& source, const movie::Movie& dest, const PairMoment& moment,
+                  check::CheckOutcome& outcome);
+  void showVerdict();
+  void carryOut(VerdictAction action);
+  void takeDestToSource();
+  void takeBothElsewhere();
 
   MainInterface& interface_;
   UserDefaults& defaults_;
@@ -189,5 +206,7 @@ class LumacheckAppDelegate : public QObject {
   ViewConsole console_;
   KeyTable keys_;
   RecentPairs recentPairs_;
+  bool isChecking_ = false;
+  std::optional<HeldVerdict> verdict_;
   CopyWriter copyWriter_ = &movie::Movie::writeToFile;
 };

@@ -1,5 +1,7 @@
 // The check button and the report.
 
+#include <QScopeGuard>
+
 #include "SharedFiles/alerts/QVAlert.h"
 #include "SharedFiles/timecode/QVQuickTime.h"
 #include "app/LumacheckAppDelegate.h"
@@ -33,7 +35,16 @@ void LumacheckAppDelegate::checkOnThread() {
     return at;
   };
   tell({});
-  const check::CheckOutcome outcome = check::runGammaCheck({*source, *dest, {}, stop}, console_);
+  check::CheckOutcome outcome;
+  {
+    showChecking(true);
+    const auto checked = qScopeGuard([this] { showChecking(false); });
+    PairMoment moment = momentNow();
+    outcome = check::runGammaCheck({*source, *dest, {}, stop}, console_);
+    moment.source.time = at.source;
+    moment.dest.time = at.dest;
+    setVerdict(*source, *dest, moment, outcome);
+  }
   tell(CheckMessages::checked(state(), frameOf(sourceQTMov(), at.source), frameOf(destQTMov(), at.dest), outcome));
   if (!outcome.tooDark) return;
   QVAlert::alertSheetWithMessageText(check::tooDarkMessageText, check::tooDarkInformativeText, window_);

@@ -47,6 +47,7 @@ void LumacheckAppDelegate::showState() {
   window_->setWindowTitle(WindowMessages::title(pathOf(sourceQTMov()), pathOf(destQTMov())));
   window_->setWindowModified(now.hasUnsavedChanges);
   interface_.tellWhyNot(now);
+  showVerdict();
 }
 
 void LumacheckAppDelegate::tellOfFullScreen(bool isFullScreen) {

@@ -9,7 +9,6 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QPushButton>
 #include <QSlider>
 #include <QSplitter>
 #include <QStyle>
@@ -18,9 +17,12 @@
 #include <initializer_list>
 
 #include "app/messages/WindowMessages.h"
+#include "app/verdict/FactTable.h"
+#include "app/verdict/VerdictStrip.h"
 #include "app/widgets/MessageLine.h"
 #include "app/widgets/PathField.h"
 #include "app/widgets/ResultsView.h"
+#include "app/widgets/RoomyButton.h"
 #include "app/widgets/TransportBar.h"
 
 namespace {
@@ -42,14 +44,6 @@ int widest(const QFontMetrics& metrics, std::initializer_list<QString> words) {
   int width = 0;
   for (const QString& word : words) width = std::max(width, metrics.horizontalAdvance(word));
   return width;
-}
-
-/// Styles leave a long text hardly any room at its sides.
-QPushButton* button(const QString& text) {
-  auto* const made = new QPushButton(text);
-  const int roomy = made->fontMetrics().horizontalAdvance(text) + 3 * spacing;
-  made->setMinimumWidth(std::max(made->sizeHint().width(), roomy));
-  return made;
 }
 
 QLineEdit* timecodeField(const QString& name) {
@@ -113,7 +107,7 @@ SideInterface MainInterface::makeSide(const SideTexts& texts, QVMovieView* movie
   side.filenameText = new PathField;
   side.filenameText->setAccessibleName(tr("%1: path").arg(name));
   side.filenameText->setPlaceholderText(texts.pathHint);
-  side.browseBtn = button(tr("Browse…"));
+  side.browseBtn = roomyButton(tr("Browse…"));
   side.browseBtn->setAccessibleName(tr("%1: browse").arg(name));
   side.movieView = movieView;
   side.movieView->setAccessibleName(tr("%1: movie").arg(name));
@@ -147,7 +141,7 @@ QWidget* MainInterface::linkColumn() {
   linkLabel->setAlignment(Qt::AlignHCenter);
   linkBtn = new QCheckBox;
   linkBtn->setAccessibleName(tr("Link the playheads"));
-  swapBtn = button(tr("Swap"));
+  swapBtn = roomyButton(tr("Swap"));
   swapBtn->setAccessibleName(tr("Swap source and destination"));
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
@@ -162,11 +156,12 @@ QWidget* MainInterface::linkColumn() {
 }
 
 QWidget* MainInterface::bottomPanel() {
-  checkBtn = button(tr("Check"));
+  checkBtn = roomyButton(tr("Check"));
   window_->setDefaultButton(checkBtn);
-  syncBtn = button(tr("Sync Metadata"));
-  saveBtn = button(tr("Save"));
-  saveAsBtn = button(tr("Save As…"));
+  syncBtn = roomyButton(tr("Sync Metadata"));
+  saveBtn = roomyButton(tr("Save"));
+  saveAsBtn = roomyButton(tr("Save As…"));
+  verdictStrip = new VerdictStrip;
   resultsView = new ResultsView;
   resultsView->setAccessibleName(tr("Results"));
   auto* const panel = new QWidget;
@@ -178,6 +173,7 @@ QWidget* MainInterface::bottomPanel() {
   row->addWidget(saveBtn);
   row->addWidget(saveAsBtn);
   column->addLayout(row);
+  column->addWidget(verdictStrip);
   column->addWidget(resultsView, 1);
   besidePictures_ << panel;
   return panel;
@@ -227,7 +223,9 @@ void MainInterface::orderFocus() {
   side(source);
   next({linkBtn, swapBtn});
   side(dest);
-  next({checkBtn, syncBtn, saveBtn, saveAsBtn, resultsView, &messageLine->words()});
+  next({checkBtn, syncBtn, saveBtn, saveAsBtn});
+  for (const VerdictAction action : verdictActions) next({&verdictStrip->button(action)});
+  next({&verdictStrip->facts(), resultsView, &messageLine->words()});
 }
 
 void MainInterface::followFocus() {

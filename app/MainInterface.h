@@ -20,6 +20,7 @@ class QPushButton;
 class MessageLine;
 class ResultsView;
 class TransportBar;
+class VerdictStrip;
 
 /// The controls of one movie.
 struct SideInterface {
@@ -50,6 +51,7 @@ class MainInterface {
   QPushButton* swapBtn = nullptr;
   QPushButton* checkBtn = nullptr;
   QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
+  VerdictStrip* verdictStrip = nullptr;
   ResultsView* resultsView = nullptr;
   MessageLine* messageLine = nullptr;
   QVSoftwareUpdate softwareUpdate;

@@ -65,14 +65,6 @@ std::string remarksOn(const check::CheckOutcome& outcome) {
   return lack("source", outcome.sourceFrameError) + lack("destination", outcome.destFrameError);
 }
 
-diagnosis::Finding findingOn(const Side& source, const Side& dest, const diagnosis::PicturePairs& pictures,
-                             double tolerance, bool knownDark) {
-  diagnosis::Question question = diagnosis::questionOf(*source.movie, *dest.movie, pictures);
-  question.tolerance = tolerance;
-  question.knownDark = knownDark;
-  return diagnosis::diagnose(question);
-}
-
 /// The finding is about the check's own frames, or about several where both movies have a length.
 tl::expected<diagnosis::Finding, SideFailure> findingOf(const Side& source, const Side& dest,
                                                         check::CheckOutcome& outcome, const CheckOptions& options) {
@@ -82,13 +74,14 @@ tl::expected<diagnosis::Finding, SideFailure> findingOf(const Side& source, cons
   if (!times.empty()) {
     const movie::Result<diagnosis::PicturePairs> pictures = diagnosis::picturesAt(*source.movie, *dest.movie, times);
     if (!pictures) return tl::unexpected(SideFailure{pictures.error().message(), pictures.error().file});
-    return findingOn(source, dest, *pictures, options.tolerance, false);
+    return findingOn(*source.movie, *dest.movie, *pictures, {.tolerance = options.tolerance});
   }
   if (lacksFrame(outcome)) return diagnosis::unreadable({});
   diagnosis::PicturePairs pictures;
   pictures.source.push_back(std::move(*outcome.sourcePicture));
   pictures.dest.push_back(std::move(*outcome.destPicture));
-  return findingOn(source, dest, pictures, options.tolerance, outcome.tooDark);
+  return findingOn(*source.movie, *dest.movie, pictures,
+                   {.tolerance = options.tolerance, .knownDark = outcome.tooDark});
 }
 
 CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {

@@ -72,4 +72,12 @@ Question questionOf(const movie::Movie& source, const movie::Movie& dest, const 
   return question;
 }
 
+Finding findingOn(const movie::Movie& source, const movie::Movie& dest, const PicturePairs& pictures,
+                  const Circumstances& circumstances) {
+  Question question = questionOf(source, dest, pictures);
+  question.tolerance = circumstances.tolerance;
+  question.knownDark = circumstances.knownDark;
+  return diagnose(question);
+}
+
 }  // namespace diagnosis

@@ -28,8 +28,18 @@ struct PicturePairs {
 movie::Result<PicturePairs> picturesAt(const movie::Movie& source, const movie::Movie& dest,
                                        const std::vector<FrameTimes>& times);
 
-/// What is asked of pairs that were decoded of two movies, whose descriptions are as the files say. The pictures are
-/// referred to. At least one pair.
+/// What is asked of pairs that were decoded of two movies, under their descriptions as they stand, edited or not. The
+/// pictures are referred to. At least one pair.
 Question questionOf(const movie::Movie& source, const movie::Movie& dest, const PicturePairs& pictures);
+
+/// What is to be known besides.
+struct Circumstances {
+  double tolerance = defaultTolerance;
+  bool knownDark = false;  ///< the source's frame
+};
+
+/// What is found on them.
+Finding findingOn(const movie::Movie& source, const movie::Movie& dest, const PicturePairs& pictures,
+                  const Circumstances& circumstances = {});
 
 }  // namespace diagnosis

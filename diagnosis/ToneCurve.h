@@ -9,6 +9,7 @@ namespace diagnosis {
 /// Where a source luma went: both in codes of 8 bits, black 16, white 235.
 struct CurvePoint {
   double source = 0, dest = 0;
+  friend bool operator==(const CurvePoint&, const CurvePoint&) = default;
 };
 
 /// The destination's luma as a function of the source's.

@@ -73,6 +73,19 @@
     </message>
 </context>
 <context>
+    <name>CurvePicture</name>
+    <message>
+        <source>Tone curve</source>
+        <translation>Tonwertkurve</translation>
+    </message>
+    <message>
+        <source>The destination&apos;s brightness (upwards) for each brightness of the source (to the right).
+On the dotted line both are the same.</source>
+        <translation>Die Helligkeit des Ziels (nach oben) zu jeder Helligkeit der Quelle (nach rechts).
+Auf der gepunkteten Linie sind beide gleich.</translation>
+    </message>
+</context>
+<context>
     <name>EditMenu</name>
     <message>
         <source>&amp;Undo</source>
@@ -97,6 +110,245 @@
     <message>
         <source>Select &amp;All</source>
         <translation>A&amp;lles auswählen</translation>
+    </message>
+</context>
+<context>
+    <name>FactTable</name>
+    <message>
+        <source>Source and destination compared</source>
+        <translation>Quelle und Ziel im Vergleich</translation>
+    </message>
+    <message>
+        <source>Source</source>
+        <translation>Quelle</translation>
+    </message>
+    <message>
+        <source>Destination</source>
+        <translation>Ziel</translation>
+    </message>
+    <message>
+        <source>%1, differs</source>
+        <extracomment>For screen readers. %1: a value of one movie that the other has otherwise</extracomment>
+        <translation>%1, weicht ab</translation>
+    </message>
+</context>
+<context>
+    <name>FindingText</name>
+    <message>
+        <source>Gamma shift: the destination is darker, by an exponent of %1 (%2 to %3).</source>
+        <translation>Gammaverschiebung: Das Ziel ist dunkler, mit einem Exponenten von %1 (%2 bis %3).</translation>
+    </message>
+    <message>
+        <source>Gamma shift: the destination is lighter, by an exponent of %1 (%2 to %3).</source>
+        <translation>Gammaverschiebung: Das Ziel ist heller, mit einem Exponenten von %1 (%2 bis %3).</translation>
+    </message>
+    <message>
+        <source>Range error: the destination is marked as full range, but holds the source&apos;s video range samples.</source>
+        <translation>Falscher Bereich: Das Ziel ist als voller Bereich gekennzeichnet, enthält aber die Werte der Quelle im Videobereich.</translation>
+    </message>
+    <message>
+        <source>Range error: the destination is marked as video range, but holds the source&apos;s full range samples.</source>
+        <translation>Falscher Bereich: Das Ziel ist als Videobereich gekennzeichnet, enthält aber die Werte der Quelle im vollen Bereich.</translation>
+    </message>
+    <message>
+        <source>Range error: the destination&apos;s levels were compressed; its blacks are grey and its whites dim.</source>
+        <translation>Falscher Bereich: Die Pegel des Ziels wurden gestaucht; Schwarz ist grau, und Weiß ist matt.</translation>
+    </message>
+    <message>
+        <source>Range error: the destination&apos;s levels were expanded; its shadows and highlights are cut off.</source>
+        <translation>Falscher Bereich: Die Pegel des Ziels wurden gespreizt; Tiefen und Lichter sind abgeschnitten.</translation>
+    </message>
+    <message>
+        <source>Matrix error: the destination names another Y&apos;CbCr matrix than the one that its samples are in.</source>
+        <translation>Falsche Matrix: Das Ziel nennt eine andere Y&apos;CbCr-Matrix als die, in der seine Werte stehen.</translation>
+    </message>
+    <message>
+        <source>Matrix error: the destination&apos;s colors were converted with the wrong Y&apos;CbCr matrix.</source>
+        <translation>Falsche Matrix: Die Farben des Ziels wurden mit der falschen Y&apos;CbCr-Matrix umgerechnet.</translation>
+    </message>
+    <message>
+        <source>Brightness or contrast: the destination is darker, %1 times the source %2 %3 codes.</source>
+        <translation>Helligkeit oder Kontrast: Das Ziel ist dunkler, das %1-Fache der Quelle %2 %3 Stufen.</translation>
+    </message>
+    <message>
+        <source>Brightness or contrast: the destination is lighter, %1 times the source %2 %3 codes.</source>
+        <translation>Helligkeit oder Kontrast: Das Ziel ist heller, das %1-Fache der Quelle %2 %3 Stufen.</translation>
+    </message>
+    <message>
+        <source>minus</source>
+        <translation>minus</translation>
+    </message>
+    <message>
+        <source>plus</source>
+        <translation>plus</translation>
+    </message>
+    <message>
+        <source>Identical: the destination&apos;s samples are the source&apos;s.</source>
+        <translation>Identisch: Die Werte des Ziels sind die der Quelle.</translation>
+    </message>
+    <message>
+        <source>The same: the destination renders as the source does.</source>
+        <translation>Gleich: Das Ziel sieht aus wie die Quelle.</translation>
+    </message>
+    <message>
+        <source>The tone differs: the destination was graded, or went through another transfer function.</source>
+        <translation>Andere Tonwerte: Das Ziel wurde farbkorrigiert oder durchlief eine andere Transferfunktion.</translation>
+    </message>
+    <message>
+        <source>No verdict: the two frames do not show the same picture.</source>
+        <translation>Kein Urteil: Die beiden Bilder zeigen nicht dasselbe.</translation>
+    </message>
+    <message>
+        <source>No verdict: the source frame is too dark.</source>
+        <translation>Kein Urteil: Das Bild der Quelle ist zu dunkel.</translation>
+    </message>
+    <message>
+        <source>No verdict: there is too little in these frames to tell from.</source>
+        <translation>Kein Urteil: In diesen Bildern ist zu wenig, um etwas zu sagen.</translation>
+    </message>
+    <message>
+        <source>No verdict: a frame cannot be had.</source>
+        <translation>Kein Urteil: Ein Bild ist nicht zu bekommen.</translation>
+    </message>
+    <message>
+        <source>No verdict: it cannot be told surely what differs. The likeliest is: %1</source>
+        <translation>Kein Urteil: Was abweicht, lässt sich nicht sicher sagen. Am ehesten: %1</translation>
+    </message>
+    <message>
+        <source>The pictures differ by %1 codes of 8 bits, which is what an encoder leaves.</source>
+        <translation>Die Bilder weichen um %1 Stufen bei 8 Bit voneinander ab, wie nach jeder Kodierung.</translation>
+    </message>
+    <message>
+        <source>The pictures differ by %1 codes of 8 bits; with that undone, by %2.</source>
+        <translation>Die Bilder weichen um %1 Stufen bei 8 Bit voneinander ab, ohne diese Änderung um %2.</translation>
+    </message>
+    <message>
+        <source>%1 and %2</source>
+        <translation>%1 und %2</translation>
+    </message>
+    <message>
+        <source>turned</source>
+        <translation>gedreht</translation>
+    </message>
+    <message>
+        <source>mirrored</source>
+        <translation>gespiegelt</translation>
+    </message>
+    <message>
+        <source>set within bars</source>
+        <translation>in Balken gesetzt</translation>
+    </message>
+    <message>
+        <source>cropped</source>
+        <translation>beschnitten</translation>
+    </message>
+    <message>
+        <source>The destination&apos;s picture is %1; it was compared with the part of the source that it shows.</source>
+        <translation>Das Bild des Ziels ist %1; verglichen wurde es mit dem Teil der Quelle, den es zeigt.</translation>
+    </message>
+    <message>
+        <source>%1 frames were compared.</source>
+        <translation>%1 Bilder wurden verglichen.</translation>
+    </message>
+    <message>
+        <source>%1 of them do not show the same picture.</source>
+        <translation>%1 davon zeigen nicht dasselbe.</translation>
+    </message>
+    <message>
+        <source>The source is in full range, the destination in video range.</source>
+        <translation>Die Quelle ist im vollen Bereich, das Ziel im Videobereich.</translation>
+    </message>
+    <message>
+        <source>The source is in video range, the destination in full range.</source>
+        <translation>Die Quelle ist im Videobereich, das Ziel im vollen Bereich.</translation>
+    </message>
+    <message>
+        <source>%1 (not in the destination)</source>
+        <translation>%1 (fehlt im Ziel)</translation>
+    </message>
+    <message>
+        <source>%1 (only in the destination)</source>
+        <translation>%1 (nur im Ziel)</translation>
+    </message>
+    <message>
+        <source>gamma</source>
+        <translation>Gamma</translation>
+    </message>
+    <message>
+        <source>primaries</source>
+        <translation>Primärfarben</translation>
+    </message>
+    <message>
+        <source>transfer function</source>
+        <translation>Transferfunktion</translation>
+    </message>
+    <message>
+        <source>matrix</source>
+        <translation>Matrix</translation>
+    </message>
+    <message>
+        <source>profile</source>
+        <translation>Profil</translation>
+    </message>
+    <message>
+        <source>Tags that differ: %1.</source>
+        <translation>Abweichende Angaben: %1.</translation>
+    </message>
+    <message>
+        <source>Such a number is usual where gammas of %1 and %2 are mixed up: look for that setting.</source>
+        <translation>Diese Zahl ist üblich, wo Gamma %1 und Gamma %2 verwechselt werden: Suchen Sie nach dieser Einstellung.</translation>
+    </message>
+    <message>
+        <source>Export again, without a gamma conversion.</source>
+        <translation>Exportieren Sie noch einmal, ohne Gammaumrechnung.</translation>
+    </message>
+    <message>
+        <source>Export again, and set the levels of input and output to the same: video (16 to 235), or full with its flag.</source>
+        <translation>Exportieren Sie noch einmal, mit denselben Pegeln für Eingang und Ausgang: Video (16 bis 235), oder voll mit Kennzeichnung.</translation>
+    </message>
+    <message>
+        <source>Export again, with the color space of the source (601 or 709) for input and output.</source>
+        <translation>Exportieren Sie noch einmal, mit dem Farbraum der Quelle (601 oder 709) für Eingang und Ausgang.</translation>
+    </message>
+    <message>
+        <source>Export again, without a change of brightness or contrast, and at a frame outside of fades.</source>
+        <translation>Exportieren Sie noch einmal, ohne Helligkeit oder Kontrast zu ändern; prüfen Sie außerhalb von Blenden.</translation>
+    </message>
+    <message>
+        <source>Export again, without grades, look-up tables or color management that the source did not have.</source>
+        <translation>Exportieren Sie noch einmal, ohne Farbkorrektur, Look-up-Tabellen oder Farbmanagement, die die Quelle nicht hatte.</translation>
+    </message>
+    <message>
+        <source>Choose another frame, or look into why this one cannot be had.</source>
+        <translation>Wählen Sie ein anderes Bild, oder sehen Sie nach, warum dieses nicht zu bekommen ist.</translation>
+    </message>
+    <message>
+        <source>Nothing is to be done.</source>
+        <translation>Es ist nichts zu tun.</translation>
+    </message>
+    <message>
+        <source>Sync the metadata: the samples are right, and the source has the tags that the destination lacks.</source>
+        <translation>Gleichen Sie die Metadaten ab: Die Werte stimmen, und die Quelle hat die Angaben, die dem Ziel fehlen.</translation>
+    </message>
+    <message>
+        <source>Set the destination&apos;s range flag right; its samples need no new encoding, and a sync does not reach it.</source>
+        <translation>Berichtigen Sie die Kennzeichnung des Bereichs im Ziel; neu kodiert werden muss nichts, und ein Abgleich ändert sie nicht.</translation>
+    </message>
+    <message>
+        <source>Tag the destination as it is: copying the source&apos;s tags would not make them right.</source>
+        <translation>Kennzeichnen Sie das Ziel so, wie es ist: Die Angaben der Quelle würden es nicht berichtigen.</translation>
+    </message>
+    <message>
+        <source>Place both playheads at the same picture, or choose another frame.</source>
+        <translation>Stellen Sie beide Abspielköpfe auf dasselbe Bild, oder wählen Sie ein anderes.</translation>
+    </message>
+    <message>
+        <source>Choose another frame, with more in it.</source>
+        <translation>Wählen Sie ein anderes Bild, auf dem mehr zu sehen ist.</translation>
+    </message>
+    <message>
+        <source>Choose another frame, or compare several.</source>
+        <translation>Wählen Sie ein anderes Bild, oder vergleichen Sie mehrere.</translation>
     </message>
 </context>
 <context>
@@ -493,6 +745,86 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
         <source>less than %1 s</source>
         <extracomment>%1: a number of seconds</extracomment>
         <translation>weniger als %1 s</translation>
+    </message>
+</context>
+<context>
+    <name>MovieFacts</name>
+    <message>
+        <source>none</source>
+        <extracomment>A movie has no such property</extracomment>
+        <translation>keines</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <extracomment>It is not known of a movie</extracomment>
+        <translation>unbekannt</translation>
+    </message>
+    <message>
+        <source>ICC</source>
+        <translation>ICC-Profil</translation>
+    </message>
+    <message>
+        <source>%1 bytes</source>
+        <translation>%1 Bytes</translation>
+    </message>
+    <message>
+        <source>It is not stated, and assumed.</source>
+        <translation>Er ist nicht angegeben, sondern angenommen.</translation>
+    </message>
+    <message>
+        <source>full</source>
+        <translation>voll</translation>
+    </message>
+    <message>
+        <source>video</source>
+        <translation>Video</translation>
+    </message>
+    <message>
+        <source>Primaries: %1
+Transfer function: %2
+Matrix: %3</source>
+        <extracomment>%1 to %3: names of ITU-T H.273</extracomment>
+        <translation>Primärfarben: %1
+Transferfunktion: %2
+Matrix: %3</translation>
+    </message>
+    <message>
+        <source>File</source>
+        <translation>Datei</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>Codec</source>
+        <translation>Codec</translation>
+    </message>
+    <message>
+        <source>Size</source>
+        <translation>Größe</translation>
+    </message>
+    <message>
+        <source>Rate</source>
+        <extracomment>Frames a second</extracomment>
+        <translation>Rate</translation>
+    </message>
+    <message>
+        <source>Range</source>
+        <translation>Bereich</translation>
+    </message>
+    <message>
+        <source>Gamma</source>
+        <translation>Gamma</translation>
+    </message>
+    <message>
+        <source>Color</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>Profile</source>
+        <extracomment>An ICC profile</extracomment>
+        <translation>Profil</translation>
     </message>
 </context>
 <context>
@@ -1390,6 +1722,102 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>%1: sound on</source>
         <translation>%1: Ton an</translation>
+    </message>
+</context>
+<context>
+    <name>VerdictWords</name>
+    <message>
+        <source>Comparing the two frames…</source>
+        <translation>Die beiden Bilder werden verglichen…</translation>
+    </message>
+    <message>
+        <source>No verdict yet. Go to the same picture in both movies, and press Check.</source>
+        <extracomment>%1: why, a sentence</extracomment>
+        <translation>Noch kein Urteil. Gehen Sie in beiden Filmen zum selben Bild, und klicken Sie auf „Prüfen“.</translation>
+    </message>
+    <message>
+        <source>No verdict yet. %1</source>
+        <translation>Noch kein Urteil. %1</translation>
+    </message>
+    <message>
+        <source>Out of date: the source is another movie.</source>
+        <translation>Überholt: Die Quelle ist ein anderer Film.</translation>
+    </message>
+    <message>
+        <source>Out of date: the destination is another movie.</source>
+        <translation>Überholt: Das Ziel ist ein anderer Film.</translation>
+    </message>
+    <message>
+        <source>Out of date: the source&apos;s metadata changed.</source>
+        <translation>Überholt: Die Metadaten der Quelle haben sich geändert.</translation>
+    </message>
+    <message>
+        <source>Out of date: the destination&apos;s metadata changed.</source>
+        <translation>Überholt: Die Metadaten des Ziels haben sich geändert.</translation>
+    </message>
+    <message>
+        <source>Out of date: the source&apos;s playhead moved.</source>
+        <translation>Überholt: Der Abspielkopf der Quelle steht anderswo.</translation>
+    </message>
+    <message>
+        <source>Out of date: the destination&apos;s playhead moved.</source>
+        <translation>Überholt: Der Abspielkopf des Ziels steht anderswo.</translation>
+    </message>
+    <message>
+        <source>The playheads are not at the same time.</source>
+        <translation>Die Abspielköpfe stehen nicht auf derselben Zeit.</translation>
+    </message>
+    <message>
+        <source>The destination has changes that are not saved.</source>
+        <translation>Das Ziel hat Änderungen, die nicht gesichert sind.</translation>
+    </message>
+    <message>
+        <source>Check Again</source>
+        <translation>Erneut prüfen</translation>
+    </message>
+    <message>
+        <source>Sync Metadata</source>
+        <translation>Metadaten abgleichen</translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation>Speichern</translation>
+    </message>
+    <message>
+        <source>Same Time</source>
+        <translation>Gleiche Zeit</translation>
+    </message>
+    <message>
+        <source>Another Frame</source>
+        <translation>Anderes Bild</translation>
+    </message>
+    <message>
+        <source>Remedies…</source>
+        <translation>Abhilfe…</translation>
+    </message>
+    <message>
+        <source>Compares the two frames shown now</source>
+        <translation>Vergleicht die beiden Bilder, die jetzt zu sehen sind</translation>
+    </message>
+    <message>
+        <source>Copies the source&apos;s colour metadata onto the destination</source>
+        <translation>Überträgt die Farbmetadaten der Quelle auf das Ziel (im Bericht: „Sync Metadata“)</translation>
+    </message>
+    <message>
+        <source>Saves the destination&apos;s metadata in place</source>
+        <translation>Speichert die Metadaten des Ziels in dessen Datei</translation>
+    </message>
+    <message>
+        <source>Takes the destination&apos;s playhead to the source&apos;s time</source>
+        <translation>Stellt den Abspielkopf des Ziels auf die Zeit der Quelle</translation>
+    </message>
+    <message>
+        <source>Takes both playheads to another frame, and compares there</source>
+        <translation>Stellt beide Abspielköpfe auf ein anderes Bild, und vergleicht dort</translation>
+    </message>
+    <message>
+        <source>Opens the manual, which has a chapter on each finding and its remedy</source>
+        <translation>Öffnet das Handbuch, in dem zu jedem Befund die Abhilfe steht</translation>
     </message>
 </context>
 <context>

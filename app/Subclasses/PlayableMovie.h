@@ -38,6 +38,8 @@ class PlayableMovie : public QObject {
   movie::MovieTime currentTime() const { return content_->currentTime(); }
   /// The time as it stands; one outside the movie is its beginning or its end.
   void setCurrentTime(const movie::MovieTime& time);
+  /// The nearest time that the movie reaches to.
+  movie::MovieTime timeWithin(const movie::MovieTime& time) const;
   movie::MovieTime duration() const { return content_->duration(); }
 
   bool isEditable() const { return editable_; }  ///< QTMovieEditableAttribute
@@ -66,8 +68,6 @@ class PlayableMovie : public QObject {
   void rateDidChange();
 
  private:
-  movie::MovieTime timeWithin(const movie::MovieTime& time) const;
-
   std::unique_ptr<movie::Movie> content_;
   bool editable_ = false, idling_ = true;
   double rate_ = 0;

@@ -56,8 +56,13 @@ QPainterPath markOf(MessageKind kind) {
   return path;
 }
 
-/// Dark enough to be seen on a light ground, light enough on a dark one.
-QColor colorOf(MessageKind kind, bool onDark) {
+}  // namespace
+
+MessageSign::MessageSign(QWidget* parent) : QWidget(parent) {
+  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+}
+
+QColor MessageSign::colorOf(MessageKind kind, bool onDark) {
   switch (kind) {
     case MessageKind::Information:
       return onDark ? QColor(120, 180, 250) : QColor(25, 95, 175);
@@ -69,12 +74,6 @@ QColor colorOf(MessageKind kind, bool onDark) {
       break;
   }
   return onDark ? QColor(255, 130, 120) : QColor(190, 25, 25);
-}
-
-}  // namespace
-
-MessageSign::MessageSign(QWidget* parent) : QWidget(parent) {
-  setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
 }
 
 void MessageSign::setKind(std::optional<MessageKind> kind) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QWidget>
 #include <optional>
 
@@ -12,6 +13,8 @@ class MessageSign : public QWidget {
  public:
   explicit MessageSign(QWidget* parent = nullptr);
   void setKind(std::optional<MessageKind> kind);
+  /// A kind's colour: dark enough to be seen on a light ground, light enough on a dark one.
+  static QColor colorOf(MessageKind kind, bool onDark);
 
   QSize sizeHint() const override;
 

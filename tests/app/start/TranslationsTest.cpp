@@ -1,6 +1,7 @@
 // The window in German, and which language it takes.
 
 #include <QAction>
+#include <QApplication>
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
@@ -15,6 +16,7 @@
 #include <QScreen>
 #include <QSet>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <QXmlStreamReader>
 #include <chrono>
@@ -28,6 +30,7 @@
 #include "app/dialogs/FlattenedSave.h"
 #include "app/messages/MovieReasons.h"
 #include "app/start/Translations.h"
+#include "app/verdict/VerdictStrip.h"
 #include "app/widgets/ResultsView.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/SharedFiles/alerts/AlertFixture.h"
@@ -126,8 +129,11 @@ class German : public WindowFixture {
       if (!shows || !control->isVisibleTo(&window)) continue;
       QString text;
       for (const char* name : {"accessibleName", "text"}) text += ' ' + control->property(name).toString();
-      EXPECT_GE(control->width(), control->sizeHint().width()) << text.toStdString();
-      EXPECT_GE(control->height(), control->sizeHint().height()) << text.toStdString();
+      const bool isFolded = control->hasHeightForWidth();
+      const int height = isFolded ? control->heightForWidth(control->width()) : control->sizeHint().height();
+      EXPECT_GE(control->width(), isFolded ? control->minimumSizeHint().width() : control->sizeHint().width())
+          << text.toStdString();
+      EXPECT_GE(control->height(), height) << text.toStdString();
       EXPECT_TRUE(window.rect().contains(QRect(control->mapTo(&window, QPoint()), control->size())))
           << text.toStdString();
     }
@@ -205,6 +211,20 @@ TEST_F(German, HasRoomInTheSmallestWindow) {
   for (QAction* action : bar.actions()) {
     EXPECT_TRUE(bar.rect().contains(bar.actionGeometry(action))) << action->text().toStdString();
   }
+}
+
+TEST_F(German, HasRoomForAVerdict) {
+  QWidget& window = interface().window();
+  load(plainMovie(), retaggedMovie());
+  interface().linkBtn->setChecked(false);
+  interface().checkBtn->click();
+  QTimer::singleShot(0, [] { QApplication::activeModalWidget()->close(); });
+  interface().syncBtn->click();
+  destView().stepFrames(3);
+  window.resize(960, 640);
+  runFor(20);
+  EXPECT_EQ(interface().verdictStrip->view().actions.size(), 3);
+  expectRoom(window);
 }
 
 TEST_F(German, HasRoomInTheDialogs) {

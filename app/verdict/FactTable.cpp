@@ -1,0 +1,109 @@
+#include "app/verdict/FactTable.h"
+
+#include <QAbstractButton>
+#include <QEvent>
+#include <QHeaderView>
+#include <QPainter>
+
+namespace {
+
+enum Row { SourceRow, DestRow, RowCount };
+
+/// The names of rows and columns, without the ground of a button.
+class PlainHeader : public QHeaderView {
+ public:
+  explicit PlainHeader(Qt::Orientation orientation) : QHeaderView(orientation) {
+    setSectionsClickable(false);
+    setHighlightSections(false);
+    setDefaultAlignment(Qt::AlignLeading | Qt::AlignVCenter);
+    viewport()->setAutoFillBackground(false);
+  }
+
+ protected:
+  void paintSection(QPainter* painter, const QRect& section, int index) const override {
+    constexpr int besideText = 3;
+    const QPalette::ColorGroup group = isEnabled() ? QPalette::Active : QPalette::Disabled;
+    painter->setPen(palette().color(group, QPalette::WindowText));
+    painter->drawText(section.adjusted(besideText, 0, -besideText, 0), defaultAlignment().toInt(),
+                      model()->headerData(index, orientation()).toString());
+  }
+};
+
+/// The ground of what differs: amber, whatever the theme.
+QColor markedGround(const QPalette& palette) {
+  constexpr int middle = 128;
+  return palette.color(QPalette::Window).lightness() < middle ? QColor(96, 70, 10) : QColor(255, 232, 170);
+}
+
+}  // namespace
+
+FactTable::FactTable(QWidget* parent) : QTableWidget(RowCount, 0, parent) {
+  setObjectName(QStringLiteral("factTable"));
+  setAccessibleName(tr("Source and destination compared"));
+  setHorizontalHeader(new PlainHeader(Qt::Horizontal));
+  setVerticalHeader(new PlainHeader(Qt::Vertical));
+  setVerticalHeaderLabels({tr("Source"), tr("Destination")});
+  setEditTriggers(NoEditTriggers);
+  setSelectionMode(NoSelection);
+  setTabKeyNavigation(false);
+  setShowGrid(false);
+  setFrameShape(NoFrame);
+  auto* const corner = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly);
+  if (corner != nullptr) corner->setStyleSheet(QStringLiteral("background: transparent; border: none"));
+  setWordWrap(false);
+  setTextElideMode(Qt::ElideMiddle);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+  viewport()->setAutoFillBackground(false);
+  constexpr int aroundText = 6;
+  horizontalHeader()->setMinimumSectionSize(2 * aroundText);
+  verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+  verticalHeader()->setDefaultSectionSize(fontMetrics().height() + aroundText);
+}
+
+void FactTable::changeEvent(QEvent* event) {
+  QTableWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) setFacts(facts_);
+}
+
+void FactTable::setFacts(const QList<Fact>& facts) {
+  facts_ = facts;
+  setColumnCount(static_cast<int>(facts.size()));
+  for (int column = 0; column < columnCount(); ++column) {
+    const Fact& fact = facts[column];
+    setHorizontalHeaderItem(column, new QTableWidgetItem(fact.name));
+    for (const int row : {SourceRow, DestRow}) setCell(row, column, fact);
+    // The names of the files, which come first, get what room there is.
+    horizontalHeader()->setSectionResizeMode(column,
+                                             column == 0 ? QHeaderView::Stretch : QHeaderView::ResizeToContents);
+  }
+  updateGeometry();
+}
+
+void FactTable::setCell(int row, int column, const Fact& fact) {
+  const QString text = row == SourceRow ? fact.source : fact.dest;
+  auto* const cell = new QTableWidgetItem(fact.differs && row == DestRow ? QStringLiteral("≠ ") + text : text);
+  const QString tip = row == SourceRow ? fact.sourceTip : fact.destTip;
+  cell->setToolTip(tip);
+  cell->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
+  if (fact.differs) {
+    QFont bold = font();
+    bold.setBold(true);
+    cell->setFont(bold);
+    cell->setBackground(markedGround(palette()));
+    //: For screen readers. %1: a value of one movie that the other has otherwise
+    cell->setData(Qt::AccessibleTextRole, tr("%1, differs").arg(text));
+  }
+  setItem(row, column, cell);
+}
+
+QSize FactTable::sizeHint() const {
+  const int height = horizontalHeader()->sizeHint().height() + RowCount * verticalHeader()->defaultSectionSize();
+  return {QTableWidget::sizeHint().width(), height + 2 * frameWidth()};
+}
+
+QSize FactTable::minimumSizeHint() const {
+  constexpr int narrowest = 300;
+  return {narrowest, sizeHint().height()};
+}

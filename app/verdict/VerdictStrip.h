@@ -1,0 +1,49 @@
+#pragma once
+
+#include <QHash>
+#include <QWidget>
+
+#include "app/verdict/Verdict.h"
+
+class CurvePicture;
+class FactTable;
+class MessageSign;
+class QAccessibleEvent;
+class QHBoxLayout;
+class QLabel;
+class QPushButton;
+
+/// What a check found: the verdict with its sign and colour, what to do about it and by which button, both movies
+/// property by property, and the tone curve. Faint where it holds no longer. Screen readers are told of a new verdict.
+class VerdictStrip : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit VerdictStrip(QWidget* parent = nullptr);
+
+  void setView(const VerdictView& view);
+  const VerdictView& view() const { return view_; }
+
+  QPushButton& button(VerdictAction action) const { return *buttons_[action]; }
+  FactTable& facts() { return *facts_; }
+
+ signals:
+  void chosen(VerdictAction action);
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+  /// Hands an event to the screen readers that there are.
+  virtual void announce(QAccessibleEvent& event);
+
+ private:
+  void layOut();
+  void addButtons(QHBoxLayout& row);
+  void tellScreenReaders(const VerdictView& before);
+
+  MessageSign* sign_;
+  QLabel *headline_, *advice_, *notes_;
+  FactTable* facts_;
+  CurvePicture* curve_;
+  QHash<VerdictAction, QPushButton*> buttons_;
+  VerdictView view_;
+};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QString>
+
+#include "app/messages/WhyNot.h"
+#include "app/verdict/Moment.h"
+#include "app/verdict/Verdict.h"
+
+/// What a verdict stands among.
+struct VerdictSituation {
+  WindowState window;
+  bool isChecking = false;
+  bool isSameMoment = true;                           ///< of both playheads
+  Change source = Change::None, dest = Change::None;  ///< since the check
+};
+
+/// A finding in the user's language, and what the strip shows of it.
+class VerdictWords final {
+  Q_DECLARE_TR_FUNCTIONS(VerdictWords)
+
+ public:
+  VerdictWords() = delete;
+  static Verdict verdictOf(const diagnosis::Finding& finding, QList<Fact> facts);
+  /// Without a verdict, what to do for one.
+  static VerdictView viewOf(const std::optional<Verdict>& verdict, const VerdictSituation& situation);
+
+  static QString buttonText(VerdictAction action);
+  static QString buttonTip(VerdictAction action);
+
+ private:
+  static VerdictView withoutVerdict(const VerdictSituation& situation);
+  static QString changeNote(const VerdictSituation& situation);
+  static QStringList notesOn(const VerdictSituation& situation);
+};
