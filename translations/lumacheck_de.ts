@@ -818,7 +818,7 @@ Matrix: %3</translation>
         <translation>Gamma</translation>
     </message>
     <message>
-        <source>Color</source>
+        <source>Colour</source>
         <translation>Farbe</translation>
     </message>
     <message>

@@ -49,17 +49,17 @@ void CurvePicture::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const QRectF room = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-  const QPalette::ColorGroup group = isEnabled() ? QPalette::Active : QPalette::Disabled;
-  QColor line = palette().color(group, QPalette::Text), faint = line;
+  const QColor line = palette().color(QPalette::Text);
   constexpr float faintness = 0.35F;
-  faint.setAlphaF(faintness);
-  painter.fillRect(room, palette().color(group, QPalette::Base));
+  QColor faint = line;
+  faint.setAlphaF(faintness * line.alphaF());
+  painter.fillRect(room, palette().color(QPalette::Base));
   painter.setPen(QPen(faint, 1));
   painter.drawRect(room);
   painter.drawRect(QRectF(inPicture(room, black, white), inPicture(room, white, black)));
   painter.setPen(QPen(line, 1, Qt::DotLine));
   painter.drawLine(inPicture(room, 0, 0), inPicture(room, highestCode, highestCode));
   constexpr double thickness = 2;
-  painter.setPen(QPen(palette().color(group, QPalette::Highlight), thickness, Qt::SolidLine, Qt::RoundCap));
+  painter.setPen(QPen(palette().color(QPalette::Highlight), thickness, Qt::SolidLine, Qt::RoundCap));
   painter.drawPath(pathOf(room, curve_));
 }

@@ -22,17 +22,18 @@ class PlainHeader : public QHeaderView {
  protected:
   void paintSection(QPainter* painter, const QRect& section, int index) const override {
     constexpr int besideText = 3;
-    const QPalette::ColorGroup group = isEnabled() ? QPalette::Active : QPalette::Disabled;
-    painter->setPen(palette().color(group, QPalette::WindowText));
+    painter->setPen(palette().color(QPalette::WindowText));
     painter->drawText(section.adjusted(besideText, 0, -besideText, 0), defaultAlignment().toInt(),
                       model()->headerData(index, orientation()).toString());
   }
 };
 
-/// The ground of what differs: amber, whatever the theme.
-QColor markedGround(const QPalette& palette) {
-  constexpr int middle = 128;
-  return palette.color(QPalette::Window).lightness() < middle ? QColor(96, 70, 10) : QColor(255, 232, 170);
+/// The ground of what differs: amber, faint where it holds no longer.
+QColor markedGround(const QPalette& palette, bool holds) {
+  constexpr int middle = 128, faint = 80;
+  QColor ground = palette.color(QPalette::Window).lightness() < middle ? QColor(96, 70, 10) : QColor(255, 232, 170);
+  if (!holds) ground.setAlpha(faint);
+  return ground;
 }
 
 }  // namespace
@@ -48,8 +49,9 @@ FactTable::FactTable(QWidget* parent) : QTableWidget(RowCount, 0, parent) {
   setTabKeyNavigation(false);
   setShowGrid(false);
   setFrameShape(NoFrame);
-  auto* const corner = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly);
-  if (corner != nullptr) corner->setStyleSheet(QStringLiteral("background: transparent; border: none"));
+  if (auto* const corner = findChild<QAbstractButton*>(QString(), Qt::FindDirectChildrenOnly)) {
+    corner->installEventFilter(this);
+  }
   setWordWrap(false);
   setTextElideMode(Qt::ElideMiddle);
   setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -64,11 +66,18 @@ FactTable::FactTable(QWidget* parent) : QTableWidget(RowCount, 0, parent) {
 
 void FactTable::changeEvent(QEvent* event) {
   QTableWidget::changeEvent(event);
-  if (event->type() == QEvent::PaletteChange) setFacts(facts_);
+  if (event->type() == QEvent::PaletteChange) setFacts(facts_, hold_);
 }
 
-void FactTable::setFacts(const QList<Fact>& facts) {
+/// The corner between the headers is a button, which has nothing to do here.
+bool FactTable::eventFilter(QObject* watched, QEvent* event) {
+  const bool isCorner = qobject_cast<QAbstractButton*>(watched) != nullptr;
+  return (isCorner && event->type() == QEvent::Paint) || QTableWidget::eventFilter(watched, event);
+}
+
+void FactTable::setFacts(const QList<Fact>& facts, bool hold) {
   facts_ = facts;
+  hold_ = hold;
   setColumnCount(static_cast<int>(facts.size()));
   for (int column = 0; column < columnCount(); ++column) {
     const Fact& fact = facts[column];
@@ -91,7 +100,7 @@ void FactTable::setCell(int row, int column, const Fact& fact) {
     QFont bold = font();
     bold.setBold(true);
     cell->setFont(bold);
-    cell->setBackground(markedGround(palette()));
+    cell->setBackground(markedGround(palette(), hold_));
     //: For screen readers. %1: a value of one movie that the other has otherwise
     cell->setData(Qt::AccessibleTextRole, tr("%1, differs").arg(text));
   }

@@ -11,16 +11,18 @@ class FactTable : public QTableWidget {
 
  public:
   explicit FactTable(QWidget* parent = nullptr);
-  void setFacts(const QList<Fact>& facts);
+  void setFacts(const QList<Fact>& facts, bool hold);
 
   QSize sizeHint() const override;
   QSize minimumSizeHint() const override;
 
  protected:
   void changeEvent(QEvent* event) override;  ///< another theme
+  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void setCell(int row, int column, const Fact& fact);
 
   QList<Fact> facts_;
+  bool hold_ = true;
 };

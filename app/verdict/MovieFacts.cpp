@@ -156,7 +156,7 @@ QList<Fact> MovieFacts::of(const MovieMoment& source, const MovieMoment& dest, c
       {tr("Range"), left.range, right.range, hasTags && tags.source.range != tags.dest.range, left.rangeTip,
        right.rangeTip},
       {tr("Gamma"), left.gamma, right.gamma, left.gamma != right.gamma},
-      {tr("Color"), left.color, right.color, differs({tags.primaries, tags.transferFunction, tags.matrix}),
+      {tr("Colour"), left.color, right.color, differs({tags.primaries, tags.transferFunction, tags.matrix}),
        left.colorTip, right.colorTip},
       //: An ICC profile
       {tr("Profile"), left.profile, right.profile, differs({tags.profile}), left.profileTip, right.profileTip},

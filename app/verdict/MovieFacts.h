@@ -12,7 +12,7 @@ struct MovieMoment {
   movie::MovieTime time;
 };
 
-/// Two movies side by side: file, timecode, codec, size, rate, range, gamma, color, profile. Differing is what reads
+/// Two movies side by side: file, timecode, codec, size, rate, range, gamma, colour, profile. Differing is what reads
 /// differently, but for the colors: what counts there is what it means.
 class MovieFacts final {
   Q_DECLARE_TR_FUNCTIONS(MovieFacts)

@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAccessibleWidget>
+#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -100,17 +101,36 @@ void VerdictStrip::setView(const VerdictView& view) {
   headline_->setText(view.headline);
   showText(*advice_, view.why.isEmpty() ? view.advice : view.advice + u' ' + view.why);
   showText(*notes_, view.notes.join(u' '));
-  if (view.facts != before.facts) facts_->setFacts(view.facts);
+  if (view.facts != before.facts || view.holds != before.holds) facts_->setFacts(view.facts, view.holds);
   facts_->setVisible(!view.facts.isEmpty());
   curve_->setCurve(view.curve);
   curve_->setVisible(view.curve.size() > 1);
-  for (QWidget* part : {static_cast<QWidget*>(headline_), static_cast<QWidget*>(advice_), static_cast<QWidget*>(facts_),
-                        static_cast<QWidget*>(curve_)}) {
-    part->setEnabled(view.holds);
-  }
+  showHolding();
   for (const auto& [action, button] : buttons_.asKeyValueRange()) button->setVisible(view.actions.contains(action));
   update();
   tellScreenReaders(before);
+}
+
+/// What holds no longer is faint, but can be read still.
+void VerdictStrip::showHolding() {
+  QPalette colors;  // the strip's own, but for what is set here
+  if (!view_.holds) {
+    constexpr int faint = 140;
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::Highlight}) {
+      QColor color = palette().color(role);
+      color.setAlpha(faint);
+      colors.setColor(role, color);
+    }
+  }
+  for (QWidget* part : {static_cast<QWidget*>(headline_), static_cast<QWidget*>(advice_), static_cast<QWidget*>(facts_),
+                        static_cast<QWidget*>(curve_)}) {
+    if (part->palette().resolveMask() != colors.resolveMask() || !view_.holds) part->setPalette(colors);
+  }
+}
+
+void VerdictStrip::changeEvent(QEvent* event) {
+  QWidget::changeEvent(event);
+  if (event->type() == QEvent::PaletteChange) showHolding();
 }
 
 /// Of verdicts and of what is to be known besides; not of what can be done once more.

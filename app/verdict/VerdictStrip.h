@@ -32,12 +32,14 @@ class VerdictStrip : public QWidget {
 
  protected:
   void paintEvent(QPaintEvent* event) override;
+  void changeEvent(QEvent* event) override;  ///< another theme
   /// Hands an event to the screen readers that there are.
   virtual void announce(QAccessibleEvent& event);
 
  private:
   void layOut();
   void addButtons(QHBoxLayout& row);
+  void showHolding();
   void tellScreenReaders(const VerdictView& before);
 
   MessageSign* sign_;

@@ -1,11 +1,11 @@
 // Pictures of the window, for the documents and for eyes.
 //
 //   screenshots SOURCE DEST FOLDER    writes empty.png, loaded.png, report.png, parts.png (with a number at each part),
-//                                     console.png (the whole report), side.png (the controls of one movie), the sheets
-//                                     too-dark.png, synced.png, saving.png and consent.png, keys.png, preferences.png,
-//                                     about.png, a picture of each menu, messages.png and messages-dark.png (a line of
-//                                     each kind), refused.png, full-screen.png, dark.png, the smallest window in both
-//                                     themes, and icon.png
+//                                     console.png (the whole report), verdict.png and verdict-stale.png, side.png (the
+//                                     controls of one movie), the sheets too-dark.png, synced.png, saving.png and
+//                                     consent.png, keys.png, preferences.png, about.png, a picture of each menu,
+//                                     messages.png and messages-dark.png (a line of each kind), refused.png,
+//                                     full-screen.png, dark.png, the smallest window in both themes, and icon.png
 //
 // The fields show the movies in a folder that says nothing of this machine. window.txt beside the pictures says what
 // the menus and the list of keys hold, a line for each: "menu", its title, the item's text; "keys", the keys, what they
@@ -49,6 +49,7 @@
 #include "app/dialogs/FlattenedSave.h"
 #include "app/messages/OpeningMessages.h"
 #include "app/messages/SaveMessages.h"
+#include "app/verdict/VerdictStrip.h"
 #include "app/widgets/ApplicationIcon.h"
 #include "app/widgets/Glyphs.h"
 #include "app/widgets/MessageLine.h"
@@ -87,7 +88,8 @@ struct BadgePlace {
   }
 };
 
-constexpr BadgePlace above{{0, -1}, 13}, below{{0, 1}, 13}, right{{1, 0}, 13}, atEnd{{1, 0}, -18}, inMiddle{};
+constexpr BadgePlace above{{0, -1}, 13}, below{{0, 1}, 13}, right{{1, 0}, 13}, atEnd{{1, 0}, -18},
+    nearTop{{0, -1}, -17}, inMiddle{};
 
 /// A number in a disc, around a point.
 void drawBadge(QPainter& painter, const QPoint& middle, int number) {
@@ -147,6 +149,7 @@ class Screenshots {
     controller_.checkAction();
     save("report", window());
     takeParts();
+    takeVerdicts();
     const SideInterface& side = interface_.source;
     save("side", *side.transport->parentWidget());
     constexpr QSize tall(960, 1500);
@@ -165,20 +168,37 @@ class Screenshots {
     QPainter painter(&picture);
     painter.setRenderHint(QPainter::Antialiasing);
     int number = 0;
-    const std::pair<const QWidget*, BadgePlace> parts[] = {
-        {side.filenameText, atEnd},     {side.browseBtn, right},
-        {side.movieView, inMiddle},     {bar.playButton, above},
-        {bar.scrubber, above},          {bar.volumeSlider, above},
-        {side.timecodeText, above},     {interface_.linkBtn, right},
-        {interface_.swapBtn, below},    {interface_.checkBtn, below},
-        {interface_.syncBtn, below},    {interface_.saveBtn, below},
-        {interface_.saveAsBtn, below},  {interface_.resultsView, inMiddle},
-        {interface_.messageLine, atEnd}};
+    const std::pair<const QWidget*, BadgePlace> parts[] = {{side.filenameText, atEnd},
+                                                           {side.browseBtn, right},
+                                                           {side.movieView, inMiddle},
+                                                           {bar.playButton, above},
+                                                           {bar.scrubber, above},
+                                                           {bar.volumeSlider, above},
+                                                           {side.timecodeText, above},
+                                                           {interface_.linkBtn, right},
+                                                           {interface_.swapBtn, below},
+                                                           {interface_.checkBtn, above},
+                                                           {interface_.syncBtn, above},
+                                                           {interface_.saveBtn, above},
+                                                           {interface_.saveAsBtn, above},
+                                                           {interface_.verdictStrip, nearTop},
+                                                           {interface_.resultsView, inMiddle},
+                                                           {interface_.messageLine, atEnd}};
     for (const auto& [part, where] : parts) {
       drawBadge(painter, part->mapTo(&window(), where.in(part->size())), ++number);
     }
     painter.end();
     write("parts", picture);
+  }
+
+  /// As found, and once the playheads have moved apart.
+  void takeVerdicts() {
+    save("verdict", *interface_.verdictStrip);
+    interface_.linkBtn->setChecked(false);
+    interface_.source.movieView->stepFrames(1);
+    save("verdict-stale", *interface_.verdictStrip);
+    interface_.source.movieView->stepFrames(-1);
+    interface_.linkBtn->setChecked(true);
   }
 
   /// A line of each kind, one under the other.
