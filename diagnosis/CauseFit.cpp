@@ -57,21 +57,18 @@ class ExponentCost {
   std::vector<Vector3> before_;
 };
 
-/// The exponent of the least cost: the best of a few, then by golden sections between its neighbours.
-double bestExponent(const ExponentCost& cost) {
-  constexpr int steps = 12;
-  const double step = std::log(highestExponent / lowestExponent) / steps;
-  double best = 0, least = cost.at(1);
-  for (int i = 0; i <= steps; ++i) {
-    const double place = std::log(lowestExponent) + i * step;
-    const double here = cost.at(std::exp(place));
-    if (here < least) best = place, least = here;
-  }
+/// Logarithms of exponents, between which the cost falls and rises again.
+struct Bracket {
+  double low = 0, high = 0;
+};
+
+/// Where the cost is least, by golden sections.
+double leastBetween(const ExponentCost& cost, Bracket within, double precision) {
   const double section = (std::sqrt(5.0) - 1) / 2;
-  double low = best - step, high = best + step;
+  auto [low, high] = within;
   double left = high - section * (high - low), right = low + section * (high - low);
   double leftCost = cost.at(std::exp(left)), rightCost = cost.at(std::exp(right));
-  while (high - low > 2e-4) {
+  while (high - low > precision) {
     if (leftCost < rightCost) {
       high = right, right = left, rightCost = leftCost;
       left = high - section * (high - low), leftCost = cost.at(std::exp(left));
@@ -80,7 +77,20 @@ double bestExponent(const ExponentCost& cost) {
       right = low + section * (high - low), rightCost = cost.at(std::exp(right));
     }
   }
-  return std::exp((low + high) / 2);
+  return (low + high) / 2;
+}
+
+/// Around the best of a few exponents.
+Bracket roughBracket(const ExponentCost& cost) {
+  constexpr int steps = 12;
+  const double step = std::log(highestExponent / lowestExponent) / steps;
+  double best = 0, least = cost.at(1);
+  for (int i = 0; i <= steps; ++i) {
+    const double place = std::log(lowestExponent) + i * step;
+    const double here = cost.at(std::exp(place));
+    if (here < least) best = place, least = here;
+  }
+  return {best - step, best + step};
 }
 
 /// A weighted straight line through pairs of values.
@@ -182,22 +192,52 @@ Cubic cubicThrough(const std::vector<Stratum>& strata) {
   return cubic;
 }
 
-}  // namespace
+/// Of the logarithm of an exponent: to be told, and to see which hypotheses are worth it.
+constexpr double finePrecision = 2e-4, roughPrecision = 5e-3;
 
-CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space) {
+CauseFit fitTo(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space,
+               double precision) {
   const ExponentCost cost(hypothesis, strata, space);
-  const double exponent = hypothesis.hasExponent() ? bestExponent(cost) : 1.0;
+  const double exponent = hypothesis.hasExponent() ? std::exp(leastBetween(cost, roughBracket(cost), precision)) : 1.0;
   return {&hypothesis, exponent, cost.at(exponent)};
 }
 
-std::vector<CauseFit> fitCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
-                                const ComparedIn& space) {
+/// The same near an exponent that fits some of the colours; all of them may ask for another after all.
+CauseFit refitted(const CauseFit& rough, const std::vector<Stratum>& strata, const ComparedIn& space) {
+  if (!rough.hypothesis->hasExponent()) return fitTo(*rough.hypothesis, strata, space, finePrecision);
+  constexpr double reach = 0.06;
+  const double middle = std::log(rough.exponent);
+  const ExponentCost cost(*rough.hypothesis, strata, space);
+  const double found = leastBetween(cost, {middle - reach, middle + reach}, finePrecision);
+  if (std::abs(found - middle) > 0.9 * reach) return fitTo(*rough.hypothesis, strata, space, finePrecision);
+  return {rough.hypothesis, std::exp(found), cost.at(std::exp(found))};
+}
+
+}  // namespace
+
+CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space) {
+  return fitTo(hypothesis, strata, space, finePrecision);
+}
+
+std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
+                                      const ComparedIn& space) {
+  constexpr std::size_t fewColors = 40, kept = 8;
+  std::vector<Stratum> some;
+  const std::size_t every = strata.size() / fewColors + 1;
+  for (std::size_t i = 0; i < strata.size(); i += every) some.push_back(strata[i]);
   std::vector<CauseFit> fits;
   fits.reserve(hypotheses.size());
-  for (const Hypothesis& hypothesis : hypotheses) fits.push_back(fitCause(hypothesis, strata, space));
+  for (const Hypothesis& hypothesis : hypotheses) fits.push_back(fitTo(hypothesis, some, space, roughPrecision));
+  rank(fits);
+  fits.resize(std::min(fits.size(), kept));
+  for (CauseFit& fit : fits) fit = refitted(fit, strata, space);
+  rank(fits);
+  return fits;
+}
+
+void rank(std::vector<CauseFit>& fits) {
   std::stable_sort(fits.begin(), fits.end(),
                    [](const CauseFit& one, const CauseFit& other) { return one.score() < other.score(); });
-  return fits;
 }
 
 Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space) {

@@ -20,11 +20,15 @@ struct CauseFit {
   static double score(double cost, double complexity) { return cost * (1 + 0.06 * complexity) + 0.10 * complexity; }
 };
 
+/// The best one first.
+void rank(std::vector<CauseFit>& fits);
+
 CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space);
 
-/// All of them, the best one first.
-std::vector<CauseFit> fitCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
-                                const ComparedIn& space);
+/// Those that fit best, the best one first: looked for among all of them by some of the colours, since most fit
+/// nothing.
+std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
+                                      const ComparedIn& space);
 
 /// The exponent's interval, of a hypothesis that has one: about 95 %, from what it leaves unexplained.
 Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space);

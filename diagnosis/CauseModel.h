@@ -57,7 +57,7 @@ struct Hypothesis {
   bool hasRange() const { return rangeBefore != RangeStep::None || rangeAfter != RangeStep::None; }
 };
 
-/// The single causes, and the pairs of causes that go together.
+/// The single causes, of which the first is none; and the pairs of causes that go together.
 const std::vector<Hypothesis>& singleCauses();
 const std::vector<Hypothesis>& pairsOfCauses();
 

@@ -33,43 +33,20 @@ struct Explanations {
   double toneCost = 0;
 };
 
-void rank(std::vector<CauseFit>& fits) {
-  std::stable_sort(fits.begin(), fits.end(),
-                   [](const CauseFit& one, const CauseFit& other) { return one.score() < other.score(); });
-}
-
-bool isIdentity(const Hypothesis& hypothesis) {
-  return hypothesis.complexity == 0;
-}
-
-/// Those that fit some of the colours best: there are many pairs, and most of them fit nothing.
-std::vector<CauseFit> likeliestPairs(const ColorEvidence& evidence) {
-  constexpr std::size_t fewColors = 40, kept = 8;
-  std::vector<Stratum> some;
-  const std::size_t every = evidence.strata.size() / fewColors + 1;
-  for (std::size_t i = 0; i < evidence.strata.size(); i += every) some.push_back(evidence.strata[i]);
-  std::vector<CauseFit> fits = fitCauses(pairsOfCauses(), some, evidence.space);
-  fits.resize(std::min(fits.size(), kept));
-  return fits;
-}
-
 void explain(Explanations& all, const ColorEvidence& evidence) {
-  all.known = fitCauses(singleCauses(), evidence.strata, evidence.space);
+  all.known = likeliestCauses(singleCauses(), evidence.strata, evidence.space);
+  all.identityCost = fitCause(singleCauses().front(), evidence.strata, evidence.space).cost;
   all.relabelling = relabelled(evidence.source, evidence.dest, evidence.space);
   if (all.relabelling) {
     all.known.push_back(fitCause(*all.relabelling, evidence.strata, evidence.space));
     all.relabelledCost = all.known.back().cost;
+    rank(all.known);
   }
-  rank(all.known);
-  all.identityCost = std::find_if(all.known.begin(), all.known.end(), [](const CauseFit& fit) {
-                       return isIdentity(*fit.hypothesis);
-                     })->cost;
   all.gain = fitGain(evidence.strata);
   all.toneCost = anyToneCost(evidence.strata);
   if (all.known.front().cost <= explainedCost) return;
-  for (const CauseFit& fit : likeliestPairs(evidence)) {
-    all.known.push_back(fitCause(*fit.hypothesis, evidence.strata, evidence.space));
-  }
+  const std::vector<CauseFit> pairs = likeliestCauses(pairsOfCauses(), evidence.strata, evidence.space);
+  all.known.insert(all.known.end(), pairs.begin(), pairs.end());
   rank(all.known);
 }
 

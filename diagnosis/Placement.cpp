@@ -8,17 +8,19 @@
 namespace diagnosis {
 namespace {
 
-/// Two neighbours along an axis, and the share of the second.
+/// Two neighbours along an axis, and the share of the second; and the sample of the result that they are for.
 struct Tap {
   std::size_t first = 0, second = 0;
   float share = 0;
+  std::size_t result = 0;
 };
 
-Tap tapAt(double place, int samples) {
+Tap tapAt(double place, int samples, std::size_t result) {
   const double position = std::clamp(place * samples - 0.5, 0.0, samples - 1.0);
   const double floor = std::floor(position);
   const auto first = static_cast<std::size_t>(floor);
-  return {first, std::min(first + 1, static_cast<std::size_t>(samples - 1)), static_cast<float>(position - floor)};
+  return {first, std::min(first + 1, static_cast<std::size_t>(samples - 1)), static_cast<float>(position - floor),
+          result};
 }
 
 /// Along one axis of the source: for each sample of the result where it is taken, at one place, or at two where several
@@ -32,19 +34,42 @@ AxisTaps axisTaps(double begin, double end, int samples, int results, bool mirro
   AxisTaps axis;
   axis.each = (end - begin) * samples > 1.2 * results ? 2 : 1;
   const std::size_t count = axis.each * static_cast<std::size_t>(results);
+  axis.taps.reserve(count);
   for (std::size_t i = 0; i < count; ++i) {
     const double place = (static_cast<double>(i) + 0.5) / static_cast<double>(count);
-    axis.taps.push_back(tapAt(begin + (mirrored ? 1.0 - place : place) * (end - begin), samples));
+    axis.taps.push_back(tapAt(begin + (mirrored ? 1.0 - place : place) * (end - begin), samples, i / axis.each));
   }
   return axis;
 }
 
-float interpolated(const std::vector<float>& plane, std::size_t width, const Tap& x, const Tap& y) {
-  const float* const top = &plane[y.first * width];
-  const float* const bottom = &plane[y.second * width];
-  const float above = top[x.first] + x.share * (top[x.second] - top[x.first]);
-  const float below = bottom[x.first] + x.share * (bottom[x.second] - bottom[x.first]);
-  return above + y.share * (below - above);
+float between(float first, float second, float share) {
+  return first + share * (second - first);
+}
+
+/// Rows become columns.
+std::vector<float> transposed(const std::vector<float>& plane, std::size_t width) {
+  const std::size_t height = plane.size() / width;
+  std::vector<float> result(plane.size());
+  for (std::size_t y = 0; y < height; ++y) {
+    for (std::size_t x = 0; x < width; ++x) result[x * height + y] = plane[y * width + x];
+  }
+  return result;
+}
+
+/// A plane taken at other places, of which it has so many across and down.
+std::vector<float> resampled(const std::vector<float>& plane, std::size_t planeWidth, const AxisTaps& across,
+                             const AxisTaps& down) {
+  const std::size_t columns = across.taps.size() / across.each, rows = down.taps.size() / down.each;
+  const float share = 1 / static_cast<float>(across.each * down.each);
+  std::vector<float> result(columns * rows), line(planeWidth);
+  for (const Tap& y : down.taps) {
+    const float* const top = &plane[y.first * planeWidth];
+    const float* const bottom = &plane[y.second * planeWidth];
+    for (std::size_t x = 0; x < planeWidth; ++x) line[x] = share * between(top[x], bottom[x], y.share);
+    float* const row = &result[y.result * columns];
+    for (const Tap& x : across.taps) row[x.result] += between(line[x.first], line[x.second], x.share);
+  }
+  return result;
 }
 
 /// A region in whole samples; never empty.
@@ -84,23 +109,14 @@ Signal sourceUpon(const Signal& source, const Placement& placement, int width, i
                                  : axisTaps(part.left, part.right, source.width, width, placement.mirroredX);
   const AxisTaps down = turned ? axisTaps(part.left, part.right, source.width, height, placement.mirroredY)
                                : axisTaps(part.top, part.bottom, source.height, height, placement.mirroredY);
-  const auto columns = static_cast<std::size_t>(width), rows = static_cast<std::size_t>(height);
-  const auto sourceWidth = static_cast<std::size_t>(source.width);
-  const float share = 1 / static_cast<float>(across.each * down.each);
+  const auto sourceWidth = static_cast<std::size_t>(source.width),
+             sourceHeight = static_cast<std::size_t>(source.height);
   Signal result{width, height, {}};
   for (std::size_t plane = 0; plane < 3; ++plane) {
     const std::vector<float>& from = source.planes[plane];
     if (from.empty()) continue;
-    std::vector<float>& to = result.planes[plane];
-    to.resize(columns * rows);
-    for (std::size_t y = 0; y < down.taps.size(); ++y) {
-      float* const row = &to[y / down.each * columns];
-      for (std::size_t x = 0; x < across.taps.size(); ++x) {
-        const Tap& horizontal = turned ? down.taps[y] : across.taps[x];
-        const Tap& vertical = turned ? across.taps[x] : down.taps[y];
-        row[x / across.each] += share * interpolated(from, sourceWidth, horizontal, vertical);
-      }
-    }
+    result.planes[plane] = turned ? resampled(transposed(from, sourceWidth), sourceHeight, across, down)
+                                  : resampled(from, sourceWidth, across, down);
   }
   return result;
 }

@@ -53,7 +53,7 @@ int brightInColumn(const Signal& signal, int column) {
 
 /// Luma alone, in fewer samples.
 Signal reducedLuma(const Signal& signal, int width, int height) {
-  return reduced({signal.width, signal.height, {signal.planes[0], {}, {}}}, width, height);
+  return {width, height, {reduced(signal.luma(), signal.width, signal.height, width, height), {}, {}}};
 }
 
 /// Luma of the source and of a part of the destination in one small size, on which the source's place is tried. The
@@ -175,9 +175,11 @@ PlacementFit refined(const Trial& trial, PlacementFit best, double step, double 
 PlacementFit searched(const Signal& source, const Signal& dest, const Region& destPart) {
   const Trial trial(source, dest, destPart, triedWidth, triedHeight);
   PlacementFit best = trial.fit({});
-  for (const Region& part : {Region(), withoutBars(source)}) {
+  const auto tryTurns = [&](const Region& part) {
     for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
-  }
+  };
+  tryTurns({});
+  if (const Region sourceInBars = withoutBars(source); !(sourceInBars == Region())) tryTurns(sourceInBars);
   if (best.explained < wholeEnough) {
     best = better(best, trial.fit(bestCrop(Trial(source, dest, destPart, 40, 30)).placement));
     if (best.explained < worthRefining) return best;
@@ -223,12 +225,13 @@ PlacementFit findPlacement(const Signal& source, const Signal& dest) {
   const Trial whole(source, dest, {}, triedWidth, triedHeight);
   const PlacementFit plain = whole.fit({});
   if (plain.explained >= plainEnough) return plain;
-  PlacementFit found = better(refined(whole, plain, 0.02, 0.002), withinDest(source, dest));
-  if (plain.explained < nearlyPlain) {
-    const Region inBars = insideEdges(withoutBars(dest), dest);
-    if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
-    if (found.explained < wholeEnough) found = better(found, searched(source, dest, {}));
+  PlacementFit found = plain;
+  const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(dest), dest) : Region();
+  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
+  if (found.explained < plainEnough && plain.explained >= worthRefining) {
+    found = better(found, better(refined(whole, plain, 0.02, 0.002), withinDest(source, dest)));
   }
+  if (plain.explained < nearlyPlain && found.explained < wholeEnough) found = better(found, searched(source, dest, {}));
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
   return clearly ? found : plain;

@@ -108,27 +108,39 @@ Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16
   return signal;
 }
 
+std::vector<std::size_t> blockEnds(int samples, int blocks) {
+  std::vector<std::size_t> ends(static_cast<std::size_t>(blocks));
+  const auto all = static_cast<std::size_t>(samples), count = ends.size();
+  for (std::size_t block = 0; block < count; ++block) ends[block] = ((block + 1) * all + count - 1) / count;
+  return ends;
+}
+
+std::vector<float> reduced(const std::vector<float>& plane, int planeWidth, int planeHeight, int width, int height) {
+  const std::vector<std::size_t> columns = blockEnds(planeWidth, width), rows = blockEnds(planeHeight, height);
+  std::vector<float> result(columns.size() * rows.size()), line(static_cast<std::size_t>(planeWidth));
+  float* out = result.data();
+  for (std::size_t row = 0, y = 0; row < rows.size(); ++row) {
+    const std::size_t firstRow = y;
+    std::fill(line.begin(), line.end(), 0.0F);
+    for (; y < rows[row]; ++y) {
+      const float* const in = &plane[y * line.size()];
+      for (std::size_t x = 0; x < line.size(); ++x) line[x] += in[x];
+    }
+    for (std::size_t column = 0, x = 0; column < columns.size(); ++column) {
+      const std::size_t firstColumn = x;
+      float sum = 0;
+      for (; x < columns[column]; ++x) sum += line[x];
+      *out++ = sum / std::max(1.0F, static_cast<float>((y - firstRow) * (x - firstColumn)));
+    }
+  }
+  return result;
+}
+
 Signal reduced(const Signal& signal, int width, int height) {
-  const auto size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height);
-  std::vector<std::size_t> columns(static_cast<std::size_t>(signal.width));
-  for (std::size_t x = 0; x < columns.size(); ++x) columns[x] = x * static_cast<std::size_t>(width) / columns.size();
-  std::vector<float> counts(size);
   Signal result{width, height, {}};
   for (std::size_t plane = 0; plane < 3; ++plane) {
     const std::vector<float>& from = signal.planes[plane];
-    std::vector<float>& sums = result.planes[plane];
-    sums.resize(from.empty() ? 0 : size);
-    for (std::size_t y = 0; y < static_cast<std::size_t>(signal.height) && !from.empty(); ++y) {
-      const std::size_t row = y * static_cast<std::size_t>(height) / static_cast<std::size_t>(signal.height);
-      float* const out = &sums[row * static_cast<std::size_t>(width)];
-      const float* const in = &from[y * columns.size()];
-      for (std::size_t x = 0; x < columns.size(); ++x) out[columns[x]] += in[x];
-      if (plane > 0) continue;
-      for (const std::size_t column : columns) ++counts[row * static_cast<std::size_t>(width) + column];
-    }
-  }
-  for (std::vector<float>& sums : result.planes) {
-    for (std::size_t i = 0; i < sums.size(); ++i) sums[i] /= std::max(1.0F, counts[i]);
+    if (!from.empty()) result.planes[plane] = reduced(from, signal.width, signal.height, width, height);
   }
   return result;
 }

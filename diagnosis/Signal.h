@@ -43,5 +43,9 @@ Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16
 /// A picture in fewer samples, each the mean of a block: what an encoder does to texture, and half a sample by which
 /// one picture lies beside another, is mostly gone from it.
 Signal reduced(const Signal& signal, int width, int height);
+/// The same of one plane.
+std::vector<float> reduced(const std::vector<float>& plane, int planeWidth, int planeHeight, int width, int height);
+/// Where each of so many blocks of an axis ends.
+std::vector<std::size_t> blockEnds(int samples, int blocks);
 
 }  // namespace diagnosis

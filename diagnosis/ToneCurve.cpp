@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdint>
 #include <numeric>
 
 #include "diagnosis/Signal.h"
@@ -14,8 +15,8 @@ constexpr std::size_t bins = 64;
 constexpr float lowest = -0.1F, highest = 1.15F;
 
 std::size_t binOf(float luma) {
-  const float place = (luma - lowest) / (highest - lowest) * static_cast<float>(bins);
-  return static_cast<std::size_t>(std::clamp(place, 0.0F, static_cast<float>(bins - 1)));
+  constexpr float binsPerLuma = static_cast<float>(bins) / (highest - lowest), last = static_cast<float>(bins - 1);
+  return static_cast<std::size_t>(std::min(std::max((luma - lowest) * binsPerLuma, 0.0F), last));
 }
 
 /// Sums over samples of one bin, or of all.
@@ -40,16 +41,23 @@ double codes(double luma) {
 constexpr int partsAcross = 16, partsDown = 12;
 using PartsOut = std::array<bool, std::size_t{partsAcross} * partsDown>;
 
-std::size_t partOf(const Signal& signal, int x, int y) {
-  return static_cast<std::size_t>(y * partsDown / signal.height) * partsAcross +
-         static_cast<std::size_t>(x * partsAcross / signal.width);
-}
+/// Samples that lie side by side in one part.
+struct Run {
+  std::size_t part = 0, begin = 0, end = 0;
+};
 
+/// In the order of the samples.
 template <typename Take>
-void forEachSample(const Signal& signal, Take take) {
-  std::size_t at = 0;
-  for (int y = 0; y < signal.height; ++y) {
-    for (int x = 0; x < signal.width; ++x, ++at) take(at, partOf(signal, x, y));
+void forEachRun(const Signal& signal, Take take) {
+  const std::vector<std::size_t> columns = blockEnds(signal.width, partsAcross);
+  std::size_t line = 0;
+  for (int y = 0; y < signal.height; ++y, line += static_cast<std::size_t>(signal.width)) {
+    const std::size_t row = static_cast<std::size_t>(y * partsDown / signal.height) * partsAcross;
+    std::size_t begin = line;
+    for (std::size_t column = 0; column < columns.size(); ++column) {
+      take(Run{row + column, begin, line + columns[column]});
+      begin = line + columns[column];
+    }
   }
 }
 
@@ -61,8 +69,13 @@ struct Unexplained {
   double inPart(std::size_t part) const { return lumaCodes * std::sqrt(parts[part] / std::max(1.0, samples[part])); }
 };
 
+/// Destinations of one bin.
+struct BinSum {
+  double count = 0, dest = 0;
+};
+
 /// The means of the bins; an empty one's goes on from the nearest as a straight line would.
-std::array<double, bins> curveThrough(const std::array<Sums, bins>& sums) {
+std::array<double, bins> curveThrough(const std::array<BinSum, bins>& sums) {
   constexpr double width = double{highest - lowest} / double{bins};
   std::array<double, bins> curve{};
   for (std::size_t bin = 0; bin < bins; ++bin) {
@@ -70,7 +83,7 @@ std::array<double, bins> curveThrough(const std::array<Sums, bins>& sums) {
       const bool below = away <= bin && sums[bin - away].count > 0;
       const bool above = bin + away < bins && sums[bin + away].count > 0;
       if (!below && !above) continue;
-      const Sums& nearest = below ? sums[bin - away] : sums[bin + away];
+      const BinSum& nearest = below ? sums[bin - away] : sums[bin + away];
       const double distance = width * static_cast<double>(away);
       curve[bin] = nearest.dest / nearest.count + (below ? distance : -distance);
       break;
@@ -79,25 +92,52 @@ std::array<double, bins> curveThrough(const std::array<Sums, bins>& sums) {
   return curve;
 }
 
+/// A destination beside the bins of its source.
+struct BinnedPair {
+  const Signal& dest;
+  std::vector<std::uint8_t> binOfSample;
+
+  BinnedPair(const Signal& source, const Signal& itsDest) : dest(itsDest), binOfSample(source.size()) {
+    for (std::size_t i = 0; i < binOfSample.size(); ++i) {
+      binOfSample[i] = static_cast<std::uint8_t>(binOf(source.luma()[i]));
+    }
+  }
+};
+
 /// The curve is that of the parts that are not out.
-Unexplained unexplained(const Signal& source, const Signal& dest, const PartsOut& out) {
-  std::array<Sums, bins> sums;
-  Sums all;
-  forEachSample(source, [&](std::size_t at, std::size_t part) {
-    if (out[part]) return;
-    const double s = double{source.luma()[at]}, d = double{dest.luma()[at]};
-    sums[binOf(source.luma()[at])].add(s, d);
-    all.add(s, d);
+Unexplained unexplained(const BinnedPair& pair, const PartsOut& out) {
+  const std::vector<float>& dest = pair.dest.luma();
+  std::array<BinSum, bins> sums;
+  BinSum all;
+  double squares = 0;
+  forEachRun(pair.dest, [&](const Run& run) {
+    for (std::size_t at = run.begin; at < run.end && !out[run.part]; ++at) {
+      const double d = double{dest[at]};
+      BinSum& sum = sums[pair.binOfSample[at]];
+      ++sum.count;
+      sum.dest += d;
+      squares += d * d;
+    }
   });
+  for (const BinSum& sum : sums) {
+    all.count += sum.count;
+    all.dest += sum.dest;
+  }
   const std::array<double, bins> curve = curveThrough(sums);
   Unexplained result;
-  result.scatter = all.destScatter();
-  forEachSample(source, [&](std::size_t at, std::size_t part) {
-    const double error = double{dest.luma()[at]} - curve[binOf(source.luma()[at])];
-    result.parts[part] += error * error;
-    ++result.samples[part];
-    if (!out[part]) result.all += error * error;
+  result.scatter = all.count > 0 ? std::max(0.0, squares - all.dest * all.dest / all.count) : 0.0;
+  forEachRun(pair.dest, [&](const Run& run) {
+    double errors = 0;
+    for (std::size_t at = run.begin; at < run.end; ++at) {
+      const double error = double{dest[at]} - curve[pair.binOfSample[at]];
+      errors += error * error;
+    }
+    result.parts[run.part] += errors;
+    result.samples[run.part] += static_cast<double>(run.end - run.begin);
   });
+  for (std::size_t part = 0; part < out.size(); ++part) {
+    if (!out[part]) result.all += result.parts[part];
+  }
   return result;
 }
 
@@ -155,15 +195,16 @@ double explainedRoughly(const std::vector<float>& source, const std::vector<floa
 }
 
 double explainedShare(const Signal& source, const Signal& dest) {
-  const PartsOut out = worstSeventh(unexplained(source, dest, {}));
-  const Unexplained left = unexplained(source, dest, out);
+  const BinnedPair pair(source, dest);
+  const Unexplained left = unexplained(pair, worstSeventh(unexplained(pair, {})));
   return left.scatter > 0 ? std::max(0.0, 1.0 - left.all / left.scatter) : 0.0;
 }
 
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
   constexpr double farOff = 8, farOffTimes = 4;
-  const PartsOut worst = worstSeventh(unexplained(source, dest, {}));
-  const Unexplained left = unexplained(source, dest, worst);
+  const BinnedPair pair(source, dest);
+  const PartsOut worst = worstSeventh(unexplained(pair, {}));
+  const Unexplained left = unexplained(pair, worst);
   std::vector<double> errors;
   for (std::size_t part = 0; part < worst.size(); ++part) {
     if (!worst[part]) errors.push_back(left.inPart(part));
@@ -172,8 +213,9 @@ std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
   std::nth_element(errors.begin(), middle, errors.end());
   const double limit = std::max(farOff, farOffTimes * *middle);
   std::vector<bool> covered;
-  forEachSample(source,
-                [&](std::size_t, std::size_t part) { covered.push_back(worst[part] && left.inPart(part) > limit); });
+  forEachRun(source, [&](const Run& run) {
+    covered.insert(covered.end(), run.end - run.begin, worst[run.part] && left.inPart(run.part) > limit);
+  });
   return covered;
 }
 
