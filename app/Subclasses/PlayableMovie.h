@@ -37,7 +37,8 @@ class PlayableMovie : public QObject {
   void gotoBeginning();
   movie::MovieTime currentTime() const { return content_->currentTime(); }
   /// The time as it stands; one outside the movie is its beginning or its end.
-  void setCurrentTime(const movie::MovieTime& time);
+  movie::MovieTime timeWithin(const movie::MovieTime& time) const;
+  void setCurrentTime(const movie::MovieTime& time);  ///< that time
   movie::MovieTime duration() const { return content_->duration(); }
 
   bool isEditable() const { return editable_; }  ///< QTMovieEditableAttribute
@@ -66,8 +67,6 @@ class PlayableMovie : public QObject {
   void rateDidChange();
 
  private:
-  movie::MovieTime timeWithin(const movie::MovieTime& time) const;
-
   std::unique_ptr<movie::Movie> content_;
   bool editable_ = false, idling_ = true;
   double rate_ = 0;
