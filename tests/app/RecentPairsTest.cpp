@@ -121,10 +121,10 @@ TEST_F(TheRecentPairs, SayThatTheyAreNotRemembered) {
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
   controller().applicationOpenFiles({plainMovie(), darkerMovie()});
   EXPECT_EQ(said(), Message(MessageKind::Warning,
-                            "The settings cannot be written, so that nothing is remembered. "
+                            "The settings cannot be written, and stay as they were. "
                             "Opened \"plain.mov\" as the source. Opened \"darker.mov\" as the destination."));
   choose("forgetPairs");
-  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, so that nothing is remembered."));
+  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, and stay as they were."));
   EXPECT_EQ(texts().size(), 1);
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }

@@ -289,7 +289,7 @@ TEST(Messages, TellWhatCameOfPagesAndSettings) {
       {WindowMessages::gatheringCancelled(), Information, "The gathering of logs was cancelled."},
       {WindowMessages::logsNotGathered(), Failure, "The logs were not gathered."},
       {WindowMessages::logNotOpened(), Failure, "The log was not opened."},
-      {WindowMessages::settingsNotWritten(), Warning, "The settings cannot be written, so that nothing is remembered."},
+      {WindowMessages::settingsNotWritten(), Warning, "The settings cannot be written, and stay as they were."},
   });
 }
 
