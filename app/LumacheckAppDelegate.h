@@ -6,6 +6,7 @@
 #include <memory>
 #include <mutex>
 #include <utility>
+#include <vector>
 
 #include "SharedFiles/foundation/PathPlatform.h"
 #include "SharedFiles/support/Workspace.h"
@@ -174,8 +175,9 @@ class LumacheckAppDelegate : public QObject {
   void tell(const Message& message);
   void tellOfFullScreen(bool isFullScreen);
   void finish(const Message& message);
+  void finishLoading(std::vector<Message> messages);
   void showState();
-  void rememberPair();
+  Message rememberPair();
   void showRecentPairs();
 
   MainInterface& interface_;

@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -62,6 +63,19 @@ TEST_F(TheRecentPairs, AreOpenedFromTheMenu) {
   EXPECT_EQ(sourcePath(), plainMovie());
   EXPECT_EQ(destPath(), retaggedMovie());
   EXPECT_THAT(texts(), ElementsAre("&1 plain.mov → retagged.mov", "&2 black.mov → darker.mov"));
+}
+
+TEST_F(TheRecentPairs, AreFoundFromAnotherFolder) {
+  const QString source = copyOf(plainMovie(), "a.mov"), dest = copyOf(retaggedMovie(), "b.mov");
+  const QString before = QDir::currentPath();
+  ASSERT_TRUE(QDir::setCurrent(home_.path()));
+  load("a.mov", "./b.mov");
+  ASSERT_TRUE(QDir::setCurrent("/"));
+  load("/nowhere", "/nowhere");
+  choose("recentPair1");
+  EXPECT_EQ(sourcePath(), source);
+  EXPECT_EQ(QFileInfo(destPath()).canonicalFilePath(), dest);
+  ASSERT_TRUE(QDir::setCurrent(before));
 }
 
 TEST_F(TheRecentPairs, OutliveTheWindow) {
