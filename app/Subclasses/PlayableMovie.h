@@ -15,9 +15,7 @@ class PlayableMovie : public QObject {
  public:
   explicit PlayableMovie(std::unique_ptr<movie::Movie> content);
 
-  /// canInitWithFile: whether the file's content is a movie, whatever its name.
-  static bool canInitWithFile(const QString& path);
-  /// The reason, where it is not.
+  /// canInitWithFile: why the file's content is no movie, whatever its name; none where it is one.
   static std::optional<movie::MovieError> refusalOf(const QString& path);
   /// movieWithFile:error: null when the file cannot be opened.
   static std::shared_ptr<PlayableMovie> movieWithFile(const QString& path);
