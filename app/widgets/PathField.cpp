@@ -1,6 +1,6 @@
 #include "app/widgets/PathField.h"
 
-#include <QFocusEvent>
+#include "app/widgets/MenuFocus.h"
 
 PathField::PathField(QWidget* parent) : QLineEdit(parent) {
   connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
@@ -11,9 +11,7 @@ PathField::PathField(QWidget* parent) : QLineEdit(parent) {
 
 void PathField::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  // A menu needs the selection, and gives the focus back.
-  const bool toMenu = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason;
-  if (!toMenu) showEnd();
+  if (!goesToMenu(*event)) showEnd();
 }
 
 void PathField::resizeEvent(QResizeEvent* event) {
