@@ -324,6 +324,12 @@ TEST(Messages, ShowNamesInOneLineWhateverIsInThem) {
             "\"%1 %2.mov\" cannot be opened as the source: the file is empty.");
 }
 
+TEST(Messages, LeaveOutWholeCharactersOfLongNames) {
+  const auto boards = [](qsizetype count) { return QString::fromUtf8("\U0001F3AC").repeated(count); };
+  EXPECT_EQ(MessageWords::nameOf("x" + boards(60)), "x" + boards(19) + "…" + boards(20));
+  EXPECT_EQ(MessageWords::nameOf(boards(60) + "x"), boards(20) + "…" + boards(19) + "x");
+}
+
 TEST(Messages, ShowTimesAsSomebodyWaitsForThem) {
   struct Row {
     int milliseconds;
