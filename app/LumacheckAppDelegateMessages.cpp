@@ -11,6 +11,7 @@
 #include "app/messages/OpeningMessages.h"
 #include "app/messages/WindowMessages.h"
 #include "app/widgets/MessageLine.h"
+#include "app/widgets/PlainToolTip.h"
 
 namespace {
 
@@ -87,7 +88,7 @@ void LumacheckAppDelegate::showRecentPairs() {
     auto* const action =
         new QAction(digit + u' ' + WindowMessages::pairInMenu(pair.source, pair.dest), menus.recentPairs);
     action->setObjectName(QStringLiteral("recentPair%1").arg(i + 1));
-    action->setToolTip(WindowMessages::pairInTip(pair.source, pair.dest));
+    action->setToolTip(plainToolTip(WindowMessages::pairInTip(pair.source, pair.dest)));
     connect(action, &QAction::triggered, this, [this, pair] { openRecentPair(pair); });
     menus.recentPairs->insertAction(menus.endOfPairs, action);
   }

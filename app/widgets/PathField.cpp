@@ -1,10 +1,11 @@
 #include "app/widgets/PathField.h"
 
 #include "app/widgets/MenuFocus.h"
+#include "app/widgets/PlainToolTip.h"
 
 PathField::PathField(QWidget* parent) : QLineEdit(parent) {
   connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
-    setToolTip(text);
+    setToolTip(plainToolTip(text));
     if (!hasFocus()) showEnd();
   });
 }

@@ -56,6 +56,14 @@ TEST_F(TheRecentPairs, AreThoseThatWereOpenTogetherNewestFirst) {
   EXPECT_EQ(menu().actions()[0]->toolTip(), "Source: " + plainMovie() + "\nDestination: " + darkerMovie());
 }
 
+TEST_F(TheRecentPairs, HaveToolTipsThatShowMarkupInNamesAsItIs) {
+  const QString source = copyOf(plainMovie(), "<b>a.mov");
+  load(source, retaggedMovie());
+  for (const QString& tip : {menu().actions()[0]->toolTip(), interface().source.filenameText->toolTip()}) {
+    EXPECT_TRUE(tip.contains("/&lt;b&gt;a.mov")) << tip.toStdString();
+  }
+}
+
 TEST_F(TheRecentPairs, AreOpenedFromTheMenu) {
   controller().applicationOpenFiles({plainMovie(), retaggedMovie()});
   controller().applicationOpenFiles({blackMovie(), darkerMovie()});
