@@ -15,7 +15,7 @@ QString WhyNot::check(const WindowState& state) {
 }
 
 QString WhyNot::save(const WindowState& state) {
-  if (const QString why = saveAs(state); !why.isEmpty()) return why;
+  if (QString why = saveAs(state); !why.isEmpty()) return why;
   return state.hasUnsavedChanges ? QString() : tr("The destination has no unsaved changes.");
 }
 
