@@ -101,8 +101,7 @@ void LumacheckAppDelegate::applicationDidFinishLaunching() {
   }
   for (Side* each : {&source_, &dest_}) observeTime(each->controls.movieView->movie());
   updateLink();
-  finish(joined(std::move(messages)));
-  rememberPair();
+  finishLoading(std::move(messages));
   QVQC::sharedController().loadQC(window_);
 }
 

@@ -7,6 +7,7 @@
 #include <mutex>
 #include <optional>
 #include <utility>
+#include <vector>
 
 #include "SharedFiles/foundation/PathPlatform.h"
 #include "SharedFiles/support/Workspace.h"
@@ -183,8 +184,9 @@ class LumacheckAppDelegate : public QObject {
   void tell(const Message& message);
   void tellOfFullScreen(bool isFullScreen);
   void finish(const Message& message);
+  void finishLoading(std::vector<Message> messages);
   void showState();
-  void rememberPair();
+  Message rememberPair();
   void showRecentPairs();
   PairMoment momentNow() const;
   void showChecking(bool isChecking);

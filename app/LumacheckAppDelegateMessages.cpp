@@ -4,12 +4,14 @@
 #include <QCheckBox>
 #include <QFileInfo>
 #include <QMenu>
+#include <utility>
 
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
 #include "app/messages/OpeningMessages.h"
 #include "app/messages/WindowMessages.h"
 #include "app/widgets/MessageLine.h"
+#include "app/widgets/PlainToolTip.h"
 
 namespace {
 
@@ -26,8 +28,15 @@ void LumacheckAppDelegate::tell(const Message& message) {
 }
 
 void LumacheckAppDelegate::finish(const Message& message) {
-  QMetaObject::invokeMethod(this, [this] { showState(); });
-  tell(message);
+  QMetaObject::invokeMethod(this, [this, message] {
+    showState();
+    interface_.messageLine->tell(message);
+  });
+}
+
+void LumacheckAppDelegate::finishLoading(std::vector<Message> messages) {
+  messages.push_back(rememberPair());
+  finish(joined(std::move(messages)));
 }
 
 QString LumacheckAppDelegate::pathOf(const MovieSlot& movie) {
@@ -56,11 +65,13 @@ void LumacheckAppDelegate::tellOfFullScreen(bool isFullScreen) {
   if (interface_.messageLine->message() == message) tell({});
 }
 
-void LumacheckAppDelegate::rememberPair() {
-  const MoviePair pair{pathOf(sourceQTMov()), pathOf(destQTMov())};
-  if (pair.source.isEmpty() || pair.dest.isEmpty()) return;
-  if (!recentPairs_.add(pair)) tell(joined({interface_.messageLine->message(), WindowMessages::settingsNotWritten()}));
+/// The paths as they are from every folder. Says so where the pair cannot be remembered.
+Message LumacheckAppDelegate::rememberPair() {
+  const QString source = pathOf(sourceQTMov()), dest = pathOf(destQTMov());
+  if (source.isEmpty() || dest.isEmpty()) return {};
+  const bool isStored = recentPairs_.add({QFileInfo(source).absoluteFilePath(), QFileInfo(dest).absoluteFilePath()});
   showRecentPairs();
+  return isStored ? Message() : WindowMessages::settingsNotWritten();
 }
 
 void LumacheckAppDelegate::showRecentPairs() {
@@ -78,7 +89,7 @@ void LumacheckAppDelegate::showRecentPairs() {
     auto* const action =
         new QAction(digit + u' ' + WindowMessages::pairInMenu(pair.source, pair.dest), menus.recentPairs);
     action->setObjectName(QStringLiteral("recentPair%1").arg(i + 1));
-    action->setToolTip(WindowMessages::pairInTip(pair.source, pair.dest));
+    action->setToolTip(plainToolTip(WindowMessages::pairInTip(pair.source, pair.dest)));
     connect(action, &QAction::triggered, this, [this, pair] { openRecentPair(pair); });
     menus.recentPairs->insertAction(menus.endOfPairs, action);
   }

@@ -14,8 +14,7 @@
 #include "app/messages/OpeningMessages.h"
 
 void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QString& type) {
-  finish(load(side(type), path));
-  rememberPair();
+  finishLoading({load(side(type), path)});
 }
 
 /// Empties the side, then loads the file into it, and says what came of it.
@@ -65,7 +64,7 @@ Message LumacheckAppDelegate::showIn(Side& side, const MovieSlot& display) {
     side.controls.movieView->setMovie(display);
     return {};
   } catch (const QVPlatformException& exception) {
-    const bool isSource = &side == &source_;
+    const bool isSource = side.side == MovieSide::Source;
     QVLog::appendLog(isSource ? "Exception loading source movie: %@" : "Exception loading dest movie: %@",
                      exception.reason());
     return OpeningMessages::notShown(side.side, exception.reason());
@@ -103,8 +102,7 @@ void LumacheckAppDelegate::swapMovies() {
   const QString sourcePath = source_.controls.filenameText->text();
   const QString destPath = dest_.controls.filenameText->text();
   const Message source = load(source_, destPath);
-  finish(joined({source, load(dest_, sourcePath)}));
-  rememberPair();
+  finishLoading({source, load(dest_, sourcePath)});
 }
 
 void LumacheckAppDelegate::applicationOpenFiles(const QStringList& files) {
@@ -115,14 +113,11 @@ void LumacheckAppDelegate::applicationOpenFiles(const QStringList& files) {
     return loadQTMovieWithPath(files[0], onlySourceLoaded ? dest_.type : source_.type);
   }
   const Message source = load(source_, files[0]);
-  finish(joined({source, load(dest_, files[1]), OpeningMessages::othersLeftOut(2, files.size())}));
-  rememberPair();
+  finishLoading({source, load(dest_, files[1]), OpeningMessages::othersLeftOut(2, files.size())});
 }
 
 void LumacheckAppDelegate::filesDroppedOnMovieView(QVMovieView* view, const QStringList& files) {
   if (files.isEmpty()) return tell(OpeningMessages::namesUnreadable());
   Side& target = view == source_.controls.movieView ? source_ : dest_;
-  const Message loaded = load(target, files[0]);
-  finish(joined({loaded, OpeningMessages::othersLeftOut(1, files.size())}));
-  rememberPair();
+  finishLoading({load(target, files[0]), OpeningMessages::othersLeftOut(1, files.size())});
 }

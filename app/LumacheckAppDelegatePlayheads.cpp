@@ -84,6 +84,6 @@ void LumacheckAppDelegate::changeTimecode(QLineEdit* sender) {
   updateTimecode();  // of the field too, which was being edited until now
   const bool isEmpty = !display || !display->content().file();
   if (isEmpty) return tell(WindowMessages::noMovieToMove());
-  const bool isReached = movie::compareTimes(display->currentTime(), time) == 0;
+  const bool isReached = movie::compareTimes(display->timeWithin(time), time) == 0;  // it may play on meanwhile
   tell(isReached ? Message() : WindowMessages::timeOutside(timecode));
 }

@@ -250,7 +250,7 @@ void MainInterface::giveRoomToPictures(bool all) {
 
 void MainInterface::tellWhyNot(const WindowState& state) {
   const auto tell = [](QWidget& control, const QString& does, const QString& whyNot) {
-    control.setToolTip(whyNot.isEmpty() ? does : does + u'\n' + whyNot);
+    control.setToolTip(WhyNot::inToolTip(does, whyNot));
   };
   tell(*linkBtn, tr("Movies of the same length move together"), WhyNot::link(state));
   tell(*swapBtn, tr("Source becomes destination, and the other way round"), WhyNot::swap(state));

@@ -133,6 +133,7 @@ Result<SaveOutcome> Movie::updateMovieFile() {
   } else if (!outcome->uncertain) {
     for (const auto& track : tracks_) track->forgetEdits();
   }
+  outcome->uncertain = outcome->uncertain || hasUnsavedChanges();
   return outcome;
 }
 

@@ -112,8 +112,9 @@ class Movie {
 
   /// Saves the edited sample descriptions in the movie's file, in place: see saveMetadata() for what holds then and for
   /// the errors, after which the movie has its edits still. Otherwise it holds the file as newly opened, and no edits;
-  /// where the outcome is uncertain or the file does not open again, which is noted, it keeps them. Copies read their
-  /// frames as before; they themselves can no longer save.
+  /// where the outcome is uncertain it keeps them. It is so, too, where the file does not open again or another took
+  /// its name meanwhile and lacks the edits, which is noted. Copies read their frames as before; they themselves can no
+  /// longer save.
   Result<SaveOutcome> updateMovieFile();
 
   /// Writes this movie, its edited sample descriptions included, as a self-contained copy: see writeFlattenedCopy() for

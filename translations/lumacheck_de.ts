@@ -1914,8 +1914,8 @@ Ziel: %2</translation>
         <translation>Das Protokoll wurde nicht geöffnet.</translation>
     </message>
     <message>
-        <source>The settings cannot be written, so that nothing is remembered.</source>
-        <translation>Die Einstellungen lassen sich nicht schreiben, so dass nichts behalten wird.</translation>
+        <source>The settings cannot be written, and stay as they were.</source>
+        <translation>Die Einstellungen lassen sich nicht schreiben und bleiben, wie sie waren.</translation>
     </message>
     <message>
         <source>There is no movie there to go to a timecode.</source>

@@ -6,10 +6,6 @@
 
 PlayableMovie::PlayableMovie(std::unique_ptr<movie::Movie> content) : content_(std::move(content)) {}
 
-bool PlayableMovie::canInitWithFile(const QString& path) {
-  return movie::Movie::canInitWithFile(QFile::encodeName(path).toStdString());
-}
-
 std::optional<movie::MovieError> PlayableMovie::refusalOf(const QString& path) {
   auto opened = movie::Movie::movieWithFile(QFile::encodeName(path).toStdString());
   return opened ? std::nullopt : std::optional(std::move(opened.error()));

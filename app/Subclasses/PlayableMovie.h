@@ -15,9 +15,7 @@ class PlayableMovie : public QObject {
  public:
   explicit PlayableMovie(std::unique_ptr<movie::Movie> content);
 
-  /// canInitWithFile: whether the file's content is a movie, whatever its name.
-  static bool canInitWithFile(const QString& path);
-  /// The reason, where it is not.
+  /// canInitWithFile: why the file's content is no movie, whatever its name; none where it is one.
   static std::optional<movie::MovieError> refusalOf(const QString& path);
   /// movieWithFile:error: null when the file cannot be opened.
   static std::shared_ptr<PlayableMovie> movieWithFile(const QString& path);
@@ -37,9 +35,8 @@ class PlayableMovie : public QObject {
   void gotoBeginning();
   movie::MovieTime currentTime() const { return content_->currentTime(); }
   /// The time as it stands; one outside the movie is its beginning or its end.
-  void setCurrentTime(const movie::MovieTime& time);
-  /// The nearest time that the movie reaches to.
   movie::MovieTime timeWithin(const movie::MovieTime& time) const;
+  void setCurrentTime(const movie::MovieTime& time);  ///< that time
   movie::MovieTime duration() const { return content_->duration(); }
 
   bool isEditable() const { return editable_; }  ///< QTMovieEditableAttribute

@@ -38,6 +38,7 @@ class BusySheet : public QDialog {
     setObjectName(QStringLiteral("busy"));
     setWindowModality(Qt::WindowModal);
     setWindowTitle(label);
+    label_->setTextFormat(Qt::PlainText);  // there may be a file's name in it
     bar_->setRange(0, work.fraction ? fullScale : 0);
     bar_->setMinimumWidth(narrowest);
     bar_->setAccessibleName(label);

@@ -2,13 +2,13 @@
 
 #include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <atomic>
 #include <utility>
 
 #include "SharedFiles/log/QVLog.h"
 #include "app/Subclasses/PlayableMovie.h"
 #include "app/dialogs/BusySheet.h"
+#include "app/messages/MessageWords.h"
 
 movie::Result<WrittenCopy> writeFlattened(const PlayableMovie& movie, const QString& path, QWidget& window,
                                           const CopyWriter& write) {
@@ -21,7 +21,7 @@ movie::Result<WrittenCopy> writeFlattened(const PlayableMovie& movie, const QStr
       return !stop.stop_requested();
     });
   };
-  const QString label = QCoreApplication::translate("FlattenedSave", "Saving %1…").arg(QFileInfo(path).fileName());
+  const QString label = QCoreApplication::translate("FlattenedSave", "Saving %1…").arg(MessageWords::nameOf(path));
   const bool cancelled =
       runUnderBusySheet(window, label, {.work = writing, .fraction = [&] { return fraction.load(); }});
   if (!result) return tl::make_unexpected(std::move(result.error()));

@@ -9,7 +9,10 @@ QString MessageWords::oneLine(QString text) {
     if (!each.isPrint() && !each.isSurrogate()) each = u' ';
   }
   if (text.size() <= longest) return text;
-  return text.left(longest / 2) + u'…' + text.right(longest / 2);
+  QString begin = text.left(longest / 2), end = text.right(longest / 2);
+  if (begin.back().isHighSurrogate()) begin.chop(1);  // half a character
+  if (end.front().isLowSurrogate()) end.remove(0, 1);
+  return begin + u'…' + end;
 }
 
 QString MessageWords::nameOf(const QString& path) {

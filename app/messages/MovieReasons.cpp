@@ -1,11 +1,17 @@
 #include "app/messages/MovieReasons.h"
 
+namespace {
+
+std::string translated(const char* english) {
+  return MovieReasons::tr(english).toStdString();
+}
+
+}  // namespace
+
 QString MovieReasons::sentenceOf(const movie::MovieError& error) {
-  const auto language = [](const char* english) { return tr(english).toStdString(); };
-  return QString::fromStdString(error.message(movie::Attempt::Read, language));
+  return QString::fromStdString(error.message(movie::Attempt::Read, translated));
 }
 
 QString MovieReasons::clauseOf(const movie::MovieError& error) {
-  const auto language = [](const char* english) { return tr(english).toStdString(); };
-  return QString::fromStdString(error.clause().text(language));
+  return QString::fromStdString(error.clause().text(translated));
 }

@@ -7,7 +7,7 @@
 
 /// What the movie layer says of a movie or a frame that cannot be had, in the user's language. The layer knows no
 /// languages: its list of reasons is English, which the log and the command show as it is, and stands in the
-/// translations row by row. Main thread only.
+/// translations row by row.
 class MovieReasons final {
   Q_DECLARE_TR_FUNCTIONS(MovieReasons)
 

@@ -82,7 +82,7 @@ Message SyncMessages::synced(const WindowState& state, const QString& destPath, 
     //: %1: why, a sentence
     return {MessageKind::Failure, tr("Nothing was synced. %1").arg(WhyNot::sync(state))};
   }
-  if (!outcome.writtenBack && !outcome.changes.empty()) return setFailed(destPath, outcome.changes.back());
+  if (!outcome.writtenBack) return setFailed(destPath, outcome.changes.back());
   std::vector<Message> messages{changed(destPath, outcome)};
   for (const PropertyChange& change : outcome.changes) {
     const bool failed = change.result != movie::noErr && wasThere(*outcome.before, change.property);

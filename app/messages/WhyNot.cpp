@@ -1,5 +1,9 @@
 #include "app/messages/WhyNot.h"
 
+QString WhyNot::inToolTip(const QString& does, const QString& whyNot) {
+  return whyNot.isEmpty() ? does : does + u'\n' + whyNot;
+}
+
 QString WhyNot::check(const WindowState& state) {
   const bool noSource = state.source == SideContent::Nothing, noDest = state.dest == SideContent::Nothing;
   if (noSource && noDest) return tr("There are no movies.");
@@ -11,7 +15,7 @@ QString WhyNot::check(const WindowState& state) {
 }
 
 QString WhyNot::save(const WindowState& state) {
-  if (state.dest == SideContent::Nothing) return tr("There is no destination.");
+  if (QString why = saveAs(state); !why.isEmpty()) return why;
   return state.hasUnsavedChanges ? QString() : tr("The destination has no unsaved changes.");
 }
 

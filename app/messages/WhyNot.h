@@ -18,6 +18,9 @@ class WhyNot final {
 
  public:
   WhyNot() = delete;
+  /// What a control does, and under it why not.
+  static QString inToolTip(const QString& does, const QString& whyNot);
+
   static QString check(const WindowState& state);
   static QString sync(const WindowState& state) { return check(state); }
   static QString save(const WindowState& state);

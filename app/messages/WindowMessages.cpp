@@ -67,5 +67,5 @@ Message WindowMessages::logNotOpened() {
 }
 
 Message WindowMessages::settingsNotWritten() {
-  return {MessageKind::Warning, tr("The settings cannot be written, so that nothing is remembered.")};
+  return {MessageKind::Warning, tr("The settings cannot be written, and stay as they were.")};
 }

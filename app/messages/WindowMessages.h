@@ -26,5 +26,5 @@ class WindowMessages final {
   static Message gatheringCancelled();
   static Message logsNotGathered();
   static Message logNotOpened();
-  static Message settingsNotWritten();  ///< what was to be remembered is not
+  static Message settingsNotWritten();  ///< what was to be remembered or forgotten is not
 };

@@ -5,6 +5,8 @@
 #include <QStyleOptionToolButton>
 #include <QStylePainter>
 
+#include "app/messages/WhyNot.h"
+
 namespace {
 
 // All are drawn in a square of side 1.
@@ -93,8 +95,7 @@ void GlyphButton::setWhyNot(const QString& why) {
 
 void GlyphButton::showToolTip() {
   const QString name = accessibleName();
-  const QString tip = keys_.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys_);
-  setToolTip(whyNot_.isEmpty() ? tip : tip + u'\n' + whyNot_);
+  setToolTip(WhyNot::inToolTip(keys_.isEmpty() ? name : QStringLiteral("%1 (%2)").arg(name, keys_), whyNot_));
 }
 
 QSize GlyphButton::sizeHint() const {

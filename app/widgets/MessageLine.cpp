@@ -8,6 +8,7 @@
 #include <QStyle>
 #include <QStyleOptionFrame>
 
+#include "app/widgets/MenuFocus.h"
 #include "app/widgets/MessageSign.h"
 
 namespace {
@@ -39,9 +40,7 @@ class MessageText : public QLineEdit {
   }
   void focusOutEvent(QFocusEvent* event) override {
     QLineEdit::focusOutEvent(event);
-    // A menu needs the selection, and gives the focus back.
-    const bool toMenu = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason;
-    if (!toMenu) home(false);
+    if (!goesToMenu(*event)) home(false);
   }
 };
 

@@ -1,5 +1,7 @@
 #include "app/widgets/MessageSign.h"
 
+#include <QLineF>
+#include <QList>
 #include <QPainter>
 #include <QPainterPath>
 
@@ -26,34 +28,19 @@ QPainterPath shapeOf(MessageKind kind) {
   return path;
 }
 
-QPainterPath markOf(MessageKind kind) {
-  QPainterPath path;
+/// Points are short lines, which the ends of the pen make round.
+QList<QLineF> markOf(MessageKind kind) {
   switch (kind) {
     case MessageKind::Information:
-      path.moveTo(0.5, 0.26);
-      path.lineTo(0.5, 0.27);
-      path.moveTo(0.5, 0.48);
-      path.lineTo(0.5, 0.76);
-      break;
+      return {{0.5, 0.26, 0.5, 0.27}, {0.5, 0.48, 0.5, 0.76}};
     case MessageKind::Success:
-      path.moveTo(0.27, 0.52);
-      path.lineTo(0.44, 0.69);
-      path.lineTo(0.74, 0.33);
-      break;
+      return {{0.27, 0.52, 0.44, 0.69}, {0.44, 0.69, 0.74, 0.33}};
     case MessageKind::Warning:
-      path.moveTo(0.5, 0.37);
-      path.lineTo(0.5, 0.64);
-      path.moveTo(0.5, 0.82);
-      path.lineTo(0.5, 0.83);
-      break;
+      return {{0.5, 0.37, 0.5, 0.64}, {0.5, 0.82, 0.5, 0.83}};
     case MessageKind::Failure:
-      path.moveTo(0.31, 0.31);
-      path.lineTo(0.69, 0.69);
-      path.moveTo(0.69, 0.31);
-      path.lineTo(0.31, 0.69);
       break;
   }
-  return path;
+  return {{0.31, 0.31, 0.69, 0.69}, {0.69, 0.31, 0.31, 0.69}};
 }
 
 }  // namespace
@@ -97,6 +84,6 @@ void MessageSign::paintEvent(QPaintEvent* /*event*/) {
   painter.scale(side, side);
   painter.fillPath(shapeOf(*kind_), colorOf(*kind_, ground.lightness() < middle));
   constexpr double thickness = 0.12;
-  painter.setPen(QPen(ground, thickness, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  painter.drawPath(markOf(*kind_));
+  painter.setPen(QPen(ground, thickness, Qt::SolidLine, Qt::RoundCap));
+  painter.drawLines(markOf(*kind_));
 }

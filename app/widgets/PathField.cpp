@@ -1,19 +1,18 @@
 #include "app/widgets/PathField.h"
 
-#include <QFocusEvent>
+#include "app/widgets/MenuFocus.h"
+#include "app/widgets/PlainToolTip.h"
 
 PathField::PathField(QWidget* parent) : QLineEdit(parent) {
   connect(this, &QLineEdit::textChanged, this, [this](const QString& text) {
-    setToolTip(text);
+    setToolTip(plainToolTip(text));
     if (!hasFocus()) showEnd();
   });
 }
 
 void PathField::focusOutEvent(QFocusEvent* event) {
   QLineEdit::focusOutEvent(event);
-  // A menu needs the selection, and gives the focus back.
-  const bool toMenu = event->reason() == Qt::PopupFocusReason || event->reason() == Qt::MenuBarFocusReason;
-  if (!toMenu) showEnd();
+  if (!goesToMenu(*event)) showEnd();
 }
 
 void PathField::resizeEvent(QResizeEvent* event) {

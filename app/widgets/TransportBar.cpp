@@ -100,17 +100,22 @@ void TransportBar::toggleMute() {
   view_->setVolume(0);
 }
 
+void TransportBar::showPlayable(bool isPlayable) {
+  const QString whyNot = WhyNot::play(isPlayable);
+  for (GlyphButton* button : {stepBackButton, playButton, stepForwardButton}) {
+    button->setEnabled(isPlayable);
+    button->setWhyNot(whyNot);
+  }
+  scrubber->setEnabled(isPlayable);
+  scrubber->setToolTip(whyNot);
+}
+
+/// For every picture while the movie plays.
 void TransportBar::showPlayback() {
   const auto movie = view_->movie();
   const bool playable = movie && movie->duration().value > 0;
   const bool plays = movie && movie->rate() != 0;
-  const QString whyNot = WhyNot::play(playable);
-  for (GlyphButton* button : {stepBackButton, playButton, stepForwardButton}) {
-    button->setEnabled(playable);
-    button->setWhyNot(whyNot);
-  }
-  scrubber->setEnabled(playable);
-  scrubber->setToolTip(whyNot);
+  if (playable != scrubber->isEnabledTo(this)) showPlayable(playable);
   if (plays != (playButton->glyph() == Glyph::Pause)) {
     playButton->setGlyph(plays ? Glyph::Pause : Glyph::Play, (plays ? tr("%1: pause") : tr("%1: play")).arg(side_),
                          keyName(Qt::Key_Space));

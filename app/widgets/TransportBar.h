@@ -36,6 +36,7 @@ class TransportBar : public QWidget {
   void holdScrubber();
   void releaseScrubber();
   void toggleMute();
+  void showPlayable(bool isPlayable);
   void showPlayback();
 
   QVMovieView* view_;

@@ -278,4 +278,14 @@ TEST_F(Playheads, SayThatATypedTimecodeCannotBeReached) {
   EXPECT_EQ(destTimecode().text(), "01:00:01:00");
 }
 
+TEST_F(Playheads, SayNothingOfATimecodeThatIsReachedWhilePlaying) {
+  load(plainMovie(), longMovie());
+  destView().play(8);
+  type(destTimecode(), "00:00:20:00");
+  EXPECT_EQ(destView().movie()->rate(), 8);
+  EXPECT_EQ(said().text, "");
+  type(destTimecode(), "02:00:00:00");
+  EXPECT_EQ(said().text, "The movie does not reach to 02:00:00:00. This is where it begins or ends.");
+}
+
 }  // namespace

@@ -1,4 +1,5 @@
 #include <QAction>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
@@ -55,6 +56,14 @@ TEST_F(TheRecentPairs, AreThoseThatWereOpenTogetherNewestFirst) {
   EXPECT_EQ(menu().actions()[0]->toolTip(), "Source: " + plainMovie() + "\nDestination: " + darkerMovie());
 }
 
+TEST_F(TheRecentPairs, HaveToolTipsThatShowMarkupInNamesAsItIs) {
+  const QString source = copyOf(plainMovie(), "<b>a.mov");
+  load(source, retaggedMovie());
+  for (const QString& tip : {menu().actions()[0]->toolTip(), interface().source.filenameText->toolTip()}) {
+    EXPECT_TRUE(tip.contains("/&lt;b&gt;a.mov")) << tip.toStdString();
+  }
+}
+
 TEST_F(TheRecentPairs, AreOpenedFromTheMenu) {
   controller().applicationOpenFiles({plainMovie(), retaggedMovie()});
   controller().applicationOpenFiles({blackMovie(), darkerMovie()});
@@ -62,6 +71,19 @@ TEST_F(TheRecentPairs, AreOpenedFromTheMenu) {
   EXPECT_EQ(sourcePath(), plainMovie());
   EXPECT_EQ(destPath(), retaggedMovie());
   EXPECT_THAT(texts(), ElementsAre("&1 plain.mov → retagged.mov", "&2 black.mov → darker.mov"));
+}
+
+TEST_F(TheRecentPairs, AreFoundFromAnotherFolder) {
+  const QString source = copyOf(plainMovie(), "a.mov"), dest = copyOf(retaggedMovie(), "b.mov");
+  const QString before = QDir::currentPath();
+  ASSERT_TRUE(QDir::setCurrent(home_.path()));
+  load("a.mov", "./b.mov");
+  ASSERT_TRUE(QDir::setCurrent("/"));
+  load("/nowhere", "/nowhere");
+  choose("recentPair1");
+  EXPECT_EQ(sourcePath(), source);
+  EXPECT_EQ(QFileInfo(destPath()).canonicalFilePath(), dest);
+  ASSERT_TRUE(QDir::setCurrent(before));
 }
 
 TEST_F(TheRecentPairs, OutliveTheWindow) {
@@ -121,10 +143,10 @@ TEST_F(TheRecentPairs, SayThatTheyAreNotRemembered) {
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner));
   controller().applicationOpenFiles({plainMovie(), darkerMovie()});
   EXPECT_EQ(said(), Message(MessageKind::Warning,
-                            "The settings cannot be written, so that nothing is remembered. "
+                            "The settings cannot be written, and stay as they were. "
                             "Opened \"plain.mov\" as the source. Opened \"darker.mov\" as the destination."));
   choose("forgetPairs");
-  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, so that nothing is remembered."));
+  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, and stay as they were."));
   EXPECT_EQ(texts().size(), 1);
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }

@@ -1,3 +1,10 @@
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "movie/Movie.h"
@@ -92,6 +99,47 @@ TEST(MovieSave, ACopyWhoseFileWasSavedMeanwhileIsRefused) {
   EXPECT_EQ(outcome.error().reason(), "the file was changed on disk since it was loaded");
   EXPECT_EQ(gammaOf(*copy), 0x10000);
   EXPECT_FALSE(copy->canUpdateMovieFile());
+}
+
+/// Saves what takes a while to be written, and has something done to the file's name meanwhile.
+Result<SaveOutcome> savedDuring(Movie& movie, const std::function<void(const std::string& path)>& meanwhile) {
+  constexpr std::size_t large = std::size_t{16} << 20;
+  Media& media = movie.tracksOfMediaType(videoMedia)[0]->media();
+  ImageDescription description = *media.imageDescription(1);
+  EXPECT_EQ(description.setIccProfile(Bytes(large, 1)), noErr);
+  EXPECT_TRUE(media.setSampleDescription(1, description));
+  const std::string path = movie.path();
+  const auto before = std::filesystem::file_size(path);
+  const std::jthread other([&](const std::stop_token& saved) {
+    while (std::filesystem::file_size(path) == before && !saved.stop_requested())
+      std::this_thread::sleep_for(std::chrono::microseconds(100));
+    meanwhile(path);
+  });
+  return movie.updateMovieFile();
+}
+
+void expectUncertain(const Result<SaveOutcome>& outcome, const Movie& movie, const std::string& note) {
+  ASSERT_TRUE(outcome) << outcome.error().message();
+  EXPECT_TRUE(outcome->uncertain);
+  EXPECT_TRUE(movie.hasUnsavedChanges());
+  const auto begins = [&](const std::string& each) { return each.starts_with(note); };
+  EXPECT_TRUE(std::any_of(outcome->notes.begin(), outcome->notes.end(), begins)) << note;
+}
+
+TEST(MovieSave, IsUncertainWhereAnotherFileTookTheNameMeanwhile) {
+  const TemporaryFile file(movieFile()), other(movieFile());
+  auto movie = Movie::movieWithFile(file.path()).value();
+  const auto outcome =
+      savedDuring(*movie, [&](const std::string& path) { std::filesystem::rename(other.path(), path); });
+  expectUncertain(outcome, *movie, "Another file took the name of the movie");
+  EXPECT_TRUE(movie->standsAtItsPath());
+}
+
+TEST(MovieSave, IsUncertainWhereTheFileDoesNotOpenAgain) {
+  const TemporaryFile file(movieFile());
+  auto movie = Movie::movieWithFile(file.path()).value();
+  const auto outcome = savedDuring(*movie, [](const std::string& path) { std::filesystem::remove(path); });
+  expectUncertain(outcome, *movie, "The file was saved but does not open again.");
 }
 
 TEST(MovieSave, AnEmptyMovieCannotBeSaved) {

@@ -119,7 +119,7 @@ TEST_F(Preferences, GoOnWhereTheFileCannotBeWritten) {
   click();
   EXPECT_TRUE(analytics().isChecked());
   EXPECT_FALSE(QFileInfo::exists(file()));
-  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, so that nothing is remembered."));
+  EXPECT_EQ(said(), Message(MessageKind::Warning, "The settings cannot be written, and stay as they were."));
   ASSERT_TRUE(QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
 

@@ -82,6 +82,16 @@ TEST_F(SavingSheet, ShowsHowFarTheCopyIs) {
   EXPECT_EQ(sheetUp(), nullptr);
 }
 
+TEST_F(SavingSheet, NamesTheFileAsItIsWhateverIsInItsName) {
+  saveAsMeanwhile(home_.filePath("<b>a" + QString(100, 'x') + ".mov"), [&](QDialog& sheet) {
+    EXPECT_EQ(sheet.findChild<QLabel*>()->textFormat(), Qt::PlainText);
+    EXPECT_TRUE(textOf(sheet).startsWith("Saving <b>axxx")) << textOf(sheet).toStdString();
+    EXPECT_LT(textOf(sheet).size(), 100) << "the middle is left out";
+    letGo_ = true;
+  });
+  EXPECT_TRUE(letGo_);
+}
+
 TEST_F(SavingSheet, ComesUpAlsoOverACopyThatHasNotMovedYet) {
   controller().setCopyWriter([this](movie::Movie& movie, const std::string& path, const auto& progress) {
     while (!letGo_) std::this_thread::sleep_for(std::chrono::milliseconds(5));

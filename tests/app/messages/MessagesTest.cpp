@@ -289,7 +289,7 @@ TEST(Messages, TellWhatCameOfPagesAndSettings) {
       {WindowMessages::gatheringCancelled(), Information, "The gathering of logs was cancelled."},
       {WindowMessages::logsNotGathered(), Failure, "The logs were not gathered."},
       {WindowMessages::logNotOpened(), Failure, "The log was not opened."},
-      {WindowMessages::settingsNotWritten(), Warning, "The settings cannot be written, so that nothing is remembered."},
+      {WindowMessages::settingsNotWritten(), Warning, "The settings cannot be written, and stay as they were."},
   });
 }
 
@@ -322,6 +322,12 @@ TEST(Messages, ShowNamesInOneLineWhateverIsInThem) {
   for (const Row& row : rows) EXPECT_EQ(MessageWords::nameOf(row.path).toStdString(), row.shown);
   EXPECT_EQ(OpeningMessages::refused(onSource, "%1 %2.mov", problem(Reason::EmptyFile)).text.toStdString(),
             "\"%1 %2.mov\" cannot be opened as the source: the file is empty.");
+}
+
+TEST(Messages, LeaveOutWholeCharactersOfLongNames) {
+  const auto boards = [](qsizetype count) { return QString::fromUtf8("\U0001F3AC").repeated(count); };
+  EXPECT_EQ(MessageWords::nameOf("x" + boards(60)), "x" + boards(19) + "…" + boards(20));
+  EXPECT_EQ(MessageWords::nameOf(boards(60) + "x"), boards(20) + "…" + boards(19) + "x");
 }
 
 TEST(Messages, ShowTimesAsSomebodyWaitsForThem) {

@@ -117,6 +117,30 @@ TEST_F(Transport, IsOffWithoutAMovie) {
   sourceView().scrubTo(0.5);
 }
 
+TEST_F(Transport, TellsWhyItIsOffAndNothingOfItWhileItPlays) {
+  class Counted : public QObject {
+   public:
+    int toolTips = 0;
+    bool eventFilter(QObject* /*watched*/, QEvent* event) override {
+      toolTips += event->type() == QEvent::ToolTipChange ? 1 : 0;
+      return false;
+    }
+  } counted;
+  for (QWidget* each : {static_cast<QWidget*>(bar().stepForwardButton), static_cast<QWidget*>(bar().scrubber)}) {
+    each->installEventFilter(&counted);
+  }
+  sourceView().play(1);
+  ASSERT_TRUE(waitUntil([&] { return movie::secondsOf(sourceView().movie()->currentTime()) > 0.2; }));
+  EXPECT_EQ(counted.toolTips, 0);
+  controller().loadQTMovieWithPath("/nowhere", "source");
+  EXPECT_EQ(counted.toolTips, 2);
+  EXPECT_EQ(bar().scrubber->toolTip(), "There is no movie.");
+  EXPECT_EQ(bar().stepForwardButton->toolTip().section('\n', 1), "There is no movie.");
+  load(plainMovie(), retaggedMovie());
+  EXPECT_EQ(bar().scrubber->toolTip(), "");
+  EXPECT_EQ(bar().stepForwardButton->toolTip().section('\n', 1), "");
+}
+
 TEST_F(Transport, MutesAndComesBackToItsVolume) {
   sourceView().setVolume(0.6);
   QTest::mouseClick(bar().muteButton, Qt::LeftButton);
