@@ -17,9 +17,9 @@ set(LUMACHECK_MODULE_DIR lib/lumacheck)
 find_program(LUMACHECK_CCACHE ccache)
 if(LUMACHECK_CCACHE)
   # Presets and checkouts share what the cache holds: paths count from the folder of the sources, and precompiled headers
-  # by what is in them.
+  # by what is in them. The compiler itself tells which headers it read; the preprocessor would only run to learn that.
   set(CMAKE_CXX_COMPILER_LAUNCHER env
-    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
 endif()
 
 # Most of the time of a test would go into optimising GoogleTest: tests are compiled as they stand, and run a product that is
