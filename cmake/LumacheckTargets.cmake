@@ -41,13 +41,22 @@ endif()
 if(LUMACHECK_SANITIZERS)
   add_compile_options(-fsanitize=${LUMACHECK_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${LUMACHECK_SANITIZERS})
+  # Full of the sanitizers' checks, code takes long to optimise: only what works through bytes and pictures is, which are the
+  # rooms without Qt and what the fuzzers try. The rest waits, for people and for disks.
+  set(LUMACHECK_WORKING_OPTIONS -O1)
 endif()
 
 # lumacheck_fuzzed(TARGET): what the fuzzers try tells them which way it went. What -fsanitize=fuzzer-no-link stands for; that
 # itself would ask for precompiled headers of its own.
 function(lumacheck_fuzzed target)
   if(LUMACHECK_FUZZ)
-    target_compile_options(${target} PRIVATE -fsanitize-coverage=inline-8bit-counters,indirect-calls,trace-cmp,pc-table)
+    target_compile_options(${target} PRIVATE
+      ${LUMACHECK_WORKING_OPTIONS} -fsanitize-coverage=inline-8bit-counters,indirect-calls,trace-cmp,pc-table)
+    get_target_property(headers ${target} PRECOMPILE_HEADERS_REUSE_FROM)
+    if(NOT headers STREQUAL precompiled_library_standard)
+      # Those that come with Qt are not optimised.
+      set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+    endif()
   endif()
 endfunction()
 
