@@ -17,9 +17,9 @@ set(LUMACHECK_MODULE_DIR lib/lumacheck)
 find_program(LUMACHECK_CCACHE ccache)
 if(LUMACHECK_CCACHE)
   # Presets and checkouts share what the cache holds: paths count from the folder of the sources, and precompiled headers
-  # by what is in them.
+  # by what is in them. The compiler itself tells which headers it read; the preprocessor would only run to learn that.
   set(CMAKE_CXX_COMPILER_LAUNCHER env
-    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
+    CCACHE_BASEDIR=${PROJECT_SOURCE_DIR} CCACHE_DEPEND=1 CCACHE_SLOPPINESS=pch_defines,time_macros ${LUMACHECK_CCACHE})
 endif()
 
 # Most of the time of a test would go into optimising GoogleTest: tests are compiled as they stand, and run a product that is
@@ -41,13 +41,22 @@ endif()
 if(LUMACHECK_SANITIZERS)
   add_compile_options(-fsanitize=${LUMACHECK_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${LUMACHECK_SANITIZERS})
+  # Full of the sanitizers' checks, code takes long to optimise: only what works through bytes and pictures is, which are the
+  # rooms without Qt and what the fuzzers try. The rest waits, for people and for disks.
+  set(LUMACHECK_WORKING_OPTIONS -O1)
 endif()
 
 # lumacheck_fuzzed(TARGET): what the fuzzers try tells them which way it went. What -fsanitize=fuzzer-no-link stands for; that
 # itself would ask for precompiled headers of its own.
 function(lumacheck_fuzzed target)
   if(LUMACHECK_FUZZ)
-    target_compile_options(${target} PRIVATE -fsanitize-coverage=inline-8bit-counters,indirect-calls,trace-cmp,pc-table)
+    target_compile_options(${target} PRIVATE
+      ${LUMACHECK_WORKING_OPTIONS} -fsanitize-coverage=inline-8bit-counters,indirect-calls,trace-cmp,pc-table)
+    get_target_property(headers ${target} PRECOMPILE_HEADERS_REUSE_FROM)
+    if(NOT headers STREQUAL precompiled_library_standard)
+      # Those that come with Qt are not optimised.
+      set_target_properties(${target} PROPERTIES DISABLE_PRECOMPILE_HEADERS ON)
+    endif()
   endif()
 endfunction()
 

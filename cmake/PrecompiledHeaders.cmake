@@ -35,7 +35,8 @@ function(libraries_of result)
   set(${result} ${seen} PARENT_SCOPE)
 endfunction()
 
-# precompiled_headers_for(TARGET KIND libs...): gives a target those that what it links lets it have. KIND: library, test.
+# precompiled_headers_for(TARGET KIND libs...): gives a target those that what it links lets it have, and has it optimised as
+# they are. KIND: library, test.
 function(precompiled_headers_for target kind)
   libraries_of(libraries ${ARGN})
   if("Qt6::Widgets" IN_LIST libraries)
@@ -45,6 +46,9 @@ function(precompiled_headers_for target kind)
   else()
     set(which standard)
   endif()
+  if("${kind}_${which}" STREQUAL library_standard)
+    target_compile_options(${target} PRIVATE ${LUMACHECK_WORKING_OPTIONS})
+  endif()
   if(TARGET precompiled_${kind}_${which})
     target_precompile_headers(${target} REUSE_FROM precompiled_${kind}_${which})
   endif()
@@ -52,7 +56,7 @@ endfunction()
 
 add_custom_target(precompiled_headers)
 if(LUMACHECK_PRECOMPILED)
-  precompiled_headers(precompiled_library_standard HEADERS Standard.h)
+  precompiled_headers(precompiled_library_standard HEADERS Standard.h OPTIONS ${LUMACHECK_WORKING_OPTIONS})
   precompiled_headers(precompiled_library_core HEADERS QtCore.h LIBS Qt6::Core)
   if(TARGET Qt6::Widgets)
     precompiled_headers(precompiled_library_widgets HEADERS QtWidgets.h LIBS Qt6::Widgets)
