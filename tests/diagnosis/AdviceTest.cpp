@@ -66,6 +66,25 @@ TEST(Advice, IsATagWhereASyncWouldBeWrong) {
   EXPECT_EQ(actionOn(same, taggedSide(), profile), Action::TagDestination) << "a sync removes no profile";
 }
 
+TEST(Advice, IsNoSyncThatTakesTheMatrixAway) {
+  SideTags source = taggedSide(6), dest = taggedSide(6);
+  source.nclc->matrix = 2;
+  source.coded.matrix = 6;
+  dest.nclc = movie::NclcParameters{0, 2, 2, 6};
+  dest.primaries = dest.transferFunction = 2;
+  EXPECT_EQ(actionOn(same, source, dest), Action::TagDestination) << "BT.601 would be read as BT.709";
+  dest.coded.matrix = 6;
+  EXPECT_EQ(actionOn(same, source, dest), Action::Sync) << "the bitstream says it, too";
+}
+
+TEST(Advice, IsNoSyncThatChangesNothing) {
+  SideTags source = taggedSide(), dest = taggedSide();
+  source.nclc = dest.nclc = movie::NclcParameters{0, 2, 2, 1};
+  source.coded = {0, 1, 1, 1};
+  dest.primaries = dest.transferFunction = 2;
+  EXPECT_EQ(actionOn(same, source, dest), Action::TagDestination) << "what differs is in the bitstreams";
+}
+
 TEST(Advice, FollowsTheCause) {
   EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Codes}), Action::ExportAgain);
   EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Flags}), Action::TagDestination);
