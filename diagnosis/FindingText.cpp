@@ -3,8 +3,10 @@
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 
 #include "diagnosis/Advice.h"
+#include "diagnosis/Diagnosis.h"
 
 namespace diagnosis {
 namespace {
@@ -51,9 +53,12 @@ std::string matrixVerdict(const Cause& cause) {
 }
 
 std::string gainVerdict(const Cause& cause) {
-  return formatted("Brightness or contrast: the destination is %s, %.2f times the source %s %.0f codes.",
-                   cause.direction == Direction::Darker ? "darker" : "lighter", cause.gain.value_or(1),
-                   cause.offset.value_or(0) < 0 ? "minus" : "plus", std::abs(cause.offset.value_or(0)));
+  std::string text = formatted("Brightness or contrast: the destination is %s, %.2f times the source",
+                               cause.direction == Direction::Darker ? "darker" : "lighter", cause.gain.value_or(1));
+  const long offset = std::lround(cause.offset.value_or(0));
+  if (offset == 0) return text + ".";
+  return text + formatted(" %s %ld %s.", offset < 0 ? "minus" : "plus", std::labs(offset),
+                          std::labs(offset) == 1 ? "code" : "codes");
 }
 
 std::string verdictOf(const Cause& cause) {
@@ -82,12 +87,24 @@ std::string verdictOf(const Cause& cause) {
   return {};
 }
 
-std::string missingFrameVerdict() {
-  return "No verdict: a frame cannot be had.";
+std::string mainVerdict(const Finding& finding) {
+  const Cause& main = finding.main();
+  if (finding.inPlaces) return "The tone differs in places: they were graded, or something lies over them.";
+  if (main.kind == CauseKind::Different && finding.frames > 1) {
+    return "No verdict: the frames do not all show the same picture.";
+  }
+  return verdictOf(main);
 }
 
-std::string doubtfulVerdict(const Cause& cause) {
-  return "No verdict: it cannot be told surely what differs. The likeliest is: " + verdictOf(cause);
+std::string verdictSentences(const Finding& finding) {
+  if (finding.frames == 0) return "No verdict: a frame cannot be had.";
+  std::string text;
+  if (!isTold(finding) && finding.action == Action::CannotTell) {
+    text = "No verdict: it cannot be told surely what differs. The likeliest is: ";
+  }
+  text += mainVerdict(finding);
+  for (std::size_t i = 1; i < finding.causes.size(); ++i) addSentence(text, verdictOf(finding.causes[i]));
+  return text;
 }
 
 // --- What speaks for it
@@ -109,11 +126,23 @@ std::string placementSentence(const Correspondence& correspondence) {
   return "The destination's picture is " + how + "; it was compared with the part of the source that it shows.";
 }
 
+/// "One of them differs", "2 of them differ".
+std::string countOf(int frames, const char* one, const char* several) {
+  return frames == 1 ? std::string("One of them ") + one : formatted("%d of them %s", frames, several);
+}
+
 std::string framesSentence(const Finding& finding) {
   if (finding.frames < 2) return {};
   std::string text = formatted("%d frames were compared.", finding.frames);
+  if (finding.darkFrames > 0) {
+    addSentence(text, countOf(finding.darkFrames, "is", "are") + " left out, since the source is too dark there.");
+  }
   if (finding.unmatchedFrames > 0) {
-    addSentence(text, formatted("%d of them do not show the same picture.", finding.unmatchedFrames));
+    addSentence(text, countOf(finding.unmatchedFrames, "does", "do") + " not show the same picture.");
+  }
+  if (finding.differingFrames > 0) {
+    addSentence(text, countOf(finding.differingFrames, "differs", "differ") +
+                          ", and all together do not: this is about the one that differs most.");
   }
   return text;
 }
@@ -122,8 +151,12 @@ std::string differenceSentence(const Finding& finding) {
   const Cause& main = finding.main();
   if (main.kind == CauseKind::Identical || !isTold(finding)) return {};
   if (main.kind == CauseKind::Same) {
-    return formatted("The pictures differ by %.1f codes of 8 bits, which is what an encoder leaves.",
-                     finding.difference);
+    return formatted("The pictures differ by %.1f codes of 8 bits, which is what %s.", finding.difference,
+                     finding.difference <= defaultTolerance ? "an encoder leaves" : "the tolerance allows");
+  }
+  // The one is a mean over samples, the other one over colors: it may be more where little of the difference is undone.
+  if (main.residual >= finding.difference) {
+    return formatted("The pictures differ by %.1f codes of 8 bits.", finding.difference);
   }
   return formatted("The pictures differ by %.1f codes of 8 bits; with that undone, by %.1f.", finding.difference,
                    main.residual);
@@ -180,7 +213,9 @@ std::string usualExponent(double exponent) {
   return {};
 }
 
-std::string exportAdvice(const Cause& main) {
+std::string exportAdvice(const Finding& finding) {
+  const Cause& main = finding.main();
+  if (finding.inPlaces) return "Export again, without what was done to parts of the picture.";
   switch (main.kind) {
     case CauseKind::Power: {
       std::string text = "Export again, without a gamma conversion.";
@@ -211,11 +246,11 @@ std::string adviceOf(const Finding& finding) {
                    "reach it."
                  : "Tag the destination as it is: copying the source's tags would not make them right.";
     case Action::ExportAgain:
-      return exportAdvice(finding.main());
+      return exportAdvice(finding);
     case Action::ChooseAnotherFrame:
-      return finding.main().kind == CauseKind::Different
-                 ? "Place both playheads at the same picture, or choose another frame."
-                 : "Choose another frame, with more in it.";
+      if (finding.main().kind != CauseKind::Different) return "Choose another frame, with more in it.";
+      return finding.frames > 1 ? "Compare movies that begin with the same picture and have the same cuts."
+                                : "Place both playheads at the same picture, or choose another frame.";
     case Action::CannotTell:
       return "Choose another frame, or compare several.";
   }
@@ -226,11 +261,7 @@ std::string adviceOf(const Finding& finding) {
 
 FindingText textOf(const Finding& finding) {
   FindingText text;
-  const bool doubtful = !isTold(finding) && finding.action == Action::CannotTell;
-  text.verdict = finding.frames == 0 ? missingFrameVerdict()
-                 : doubtful          ? doubtfulVerdict(finding.main())
-                                     : verdictOf(finding.main());
-  for (std::size_t i = 1; i < finding.causes.size(); ++i) addSentence(text.verdict, verdictOf(finding.causes[i]));
+  text.verdict = verdictSentences(finding);
   text.why = whyOf(finding);
   text.advice =
       finding.frames == 0 ? "Choose another frame, or look into why this one cannot be had." : adviceOf(finding);
