@@ -63,8 +63,20 @@ JsonValue placementJson(const diagnosis::Placement& placement) {
           {"dest", regionJson(placement.dest)}};
 }
 
-const char* rangeName(const diagnosis::SideTags& tags) {
-  return tags.range == diagnosis::SampleRange::Full ? "full" : "video";
+/// What is in force is known of pictures only.
+JsonValue rangesJson(const diagnosis::Finding& finding) {
+  const auto name = [&](const diagnosis::SideTags& tags) {
+    if (finding.frames == 0) return JsonValue();
+    return JsonValue(tags.range == diagnosis::SampleRange::Full ? "full" : "video");
+  };
+  return {{"source", name(finding.tags.source)}, {"dest", name(finding.tags.dest)}};
+}
+
+JsonValue matricesJson(const diagnosis::Finding& finding) {
+  const auto index = [&](const diagnosis::SideTags& tags) {
+    return finding.frames == 0 ? JsonValue() : JsonValue(tags.matrixInForce);
+  };
+  return {{"source", index(finding.tags.source)}, {"dest", index(finding.tags.dest)}};
 }
 
 }  // namespace
@@ -74,18 +86,19 @@ JsonValue findingJson(const diagnosis::Finding& finding) {
   for (const diagnosis::Cause& cause : finding.causes) causes.push_back(causeJson(cause));
   for (const auto& [source, dest] : finding.curve) curve.push_back(JsonValue::array({number(source), number(dest)}));
   const diagnosis::FindingText text = diagnosis::textOf(finding);
-  const diagnosis::TagComparison& tags = finding.tags;
   return {{"causes", causes},
           {"correspondence",
            {{"score", number(finding.correspondence.score)},
             {"placement", placementJson(finding.correspondence.placement)},
             {"same", finding.correspondence.same}}},
-          {"ranges", {{"source", rangeName(tags.source)}, {"dest", rangeName(tags.dest)}}},
-          {"matrices", {{"source", tags.source.matrixInForce}, {"dest", tags.dest.matrixInForce}}},
+          {"ranges", rangesJson(finding)},
+          {"matrices", matricesJson(finding)},
           {"identicalSamples", finding.identicalSamples},
           {"difference", number(finding.difference)},
           {"frames", finding.frames},
+          {"darkFrames", finding.darkFrames},
           {"unmatchedFrames", finding.unmatchedFrames},
+          {"differingFrames", finding.differingFrames},
           {"curve", curve},
           {"advice", {{"action", nameOf(finding.action, actionNames)}, {"text", text.advice}}},
           {"text", text.verdict}};

@@ -142,7 +142,8 @@ Cause gainCause(const GainFit& fit, const ColorEvidence& evidence) {
     const bool flagged = direction == flaggedDirection(evidence) && evidence.source.model == evidence.dest.model;
     return {.kind = CauseKind::Range, .direction = direction, .where = flagged ? Where::Flags : Where::Codes};
   }
-  if (isSaturation(fit)) return {.kind = CauseKind::Tone};
+  const bool inverted = fit.gain <= 0;
+  if (inverted || isSaturation(fit)) return {.kind = CauseKind::Tone};
 
   Cause cause{.kind = CauseKind::Gain, .gain = fit.gain, .offset = lumaCodes * fit.offset};
   const double middle = fit.gain * 0.5 + fit.offset - 0.5;

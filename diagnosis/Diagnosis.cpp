@@ -7,6 +7,7 @@
 #include "diagnosis/Advice.h"
 #include "diagnosis/CauseFit.h"
 #include "diagnosis/Causes.h"
+#include "diagnosis/LocalChange.h"
 #include "diagnosis/PlacementSearch.h"
 #include "diagnosis/Strata.h"
 
@@ -30,13 +31,23 @@ bool areIdentical(const movie::Picture& source, const movie::Picture& dest) {
          source.planes == dest.planes;
 }
 
-/// What the frames of a question have in common.
-struct Evidence {
+/// A pair that shows the same picture: what became of its colours, and of its places.
+struct MatchedFrame {
   StrataBuilder strata;
-  Correspondence best;
+  double changeByPlace = 0;
+};
+
+/// What the frames of a question are.
+struct Evidence {
+  std::vector<MatchedFrame> matched;
+  Correspondence best, bestUnmatched;
   int frames = 0, dark = 0, unmatched = 0, flat = 0;
   bool identical = false;  ///< the samples of all frames
 };
+
+void keepBetter(Correspondence& best, const Correspondence& found) {
+  if (found.score >= best.score) best = found;
+}
 
 void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix) {
   ++evidence.frames;
@@ -52,17 +63,18 @@ void look(Evidence& evidence, const FramePair& pair, const Question& question, s
   Signal dest = signalOf(*pair.dest, question.dest, matrix);
   const PlacementFit fit = findPlacement(source, dest);
   const bool whole = fit.placement.source == Region();
-  const bool same = fit.explained >= (whole ? samePictureExplained : samePartExplained);
-  const Correspondence found{fit.explained, fit.placement, same};
-  if (found.score > evidence.best.score) evidence.best = found;
-  if (!same) {
+  if (fit.explained < (whole ? samePictureExplained : samePartExplained)) {
     const ToneFit tone = fitTone(source.luma(), dest.luma());
     const bool flat = tone.sourceDeviation < leastDeviation && tone.destDeviation < leastDeviation;
     ++(flat ? evidence.flat : evidence.unmatched);
+    keepBetter(evidence.bestUnmatched, {fit.explained, fit.placement, false});
     return;
   }
-  const AlignedPair aligned_ = aligned(std::move(source), std::move(dest), fit.placement);
-  evidence.strata.add(aligned_.source, aligned_.dest);
+  keepBetter(evidence.best, {fit.explained, fit.placement, true});
+  const Blocks blocks = blocksOf(aligned(std::move(source), std::move(dest), fit.placement));
+  MatchedFrame& frame = evidence.matched.emplace_back();
+  frame.strata.add(blocks);
+  frame.changeByPlace = changeByPlace(blocks);
 }
 
 /// The destination's matrix, of an RGB one the source's: its luma is what both sides are compared by.
@@ -83,21 +95,99 @@ Cause withoutNumber(CauseKind kind, double confidence) {
   return {.kind = kind, .confidence = confidence};
 }
 
-/// What can be said without looking at colours, if anything.
+/// What can be said without looking at colours, if anything. Other pictures are told where they are most of them.
 std::optional<Cause> plainCause(const Evidence& evidence) {
   if (evidence.dark == evidence.frames) return withoutNumber(CauseKind::Dark, 0.99);
   const int bright = evidence.frames - evidence.dark;
   if (evidence.flat == bright) return withoutNumber(CauseKind::Unreadable, 0.99);
-  if (evidence.unmatched + evidence.flat == bright) {
-    return withoutNumber(CauseKind::Different, differentConfidence(evidence.best.score));
+  if (2 * evidence.unmatched > bright - evidence.flat) {
+    return withoutNumber(CauseKind::Different, differentConfidence(evidence.bestUnmatched.score));
   }
   return std::nullopt;
+}
+
+/// What frames that show the same pictures tell together.
+struct Told {
+  std::vector<Cause> causes;
+  std::vector<CurvePoint> curve;
+  double difference = 0;
+  bool inPlaces = false;  ///< only places of the pictures differ
+};
+
+/// What is the same as a whole, but not in places of it: no cause does that.
+void tellPlaces(Told& told, double changeByPlace, double tolerance) {
+  const double confidence = 1 / (1 + std::exp(-1 - 2 * (changeByPlace - tolerance)));
+  told.causes = {{.kind = CauseKind::Tone, .confidence = confidence, .residual = changeByPlace}};
+  told.difference = changeByPlace;
+  told.inPlaces = true;
+}
+
+double differenceOf(const MatchedFrame& frame, const ComparedIn& space) {
+  return std::max(differenceOf(withinRgb(frame.strata.strata(), space.matrix)), frame.changeByPlace);
+}
+
+Told toldOf(const std::vector<MatchedFrame>& frames, const Question& question, const ComparedIn& space,
+            bool identical) {
+  StrataBuilder all;
+  for (const MatchedFrame& frame : frames) all.add(frame.strata);
+  const std::vector<Stratum> strata = withinRgb(all.strata(), space.matrix);
+  Told told;
+  told.difference = differenceOf(strata);
+  told.curve = fitTone(all.calmSource(), all.calmDest()).curve;
+  told.causes =
+      causesOf({strata, question.source, question.dest, space, question.tolerance, told.difference, identical});
+  return told;
+}
+
+/// Frames whose colours are the same together need not be so place by place, nor each alone: the one that differs most
+/// is told of.
+void lookAtEachFrame(Finding& finding, Told& told, const Evidence& evidence, const Question& question,
+                     const ComparedIn& space) {
+  const auto isSame = [&] { return told.causes.front().kind == CauseKind::Same; };
+  if (!isSame()) return;
+  const bool several = evidence.matched.size() > 1;
+  double most = question.tolerance;
+  const MatchedFrame* worst = nullptr;
+  for (const MatchedFrame& frame : evidence.matched) {
+    const double difference = several ? differenceOf(frame, space) : frame.changeByPlace;
+    if (several && difference > question.tolerance) ++finding.differingFrames;
+    if (difference > most) most = difference, worst = &frame;
+  }
+  if (worst == nullptr) return;
+  if (several) told = toldOf({*worst}, question, space, false);
+  if (isSame()) tellPlaces(told, worst->changeByPlace, question.tolerance);
+}
+
+/// Other pictures: no number is meant.
+void tellDifferent(Finding& finding, const Correspondence& correspondence, double confidence) {
+  finding.causes = {withoutNumber(CauseKind::Different, confidence)};
+  finding.correspondence = correspondence;
+  finding.correspondence.same = false;
+  finding.curve.clear();
+  finding.difference = 0;
+  finding.differingFrames = 0;
+  finding.inPlaces = false;
 }
 
 /// A part of one picture that only looks like the other: its colours have nothing to do with each other.
 bool isPlacedByChance(const Finding& finding) {
   constexpr double unrelatedCodes = 5;
   return !finding.correspondence.placement.isPlain() && finding.main().residual > unrelatedCodes;
+}
+
+void tellColors(Finding& finding, const Evidence& evidence, const Question& question, const ComparedIn& space) {
+  Told told = toldOf(evidence.matched, question, space, evidence.identical);
+  lookAtEachFrame(finding, told, evidence, question, space);
+  finding.causes = std::move(told.causes);
+  finding.curve = std::move(told.curve);
+  finding.difference = told.difference;
+  finding.inPlaces = told.inPlaces;
+  finding.correspondence = evidence.best;
+  if (isPlacedByChance(finding)) return tellDifferent(finding, evidence.best, 0.6);
+  // Some of the destination shows something else, whatever the rest is.
+  if (finding.main().kind == CauseKind::Same && evidence.unmatched > 0) {
+    tellDifferent(finding, evidence.bestUnmatched, differentConfidence(evidence.bestUnmatched.score));
+  }
 }
 
 }  // namespace
@@ -111,20 +201,16 @@ Finding diagnose(const Question& question) {
 
   Finding finding;
   finding.tags = compareTags(question.source, question.dest);
-  finding.correspondence = evidence.best;
   finding.frames = evidence.frames;
+  finding.darkFrames = evidence.dark;
   finding.unmatchedFrames = evidence.unmatched;
   finding.identicalSamples = evidence.identical;
   if (const std::optional<Cause> cause = plainCause(evidence)) {
     finding.causes = {*cause};
+    finding.correspondence = evidence.bestUnmatched;
   } else {
-    const std::vector<Stratum> strata = withinRgb(evidence.strata.strata(), space.matrix);
-    finding.difference = differenceOf(strata);
-    finding.curve = fitTone(evidence.strata.calmSource(), evidence.strata.calmDest()).curve;
-    finding.causes = causesOf(
-        {strata, question.source, question.dest, space, question.tolerance, finding.difference, evidence.identical});
+    tellColors(finding, evidence, question, space);
   }
-  if (isPlacedByChance(finding)) finding.causes = {withoutNumber(CauseKind::Different, 0.6)};
   finding.action = actionFor(finding);
   return finding;
 }

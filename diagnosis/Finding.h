@@ -64,11 +64,17 @@ struct Finding {
   Correspondence correspondence;
   TagComparison tags;
   bool identicalSamples = false;
-  double difference =
-      0;  ///< between the pictures as they are meant, a root mean square over colours, in codes of 8 bits
+  /// Between the pictures as they are meant, in codes of 8 bits: a root mean square over colours, or over the places
+  /// where only places differ.
+  double difference = 0;
+  bool inPlaces = false;  ///< the colours are the same as a whole, but not in places
   std::vector<CurvePoint> curve;
   int frames = 0;           ///< pairs that were looked at
+  int darkFrames = 0;       ///< those of them that were left out, since the source is too dark
   int unmatchedFrames = 0;  ///< those of them that do not show the same picture
+  /// Where all together are the same: those of them that are not so alone. The causes are then of the one that differs
+  /// most.
+  int differingFrames = 0;
   Action action = Action::CannotTell;
 
   const Cause& main() const { return causes.front(); }

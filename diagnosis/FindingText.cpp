@@ -5,6 +5,7 @@
 #include <initializer_list>
 
 #include "diagnosis/Advice.h"
+#include "diagnosis/Diagnosis.h"
 
 /// Marks a text for the tools that gather what is to be translated.
 #define TR(context, text) text
@@ -81,14 +82,19 @@ const char* matrixVerdict(const Cause& cause) {
              : TR("FindingText", "Matrix error: the destination's colors were converted with the wrong Y'CbCr matrix.");
 }
 
+std::string offsetClause(double offset, const Words& words) {
+  const double codes = std::round(std::abs(offset));
+  if (codes == 0) return {};
+  const std::string number = words.number(codes, 0);
+  if (codes == 1) return words(offset < 0 ? TR("FindingText", " minus 1 code") : TR("FindingText", " plus 1 code"));
+  return words(offset < 0 ? TR("FindingText", " minus %1 codes") : TR("FindingText", " plus %1 codes"), {number});
+}
+
 std::string gainVerdict(const Cause& cause, const Words& words) {
-  const double offset = cause.offset.value_or(0);
-  return words(
-      cause.direction == Direction::Darker
-          ? TR("FindingText", "Brightness or contrast: the destination is darker, %1 times the source %2 %3 codes.")
-          : TR("FindingText", "Brightness or contrast: the destination is lighter, %1 times the source %2 %3 codes."),
-      {words.number(cause.gain.value_or(1), 2),
-       words(offset < 0 ? TR("FindingText", "minus") : TR("FindingText", "plus")), words.number(std::abs(offset), 0)});
+  return words(cause.direction == Direction::Darker
+                   ? TR("FindingText", "Brightness or contrast: the destination is darker, %1 times the source%2.")
+                   : TR("FindingText", "Brightness or contrast: the destination is lighter, %1 times the source%2."),
+               {words.number(cause.gain.value_or(1), 2), offsetClause(cause.offset.value_or(0), words)});
 }
 
 std::string verdictOf(const Cause& cause, const Words& words) {
@@ -118,10 +124,21 @@ std::string verdictOf(const Cause& cause, const Words& words) {
   return {};
 }
 
+std::string mainVerdict(const Finding& finding, const Words& words) {
+  const Cause& main = finding.main();
+  if (finding.inPlaces) {
+    return words(TR("FindingText", "The tone differs in places: they were graded, or something lies over them."));
+  }
+  if (main.kind == CauseKind::Different && finding.frames > 1) {
+    return words(TR("FindingText", "No verdict: the frames do not all show the same picture."));
+  }
+  return verdictOf(main, words);
+}
+
 std::string wholeVerdict(const Finding& finding, const Words& words) {
   if (finding.frames == 0) return words(TR("FindingText", "No verdict: a frame cannot be had."));
   const bool doubtful = !isTold(finding) && finding.action == Action::CannotTell;
-  std::string text = verdictOf(finding.main(), words);
+  std::string text = mainVerdict(finding, words);
   if (doubtful) {
     text = words(TR("FindingText", "No verdict: it cannot be told surely what differs. The likeliest is: %1"), {text});
   }
@@ -137,8 +154,15 @@ std::string differenceSentence(const Finding& finding, const Words& words) {
   if (main.kind == CauseKind::Identical || !isTold(finding)) return {};
   const std::string difference = words.number(finding.difference, 1);
   if (main.kind == CauseKind::Same) {
-    return words(TR("FindingText", "The pictures differ by %1 codes of 8 bits, which is what an encoder leaves."),
-                 {difference});
+    return words(
+        finding.difference <= defaultTolerance
+            ? TR("FindingText", "The pictures differ by %1 codes of 8 bits, which is what an encoder leaves.")
+            : TR("FindingText", "The pictures differ by %1 codes of 8 bits, which is what the tolerance allows."),
+        {difference});
+  }
+  // The one is a mean over samples, the other one over colors: it may be more where little of the difference is undone.
+  if (main.residual >= finding.difference) {
+    return words(TR("FindingText", "The pictures differ by %1 codes of 8 bits."), {difference});
   }
   return words(TR("FindingText", "The pictures differ by %1 codes of 8 bits; with that undone, by %2."),
                {difference, words.number(main.residual, 1)});
@@ -160,12 +184,34 @@ std::string placementSentence(const Correspondence& correspondence, const Words&
       {how});
 }
 
+/// `one` for a single frame, else `several` with their number.
+std::string ofFrames(int frames, const char* one, const char* several, const Words& words) {
+  return frames == 1 ? words(one) : words(several, {words.number(frames, 0)});
+}
+
 std::string framesSentence(const Finding& finding, const Words& words) {
   if (finding.frames < 2) return {};
   std::string text = words(TR("FindingText", "%1 frames were compared."), {words.number(finding.frames, 0)});
+  if (finding.darkFrames > 0) {
+    addSentence(
+        text,
+        ofFrames(finding.darkFrames, TR("FindingText", "One of them is left out, since the source is too dark there."),
+                 TR("FindingText", "%1 of them are left out, since the source is too dark there."), words));
+  }
   if (finding.unmatchedFrames > 0) {
-    addSentence(text, words(TR("FindingText", "%1 of them do not show the same picture."),
-                            {words.number(finding.unmatchedFrames, 0)}));
+    addSentence(text,
+                ofFrames(finding.unmatchedFrames, TR("FindingText", "One of them does not show the same picture."),
+                         TR("FindingText", "%1 of them do not show the same picture."), words));
+  }
+  if (finding.differingFrames > 0) {
+    addSentence(text, ofFrames(finding.differingFrames,
+                               TR("FindingText",
+                                  "One of them differs, and all together do not: this is about the one that differs "
+                                  "most."),
+                               TR("FindingText",
+                                  "%1 of them differ, and all together do not: this is about the one that differs "
+                                  "most."),
+                               words));
   }
   return text;
 }
@@ -223,7 +269,11 @@ std::string usualExponent(double exponent, const Words& words) {
   return {};
 }
 
-std::string exportAdvice(const Cause& main, const Words& words) {
+std::string exportAdvice(const Finding& finding, const Words& words) {
+  const Cause& main = finding.main();
+  if (finding.inPlaces) {
+    return words(TR("FindingText", "Export again, without what was done to parts of the picture."));
+  }
   switch (main.kind) {
     case CauseKind::Power: {
       std::string text = words(TR("FindingText", "Export again, without a gamma conversion."));
@@ -266,11 +316,14 @@ std::string adviceOf(const Finding& finding, const Words& words) {
                        : TR("FindingText",
                             "Tag the destination as it is: copying the source's tags would not make them right."));
     case Action::ExportAgain:
-      return exportAdvice(finding.main(), words);
+      return exportAdvice(finding, words);
     case Action::ChooseAnotherFrame:
-      return words(finding.main().kind == CauseKind::Different
-                       ? TR("FindingText", "Place both playheads at the same picture, or choose another frame.")
-                       : TR("FindingText", "Choose another frame, with more in it."));
+      if (finding.main().kind != CauseKind::Different) {
+        return words(TR("FindingText", "Choose another frame, with more in it."));
+      }
+      return words(finding.frames > 1
+                       ? TR("FindingText", "Compare movies that begin with the same picture and have the same cuts.")
+                       : TR("FindingText", "Place both playheads at the same picture, or choose another frame."));
     case Action::CannotTell:
       return words(TR("FindingText", "Choose another frame, or compare several."));
   }

@@ -5,32 +5,11 @@
 #include <cmath>
 #include <cstdint>
 
-#include "diagnosis/ToneCurve.h"
-
 namespace diagnosis {
 namespace {
 
-/// Samples across and down that are taken together.
-constexpr int blockSide = 4;
-/// The calmest blocks are taken until there are so many of all, and all whose luma keeps within these codes of 8 bits.
-constexpr double calmShare = 0.3, calmCodes = 4;
-
 constexpr int lumaBins = 24, chromaBins = 13;
 constexpr std::size_t fewest = 4, most = 100;
-
-/// How far luma moves within each block of a signal that has become `blocks`: the mean distance from the block's mean.
-std::vector<float> activityOf(const Signal& signal, const Signal& blocks) {
-  Signal distances{signal.width, signal.height, {std::vector<float>(signal.size()), {}, {}}};
-  for (std::size_t y = 0, at = 0; y < static_cast<std::size_t>(signal.height); ++y) {
-    const std::size_t row = y * static_cast<std::size_t>(blocks.height) / static_cast<std::size_t>(signal.height) *
-                            static_cast<std::size_t>(blocks.width);
-    for (std::size_t x = 0; x < static_cast<std::size_t>(signal.width); ++x, ++at) {
-      const std::size_t column = x * static_cast<std::size_t>(blocks.width) / static_cast<std::size_t>(signal.width);
-      distances.planes[0][at] = std::abs(signal.luma()[at] - blocks.luma()[row + column]);
-    }
-  }
-  return reduced(distances, blocks.width, blocks.height).planes[0];
-}
 
 std::size_t binOf(float value, float low, float high, int bins) {
   return static_cast<std::size_t>(
@@ -44,24 +23,6 @@ std::size_t lumaBin(float luma) {
 std::size_t cellOf(float luma, float pb, float pr) {
   return (lumaBin(luma) * chromaBins + binOf(pb, -0.5F, 0.5F, chromaBins)) * chromaBins +
          binOf(pr, -0.5F, 0.5F, chromaBins);
-}
-
-/// For each level of luma the activity up to which blocks are taken: highlights are restless, and rare.
-using LevelLimits = std::array<float, lumaBins>;
-
-LevelLimits calmLimits(const Signal& blocks, const std::vector<float>& activity) {
-  std::array<std::vector<float>, lumaBins> byLevel;
-  for (std::size_t i = 0; i < activity.size(); ++i) byLevel[lumaBin(blocks.luma()[i])].push_back(activity[i]);
-  LevelLimits limits{};
-  for (std::size_t level = 0; level < byLevel.size(); ++level) {
-    std::vector<float>& values = byLevel[level];
-    limits[level] = static_cast<float>(calmCodes / lumaCodes);
-    if (values.empty()) continue;
-    const auto place = values.begin() + static_cast<std::ptrdiff_t>(calmShare * static_cast<double>(values.size()));
-    std::nth_element(values.begin(), place, values.end());
-    limits[level] = std::max(limits[level], *place);
-  }
-  return limits;
 }
 
 /// The mean of what lies near the median. Sorts.
@@ -86,19 +47,24 @@ double robustMean(std::vector<float>& values) {
 
 }  // namespace
 
-void StrataBuilder::add(const Signal& source, const Signal& dest) {
-  const int width = std::max(1, source.width / blockSide), height = std::max(1, source.height / blockSide);
-  const Signal sourceBlocks = reduced(source, width, height), destBlocks = reduced(dest, width, height);
-  const std::vector<float> activity = activityOf(source, sourceBlocks);
-  const LevelLimits limits = calmLimits(sourceBlocks, activity);
-  const std::vector<bool> covered = coveredSamples(sourceBlocks, destBlocks);
-  for (std::size_t at = 0; at < activity.size(); ++at) {
-    if (activity[at] > limits[lumaBin(sourceBlocks.luma()[at])] || covered[at]) continue;
-    activity_.push_back(activity[at]);
+void StrataBuilder::add(const Blocks& blocks) {
+  for (std::size_t at = 0; at < blocks.activity.size(); ++at) {
+    if (!blocks.calm[at] || blocks.covered[at]) continue;
+    activity_.push_back(blocks.activity[at]);
     for (std::size_t plane = 0; plane < 3; ++plane) {
-      calm_[0][plane].push_back(sourceBlocks.planes[plane][at]);
-      calm_[1][plane].push_back(destBlocks.planes[plane][at]);
+      calm_[0][plane].push_back(blocks.source.planes[plane][at]);
+      calm_[1][plane].push_back(blocks.dest.planes[plane][at]);
     }
+  }
+}
+
+void StrataBuilder::add(const StrataBuilder& other) {
+  const auto append = [](std::vector<float>& to, const std::vector<float>& from) {
+    to.insert(to.end(), from.begin(), from.end());
+  };
+  append(activity_, other.activity_);
+  for (const std::size_t side : {0U, 1U}) {
+    for (std::size_t plane = 0; plane < 3; ++plane) append(calm_[side][plane], other.calm_[side][plane]);
   }
 }
 

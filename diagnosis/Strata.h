@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "diagnosis/Blocks.h"
 #include "diagnosis/Signal.h"
 
 namespace diagnosis {
@@ -18,7 +19,8 @@ struct Stratum {
 /// mean says less of what became of samples that lie far from it.
 class StrataBuilder {
  public:
-  void add(const Signal& source, const Signal& dest);
+  void add(const Blocks& blocks);
+  void add(const StrataBuilder& other);
 
   /// Means of each colour with enough samples; the destination's without outliers, such as a subtitle's.
   std::vector<Stratum> strata() const;

@@ -63,6 +63,26 @@ SampleRange rangeInForce(const movie::Picture& picture) {
   return picture.model == movie::PictureModel::YCbCr ? SampleRange::Video : SampleRange::Full;
 }
 
+/// What follows from the NCLC record and the bitstream.
+void setCodes(SideTags& tags) {
+  const movie::NclcParameters stated = tags.nclc.value_or(movie::NclcParameters{0, 2, 2, 2});
+  tags.primaries = statedOr(stated.primaries, tags.coded.primaries);
+  tags.transferFunction = statedOr(stated.transferFunction, tags.coded.transferFunction);
+  tags.matrix = statedOr(stated.matrix, tags.coded.matrix);
+  const bool hasMatrix = tags.model == movie::PictureModel::YCbCr;
+  tags.matrixInForce =
+      hasMatrix ? matrixMeaning(movie::matrixIndexInForce(tags.nclc, tags.coded.matrix, tags.codedHeight)) : 0;
+}
+
+/// Primaries and transfer functions of standard video, which is what players take for silence.
+bool isUsualPrimaries(std::uint16_t code) {
+  return code >= 1 && code <= 7;
+}
+
+bool isUsualTransferFunction(std::uint16_t code) {
+  return (code >= 1 && code <= 7) || (code >= 11 && code <= 15);
+}
+
 }  // namespace
 
 SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture& picture) {
@@ -70,16 +90,13 @@ SideTags tagsOf(const movie::ImageDescription& description, const movie::Picture
   tags.gamma = description.gamma();
   tags.nclc = description.nclc();
   tags.iccProfile = description.iccProfile();
-  const movie::NclcParameters stated = tags.nclc.value_or(movie::NclcParameters{2, 2, 2});
-  tags.primaries = statedOr(stated.primaries, picture.primaries);
-  tags.transferFunction = statedOr(stated.transferFunction, picture.transferFunction);
-  tags.matrix = statedOr(stated.matrix, picture.matrix);
+  tags.coded = {0, picture.primaries, picture.transferFunction, picture.matrix};
   tags.model = picture.model;
   tags.depth = picture.depth;
   tags.statedRange = picture.range;
   tags.range = rangeInForce(picture);
-  const bool hasMatrix = picture.model == movie::PictureModel::YCbCr;
-  tags.matrixInForce = hasMatrix ? matrixMeaning(movie::matrixIndexInForce(tags.nclc, picture)) : 0;
+  tags.codedHeight = picture.codedHeight;
+  setCodes(tags);
   return tags;
 }
 
@@ -87,12 +104,23 @@ bool sameMeaning(const SideTags& source, const SideTags& dest) {
   return source.range == dest.range && source.matrixInForce == dest.matrixInForce;
 }
 
+SideTags synced(const SideTags& source, const SideTags& dest) {
+  SideTags tags = dest;
+  tags.gamma = source.gamma.value_or(0) != 0 ? source.gamma : std::nullopt;
+  if (source.nclc && source.nclc->primaries != 0) tags.nclc = source.nclc;
+  if (source.iccProfile) tags.iccProfile = source.iccProfile;
+  setCodes(tags);
+  return tags;
+}
+
 bool TagComparison::counts() const {
   const auto differs = [](Comparison comparison) { return comparison != Comparison::Equal; };
   const auto missing = [](Comparison comparison) {
     return comparison == Comparison::Lost || comparison == Comparison::Differs;
   };
-  return differs(gamma) || differs(profile) || missing(primaries) || missing(transferFunction);
+  const bool unusual = (primaries == Comparison::Added && !isUsualPrimaries(dest.primaries)) ||
+                       (transferFunction == Comparison::Added && !isUsualTransferFunction(dest.transferFunction));
+  return differs(gamma) || differs(profile) || missing(primaries) || missing(transferFunction) || unusual;
 }
 
 TagComparison compareTags(const SideTags& source, const SideTags& dest) {

@@ -42,10 +42,15 @@ std::optional<ChromaWeights> chromaWeights(std::uint16_t matrix) {
   return chromaWeights(*luma);
 }
 
-std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, const Picture& picture) {
+std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, std::uint16_t codedMatrix,
+                                 int codedHeight) {
   if (nclc && chromaWeights(nclc->matrix)) return nclc->matrix;
-  if (chromaWeights(picture.matrix)) return picture.matrix;
-  return picture.codedHeight >= linesOfHighDefinition ? bt709 : bt601;
+  if (chromaWeights(codedMatrix)) return codedMatrix;
+  return codedHeight >= linesOfHighDefinition ? bt709 : bt601;
+}
+
+std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, const Picture& picture) {
+  return matrixIndexInForce(nclc, picture.matrix, picture.codedHeight);
 }
 
 ChromaWeights matrixInForce(const std::optional<NclcParameters>& nclc, const Picture& picture) {

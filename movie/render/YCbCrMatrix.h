@@ -32,6 +32,7 @@ std::optional<ChromaWeights> chromaWeights(std::uint16_t matrix);
 
 /// The matrix in force, as H.273 numbers it: a known one of the NCLC record, else of the bitstream, else 709 for
 /// pictures coded in 720 lines and above and 601 below.
+std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, std::uint16_t codedMatrix, int codedHeight);
 std::uint16_t matrixIndexInForce(const std::optional<NclcParameters>& nclc, const Picture& picture);
 ChromaWeights matrixInForce(const std::optional<NclcParameters>& nclc, const Picture& picture);
 

@@ -7,6 +7,7 @@
 #include "cli/CheckJson.h"
 #include "cli/Commands.h"
 #include "cli/FindingJson.h"
+#include "diagnosis/Diagnosis.h"
 
 namespace cli {
 namespace {
@@ -185,8 +186,16 @@ TEST(FindingJson, TellsACauseWithItsNumbersAndNullsForTheOthers) {
             R"("offset":null,"direction":"darker","where":null,"residual":0.25}])");
   EXPECT_EQ(json["curve"].dump(), "[[16.0,16.5]]");
   EXPECT_EQ(json["advice"]["action"], "export");
-  EXPECT_THAT(keysOf(json), ElementsAre("causes", "correspondence", "ranges", "matrices", "identicalSamples",
-                                        "difference", "frames", "unmatchedFrames", "curve", "advice", "text"));
+  EXPECT_THAT(keysOf(json),
+              ElementsAre("causes", "correspondence", "ranges", "matrices", "identicalSamples", "difference", "frames",
+                          "darkFrames", "unmatchedFrames", "differingFrames", "curve", "advice", "text"));
+}
+
+TEST(FindingJson, KnowsNoRangeAndNoMatrixWithoutAFrame) {
+  const JsonValue json = findingJson(diagnosis::unreadable({}));
+  EXPECT_EQ(json["ranges"].dump(), R"({"source":null,"dest":null})");
+  EXPECT_EQ(json["matrices"].dump(), R"({"source":null,"dest":null})");
+  EXPECT_EQ(findingJson(same)["ranges"].dump(), R"({"source":"video","dest":"video"})");
 }
 
 }  // namespace

@@ -66,6 +66,25 @@ TEST(Advice, IsATagWhereASyncWouldBeWrong) {
   EXPECT_EQ(actionOn(same, taggedSide(), profile), Action::TagDestination) << "a sync removes no profile";
 }
 
+TEST(Advice, IsNoSyncThatTakesTheMatrixAway) {
+  SideTags source = taggedSide(6), dest = taggedSide(6);
+  source.nclc->matrix = 2;
+  source.coded.matrix = 6;
+  dest.nclc = movie::NclcParameters{0, 2, 2, 6};
+  dest.primaries = dest.transferFunction = 2;
+  EXPECT_EQ(actionOn(same, source, dest), Action::TagDestination) << "BT.601 would be read as BT.709";
+  dest.coded.matrix = 6;
+  EXPECT_EQ(actionOn(same, source, dest), Action::Sync) << "the bitstream says it, too";
+}
+
+TEST(Advice, IsNoSyncThatChangesNothing) {
+  SideTags source = taggedSide(), dest = taggedSide();
+  source.nclc = dest.nclc = movie::NclcParameters{0, 2, 2, 1};
+  source.coded = {0, 1, 1, 1};
+  dest.primaries = dest.transferFunction = 2;
+  EXPECT_EQ(actionOn(same, source, dest), Action::TagDestination) << "what differs is in the bitstreams";
+}
+
 TEST(Advice, FollowsTheCause) {
   EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Codes}), Action::ExportAgain);
   EXPECT_EQ(actionOn({.kind = CauseKind::Range, .where = Where::Flags}), Action::TagDestination);
@@ -119,6 +138,54 @@ TEST(FindingText, TellsAnExponentWithItsInterval) {
   EXPECT_NE(textOf(power).advice.find("1.8 and 2.2"), std::string::npos) << "the setting that such a number means";
   power.causes[0].exponent = 1.3;
   EXPECT_EQ(textOf(power).advice, "Export again, without a gamma conversion.");
+}
+
+TEST(FindingText, CountsAsPeopleDo) {
+  Finding each = finding({.kind = CauseKind::Gain, .gain = 1, .offset = 1.2, .direction = Direction::Lighter},
+                         taggedSide(), taggedSide());
+  EXPECT_EQ(textOf(each).verdict,
+            "Brightness or contrast: the destination is lighter, 1.00 times the source plus 1 code.");
+  each.causes[0].offset = -0.3;
+  EXPECT_EQ(textOf(each).verdict, "Brightness or contrast: the destination is lighter, 1.00 times the source.");
+
+  each.frames = 5;
+  each.darkFrames = each.unmatchedFrames = 1;
+  EXPECT_EQ(textOf(each).why.substr(textOf(each).why.find("5 frames")),
+            "5 frames were compared. One of them is left out, since the source is too dark there. One of them does not "
+            "show the same picture.");
+}
+
+TEST(FindingText, TellsOnlyNumbersThatAreMeant) {
+  Finding each = finding({.kind = CauseKind::Tone, .residual = 4.2}, taggedSide(), taggedSide());
+  each.difference = 2.5;
+  EXPECT_EQ(textOf(each).why, "The pictures differ by 2.5 codes of 8 bits.") << "nothing of it is undone";
+  each.causes[0].residual = 1.5;
+  EXPECT_EQ(textOf(each).why, "The pictures differ by 2.5 codes of 8 bits; with that undone, by 1.5.");
+  each.causes[0].kind = CauseKind::Same;
+  each.difference = 7;
+  EXPECT_EQ(textOf(each).why, "The pictures differ by 7.0 codes of 8 bits, which is what the tolerance allows.");
+}
+
+TEST(FindingText, TellsWhatSeveralFramesAndPlacesShow) {
+  Finding each = finding({.kind = CauseKind::Different}, taggedSide(), taggedSide());
+  each.action = actionFor(each);
+  each.frames = 3;
+  each.unmatchedFrames = 2;
+  EXPECT_EQ(textOf(each).verdict, "No verdict: the frames do not all show the same picture.");
+  EXPECT_EQ(textOf(each).why, "3 frames were compared. 2 of them do not show the same picture.");
+  EXPECT_EQ(textOf(each).advice, "Compare movies that begin with the same picture and have the same cuts.");
+
+  Finding places = finding({.kind = CauseKind::Tone, .residual = 4}, taggedSide(), taggedSide());
+  places.inPlaces = true;
+  places.difference = 4;
+  places.frames = 9;
+  places.differingFrames = 2;
+  places.action = actionFor(places);
+  EXPECT_EQ(textOf(places).verdict, "The tone differs in places: they were graded, or something lies over them.");
+  EXPECT_EQ(textOf(places).why,
+            "The pictures differ by 4.0 codes of 8 bits. 9 frames were compared. 2 of them differ, and all together do "
+            "not: this is about the one that differs most.");
+  EXPECT_EQ(textOf(places).advice, "Export again, without what was done to parts of the picture.");
 }
 
 TEST(FindingText, TellsADoubtfulFindingAsNoVerdict) {

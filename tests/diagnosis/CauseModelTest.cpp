@@ -10,7 +10,7 @@ namespace {
 
 std::vector<Stratum> strataOf(const Signal& source, const Signal& dest) {
   StrataBuilder builder;
-  builder.add(source, dest);
+  builder.add(blocksOf({source, dest}));
   return builder.strata();
 }
 

@@ -163,6 +163,34 @@ TEST(Diagnosis, LooksPastASubtitle) {
   EXPECT_NEAR(*darker.main().exponent, 1.2, 0.01);
 }
 
+TEST(Diagnosis, SeesWhatWasDoneToAPartOfThePicture) {
+  const Paint paint = colorful(1);
+  const auto changedWhere = [&](const std::function<bool(double, double)>& isInside, const Vector3& change) {
+    return [=](double x, double y) {
+      Vector3 color = paint(x, y);
+      for (std::size_t i = 0; i < 3 && isInside(x, y); ++i) color[i] = std::clamp(color[i] + change[i], 0.0, 1.0);
+      return color;
+    };
+  };
+  const auto left = [](double x, double) { return x < 0.4; };
+  const auto middle = [](double x, double y) { return std::hypot(x - 0.5, y - 0.5) < 0.2; };
+  for (const Paint& export_ : {Paint(changedWhere(left, {0.04, 0.04, 0.04})), Paint(changedWhere(left, {0, 0, 0.1})),
+                               Paint(changedWhere(middle, {0.07, 0.07, 0.07}))}) {
+    const Finding finding = findingOf(painted(paint), painted(export_));
+    EXPECT_EQ(kindOf(finding), CauseKind::Tone);
+    EXPECT_GT(finding.difference, defaultTolerance);
+    EXPECT_EQ(finding.action, Action::ExportAgain);
+  }
+  EXPECT_TRUE(findingOf(painted(paint), painted(changedWhere(middle, {0.07, 0.07, 0.07}))).inPlaces);
+}
+
+TEST(Diagnosis, HasNoGainForANegative) {
+  const auto negative = toned(colorful(), [](double value) { return 1 - value; });
+  const Finding finding = findingOf(painted(colorful()), painted(negative));
+  EXPECT_EQ(kindOf(finding), CauseKind::Tone);
+  EXPECT_EQ(finding.main().gain, std::nullopt);
+}
+
 TEST(Diagnosis, SaysWhereNothingCanBeTold) {
   const auto flat = [](double level) { return [level](double, double) { return Vector3{level, level, level}; }; };
   const movie::Picture dark = painted(flat(0.02)), grey = painted(flat(0.5)), lighter = painted(flat(0.6));
@@ -202,7 +230,51 @@ TEST(Diagnosis, IsAboutAllFrames) {
   ASSERT_EQ(kindOf(finding), CauseKind::Power);
   EXPECT_NEAR(*finding.main().exponent, 1.2, 0.01);
   EXPECT_EQ(finding.frames, 4);
+  EXPECT_EQ(finding.darkFrames, 1);
   EXPECT_EQ(finding.unmatchedFrames, 1);
+}
+
+/// Nine frames that are the same, but for a coarser depth, and one more pair.
+Finding findingOfFramesAnd(const movie::Picture& source, const movie::Picture& dest) {
+  const movie::Picture fine = painted(colorful(7)), coarse = painted(colorful(7), {.depth = 8});
+  Question question{.frames = {{&source, &dest}}, .source = taggedAs(source, 1), .dest = taggedAs(dest, 1)};
+  for (int i = 0; i < 9; ++i) question.frames.push_back({&fine, &coarse});
+  return diagnose(question);
+}
+
+TEST(Diagnosis, IsNeverTheSameWhereOneFrameDiffers) {
+  const movie::Picture source = painted(colorful(7));
+  const Finding same = findingOfFramesAnd(source, source);
+  EXPECT_EQ(kindOf(same), CauseKind::Same);
+  EXPECT_EQ(same.differingFrames, 0);
+
+  const Finding darker = findingOfFramesAnd(source, painted(raised(colorful(7), 1.3)));
+  ASSERT_EQ(kindOf(darker), CauseKind::Power) << "what is true of the frame that differs";
+  EXPECT_NEAR(*darker.main().exponent, 1.3, 0.02);
+  EXPECT_EQ(darker.differingFrames, 1);
+  EXPECT_EQ(darker.action, Action::ExportAgain);
+}
+
+TEST(Diagnosis, IsNeverTheSameWhereAFrameShowsAnotherPicture) {
+  const Finding one = findingOfFramesAnd(painted(colorful(7)), painted(colorful(8.5)));
+  EXPECT_EQ(kindOf(one), CauseKind::Different);
+  EXPECT_FALSE(isTold(one));
+  EXPECT_EQ(one.unmatchedFrames, 1);
+  EXPECT_FALSE(one.correspondence.same);
+  EXPECT_EQ(one.difference, 0) << "no number is meant";
+  EXPECT_TRUE(one.curve.empty());
+}
+
+TEST(Diagnosis, TellsOtherPicturesWhereTheyAreMostOfThem) {
+  const movie::Picture source = painted(colorful()), darker = painted(raised(colorful(), 1.2)),
+                       other = painted(colorful(2.5));
+  Question question{.frames = {{&source, &other}, {&source, &darker}, {&source, &other}},
+                    .source = taggedAs(source, 1),
+                    .dest = taggedAs(source, 1)};
+  const Finding finding = diagnose(question);
+  EXPECT_EQ(kindOf(finding), CauseKind::Different);
+  EXPECT_FALSE(finding.correspondence.same);
+  EXPECT_GE(finding.main().confidence, leastConfidence);
 }
 
 TEST(Diagnosis, TakesTheWordOfWhoFoundTheSourceTooDark) {

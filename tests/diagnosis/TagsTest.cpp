@@ -42,6 +42,9 @@ TEST(Tags, CountWhereAPlayerMayGoByThem) {
   EXPECT_FALSE(compareTags(silent, plain).counts()) << "what is said now is not against what was";
   EXPECT_FALSE(compareTags(plain, with(1, 6, 1)).counts()) << "the same curve by another number";
   EXPECT_FALSE(compareTags(plain, with(1, 1, 6)).counts()) << "the pixels tell";
+  EXPECT_FALSE(compareTags(silent, with(6, 6, 6)).counts());
+  EXPECT_TRUE(compareTags(silent, with(1, 16, 1)).counts()) << "nobody takes silence for PQ";
+  EXPECT_TRUE(compareTags(silent, with(9, 1, 1)).counts()) << "nor for BT.2020";
   SideTags gamma = plain;
   gamma.gamma = 144179;
   EXPECT_TRUE(compareTags(gamma, plain).counts());
@@ -49,6 +52,30 @@ TEST(Tags, CountWhereAPlayerMayGoByThem) {
   SideTags profile = plain;
   profile.iccProfile = movie::Bytes(1);
   EXPECT_TRUE(compareTags(plain, profile).counts());
+}
+
+TEST(Tags, AreWhatASyncMakesOfThem) {
+  SideTags source, dest;
+  source.gamma = 144179;
+  source.nclc = movie::NclcParameters{0, 9, 16, 2};
+  dest.nclc = movie::NclcParameters{0, 1, 1, 1};
+  dest.iccProfile = movie::Bytes(1);
+  dest.coded = {0, 6, 6, 6};
+  SideTags after = synced(source, dest);
+  EXPECT_EQ(after.gamma, source.gamma);
+  EXPECT_EQ(after.nclc, source.nclc);
+  EXPECT_EQ(after.iccProfile, dest.iccProfile) << "there is none to copy";
+  EXPECT_EQ(after.primaries, 9);
+  EXPECT_EQ(after.matrix, 6) << "the record that came names none, and the bitstream's is heard";
+  EXPECT_EQ(after.matrixInForce, 6);
+  dest.coded.matrix = 2;
+  EXPECT_EQ(synced(source, dest).matrixInForce, 1);
+  dest.codedHeight = 576;
+  EXPECT_EQ(synced(source, dest).matrixInForce, 6);
+
+  after = synced(SideTags(), dest);
+  EXPECT_EQ(after.nclc, dest.nclc) << "a sync removes none";
+  EXPECT_EQ(synced(SideTags(), source).gamma, std::nullopt);
 }
 
 TEST(Tags, SayWhichRangeIsInForce) {
