@@ -158,15 +158,19 @@ void lookAtEachFrame(Finding& finding, Told& told, const Evidence& evidence, con
   if (isSame()) tellPlaces(told, worst->changeByPlace, question.tolerance);
 }
 
-/// Other pictures: no number is meant.
-void tellDifferent(Finding& finding, const Correspondence& correspondence, double confidence) {
-  finding.causes = {withoutNumber(CauseKind::Different, confidence)};
-  finding.correspondence = correspondence;
-  finding.correspondence.same = false;
+/// Other pictures, or nothing to tell from: no number is meant.
+void tellNoNumbers(Finding& finding) {
   finding.curve.clear();
   finding.difference = 0;
   finding.differingFrames = 0;
   finding.inPlaces = false;
+}
+
+void tellDifferent(Finding& finding, const Correspondence& correspondence, double confidence) {
+  finding.causes = {withoutNumber(CauseKind::Different, confidence)};
+  finding.correspondence = correspondence;
+  finding.correspondence.same = false;
+  tellNoNumbers(finding);
 }
 
 /// A part of one picture that only looks like the other: its colours have nothing to do with each other.
@@ -184,6 +188,7 @@ void tellColors(Finding& finding, const Evidence& evidence, const Question& ques
   finding.inPlaces = told.inPlaces;
   finding.correspondence = evidence.best;
   if (isPlacedByChance(finding)) return tellDifferent(finding, evidence.best, 0.6);
+  if (finding.main().kind == CauseKind::Unreadable) tellNoNumbers(finding);
   // Some of the destination shows something else, whatever the rest is.
   if (finding.main().kind == CauseKind::Same && evidence.unmatched > 0) {
     tellDifferent(finding, evidence.bestUnmatched, differentConfidence(evidence.bestUnmatched.score));

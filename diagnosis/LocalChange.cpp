@@ -60,8 +60,9 @@ Fields fieldsOf(const Blocks& blocks) {
   std::size_t at = 0;
   for (int y = 0; y < source.height; ++y) {
     for (int x = 0; x < source.width; ++x, ++at) {
-      const int row = y * fieldsDown / source.height, column = x * fieldsAcross / source.width;
-      Field& field = fields[static_cast<std::size_t>(row * fieldsAcross + column)];
+      const auto row = static_cast<std::size_t>(y * fieldsDown / source.height);
+      const auto column = static_cast<std::size_t>(x * fieldsAcross / source.width);
+      Field& field = fields[row * fieldsAcross + column];
       Vector3 change{};
       for (std::size_t plane = 0; plane < 3; ++plane) {
         change[plane] = double{dest.planes[plane][at]} - double{source.planes[plane][at]};

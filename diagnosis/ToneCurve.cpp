@@ -195,9 +195,12 @@ double explainedRoughly(const std::vector<float>& source, const std::vector<floa
 }
 
 double explainedShare(const Signal& source, const Signal& dest) {
+  // A quarter of a code: what varies by less is of one colour, and rounded.
+  constexpr double leastScatter = 1.3e-6;
   const BinnedPair pair(source, dest);
   const Unexplained left = unexplained(pair, worstSeventh(unexplained(pair, {})));
-  return left.scatter > 0 ? std::max(0.0, 1.0 - left.all / left.scatter) : 0.0;
+  return left.scatter > leastScatter * static_cast<double>(dest.size()) ? std::max(0.0, 1.0 - left.all / left.scatter)
+                                                                        : 0.0;
 }
 
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {

@@ -167,22 +167,6 @@ Auf der gepunkteten Linie sind beide gleich.</translation>
         <translation>Falsche Matrix: Die Farben des Ziels wurden mit der falschen Y&apos;CbCr-Matrix umgerechnet.</translation>
     </message>
     <message>
-        <source>Brightness or contrast: the destination is darker, %1 times the source %2 %3 codes.</source>
-        <translation>Helligkeit oder Kontrast: Das Ziel ist dunkler, das %1-Fache der Quelle %2 %3 Stufen.</translation>
-    </message>
-    <message>
-        <source>Brightness or contrast: the destination is lighter, %1 times the source %2 %3 codes.</source>
-        <translation>Helligkeit oder Kontrast: Das Ziel ist heller, das %1-Fache der Quelle %2 %3 Stufen.</translation>
-    </message>
-    <message>
-        <source>minus</source>
-        <translation>minus</translation>
-    </message>
-    <message>
-        <source>plus</source>
-        <translation>plus</translation>
-    </message>
-    <message>
         <source>Identical: the destination&apos;s samples are the source&apos;s.</source>
         <translation>Identisch: Die Werte des Ziels sind die der Quelle.</translation>
     </message>
@@ -349,6 +333,74 @@ Auf der gepunkteten Linie sind beide gleich.</translation>
     <message>
         <source>Choose another frame, or compare several.</source>
         <translation>Wählen Sie ein anderes Bild, oder vergleichen Sie mehrere.</translation>
+    </message>
+    <message>
+        <source> minus 1 code</source>
+        <translation> minus 1 Stufe</translation>
+    </message>
+    <message>
+        <source> plus 1 code</source>
+        <translation> plus 1 Stufe</translation>
+    </message>
+    <message>
+        <source> minus %1 codes</source>
+        <translation> minus %1 Stufen</translation>
+    </message>
+    <message>
+        <source> plus %1 codes</source>
+        <translation> plus %1 Stufen</translation>
+    </message>
+    <message>
+        <source>Brightness or contrast: the destination is darker, %1 times the source%2.</source>
+        <translation>Helligkeit oder Kontrast: Das Ziel ist dunkler, das %1-Fache der Quelle%2.</translation>
+    </message>
+    <message>
+        <source>Brightness or contrast: the destination is lighter, %1 times the source%2.</source>
+        <translation>Helligkeit oder Kontrast: Das Ziel ist heller, das %1-Fache der Quelle%2.</translation>
+    </message>
+    <message>
+        <source>The tone differs in places: they were graded, or something lies over them.</source>
+        <translation>Andere Tonwerte an einigen Stellen: Sie wurden farbkorrigiert, oder etwas liegt darüber.</translation>
+    </message>
+    <message>
+        <source>No verdict: the frames do not all show the same picture.</source>
+        <translation>Kein Urteil: Die Bilder zeigen nicht alle dasselbe.</translation>
+    </message>
+    <message>
+        <source>The pictures differ by %1 codes of 8 bits, which is what the tolerance allows.</source>
+        <translation>Die Bilder weichen um %1 Stufen bei 8 Bit voneinander ab, was die Toleranz zulässt.</translation>
+    </message>
+    <message>
+        <source>The pictures differ by %1 codes of 8 bits.</source>
+        <translation>Die Bilder weichen um %1 Stufen bei 8 Bit voneinander ab.</translation>
+    </message>
+    <message>
+        <source>One of them is left out, since the source is too dark there.</source>
+        <translation>Eines davon wurde ausgelassen, weil die Quelle dort zu dunkel ist.</translation>
+    </message>
+    <message>
+        <source>%1 of them are left out, since the source is too dark there.</source>
+        <translation>%1 davon wurden ausgelassen, weil die Quelle dort zu dunkel ist.</translation>
+    </message>
+    <message>
+        <source>One of them does not show the same picture.</source>
+        <translation>Eines davon zeigt nicht dasselbe.</translation>
+    </message>
+    <message>
+        <source>One of them differs, and all together do not: this is about the one that differs most.</source>
+        <translation>Eines davon weicht ab, alle zusammen nicht: Hier geht es um das, das am meisten abweicht.</translation>
+    </message>
+    <message>
+        <source>%1 of them differ, and all together do not: this is about the one that differs most.</source>
+        <translation>%1 davon weichen ab, alle zusammen nicht: Hier geht es um das, das am meisten abweicht.</translation>
+    </message>
+    <message>
+        <source>Export again, without what was done to parts of the picture.</source>
+        <translation>Exportieren Sie noch einmal, ohne das, was an Teilen des Bildes geändert wurde.</translation>
+    </message>
+    <message>
+        <source>Compare movies that begin with the same picture and have the same cuts.</source>
+        <translation>Vergleichen Sie Filme, die mit demselben Bild beginnen und dieselben Schnitte haben.</translation>
     </message>
 </context>
 <context>

@@ -210,6 +210,27 @@ TEST(Diagnosis, SaysWhereNothingCanBeTold) {
   EXPECT_FALSE(isTold(findingOf(painted(noise(1)), painted(noise(2)))));
 }
 
+TEST(Diagnosis, HasNoCauseForADestinationOfOneColor) {
+  const movie::Picture source = painted(colorful());
+  for (int code = 40; code < 230; code += 3) {
+    const Vector3 color{code / 255.0, 0.5, 1 - code / 255.0};
+    EXPECT_EQ(kindOf(findingOf(source, painted([&](double, double) { return color; }))), CauseKind::Different) << code;
+  }
+}
+
+TEST(Diagnosis, HasNoNumberWhereOneColorIsAllThereIs) {
+  const auto quarters = [](double darkest, double step) {
+    return [=](double x, double y) {
+      const double level = darkest + step * ((x < 0.5 ? 0 : 1) + (y < 0.5 ? 0 : 2));
+      return Vector3{level, level, level};
+    };
+  };
+  const Finding finding = findingOf(painted(quarters(0.503, 0.0145)), painted(quarters(0.3, 0.15)));
+  ASSERT_EQ(kindOf(finding), CauseKind::Unreadable);
+  EXPECT_EQ(finding.difference, 0);
+  EXPECT_TRUE(finding.curve.empty());
+}
+
 TEST(Diagnosis, TakesPicturesOfAnySize) {
   for (const auto& [width, height] : {std::pair(1, 1), std::pair(2, 240), std::pair(16, 16), std::pair(640, 3)}) {
     const movie::Picture small = painted(colorful(), {.width = width, .height = height});
