@@ -4,6 +4,7 @@
 #include <QEvent>
 #include <QHeaderView>
 #include <QPainter>
+#include <QTextOption>
 
 namespace {
 
@@ -23,8 +24,8 @@ class PlainHeader : public QHeaderView {
   void paintSection(QPainter* painter, const QRect& section, int index) const override {
     constexpr int besideText = 3;
     painter->setPen(palette().color(QPalette::WindowText));
-    painter->drawText(section.adjusted(besideText, 0, -besideText, 0), defaultAlignment().toInt(),
-                      model()->headerData(index, orientation()).toString());
+    painter->drawText(section.adjusted(besideText, 0, -besideText, 0),
+                      model()->headerData(index, orientation()).toString(), QTextOption(defaultAlignment()));
   }
 };
 

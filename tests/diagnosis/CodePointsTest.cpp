@@ -1,6 +1,6 @@
-#include "diagnosis/CodePoints.h"
-
 #include <gtest/gtest.h>
+
+#include "diagnosis/CodePoints.h"
 
 namespace diagnosis {
 namespace {
