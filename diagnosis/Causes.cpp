@@ -16,6 +16,9 @@ constexpr double gainComplexity = 2.5, toneComplexity = 6;
 /// What differs by less than this part of the tolerance is the same, whatever would explain it; unless single colours
 /// differ by more than so many times the tolerance.
 constexpr double negligibleShare = 0.5, colorsApart = 2.25;
+/// And what differs by less than this, where a change of tone is what explains it best: a code that was lost on the way
+/// looks like one. Ranges and matrices are found at less.
+constexpr double toneShare = 0.75;
 /// Samples count as the same where that leaves hardly more than a conversion does.
 constexpr double samplesReach = 0.3;
 /// Colours nearer to grey than this, on average, say nothing of what became of chroma.
@@ -192,6 +195,8 @@ Verdict chosen(const std::vector<Verdict>& verdicts, const Explanations& all, co
 bool isTheSame(const Verdict& best, const Explanations& all, const ColorEvidence& evidence) {
   if (evidence.difference > evidence.tolerance) return false;
   if (all.identityCost > colorsApart * evidence.tolerance) return false;
+  const bool isTone = kindOf(best) != CauseKind::Range && kindOf(best) != CauseKind::Matrix;
+  if (isTone && evidence.difference <= toneShare * evidence.tolerance) return true;
   return kindOf(best) == CauseKind::Same || best.cost > 0.5 * all.identityCost;
 }
 

@@ -49,7 +49,10 @@ void keepBetter(Correspondence& best, const Correspondence& found) {
   if (found.score >= best.score) best = found;
 }
 
-void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix) {
+/// How one picture is laid upon the other.
+using Place = PlacementFit (*)(const Signal& source, const Signal& dest);
+
+void look(Evidence& evidence, const FramePair& pair, const Question& question, std::uint16_t matrix, Place place) {
   ++evidence.frames;
   Signal source = signalOf(*pair.source, question.source, matrix);
   if (question.knownDark || isDark(source)) {
@@ -61,7 +64,7 @@ void look(Evidence& evidence, const FramePair& pair, const Question& question, s
     return;
   }
   Signal dest = signalOf(*pair.dest, question.dest, matrix);
-  const PlacementFit fit = findPlacement(source, dest);
+  const PlacementFit fit = place(source, dest);
   const bool whole = fit.placement.source == Region();
   if (fit.explained < (whole ? samePictureExplained : samePartExplained)) {
     const ToneFit tone = fitTone(source.luma(), dest.luma());
@@ -187,7 +190,6 @@ void tellColors(Finding& finding, const Evidence& evidence, const Question& ques
   finding.difference = told.difference;
   finding.inPlaces = told.inPlaces;
   finding.correspondence = evidence.best;
-  if (isPlacedByChance(finding)) return tellDifferent(finding, evidence.best, 0.6);
   if (finding.main().kind == CauseKind::Unreadable) tellNoNumbers(finding);
   // Some of the destination shows something else, whatever the rest is.
   if (finding.main().kind == CauseKind::Same && evidence.unmatched > 0) {
@@ -195,15 +197,15 @@ void tellColors(Finding& finding, const Evidence& evidence, const Question& ques
   }
 }
 
-}  // namespace
-
-Finding diagnose(const Question& question) {
-  const ComparedIn space = spaceOf(question);
+Evidence gathered(const Question& question, const ComparedIn& space, Place place) {
   Evidence evidence;
   evidence.identical = std::all_of(question.frames.begin(), question.frames.end(),
                                    [](const FramePair& pair) { return areIdentical(*pair.source, *pair.dest); });
-  for (const FramePair& pair : question.frames) look(evidence, pair, question, space.matrix);
+  for (const FramePair& pair : question.frames) look(evidence, pair, question, space.matrix, place);
+  return evidence;
+}
 
+Finding findingOf(const Evidence& evidence, const Question& question, const ComparedIn& space) {
   Finding finding;
   finding.tags = compareTags(question.source, question.dest);
   finding.frames = evidence.frames;
@@ -215,6 +217,20 @@ Finding diagnose(const Question& question) {
     finding.correspondence = evidence.bestUnmatched;
   } else {
     tellColors(finding, evidence, question, space);
+  }
+  return finding;
+}
+
+}  // namespace
+
+Finding diagnose(const Question& question) {
+  const ComparedIn space = spaceOf(question);
+  Finding finding = findingOf(gathered(question, space, findPlacement), question, space);
+  if (isPlacedByChance(finding)) {
+    // It may be the same as it lies: gradients and plain shapes lie upon themselves in many ways.
+    const Correspondence chance = finding.correspondence;
+    finding = findingOf(gathered(question, space, plainPlacement), question, space);
+    if (finding.main().kind == CauseKind::Different) tellDifferent(finding, chance, 0.6);
   }
   finding.action = actionFor(finding);
   return finding;

@@ -221,6 +221,10 @@ Region withoutBars(const Signal& signal) {
   return region.width() < leastPicture || region.height() < leastPicture ? Region() : region;
 }
 
+PlacementFit plainPlacement(const Signal& source, const Signal& dest) {
+  return Trial(source, dest, {}, triedWidth, triedHeight).fit({});
+}
+
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
   const Trial whole(source, dest, {}, triedWidth, triedHeight);
   const PlacementFit plain = whole.fit({});

@@ -16,6 +16,9 @@ struct PlacementFit {
 /// From this on two pictures show the same; where one was looked for in the other, chance has to be kept out.
 constexpr double samePictureExplained = 0.9, samePartExplained = 0.93;
 
+/// As they lie, all of the one upon all of the other.
+PlacementFit plainPlacement(const Signal& source, const Signal& dest);
+
 /// The plain placement, unless bars, a crop, a mirror or a turn by right angles fit clearly better.
 PlacementFit findPlacement(const Signal& source, const Signal& dest);
 

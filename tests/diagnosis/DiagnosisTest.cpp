@@ -43,6 +43,22 @@ TEST(Diagnosis, CallsARightConversionTheSame) {
   }
 }
 
+TEST(Diagnosis, TakesALostCodeForNoGammaShift) {
+  const auto codeLess = toned(colorful(), [](double value) { return value - 1.2 / 219; });
+  EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(codeLess))), CauseKind::Same);
+}
+
+TEST(Diagnosis, KnowsWhatElseAGradientMayLieUponAsItLies) {
+  const auto gradient = [](double x, double y) { return Vector3{0.1 + 0.8 * x, 0.2 + 0.6 * y, 0.5 - 0.4 * x}; };
+  const auto raisedTo = [&](double exponent) { return painted(raised(gradient, exponent)); };
+  for (const double exponent : {0.8, 1.3, 1.6}) {
+    const Finding finding = findingOf(painted(gradient), raisedTo(exponent));
+    EXPECT_EQ(kindOf(finding), CauseKind::Power) << exponent;
+  }
+  const Finding matrix = findingOf(painted(gradient, bt601), painted(gradient, bt601), 6, 1);
+  EXPECT_EQ(kindOf(matrix), CauseKind::Matrix);
+}
+
 TEST(Diagnosis, MeasuresAnExponent) {
   for (const double exponent : {0.5, 0.8, 0.95, 1.05, 1.2, 1.96, 2.0}) {
     for (const double seed : {0.0, 1.0, 2.0}) {
