@@ -89,7 +89,7 @@ struct BadgePlace {
 };
 
 constexpr BadgePlace above{{0, -1}, 13}, below{{0, 1}, 13}, right{{1, 0}, 13}, atEnd{{1, 0}, -18},
-    nearTop{{0, -1}, -17}, inMiddle{};
+    nearTop{{0, -1}, -17}, atCorner{{1, -1}, 0}, inMiddle{};
 
 /// A number in a disc, around a point.
 void drawBadge(QPainter& painter, const QPoint& middle, int number) {
@@ -177,10 +177,10 @@ class Screenshots {
                                                            {side.timecodeText, above},
                                                            {interface_.linkBtn, right},
                                                            {interface_.swapBtn, below},
-                                                           {interface_.checkBtn, above},
-                                                           {interface_.syncBtn, above},
-                                                           {interface_.saveBtn, above},
-                                                           {interface_.saveAsBtn, above},
+                                                           {interface_.checkBtn, atCorner},
+                                                           {interface_.syncBtn, atCorner},
+                                                           {interface_.saveBtn, atCorner},
+                                                           {interface_.saveAsBtn, atCorner},
                                                            {interface_.verdictStrip, nearTop},
                                                            {interface_.resultsView, inMiddle},
                                                            {interface_.messageLine, atEnd}};
