@@ -22,8 +22,8 @@ struct Question {
   double tolerance = defaultTolerance;  ///< how far, in codes of 8 bits, the same picture may differ
 };
 
-/// What was done to the destination. A pure function; about 3 ms a pair that lies plainly, more where one has to be
-/// placed upon the other first.
+/// What was done to the destination. A pure function; some 6 ms a pair that lies plainly, up to 20 where one has to be
+/// placed upon the other first, or where nothing known explains it (bench_diagnosis).
 Finding diagnose(const Question& question);
 
 /// What is to be told where a frame could not be had.
