@@ -284,7 +284,8 @@ MovieTime Movie::decodingStartOf(const FrameSpan& span) const {
   return {.value = span.start.value - static_cast<std::int64_t>(std::min(units, most)), .scale = span.start.scale};
 }
 
-Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const PlayedFrameRequest& request) {
+/// Not yet turned.
+Result<std::optional<Picture>> Movie::pictureInRow(const FrameSpan& span, const PlayedFrameRequest& request) {
   const Track* const track = firstTrack(videoMedia);
   if (!track) return failure(Reason::NoVideoTrack);
   const auto description = track->media().imageDescription(1);
@@ -295,10 +296,23 @@ Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const 
   RowRequest asked{.picture = requestFor(span.sample, *description, orientation, request.width, request.height),
                    .nextTime = {},
                    .givenUp = request.givenUp};
+  asked.picture.digested = request.digested;
   if (request.next) asked.nextTime = request.next->sample.presentationTime;
-  TRY(const auto picture, source->pictureInRow(asked));
+  return source->pictureInRow(asked);
+}
+
+Result<std::optional<RgbFrame>> Movie::playedFrame(const FrameSpan& span, const PlayedFrameRequest& request) {
+  TRY(const auto picture, pictureInRow(span, request));
   if (!picture) return std::nullopt;
-  return oriented(renderDisplayFrame(*picture, colorSetOf(*description)), orientation);
+  const Track& track = *firstTrack(videoMedia);
+  const ColorSet colors = colorSetOf(*track.media().imageDescription(1));
+  return oriented(renderDisplayFrame(*picture, colors), orientationOf(track.info().matrix));
+}
+
+Result<std::optional<Picture>> Movie::playedPicture(const FrameSpan& span, const PlayedFrameRequest& request) {
+  TRY(auto picture, pictureInRow(span, request));
+  if (!picture) return std::nullopt;
+  return oriented(std::move(*picture), orientationOf(firstTrack(videoMedia)->info().matrix));
 }
 
 }  // namespace movie

@@ -84,6 +84,7 @@ struct PlayedFrameRequest {
   std::optional<FrameSpan> next = std::nullopt;
   /// Asked before every sample that is decoded; true ends the work. May be empty.
   std::function<bool()> givenUp = nullptr;
+  bool digested = false;  ///< with Picture::digest; of a picture only
 };
 
 /// An opened movie: shared, immutable file below; its own playhead and its own edits of sample descriptions above. Used
@@ -161,6 +162,9 @@ class Movie {
   /// The frame of a span in Display style, quick for frames in a row: see MovieDecoder. None when it was given up.
   Result<std::optional<RgbFrame>> playedFrame(const FrameSpan& span, const PlayedFrameRequest& request);
 
+  /// The same frame as it is decoded: in its own colours, turned by the track's matrix.
+  Result<std::optional<Picture>> playedPicture(const FrameSpan& span, const PlayedFrameRequest& request);
+
  private:
   Movie() = default;
   const Track* firstTrack(FourCC mediaType) const;
@@ -169,6 +173,7 @@ class Movie {
   Result<MovieDecoder*> decoder(std::size_t track);
   Result<Picture> pictureAt(const Track& track, const PictureRequest& request);
   Result<Picture> pictureOnScreen(const MovieTime& time, int width, int height);
+  Result<std::optional<Picture>> pictureInRow(const FrameSpan& span, const PlayedFrameRequest& request);
   tl::unexpected<MovieError> failure(Reason why) const;
 
   std::shared_ptr<const MovieFile> file_;

@@ -107,7 +107,7 @@ std::optional<CleanAperture> ImageDescription::cleanAperture() const {
                                signedRatio(body, 24)};
   const bool fits = aperture.width / 2 + std::abs(aperture.horizontalOffset) <= width() / 2.0 &&
                     aperture.height / 2 + std::abs(aperture.verticalOffset) <= height() / 2.0;
-  if (aperture.width <= 0 || aperture.height <= 0 || !fits) return std::nullopt;
+  if (aperture.width < 1 || aperture.height < 1 || !fits) return std::nullopt;
   return aperture;
 }
 

@@ -74,8 +74,8 @@ class ImageDescription {
   std::optional<NclcParameters> nclc() const;  ///< colorParamType reads as 'nclc'
   std::optional<bool> nclxFullRange() const;   ///< the range bit of the first nclx, when it has one
   std::optional<Bytes> iccProfile() const;     ///< the ICC profile's bytes, at least one
-  /// Of the first clap of full size. None when a denominator is 0 or when the aperture is empty or not wholly inside
-  /// the picture.
+  /// Of the first clap of full size. None when a denominator is 0, when the aperture is less than a pixel wide or high
+  /// (there are exporters that mistake the pixel's aspect for it), or when it is not wholly inside the picture.
   std::optional<CleanAperture> cleanAperture() const;
 
   /// Rewrite the property's atom where it stands (its type, its size as far as the value allows, and any further bytes

@@ -6,7 +6,7 @@
 
 namespace movie {
 
-inline constexpr int decoderInterfaceVersion = 4;
+inline constexpr int decoderInterfaceVersion = 5;
 
 /// The address of `entry` in the module of that file name. Modules lie in ../lib/lumacheck from the executable's
 /// folder, or in the folder that LUMACHECK_MODULES names. A module stays loaded for good. Thread-safe as long as nobody

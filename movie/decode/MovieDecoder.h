@@ -20,6 +20,7 @@ struct PictureRequest {
   PresentedSample sample;  ///< of the decoder's own track
   PictureCrop crop;
   int width = 0, height = 0;  ///< of the result; 0 x 0 keeps the cropped size
+  bool digested = false;      ///< with Picture::digest
 };
 
 /// A picture among others that are asked for one after another.

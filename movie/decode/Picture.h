@@ -23,6 +23,9 @@ struct Picture {
   std::uint16_t primaries = 2, transferFunction = 2, matrix = 2;
   int codedHeight = 0;  ///< lines before cropping and resizing: below 720 an untagged picture counts as 601
   std::array<std::vector<std::uint16_t>, 3> planes;
+  /// Of all samples of the coded picture, before cropping and resizing, where it was asked for: pictures of one format
+  /// and size with the same samples have the same, others hardly ever. 0 otherwise.
+  std::uint64_t digest = 0;
 };
 
 }  // namespace movie

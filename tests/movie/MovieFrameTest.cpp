@@ -250,6 +250,30 @@ TEST(MovieFrame, ShowsItsColoursOnlyWhenItIsForDisplay) {
   EXPECT_EQ(pixelOf(frameOf(*movie), 0.5, 0.5).at(0), measured(64));
 }
 
+TEST(MovieFrame, HasADigestOfAllItsSamplesWhereThatIsAskedFor) {
+  const Bytes almost = rgbPicture([](std::uint32_t x, std::uint32_t y) {
+    const bool last = x == width - 1 && y == height - 1;
+    return Rgb{80, 80, static_cast<std::uint8_t>(last ? 81 : 80)};
+  });
+  const std::vector<Bytes> pictures{greyPicture(80), almost, greyPicture(80)};
+  const TemporaryFile file(fileOf({videoTrack("raw ", pictures)}, pictures));
+  const auto movie = openedFrom(file);
+  const auto pictureAt = [&](std::int64_t frame, bool digested) {
+    PlayedFrameRequest request{.width = 8, .height = 6};
+    request.digested = digested;
+    const auto picture = movie->playedPicture(*movie->frameSpanAt({frame * unitsPerFrame, 600, 0}), request);
+    EXPECT_TRUE(picture && *picture);
+    return picture && *picture ? **picture : Picture{};
+  };
+  const std::uint64_t digest = pictureAt(0, true).digest;
+  EXPECT_NE(digest, 0U);
+  EXPECT_EQ(pictureAt(2, true).digest, digest);
+  EXPECT_NE(pictureAt(1, true).digest, digest);
+  EXPECT_EQ(pictureAt(0, false).digest, 0U);
+  EXPECT_EQ(pictureAt(0, true).width, 8);
+  EXPECT_EQ(pictureAt(0, true).planes[0].size(), 48U);
+}
+
 TEST(MovieFrame, IsAnErrorWhereItCannotBeHad) {
   const std::vector<Bytes> pictures{greyPicture(64)};
   TrackSpec elsewhere = videoTrack("raw ", pictures);

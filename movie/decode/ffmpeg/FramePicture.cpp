@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "movie/decode/ffmpeg/FrameDigest.h"
 #include "movie/decode/ffmpeg/PlaneScaler.h"
 
 extern "C" {
@@ -60,6 +61,16 @@ class Component {
   }
 
   int depth() const { return palette_.empty() ? layout_.depth : 8; }
+
+  PlaneSamples samples() const {
+    constexpr std::uint64_t otherwise = AV_PIX_FMT_FLAG_PAL | AV_PIX_FMT_FLAG_BITSTREAM;
+    const bool isOneByte = layout_.depth == 8;
+    const bool isForeign = has(format_, AV_PIX_FMT_FLAG_BE) == (std::endian::native == std::endian::little);
+    const bool isSimple = layout_.shift == 0 && layout_.step == (isOneByte ? 1 : 2) && layout_.depth >= 8;
+    if (has(format_, otherwise) || !isSimple || (!isOneByte && isForeign)) return {};
+    return {at(0, 0), frame_.linesize[layout_.plane], layout_.step, static_cast<std::uint16_t>(mask())};
+  }
+  int plane() const { return layout_.plane; }
 
   const std::uint16_t* row(int y, int x, int count, std::uint16_t* scratch) const {
     const bool bigEndian = has(format_, AV_PIX_FMT_FLAG_BE);
@@ -167,7 +178,8 @@ int resultSize(int asked, double cropped) {
 }
 
 std::vector<std::uint16_t> scaledComponent(const AVFrame& frame, const AVPixFmtDescriptor& format, int index,
-                                           const PictureCrop& part, const Picture& picture, Scaling scaling) {
+                                           const PictureCrop& part, const Picture& picture, Scaling scaling,
+                                           FrameDigest* digest) {
   const Component component(frame, format, index);
   const bool subsampled = index > 0 && !has(format, AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL);
   const int across = subsampled ? format.log2_chroma_w : 0;
@@ -178,10 +190,13 @@ std::vector<std::uint16_t> scaledComponent(const AVFrame& frame, const AVPixFmtD
                            AV_CEIL_RSHIFT(frame.height, down), picture.height};
   const int codes = 1 << component.depth();
   const double factor = component.depth() == picture.depth ? 65536.0 / codes : 255.0 * 256.0 / (codes - 1);
-  const auto scale = scaling == Scaling::Quick ? scalePlaneQuickly : scalePlane;
-  return scale(
-      [&component](int y, int x, int count, std::uint16_t* scratch) { return component.row(y, x, count, scratch); },
-      horizontal, vertical, factor);
+  const auto read = [&component](int y, int x, int count, std::uint16_t* scratch) {
+    return component.row(y, x, count, scratch);
+  };
+  if (scaling == Scaling::Exact) return scalePlane(read, horizontal, vertical, factor);
+  PlaneRows rows{read, component.samples()};
+  if (digest != nullptr) rows.beforeRows = [&](int end) { digest->reach(component.plane(), end); };
+  return scalePlaneQuickly(rows, horizontal, vertical, factor);
 }
 
 /// DCDM X'Y'Z' (SMPTE 428-1: gamma 2.6, 48 of 52.37 cd/m2 is white) to linear sRGB primaries (IEC 61966-2-1),
@@ -237,11 +252,15 @@ tl::expected<Picture, Clause> pictureOfFrame(const AVFrame& frame, const FrameOr
   picture.transferFunction = static_cast<std::uint16_t>(frame.color_trc);
   picture.matrix = static_cast<std::uint16_t>(frame.colorspace);
   picture.codedHeight = frame.height;
+  std::optional<FrameDigest> digest;
+  if (request.digested) digest.emplace(frame);
 
   const bool colorless = format->nb_components < 3 && !has(*format, AV_PIX_FMT_FLAG_PAL);
   for (int i = 0; i < (colorless ? 1 : 3); ++i) {
-    picture.planes[static_cast<std::size_t>(i)] = scaledComponent(frame, *format, i, part, picture, scaling);
+    picture.planes[static_cast<std::size_t>(i)] =
+        scaledComponent(frame, *format, i, part, picture, scaling, digest ? &*digest : nullptr);
   }
+  if (digest) picture.digest = digest->value();
   if (colorless && picture.model == PictureModel::YCbCr) {
     constexpr std::uint16_t neutral = 0x8000;
     picture.planes[1].assign(picture.planes[0].size(), neutral);

@@ -4,6 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <utility>
+
+#include "movie/decode/ffmpeg/BlockMeans.h"
 
 namespace movie {
 namespace {
@@ -101,6 +104,13 @@ void addRow(std::vector<float>& sum, const std::uint16_t* row, float weight) {
   }
 }
 
+/// Adds up whole rows, whose sums of codes fit into 16 bits: as exact, and a good deal quicker.
+void addWholeRow(std::vector<std::uint16_t>& sum, const std::uint16_t* row) {
+  const std::size_t count = sum.size();
+  std::uint16_t* const out = sum.data();
+  for (std::size_t x = 0; x < count; ++x) out[x] = static_cast<std::uint16_t>(out[x] + row[x]);
+}
+
 /// Columns made of the same number of neighbours each, their weights side by side; some weigh 0.
 struct EvenColumns {
   explicit EvenColumns(const std::vector<Mix>& columns) {
@@ -133,36 +143,69 @@ void mixRow(const float* row, const EvenColumns& columns, float factor, std::uin
   }
 }
 
-constexpr std::array rowMixers{mixRow<0>, mixRow<1>, mixRow<2>, mixRow<3>, mixRow<4>};
+constexpr std::array rowMixers{mixRow<0>, mixRow<1>, mixRow<2>, mixRow<3>,  mixRow<4>,  mixRow<5>, mixRow<6>,
+                               mixRow<7>, mixRow<8>, mixRow<9>, mixRow<10>, mixRow<11>, mixRow<12>};
+
+/// The sum of the rows that make a line, by their weights; codes are below `codes`.
+class LineSum {
+ public:
+  LineSum(RowCache& rows, std::size_t samples, double codes)
+      : rows_(rows), codes_(codes), sum_(samples), whole_(samples) {}
+
+  const std::vector<float>& of(const Mix& line) {
+    const bool isWhole =
+        std::all_of(line.weights.begin(), line.weights.end(), [](float weight) { return weight == 1; });
+    constexpr double most = 65536;
+    if (isWhole && static_cast<double>(line.weights.size()) * codes_ <= most) {
+      std::fill(whole_.begin(), whole_.end(), std::uint16_t{0});
+      for (std::size_t i = 0; i < line.weights.size(); ++i)
+        addWholeRow(whole_, rows_.row(line.first + static_cast<int>(i)));
+      std::copy(whole_.begin(), whole_.end(), sum_.begin());
+    } else {
+      std::fill(sum_.begin(), sum_.end(), 0.0F);
+      for (std::size_t i = 0; i < line.weights.size(); ++i) {
+        addRow(sum_, rows_.row(line.first + static_cast<int>(i)), line.weights[i]);
+      }
+    }
+    return sum_;
+  }
+
+ private:
+  RowCache& rows_;
+  double codes_;
+  std::vector<float> sum_;
+  std::vector<std::uint16_t> whole_;
+};
 
 /// Scales each line on its own and gives it, in the plane's columns from the first one that counts, to `mixLine`, with
-/// what all its weights make together.
+/// what all its weights make together. Codes are below `codes`.
 template <typename MixLine>
-void scaleLines(const RowReader& readRow, const std::vector<Mix>& columns, const AxisScale& vertical, MixLine mixLine) {
+void scaleLines(const RowReader& readRow, const std::vector<Mix>& columns, const AxisScale& vertical, double codes,
+                MixLine mixLine) {
   const int first = columns.front().first;
   const int end = columns.back().first + static_cast<int>(columns.back().weights.size());
   RowCache rows(readRow, first, end - first);
-  std::vector<float> sum(static_cast<std::size_t>(end - first));
-  for (const Mix& line : mixesOf(vertical)) {
-    std::fill(sum.begin(), sum.end(), 0.0F);
-    for (std::size_t i = 0; i < line.weights.size(); ++i) {
-      addRow(sum, rows.row(line.first + static_cast<int>(i)), line.weights[i]);
-    }
-    mixLine(sum, line.total);
-  }
+  LineSum sum(rows, static_cast<std::size_t>(end - first), codes);
+  for (const Mix& line : mixesOf(vertical)) mixLine(sum.of(line), line.total);
+}
+
+/// What rounding leaves of 65536 over a factor: no code is higher.
+double codesBelow(double factor) {
+  return 65536 / factor + 1;
 }
 
 }  // namespace
 
-std::vector<std::uint16_t> scalePlaneQuickly(const RowReader& readRow, const AxisScale& horizontal,
+std::vector<std::uint16_t> scalePlaneQuickly(const PlaneRows& rows, const AxisScale& horizontal,
                                              const AxisScale& vertical, double factor) {
+  if (auto means = blockMeans(rows, horizontal, vertical, factor)) return std::move(*means);
   const std::vector<Mix> mixes = mixesOf(horizontal);
   const EvenColumns columns(mixes);
   std::vector<float> padded;
   std::vector<std::uint16_t> result(mixes.size() * static_cast<std::size_t>(vertical.result));
   std::uint16_t* out = result.data();
   const auto mixRow = rowMixers[columns.taps < rowMixers.size() ? columns.taps : 0];
-  scaleLines(readRow, mixes, vertical, [&](const std::vector<float>& sum, double total) {
+  scaleLines(rows.read, mixes, vertical, codesBelow(factor), [&](const std::vector<float>& sum, double total) {
     padded.resize(sum.size() + columns.taps);
     std::copy(sum.begin(), sum.end(), padded.begin());
     mixRow(padded.data(), columns, static_cast<float>(factor / total), out);
@@ -176,7 +219,7 @@ std::vector<std::uint16_t> scalePlane(const RowReader& readRow, const AxisScale&
   const std::vector<Mix> columns = mixesOf(horizontal);
   std::vector<std::uint16_t> result;
   result.reserve(columns.size() * static_cast<std::size_t>(vertical.result));
-  scaleLines(readRow, columns, vertical, [&](const std::vector<float>& sum, double total) {
+  scaleLines(readRow, columns, vertical, codesBelow(factor), [&](const std::vector<float>& sum, double total) {
     for (const Mix& column : columns) {
       const float* const at = sum.data() + (column.first - columns.front().first);
       double mean = 0;

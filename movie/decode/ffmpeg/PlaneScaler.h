@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <vector>
@@ -18,6 +19,21 @@ struct AxisScale {
 /// `scratch` filled with them.
 using RowReader = std::function<const std::uint16_t*(int y, int x, int count, std::uint16_t* scratch)>;
 
+/// Where the samples of a plane lie, each beside the next, in the machine's own order of bytes.
+struct PlaneSamples {
+  const std::uint8_t* first = nullptr;  ///< of the first row; null where they lie otherwise
+  std::ptrdiff_t stride = 0;            ///< from one row to the next, in bytes
+  int bytes = 1;                        ///< of a sample: 1 or 2
+  std::uint16_t mask = 0xFFFF;          ///< the bits of a sample that are its code
+};
+
+/// The rows of a plane: how they are read, and where they lie if that is simple.
+struct PlaneRows {
+  RowReader read;
+  PlaneSamples samples = {};
+  std::function<void(int end)> beforeRows = nullptr;  ///< told that rows before `end` are read next; may be empty
+};
+
 /// Scales a plane, each axis for itself: an axis that shrinks takes the mean over the exact area of each result sample,
 /// parts of samples by their part; one that grows interpolates linearly between sample centres, never across the edge
 /// of the part taken. Each mean times `factor` is rounded once, to nearest, and held within 0..65535. A plane of one
@@ -26,7 +42,7 @@ std::vector<std::uint16_t> scalePlane(const RowReader& readRow, const AxisScale&
                                       double factor);
 
 /// The same in single precision, for pictures that are looked at: a good deal quicker, and off by at most one.
-std::vector<std::uint16_t> scalePlaneQuickly(const RowReader& readRow, const AxisScale& horizontal,
+std::vector<std::uint16_t> scalePlaneQuickly(const PlaneRows& rows, const AxisScale& horizontal,
                                              const AxisScale& vertical, double factor);
 
 }  // namespace movie

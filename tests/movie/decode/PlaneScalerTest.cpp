@@ -131,7 +131,7 @@ TEST(PlaneScaler, IsOffByOneAtMostWhenQuick) {
           const AxisScale across{begin, plane.width - begin * 1.5, plane.width, width};
           const AxisScale down{begin, plane.height - begin, plane.height, height};
           const auto exact = scalePlane(plane.reader(), across, down, factor);
-          const auto quick = scalePlaneQuickly(plane.reader(), across, down, factor);
+          const auto quick = scalePlaneQuickly({plane.reader()}, across, down, factor);
           ASSERT_EQ(quick.size(), exact.size());
           for (std::size_t i = 0; i < exact.size(); ++i) ASSERT_NEAR(quick[i], exact[i], 1) << width << 'x' << height;
         }
@@ -140,9 +140,39 @@ TEST(PlaneScaler, IsOffByOneAtMostWhenQuick) {
   }
 }
 
+TEST(PlaneScaler, IsOffByOneAtMostWhenBlocksAreWhole) {
+  std::mt19937 random(11);
+  Plane plane{290, 50, {}};
+  std::vector<std::uint8_t> bytes;
+  for (int i = 0; i < plane.width * plane.height; ++i) bytes.push_back(static_cast<std::uint8_t>(random()));
+  plane.samples.assign(bytes.begin(), bytes.end());
+  std::vector<std::uint16_t> words = plane.samples;
+  for (std::uint16_t& word : words) word = static_cast<std::uint16_t>(word | 0x3300U);
+  for (const int size : {1, 2, 4, 5, 6, 8, 12, 24}) {
+    const int columns = 288 / size, lines = 48 / size;
+    const AxisScale across{1, static_cast<double>(columns * size), plane.width, columns};
+    const AxisScale down{2, static_cast<double>(lines * size), plane.height, lines};
+    const auto exact = scalePlane(plane.reader(), across, down, 256);
+    const auto quick = scalePlaneQuickly({plane.reader()}, across, down, 256);
+    EXPECT_EQ(scalePlaneQuickly({plane.reader(), {bytes.data(), plane.width}}, across, down, 256), quick) << size;
+    const auto* const masked = reinterpret_cast<const std::uint8_t*>(words.data());
+    EXPECT_EQ(scalePlaneQuickly({plane.reader(), {masked, 2 * plane.width, 2, 0xFF}}, across, down, 256), quick)
+        << size;
+    ASSERT_EQ(quick.size(), exact.size());
+    for (std::size_t i = 0; i < exact.size(); ++i) ASSERT_NEAR(quick[i], exact[i], 1) << size;
+  }
+}
+
+TEST(PlaneScaler, TellsWhatItReadsNext) {
+  const Plane plane = rampOf(24, 12, 10);
+  std::vector<int> told;
+  scalePlaneQuickly({plane.reader(), {}, [&](int end) { told.push_back(end); }}, {0, 24, 24, 2}, {0, 12, 12, 3}, 256);
+  EXPECT_THAT(told, ElementsAre(4, 8, 12));
+}
+
 TEST(PlaneScaler, IsExactWhenQuickAndNotScaling) {
   const Plane plane = rampOf(97, 5, 675);
-  EXPECT_EQ(scalePlaneQuickly(plane.reader(), {0, 97, 97, 97}, {0, 5, 5, 5}, 1), plane.samples);
+  EXPECT_EQ(scalePlaneQuickly({plane.reader()}, {0, 97, 97, 97}, {0, 5, 5, 5}, 1), plane.samples);
 }
 
 }  // namespace
