@@ -10,8 +10,6 @@
 namespace diagnosis {
 namespace {
 
-/// Samples across and down that are taken together.
-constexpr int blockSide = 4;
 /// The calmest blocks are taken until there are so many of all, and all whose luma keeps within these codes of 8 bits.
 constexpr double calmShare = 0.3, calmCodes = 4;
 
@@ -19,16 +17,24 @@ constexpr std::size_t lumaLevels = 24;
 
 /// How far luma moves within each block of a signal that has become `blocks`: the mean distance from the block's mean.
 std::vector<float> activityOf(const Signal& signal, const Signal& blocks) {
-  Signal distances{signal.width, signal.height, {std::vector<float>(signal.size()), {}, {}}};
-  for (std::size_t y = 0, at = 0; y < static_cast<std::size_t>(signal.height); ++y) {
-    const std::size_t row = y * static_cast<std::size_t>(blocks.height) / static_cast<std::size_t>(signal.height) *
-                            static_cast<std::size_t>(blocks.width);
-    for (std::size_t x = 0; x < static_cast<std::size_t>(signal.width); ++x, ++at) {
-      const std::size_t column = x * static_cast<std::size_t>(blocks.width) / static_cast<std::size_t>(signal.width);
-      distances.planes[0][at] = std::abs(signal.luma()[at] - blocks.luma()[row + column]);
+  const std::vector<std::size_t> columns = blockEnds(signal.width, blocks.width),
+                                 rows = blockEnds(signal.height, blocks.height);
+  const auto width = static_cast<std::size_t>(signal.width);
+  std::vector<float> activity(blocks.size());
+  for (std::size_t row = 0, top = 0; row < rows.size(); top = rows[row++]) {
+    float* const sums = &activity[row * columns.size()];
+    const float* const means = &blocks.luma()[row * columns.size()];
+    for (std::size_t y = top; y < rows[row]; ++y) {
+      const float* const line = &signal.luma()[y * width];
+      for (std::size_t column = 0, x = 0; column < columns.size(); ++column) {
+        for (; x < columns[column]; ++x) sums[column] += std::abs(line[x] - means[column]);
+      }
+    }
+    for (std::size_t column = 0, left = 0; column < columns.size(); left = columns[column++]) {
+      sums[column] /= std::max(1.0F, static_cast<float>((rows[row] - top) * (columns[column] - left)));
     }
   }
-  return reduced(distances, blocks.width, blocks.height).planes[0];
+  return activity;
 }
 
 std::size_t levelOf(float luma) {
@@ -57,8 +63,8 @@ LevelLimits calmLimits(const Signal& blocks, const std::vector<float>& activity)
 
 }  // namespace
 
-Blocks blocksOf(const AlignedPair& pair) {
-  const int width = std::max(1, pair.source.width / blockSide), height = std::max(1, pair.source.height / blockSide);
+Blocks blocksOf(const AlignedPair& pair, int side) {
+  const int width = std::max(1, pair.source.width / side), height = std::max(1, pair.source.height / side);
   Blocks blocks{reduced(pair.source, width, height), reduced(pair.dest, width, height), {}, {}, {}};
   blocks.activity = activityOf(pair.source, blocks.source);
   blocks.covered = coveredSamples(blocks.source, blocks.dest);

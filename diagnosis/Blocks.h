@@ -17,6 +17,7 @@ struct Blocks {
   std::vector<bool> covered;  ///< coveredSamples()
 };
 
-Blocks blocksOf(const AlignedPair& pair);
+/// Blocks of `side` x `side` samples.
+Blocks blocksOf(const AlignedPair& pair, int side = 4);
 
 }  // namespace diagnosis

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+
+#include "diagnosis/Statistics.h"
 
 namespace diagnosis {
 namespace {
@@ -20,42 +23,66 @@ double costOf(const Vector3& predicted, const Vector3& dest) {
          (clipped(chromaCodes * (predicted[1] - dest[1])) + clipped(chromaCodes * (predicted[2] - dest[2]))) / 2;
 }
 
+double weightOf(const std::vector<Stratum>& strata) {
+  double weight = 0;
+  for (const Stratum& stratum : strata) weight += stratum.weight;
+  return weight;
+}
+
+/// A mean goes where the mean of what lies on both sides of it goes: tones are curved.
+struct BothSides {
+  Prediction::Before low, high;
+
+  BothSides(const Prediction& prediction, const Stratum& stratum)
+      : low(prediction.beforeTone(moved(stratum, -stratum.spread))),
+        high(prediction.beforeTone(moved(stratum, stratum.spread))) {}
+  Vector3 afterTone(const Prediction& prediction, double exponent) const {
+    const Vector3 one = prediction.afterTone(low, exponent), other = prediction.afterTone(high, exponent);
+    return {(one[0] + other[0]) / 2, (one[1] + other[1]) / 2, (one[2] + other[2]) / 2};
+  }
+
+ private:
+  static Vector3 moved(const Stratum& stratum, double by) {
+    return {stratum.source[0] + by, stratum.source[1], stratum.source[2]};
+  }
+};
+
 /// The cost of a hypothesis as a function of its exponent.
 class ExponentCost {
  public:
   ExponentCost(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space)
-      : prediction_(hypothesis, space), strata_(strata) {
-    before_.reserve(2 * strata.size());
-    for (const Stratum& stratum : strata) {
-      for (const double side : {-1.0, 1.0}) {
-        Vector3 source = stratum.source;
-        source[0] += side * stratum.spread;
-        before_.push_back(prediction_.beforeTone(source));
-      }
-    }
+      : prediction_(hypothesis, space), strata_(strata), weight_(weightOf(strata)) {
+    before_.reserve(strata.size());
+    for (const Stratum& stratum : strata) before_.emplace_back(prediction_, stratum);
   }
 
   double at(double exponent) const {
-    double cost = 0, weights = 0;
+    double cost = 0;
     for (std::size_t i = 0; i < strata_.size(); ++i) {
-      cost += strata_[i].weight * costOf(mean(i, exponent), strata_[i].dest);
-      weights += strata_[i].weight;
+      cost += strata_[i].weight * costOf(before_[i].afterTone(prediction_, exponent), strata_[i].dest);
     }
-    return weights > 0 ? cost / weights : 0;
+    return weight_ > 0 ? cost / weight_ : 0;
   }
 
  private:
-  /// A mean goes where the mean of what lies on both sides of it goes: tones are curved.
-  Vector3 mean(std::size_t stratum, double exponent) const {
-    const Vector3 low = prediction_.afterTone(before_[2 * stratum], exponent);
-    const Vector3 high = prediction_.afterTone(before_[2 * stratum + 1], exponent);
-    return {(low[0] + high[0]) / 2, (low[1] + high[1]) / 2, (low[2] + high[2]) / 2};
-  }
-
   Prediction prediction_;
   const std::vector<Stratum>& strata_;
-  std::vector<Vector3> before_;
+  double weight_;
+  std::vector<BothSides> before_;
 };
+
+/// The cost of a hypothesis without an exponent. Where it is more than `most`, some number above that.
+double costUpTo(double most, const Hypothesis& hypothesis, const std::vector<Stratum>& strata,
+                const ComparedIn& space) {
+  const Prediction prediction(hypothesis, space);
+  const double weight = weightOf(strata);
+  double cost = 0;
+  for (const Stratum& stratum : strata) {
+    if (cost > most * weight) break;
+    cost += stratum.weight * costOf(BothSides(prediction, stratum).afterTone(prediction, 1), stratum.dest);
+  }
+  return weight > 0 ? cost / weight : 0;
+}
 
 /// Logarithms of exponents, between which the cost falls and rises again.
 struct Bracket {
@@ -136,39 +163,14 @@ double meanCost(const std::vector<Stratum>& strata, Predict predict) {
   return weights > 0 ? cost / weights : 0;
 }
 
-/// What the samples of several strata changed by on average.
-struct MeanChange {
-  double samples = 0;
-  Vector3 sums{};
-  void add(const Stratum& stratum) {
-    samples += stratum.samples;
-    for (std::size_t plane = 0; plane < 3; ++plane) {
-      sums[plane] += stratum.samples * (stratum.dest[plane] - stratum.source[plane]);
-    }
-  }
-  /// In codes of 8 bits.
-  double of(std::size_t plane) const {
-    return samples > 0 ? (plane == 0 ? lumaCodes : chromaCodes) * sums[plane] / samples : 0;
-  }
-};
-
-/// Grey, or one of eight sectors.
-std::size_t hueOf(const Vector3& color) {
-  constexpr double grey = 0.03;
-  if (std::hypot(color[1], color[2]) < grey) return 8;
-  const double turn = std::atan2(color[2], color[1]) / (2 * std::acos(-1.0)) + 0.5;
-  return static_cast<std::size_t>(turn * 8) % 8;
-}
-
 struct Cubic {
   std::array<double, 4> factors{};
   double at(double x) const { return factors[0] + x * (factors[1] + x * (factors[2] + x * factors[3])); }
 };
 
-/// Of least squares over luma, weighted: its normal equations, eliminated. A little is added to their diagonal, which
-/// keeps them solvable where the colours are few.
+/// Of least squares over luma, weighted. A little on the diagonal keeps them solvable where the colours are few.
 Cubic cubicThrough(const std::vector<Stratum>& strata) {
-  std::array<std::array<double, 5>, 4> rows{};
+  Equations<4> rows{};
   for (const Stratum& stratum : strata) {
     const double x = stratum.source[0];
     const std::array<double, 4> powers{1, x, x * x, x * x * x};
@@ -179,17 +181,8 @@ Cubic cubicThrough(const std::vector<Stratum>& strata) {
       rows[row][4] += stratum.weight * powers[row] * stratum.dest[0];
     }
   }
-  for (std::size_t i = 0; i < 4; ++i) {
-    rows[i][i] += 1e-9;
-    for (std::size_t row = 0; row < 4; ++row) {
-      if (row == i) continue;
-      const double factor = rows[row][i] / rows[i][i];
-      for (std::size_t column = i; column < 5; ++column) rows[row][column] -= factor * rows[i][column];
-    }
-  }
-  Cubic cubic;
-  for (std::size_t i = 0; i < 4; ++i) cubic.factors[i] = rows[i][4] / rows[i][i];
-  return cubic;
+  for (std::size_t i = 0; i < 4; ++i) rows[i][i] += 1e-9;
+  return {solved(rows)};
 }
 
 /// Of the logarithm of an exponent: to be told, and to see which hypotheses are worth it.
@@ -219,17 +212,52 @@ CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& stra
   return fitTo(hypothesis, strata, space, finePrecision);
 }
 
+double costOf(const Hypothesis& hypothesis, double exponent, const std::vector<Stratum>& strata,
+              const ComparedIn& space) {
+  return ExponentCost(hypothesis, strata, space).at(exponent);
+}
+
+std::vector<Stratum> carriedBy(const Hypothesis& hypothesis, double exponent, std::vector<Stratum> strata,
+                               const ComparedIn& space) {
+  const Prediction prediction(hypothesis, space);
+  for (Stratum& stratum : strata) {
+    stratum.source = prediction.afterTone(prediction.beforeTone(stratum.source), exponent);
+  }
+  return strata;
+}
+
+namespace {
+
+/// Some of the colours, so that any first ones of them are from dark to bright.
+std::vector<Stratum> someOf(const std::vector<Stratum>& strata) {
+  constexpr std::size_t fewColors = 40, rounds = 4;
+  const std::size_t every = strata.size() / fewColors + 1;
+  std::vector<Stratum> some;
+  some.reserve(strata.size() / every + 1);
+  for (std::size_t round = 0; round < rounds; ++round) {
+    for (std::size_t i = round * every; i < strata.size(); i += rounds * every) some.push_back(strata[i]);
+  }
+  return some;
+}
+
+}  // namespace
+
 std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
                                       const ComparedIn& space) {
-  constexpr std::size_t fewColors = 40, kept = 8;
-  std::vector<Stratum> some;
-  const std::size_t every = strata.size() / fewColors + 1;
-  for (std::size_t i = 0; i < strata.size(); i += every) some.push_back(strata[i]);
+  constexpr std::size_t kept = 8;
+  const std::vector<Stratum> some = someOf(strata);
   std::vector<CauseFit> fits;
-  fits.reserve(hypotheses.size());
-  for (const Hypothesis& hypothesis : hypotheses) fits.push_back(fitTo(hypothesis, some, space, roughPrecision));
-  rank(fits);
-  fits.resize(std::min(fits.size(), kept));
+  fits.reserve(kept + 1);
+  for (const Hypothesis& hypothesis : hypotheses) {
+    const double most = fits.size() < kept ? std::numeric_limits<double>::infinity()
+                                           : CauseFit::costFor(fits.back().score(), hypothesis.complexity);
+    const CauseFit fit = hypothesis.hasExponent() ? fitTo(hypothesis, some, space, roughPrecision)
+                                                  : CauseFit{&hypothesis, 1, costUpTo(most, hypothesis, some, space)};
+    if (fit.cost >= most) continue;
+    fits.push_back(fit);
+    rank(fits);
+    if (fits.size() > kept) fits.pop_back();
+  }
   for (CauseFit& fit : fits) fit = refitted(fit, strata, space);
   rank(fits);
   return fits;
@@ -245,7 +273,7 @@ Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strat
   constexpr double step = 1e-3;
   double slopes = 0, errors = 0;
   for (const Stratum& stratum : strata) {
-    const Vector3 before = prediction.beforeTone(stratum.source);
+    const Prediction::Before before = prediction.beforeTone(stratum.source);
     const double here = prediction.afterTone(before, fit.exponent)[0];
     const double slope = (prediction.afterTone(before, fit.exponent + step)[0] - here) / step;
     slopes += stratum.weight * slope * slope;
@@ -279,6 +307,23 @@ GainFit fitGain(const std::vector<Stratum>& strata) {
   return fit;
 }
 
+std::vector<Stratum> carriedBy(const GainFit& fit, std::vector<Stratum> strata) {
+  for (Stratum& stratum : strata) {
+    const auto& [luma, blue, red] = stratum.source;
+    stratum.source = {fit.gain * luma + fit.offset, fit.chroma * blue, fit.chroma * red};
+  }
+  return strata;
+}
+
+double shiftedCost(const std::vector<Stratum>& strata) {
+  std::vector<double> shifts;
+  shifts.reserve(strata.size());
+  for (const Stratum& stratum : strata) shifts.push_back(stratum.dest[0] - stratum.source[0]);
+  if (shifts.empty()) return 0;
+  const double shift = medianOf(shifts);
+  return meanCost(strata, [&](const Vector3& source) { return Vector3{source[0] + shift, source[1], source[2]}; });
+}
+
 double anyToneCost(const std::vector<Stratum>& strata) {
   const Cubic curve = cubicThrough(strata);
   const double chroma = chromaFactor(strata);
@@ -288,25 +333,6 @@ double anyToneCost(const std::vector<Stratum>& strata) {
   // What five free numbers take away of it.
   const double colors = static_cast<double>(strata.size());
   return colors > 6 ? cost * std::sqrt(colors / (colors - 5)) : largestError;
-}
-
-double differenceOf(const std::vector<Stratum>& strata) {
-  constexpr std::size_t levels = 24, hues = 9;
-  std::array<MeanChange, levels> byLevel;
-  std::array<MeanChange, hues> byHue;
-  for (const Stratum& stratum : strata) {
-    byLevel[static_cast<std::size_t>(std::clamp(stratum.source[0], 0.0, 0.999) * levels)].add(stratum);
-    byHue[hueOf(stratum.source)].add(stratum);
-  }
-  double squares = 0, samples = 0;
-  for (const MeanChange& level : byLevel) {
-    squares += level.samples * level.of(0) * level.of(0);
-    samples += level.samples;
-  }
-  for (const MeanChange& hue : byHue) {
-    squares += hue.samples * (hue.of(1) * hue.of(1) + hue.of(2) * hue.of(2)) / 4;
-  }
-  return samples > 0 ? std::sqrt(squares / samples) : 0;
 }
 
 }  // namespace diagnosis

@@ -18,6 +18,10 @@ struct CauseFit {
   double score() const { return score(cost, hypothesis->complexity); }
   /// Costs made comparable: a more complex explanation has to fit better.
   static double score(double cost, double complexity) { return cost * (1 + 0.06 * complexity) + 0.10 * complexity; }
+  /// The cost that gives a score.
+  static double costFor(double score, double complexity) {
+    return (score - 0.10 * complexity) / (1 + 0.06 * complexity);
+  }
 };
 
 /// The best one first.
@@ -30,6 +34,14 @@ CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& stra
 std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
                                       const ComparedIn& space);
 
+/// What a hypothesis leaves unexplained at that exponent.
+double costOf(const Hypothesis& hypothesis, double exponent, const std::vector<Stratum>& strata,
+              const ComparedIn& space);
+
+/// The colours with their sources as a hypothesis makes them.
+std::vector<Stratum> carriedBy(const Hypothesis& hypothesis, double exponent, std::vector<Stratum> strata,
+                               const ComparedIn& space);
+
 /// The exponent's interval, of a hypothesis that has one: about 95 %, from what it leaves unexplained.
 Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space);
 
@@ -39,13 +51,12 @@ struct GainFit {
   double cost = 0;  ///< as CauseFit's
 };
 GainFit fitGain(const std::vector<Stratum>& strata);
+std::vector<Stratum> carriedBy(const GainFit& fit, std::vector<Stratum> strata);
+
+/// What is left when luma is shifted by one number, as conversions shift it that cut off instead of rounding.
+double shiftedCost(const std::vector<Stratum>& strata);
 
 /// What is left when luma goes by a smooth curve, and chroma is multiplied by one factor: as CauseFit's cost.
 double anyToneCost(const std::vector<Stratum>& strata);
-
-/// Between source and destination, a root mean square in codes of 8 bits: of luma by its level, and of half of the
-/// chroma signals by their hue. What goes up in one colour and down in the next, as an encoder's losses do, does not
-/// count.
-double differenceOf(const std::vector<Stratum>& strata);
 
 }  // namespace diagnosis

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace diagnosis {
 namespace {
@@ -14,8 +15,13 @@ double power(double value, double exponent) {
 }
 
 /// What lies below black becomes black.
-double raised(double value, double exponent) {
-  return value <= 0 ? 0.0 : power(value, exponent);
+float logarithm(double value) {
+  return value <= 0 ? -std::numeric_limits<float>::infinity() : std::log2(static_cast<float>(value));
+}
+
+/// What has this logarithm, to a power.
+double raised(float logarithm, double exponent) {
+  return double{std::exp2(static_cast<float>(exponent) * logarithm)};
 }
 
 struct RangeErrors {
@@ -176,7 +182,7 @@ const std::vector<Hypothesis>& pairsOfCauses() {
                                   twoPowers{everyPower[0], everyPower[1]};
     std::vector<Hypothesis> all;
     addPairs(all, ranges, twoPowers);
-    addPairs(all, matrices(), twoPowers);
+    addPairs(all, matrices(), everyPower);  // exporters that lose the matrix's tag have such equalisers
     addPairs(all, ranges, matrices());
     addPairs(all, ranges, curves());
     return all;
@@ -221,61 +227,74 @@ Prediction::Prediction(const Hypothesis& hypothesis, const ComparedIn& space)
       fullCodes_(space.fullCodes),
       toRgb_(toRgbMatrix(space.matrix)),
       fromRgb_(fromRgbMatrix(space.matrix)),
-      matrix_(matrixStep(hypothesis.matrix)) {}
+      matrix_(product(fromRgb_, product(matrixStep(hypothesis.matrix), toRgb_))) {}
 
-Vector3 Prediction::ranged(RangeStep step, const Vector3& rgb) const {
+Vector3 Prediction::ranged(RangeStep step, const Vector3& signal) const {
   switch (step) {
     case RangeStep::None:
       break;
     case RangeStep::Compress:
     case RangeStep::Expand:
-      return product(toRgb_, rangedYCbCr(step == RangeStep::Compress, product(fromRgb_, rgb), fullCodes_));
+      return rangedYCbCr(step == RangeStep::Compress, signal, fullCodes_);
     case RangeStep::CompressRgb:
     case RangeStep::ExpandRgb:
-      return rangedRgb(step == RangeStep::CompressRgb, rgb, fullCodes_);
+      return product(fromRgb_, rangedRgb(step == RangeStep::CompressRgb, product(toRgb_, signal), fullCodes_));
   }
-  return rgb;
+  return signal;
 }
 
-Vector3 Prediction::toned(const Vector3& rgb, double exponent) const {
-  Vector3 result = rgb;
+Prediction::Before Prediction::beforeTone(const Vector3& source) const {
+  if (hypothesis_.relabelling) {
+    Vector3 result = product(hypothesis_.relabelling->matrix, source);
+    for (std::size_t i = 0; i < 3; ++i) result[i] += hypothesis_.relabelling->shift[i];
+    return {result};
+  }
+  Before before{ranged(hypothesis_.rangeBefore, source)};
+  if (hypothesis_.hasMatrix()) before.signal = product(matrix_, before.signal);
+  const double luma = before.signal[0];
+  switch (hypothesis_.tone) {
+    case ToneStep::PowerRgb: {
+      const Vector3 rgb = product(toRgb_, before.signal);
+      for (std::size_t i = 0; i < 3; ++i) before.logarithms[i] = logarithm(std::min(rgb[i], 1.0));
+      break;
+    }
+    case ToneStep::PowerLuma:
+      before.logarithms[0] = logarithm(luma);
+      break;
+    case ToneStep::PowerLumaCodes:
+      before.logarithms[0] = logarithm((blackCode + lumaCodes * luma) / fullCodes_);
+      break;
+    case ToneStep::None:
+    case ToneStep::CurveRgb:
+      break;
+  }
+  return before;
+}
+
+Vector3 Prediction::toned(const Before& before, double exponent) const {
+  Vector3 result = before.signal;
   switch (hypothesis_.tone) {
     case ToneStep::None:
       break;
     case ToneStep::PowerRgb:
-      for (double& value : result) value = raised(std::min(value, 1.0), exponent);
-      break;
+      for (std::size_t i = 0; i < 3; ++i) result[i] = raised(before.logarithms[i], exponent);
+      return product(fromRgb_, result);
     case ToneStep::PowerLuma:
-    case ToneStep::PowerLumaCodes: {
-      Vector3 signal = product(fromRgb_, rgb);
-      if (hypothesis_.tone == ToneStep::PowerLuma) {
-        signal[0] = raised(signal[0], exponent);
-      } else {
-        const double code = raised((blackCode + lumaCodes * signal[0]) / fullCodes_, exponent) * fullCodes_;
-        signal[0] = (code - blackCode) / lumaCodes;
-      }
-      return product(toRgb_, signal);
-    }
-    case ToneStep::CurveRgb:
-      for (double& value : result) value = signalOf(hypothesis_.to, lightOf(hypothesis_.from, std::min(value, 1.0)));
+      result[0] = raised(before.logarithms[0], exponent);
       break;
+    case ToneStep::PowerLumaCodes:
+      result[0] = (raised(before.logarithms[0], exponent) * fullCodes_ - blackCode) / lumaCodes;
+      break;
+    case ToneStep::CurveRgb:
+      result = product(toRgb_, result);
+      for (double& value : result) value = signalOf(hypothesis_.to, lightOf(hypothesis_.from, std::min(value, 1.0)));
+      return product(fromRgb_, result);
   }
   return result;
 }
 
-Vector3 Prediction::beforeTone(const Vector3& source) const {
-  if (hypothesis_.relabelling) {
-    Vector3 result = product(hypothesis_.relabelling->matrix, source);
-    for (std::size_t i = 0; i < 3; ++i) result[i] += hypothesis_.relabelling->shift[i];
-    return result;
-  }
-  const Vector3 rgb = ranged(hypothesis_.rangeBefore, product(toRgb_, source));
-  return hypothesis_.hasMatrix() ? product(matrix_, rgb) : rgb;
-}
-
-Vector3 Prediction::afterTone(const Vector3& before, double exponent) const {
-  if (hypothesis_.relabelling) return before;
-  return product(fromRgb_, ranged(hypothesis_.rangeAfter, toned(before, exponent)));
+Vector3 Prediction::afterTone(const Before& before, double exponent) const {
+  return hypothesis_.relabelling ? before.signal : ranged(hypothesis_.rangeAfter, toned(before, exponent));
 }
 
 }  // namespace diagnosis

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <vector>
@@ -69,17 +70,22 @@ class Prediction {
  public:
   Prediction(const Hypothesis& hypothesis, const ComparedIn& space);
 
-  /// Everything before the tone: R'G'B'; of a relabelling, all there is.
-  Vector3 beforeTone(const Vector3& source) const;
+  /// Everything before the tone; of a relabelling, all there is.
+  struct Before {
+    Vector3 signal{};                   ///< Y'PbPr
+    std::array<float, 3> logarithms{};  ///< to base 2, of what an exponent raises
+  };
+  Before beforeTone(const Vector3& source) const;
   /// What becomes of it. `exponent` where the hypothesis has one.
-  Vector3 afterTone(const Vector3& before, double exponent) const;
+  Vector3 afterTone(const Before& before, double exponent) const;
 
  private:
-  Vector3 toned(const Vector3& rgb, double exponent) const;
-  Vector3 ranged(RangeStep step, const Vector3& rgb) const;
+  Vector3 toned(const Before& before, double exponent) const;
+  Vector3 ranged(RangeStep step, const Vector3& signal) const;
   const Hypothesis& hypothesis_;
   double fullCodes_;
-  Matrix3 toRgb_, fromRgb_, matrix_;
+  Matrix3 toRgb_, fromRgb_;
+  Matrix3 matrix_;  ///< of the hypothesis, from Y'PbPr to Y'PbPr
 };
 
 }  // namespace diagnosis

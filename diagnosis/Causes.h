@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
+#include "diagnosis/CauseFit.h"
 #include "diagnosis/Finding.h"
 #include "diagnosis/Strata.h"
 
@@ -18,7 +20,21 @@ struct ColorEvidence {
   bool identicalSamples = false;
 };
 
-/// At least one. Those that hold together come in the order in which they are told.
+/// What was done to a picture, with all its numbers: a hypothesis, and then a line where there is one. Of colours as
+/// ComparedIn says.
+struct Recipe {
+  Hypothesis hypothesis;
+  double exponent = 1;  ///< where the hypothesis has one
+  std::optional<GainFit> gain;
+};
+
+struct ToldCauses {
+  std::vector<Cause> causes;     ///< at least one; those that hold together in the order in which they are told
+  std::optional<Recipe> recipe;  ///< none where nothing was done, or nothing that is known
+};
+ToldCauses toldCauses(const ColorEvidence& evidence);
+
+/// The causes alone.
 std::vector<Cause> causesOf(const ColorEvidence& evidence);
 
 /// How sure it is that pictures whose correspondence scores so low are not the same.

@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "diagnosis/Advice.h"
-#include "diagnosis/CauseFit.h"
 #include "diagnosis/Causes.h"
+#include "diagnosis/Difference.h"
 #include "diagnosis/LocalChange.h"
 #include "diagnosis/PlacementSearch.h"
 #include "diagnosis/Strata.h"
@@ -78,20 +78,6 @@ void look(Evidence& evidence, const FramePair& pair, const Question& question, s
   MatchedFrame& frame = evidence.matched.emplace_back();
   frame.strata.add(blocks);
   frame.changeByPlace = changeByPlace(blocks);
-}
-
-/// The destination's matrix, of an RGB one the source's: its luma is what both sides are compared by.
-ComparedIn spaceOf(const Question& question) {
-  constexpr std::uint16_t yCgCo = 8;
-  constexpr double deepFullCodes = 255.75;
-  ComparedIn space;
-  if (question.source.depth > 8 && question.dest.depth > 8) space.fullCodes = deepFullCodes;
-  for (const SideTags* side : {&question.dest, &question.source}) {
-    if (side->model != movie::PictureModel::YCbCr || side->matrixInForce == yCgCo) continue;
-    space.matrix = side->matrixInForce;
-    break;
-  }
-  return space;
 }
 
 Cause withoutNumber(CauseKind kind, double confidence) {
@@ -223,8 +209,21 @@ Finding findingOf(const Evidence& evidence, const Question& question, const Comp
 
 }  // namespace
 
+ComparedIn comparedIn(const SideTags& source, const SideTags& dest) {
+  constexpr std::uint16_t yCgCo = 8;
+  constexpr double deepFullCodes = 255.75;
+  ComparedIn space;
+  if (source.depth > 8 && dest.depth > 8) space.fullCodes = deepFullCodes;
+  for (const SideTags* side : {&dest, &source}) {
+    if (side->model != movie::PictureModel::YCbCr || side->matrixInForce == yCgCo) continue;
+    space.matrix = side->matrixInForce;
+    break;
+  }
+  return space;
+}
+
 Finding diagnose(const Question& question) {
-  const ComparedIn space = spaceOf(question);
+  const ComparedIn space = comparedIn(question.source, question.dest);
   Finding finding = findingOf(gathered(question, space, findPlacement), question, space);
   if (isPlacedByChance(finding)) {
     // It may be the same as it lies: gradients and plain shapes lie upon themselves in many ways.

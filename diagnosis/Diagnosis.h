@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "diagnosis/Finding.h"
+#include "diagnosis/Signal.h"
 #include "movie/decode/Picture.h"
 
 namespace diagnosis {
@@ -21,6 +22,10 @@ struct Question {
   bool knownDark = false;               ///< a check of the source's frame found it too dark already
   double tolerance = defaultTolerance;  ///< how far, in codes of 8 bits, the same picture may differ
 };
+
+/// What pictures under these tags are compared in: the destination's matrix, of an RGB one the source's, since its luma
+/// is what both sides are compared by.
+ComparedIn comparedIn(const SideTags& source, const SideTags& dest);
 
 /// What was done to the destination. A pure function; some 6 ms a pair that lies plainly, up to 20 where one has to be
 /// placed upon the other first, or where nothing known explains it (bench_diagnosis).

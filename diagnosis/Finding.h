@@ -75,6 +75,8 @@ struct Finding {
   /// Where all together are the same: those of them that are not so alone. The causes are then of the one that differs
   /// most.
   int differingFrames = 0;
+  /// All frames of two movies were gone through, each with the one that it shows: they need not begin alike.
+  bool wholeMovies = false;
   Action action = Action::CannotTell;
 
   const Cause& main() const { return causes.front(); }

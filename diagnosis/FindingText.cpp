@@ -6,6 +6,7 @@
 
 #include "diagnosis/Advice.h"
 #include "diagnosis/Diagnosis.h"
+#include "diagnosis/KnownSettings.h"
 
 /// Marks a text for the tools that gather what is to be translated.
 #define TR(context, text) text
@@ -124,8 +125,23 @@ std::string verdictOf(const Cause& cause, const Words& words) {
   return {};
 }
 
+/// Of movies without a verdict; none otherwise.
+std::string wholeMoviesVerdict(const Cause& main, const Words& words) {
+  switch (main.kind) {
+    case CauseKind::Different:
+      return words(TR("FindingText", "No verdict: the movies do not show the same pictures."));
+    case CauseKind::Dark:
+      return words(TR("FindingText", "No verdict: the pictures are black, or of one color."));
+    case CauseKind::Unreadable:
+      return words(TR("FindingText", "No verdict: there is too little in the pictures to tell from."));
+    default:
+      return {};
+  }
+}
+
 std::string mainVerdict(const Finding& finding, const Words& words) {
   const Cause& main = finding.main();
+  if (std::string text = wholeMoviesVerdict(main, words); finding.wholeMovies && !text.empty()) return text;
   if (finding.inPlaces) {
     return words(TR("FindingText", "The tone differs in places: they were graded, or something lies over them."));
   }
@@ -191,8 +207,16 @@ std::string ofFrames(int frames, const char* one, const char* several, const Wor
 
 std::string framesSentence(const Finding& finding, const Words& words) {
   if (finding.frames < 2) return {};
+  if (finding.wholeMovies && finding.unmatchedFrames == finding.frames) {
+    return words(TR("FindingText", "Nothing of the destination was found in the source."));
+  }
   std::string text = words(TR("FindingText", "%1 frames were compared."), {words.number(finding.frames, 0)});
-  if (finding.darkFrames > 0) {
+  if (finding.darkFrames > 0 && finding.wholeMovies) {
+    addSentence(
+        text,
+        ofFrames(finding.darkFrames, TR("FindingText", "One of them is not measured: it is black, or of one color."),
+                 TR("FindingText", "%1 of them are not measured: they are black, or of one color."), words));
+  } else if (finding.darkFrames > 0) {
     addSentence(
         text,
         ofFrames(finding.darkFrames, TR("FindingText", "One of them is left out, since the source is too dark there."),
@@ -252,34 +276,66 @@ std::string whyOf(const Finding& finding, const Words& words) {
 // --- What to do
 // ---------------------------------------------------------------------------------------------------------
 
-/// Display gammas that are mixed up often, and so the exponents that come of it.
-std::string usualExponent(double exponent, const Words& words) {
-  struct Gammas {
-    double lower, higher;
-  };
-  constexpr Gammas usual[] = {{1.8, 2.2}, {1.96, 2.2}, {1.96, 2.4}, {2.2, 2.4}, {2.2, 2.6}, {2.4, 2.6}};
-  constexpr double reach = 0.012;
-  const auto text = [&](double gamma) { return words.number(gamma, gamma == 1.96 ? 2 : 1); };
-  for (const auto& [lower, higher] : usual) {
-    if (std::abs(exponent - higher / lower) > reach && std::abs(exponent - lower / higher) > reach) continue;
-    return words(
-        TR("FindingText", "Such a number is usual where gammas of %1 and %2 are mixed up: look for that setting."),
-        {text(lower), text(higher)});
+std::string gammaText(double gamma, const Words& words) {
+  return words.number(gamma, gamma == 1.96 ? 2 : 1);
+}
+
+std::string settingSentence(const KnownSetting& known, const Words& words) {
+  switch (known.setting) {
+    case Setting::Gammas:
+      return words(
+          TR("FindingText", "Such a number is usual where gammas of %1 and %2 are mixed up: look for that setting."),
+          {gammaText(known.lower, words), gammaText(known.higher, words)});
+    case Setting::SystemGamma:
+      return words(TR("FindingText",
+                      "Such a number is usual where HLG's system gamma of 1.2 was applied or left out: look for that "
+                      "setting."));
+    case Setting::DimSurround:
+      return words(TR("FindingText",
+                      "Such a number is usual where a picture is rendered for dim surroundings, by 1.25: look for that "
+                      "setting."));
+    case Setting::SetUp:
+      return words(TR("FindingText",
+                      "Such numbers are usual where NTSC's set-up of 7.5 % was added or taken away: look for that "
+                      "setting."));
+    case Setting::BlackAt16:
+      return words(TR("FindingText",
+                      "Such a number is usual where black at 16 and black at 0 are mixed up: look for that setting."));
+    case Setting::FullAsVideo:
+      return words(TR("FindingText",
+                      "Such levels are usual where full range was written as video: look for a setting of data "
+                      "levels."));
+    case Setting::VideoAsFull:
+      return words(
+          TR("FindingText",
+             "Such levels are usual where video range was taken for full: look for a setting of data levels."));
   }
   return {};
 }
 
-std::string exportAdvice(const Finding& finding, const Words& words) {
+/// Which settings are likely to be behind a number.
+std::string likelySettings(const Cause& cause, const Words& words) {
+  const std::vector<KnownSetting> settings = settingsBehind(cause);
+  if (settings.size() == 2 && settings[0].setting == Setting::Gammas && settings[1].setting == Setting::Gammas) {
+    return words(TR("FindingText",
+                    "Such a number is usual where gammas of %1 and %2, or of %3 and %4, are mixed up: look for these "
+                    "settings."),
+                 {gammaText(settings[0].lower, words), gammaText(settings[0].higher, words),
+                  gammaText(settings[1].lower, words), gammaText(settings[1].higher, words)});
+  }
+  std::string text;
+  for (const KnownSetting& each : settings) addSentence(text, settingSentence(each, words));
+  return text;
+}
+
+std::string againAdvice(const Finding& finding, const Words& words) {
   const Cause& main = finding.main();
   if (finding.inPlaces) {
     return words(TR("FindingText", "Export again, without what was done to parts of the picture."));
   }
   switch (main.kind) {
-    case CauseKind::Power: {
-      std::string text = words(TR("FindingText", "Export again, without a gamma conversion."));
-      addSentence(text, usualExponent(main.exponent.value_or(1), words));
-      return text;
-    }
+    case CauseKind::Power:
+      return words(TR("FindingText", "Export again, without a gamma conversion."));
     case CauseKind::Range:
       return words(TR("FindingText",
                       "Export again, and set the levels of input and output to the same: video (16 to 235), or full "
@@ -297,10 +353,28 @@ std::string exportAdvice(const Finding& finding, const Words& words) {
   }
 }
 
+/// Of movies without a verdict.
+std::string wholeMoviesAdvice(const Finding& finding, const Words& words) {
+  if (finding.main().kind == CauseKind::Different) {
+    return words(TR("FindingText", "Compare a movie with the one that it was made from."));
+  }
+  return finding.action == Action::CannotTell
+             ? words(TR("FindingText", "Look at both movies, and check single frames."))
+             : words(TR("FindingText", "Compare movies with more in them."));
+}
+
+std::string exportAdvice(const Finding& finding, const Words& words) {
+  std::string text = againAdvice(finding, words);
+  if (!finding.inPlaces) addSentence(text, likelySettings(finding.main(), words));
+  return text;
+}
+
 std::string adviceOf(const Finding& finding, const Words& words) {
   if (finding.frames == 0) {
     return words(TR("FindingText", "Choose another frame, or look into why this one cannot be had."));
   }
+  const bool isTold = finding.action != Action::ChooseAnotherFrame && finding.action != Action::CannotTell;
+  if (finding.wholeMovies && !isTold) return wholeMoviesAdvice(finding, words);
   switch (finding.action) {
     case Action::Nothing:
       return words(TR("FindingText", "Nothing is to be done."));

@@ -87,14 +87,13 @@ SampleBox boxOf(const Region& region, const Signal& signal) {
   return box;
 }
 
-Signal cropped(const Signal& signal, const SampleBox& box) {
-  Signal result{box.width, box.height, {}};
-  for (std::size_t plane = 0; plane < 3; ++plane) {
-    if (signal.planes[plane].empty()) continue;
-    for (int y = 0; y < box.height; ++y) {
-      const auto row = signal.planes[plane].begin() + std::ptrdiff_t{box.top + y} * signal.width + box.left;
-      result.planes[plane].insert(result.planes[plane].end(), row, row + box.width);
-    }
+std::vector<float> cropped(const std::vector<float>& plane, int planeWidth, const SampleBox& box) {
+  std::vector<float> result;
+  if (plane.empty()) return result;
+  result.reserve(static_cast<std::size_t>(box.width) * static_cast<std::size_t>(box.height));
+  for (int y = 0; y < box.height; ++y) {
+    const auto row = plane.begin() + std::ptrdiff_t{box.top + y} * planeWidth + box.left;
+    result.insert(result.end(), row, row + box.width);
   }
   return result;
 }
@@ -121,10 +120,17 @@ Signal sourceUpon(const Signal& source, const Placement& placement, int width, i
   return result;
 }
 
+Signal lumaOfPart(const Signal& signal, const Region& part) {
+  const SampleBox box = boxOf(part, signal);
+  return {box.width, box.height, {cropped(signal.planes[0], signal.width, box), {}, {}}};
+}
+
 AlignedPair aligned(Signal source, Signal dest, const Placement& placement) {
   if (placement.isPlain()) return {std::move(source), std::move(dest)};
   const SampleBox box = boxOf(placement.dest, dest);
-  return {sourceUpon(source, placement, box.width, box.height), cropped(dest, box)};
+  Signal part{box.width, box.height, {}};
+  for (std::size_t i = 0; i < 3; ++i) part.planes[i] = cropped(dest.planes[i], dest.width, box);
+  return {sourceUpon(source, placement, box.width, box.height), std::move(part)};
 }
 
 }  // namespace diagnosis

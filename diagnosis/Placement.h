@@ -25,6 +25,9 @@ struct Placement {
 /// The part of the source that the placement names, turned, in so many samples.
 Signal sourceUpon(const Signal& source, const Placement& placement, int width, int height);
 
+/// Luma alone of a part of a picture, in whole samples.
+Signal lumaOfPart(const Signal& signal, const Region& part);
+
 /// Two pictures, sample upon sample.
 struct AlignedPair {
   Signal source, dest;

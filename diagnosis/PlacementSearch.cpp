@@ -22,6 +22,9 @@ constexpr double plainEnough = 0.995, nearlyPlain = 0.985;
 /// A part of the source is looked for where all of it explains less.
 constexpr double wholeEnough = 0.96;
 
+/// A placement that explains so much is the right one.
+constexpr double nothingLeft = 0.998;
+
 /// The size in which placements are tried, and compared.
 constexpr int triedWidth = 80, triedHeight = 60;
 
@@ -56,21 +59,26 @@ Signal reducedLuma(const Signal& signal, int width, int height) {
   return {width, height, {reduced(signal.luma(), signal.width, signal.height, width, height), {}, {}}};
 }
 
-/// Luma of the source and of a part of the destination in one small size, on which the source's place is tried. The
+/// By what placements are compared: luma alone is quicker, and enough where no other matrix mixed colours into it.
+enum class By { Luma, Colors };
+
+/// The source and the luma of a part of the destination in one small size, on which the source's place is tried. The
 /// placements are of that part.
 class Trial {
  public:
-  Trial(const Signal& source, const Signal& dest, const Region& part, int width, int height)
+  Trial(const Signal& source, const Signal& dest, const Region& part, int width, int height, By by = By::Colors)
       : part_(part),
-        source_(reducedLuma(source, width, height)),
+        by_(by),
+        source_(reduced(source, width, height)),
+        sourceLuma_{width, height, {source_.planes[0], {}, {}}},
         dest_(part == Region() ? reducedLuma(dest, width, height)
-                               : reducedLuma(aligned(source, dest, {.dest = part}).dest, width, height)) {}
+                               : reducedLuma(lumaOfPart(dest, part), width, height)) {}
 
   PlacementFit fit(const Placement& placement) const {
-    return {onPart(placement), explainedShare(placed(placement), dest_)};
+    return {onPart(placement), explainedShare(placed(by_ == By::Luma ? sourceLuma_ : source_, placement), dest_)};
   }
   PlacementFit roughFit(const Placement& placement) const {
-    return {onPart(placement), explainedRoughly(placed(placement).luma(), dest_.luma())};
+    return {onPart(placement), explainedRoughly(placed(sourceLuma_, placement).luma(), dest_.luma())};
   }
 
  private:
@@ -78,12 +86,13 @@ class Trial {
     placement.dest = part_;
     return placement;
   }
-  Signal placed(Placement placement) const {
+  Signal placed(const Signal& source, Placement placement) const {
     placement.dest = Region();
-    return placement.isPlain() ? source_ : sourceUpon(source_, placement, dest_.width, dest_.height);
+    return placement.isPlain() ? source : sourceUpon(source, placement, dest_.width, dest_.height);
   }
   Region part_;
-  Signal source_, dest_;
+  By by_;
+  Signal source_, sourceLuma_, dest_;
 };
 
 PlacementFit better(const PlacementFit& one, const PlacementFit& other) {
@@ -135,13 +144,21 @@ std::vector<Region> usualCrops() {
   return crops;
 }
 
-PlacementFit bestCrop(const Trial& trial) {
+/// The best of all usual crops, upright and mirrored: of many in a small size, of the most promising in a larger one.
+Placement bestCrop(const Trial& small, const Trial& larger) {
+  constexpr std::size_t promising = 40;
   static const std::vector<Region> crops = usualCrops();
-  PlacementFit best;
+  std::vector<PlacementFit> fits;
+  fits.reserve(2 * crops.size());
   for (const bool mirrored : {false, true}) {
-    for (const Region& crop : crops) best = better(best, trial.roughFit({.mirroredX = mirrored, .source = crop}));
+    for (const Region& crop : crops) fits.push_back(small.roughFit({.mirroredX = mirrored, .source = crop}));
   }
-  return best;
+  const auto end = fits.begin() + static_cast<std::ptrdiff_t>(std::min(promising, fits.size()));
+  std::partial_sort(fits.begin(), end, fits.end(),
+                    [](const PlacementFit& one, const PlacementFit& other) { return one.explained > other.explained; });
+  PlacementFit best;
+  for (auto fit = fits.begin(); fit != end; ++fit) best = better(best, larger.roughFit(fit->placement));
+  return best.placement;
 }
 
 /// Whether a move is worth it: it explains some of what was left.
@@ -150,9 +167,10 @@ bool isWorth(const PlacementFit& moved, const PlacementFit& best) {
 }
 
 /// Moves the four edges of the source's region by ever smaller steps as long as that explains more.
-PlacementFit refined(const Trial& trial, PlacementFit best, double step, double smallest) {
-  constexpr double nothingLeft = 0.998;
-  for (; step >= smallest && best.explained < nothingLeft; step /= 2) {
+PlacementFit refined(const Trial& trial, const Placement& start) {
+  constexpr double largest = 0.02, smallest = 0.002;
+  PlacementFit best = trial.fit(start);
+  for (double step = largest; step >= smallest && best.explained < nothingLeft; step /= 2) {
     for (bool moved = true; moved;) {
       moved = false;
       for (double Region::*edge : {&Region::left, &Region::right, &Region::top, &Region::bottom}) {
@@ -168,12 +186,12 @@ PlacementFit refined(const Trial& trial, PlacementFit best, double step, double 
       }
     }
   }
-  return best;
+  return trial.fit(best.placement);
 }
 
 /// Turns at first, of all of the source and of what is within its bars; where none of them fits, crops.
-PlacementFit searched(const Signal& source, const Signal& dest, const Region& destPart) {
-  const Trial trial(source, dest, destPart, triedWidth, triedHeight);
+PlacementFit searched(const Signal& source, const Signal& dest, const Region& destPart, By by) {
+  const Trial trial(source, dest, destPart, triedWidth, triedHeight, by);
   PlacementFit best = trial.fit({});
   const auto tryTurns = [&](const Region& part) {
     for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
@@ -181,10 +199,11 @@ PlacementFit searched(const Signal& source, const Signal& dest, const Region& de
   tryTurns({});
   if (const Region sourceInBars = withoutBars(source); !(sourceInBars == Region())) tryTurns(sourceInBars);
   if (best.explained < wholeEnough) {
-    best = better(best, trial.fit(bestCrop(Trial(source, dest, destPart, 40, 30)).placement));
+    const Trial small(source, dest, destPart, 20, 15), larger(source, dest, destPart, 40, 30);
+    best = better(best, trial.fit(bestCrop(small, larger)));
     if (best.explained < worthRefining) return best;
   }
-  return refined(trial, best, 0.02, 0.002);
+  return refined(trial, best.placement);
 }
 
 /// One sample further in where there is a bar: its edge is half bar.
@@ -197,10 +216,26 @@ Region insideEdges(Region region, const Signal& signal) {
 }
 
 /// All of the source within the destination, which may show edges of the coded picture that the source crops.
-PlacementFit withinDest(const Signal& source, const Signal& dest) {
-  const Trial swapped(dest, source, {}, triedWidth, triedHeight);
-  const Region part = refined(swapped, swapped.fit({}), 0.02, 0.002).placement.source;
-  return Trial(source, dest, part, triedWidth, triedHeight).fit({});
+PlacementFit withinDest(const Signal& source, const Signal& dest, By by) {
+  const Trial swapped(dest, source, {}, triedWidth, triedHeight, by);
+  const Region part = refined(swapped, {}).placement.source;
+  return Trial(source, dest, part, triedWidth, triedHeight, by).fit({});
+}
+
+/// The best of all placements; at least the plain one.
+PlacementFit anywhere(const Signal& source, const Signal& dest, By by) {
+  const Trial whole(source, dest, {}, triedWidth, triedHeight, by);
+  const PlacementFit plain = whole.fit({});
+  PlacementFit found = plain;
+  const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(dest), dest) : Region();
+  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars, by));
+  if (found.explained < plainEnough && plain.explained >= worthRefining) {
+    found = better(found, better(refined(whole, {}), withinDest(source, dest, by)));
+  }
+  if (plain.explained < nearlyPlain && found.explained < wholeEnough) {
+    found = better(found, searched(source, dest, {}, by));
+  }
+  return found;
 }
 
 }  // namespace
@@ -226,16 +261,17 @@ PlacementFit plainPlacement(const Signal& source, const Signal& dest) {
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
-  const Trial whole(source, dest, {}, triedWidth, triedHeight);
-  const PlacementFit plain = whole.fit({});
+  constexpr double mayBeTheSame = 0.8;
+  const PlacementFit plain = plainPlacement(source, dest);
   if (plain.explained >= plainEnough) return plain;
   PlacementFit found = plain;
-  const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(dest), dest) : Region();
-  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars));
-  if (found.explained < plainEnough && plain.explained >= worthRefining) {
-    found = better(found, better(refined(whole, plain, 0.02, 0.002), withinDest(source, dest)));
+  bool isFound = false;
+  if (plain.explained < mayBeTheSame) {
+    const PlacementFit byLuma = anywhere(source, dest, By::Luma);
+    found = Trial(source, dest, byLuma.placement.dest, triedWidth, triedHeight).fit(byLuma.placement);
+    isFound = byLuma.explained >= nothingLeft || found.explained < mayBeTheSame;
   }
-  if (plain.explained < nearlyPlain && found.explained < wholeEnough) found = better(found, searched(source, dest, {}));
+  if (!isFound) found = anywhere(source, dest, By::Colors);
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
   return clearly ? found : plain;

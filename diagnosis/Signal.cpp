@@ -76,14 +76,6 @@ Matrix3 product(const Matrix3& left, const Matrix3& right) {
   return result;
 }
 
-Vector3 product(const Matrix3& matrix, const Vector3& vector) {
-  Vector3 result{};
-  for (std::size_t row = 0; row < 3; ++row) {
-    result[row] = matrix[row][0] * vector[0] + matrix[row][1] * vector[1] + matrix[row][2] * vector[2];
-  }
-  return result;
-}
-
 Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16_t common) {
   const SampleMap map = sampleMap(picture, tags, common);
   const std::size_t size = static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);

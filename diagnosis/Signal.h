@@ -35,7 +35,10 @@ Matrix3 fromRgbMatrix(std::uint16_t matrix);
 Matrix3 toRgbMatrix(std::uint16_t matrix);
 
 Matrix3 product(const Matrix3& left, const Matrix3& right);
-Vector3 product(const Matrix3& matrix, const Vector3& vector);
+inline Vector3 product(const Matrix3& matrix, const Vector3& vector) {
+  const auto row = [&](const Vector3& of) { return of[0] * vector[0] + of[1] * vector[1] + of[2] * vector[2]; };
+  return {row(matrix[0]), row(matrix[1]), row(matrix[2])};
+}
 
 /// A picture under its tags, in the Y'PbPr of the matrix `common`.
 Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16_t common);

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <cstdint>
 
+#include "diagnosis/Statistics.h"
+
 namespace diagnosis {
 namespace {
 
@@ -27,15 +29,11 @@ std::size_t cellOf(float luma, float pb, float pr) {
 
 /// The mean of what lies near the median. Sorts.
 double robustMean(std::vector<float>& values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  const float median = *middle;
+  const float median = medianOf(values);
   std::vector<float> distances;
   distances.reserve(values.size());
   for (const float value : values) distances.push_back(std::abs(value - median));
-  const auto half = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() / 2);
-  std::nth_element(distances.begin(), half, distances.end());
-  const float reach = 3 * *half + 1 / static_cast<float>(lumaCodes);
+  const float reach = 3 * medianOf(distances) + 1 / static_cast<float>(lumaCodes);
   double sum = 0, count = 0;
   for (const float value : values) {
     if (std::abs(value - median) > reach) continue;

@@ -7,6 +7,7 @@
 #include <numeric>
 
 #include "diagnosis/Signal.h"
+#include "diagnosis/Statistics.h"
 
 namespace diagnosis {
 namespace {
@@ -97,6 +98,8 @@ struct BinnedPair {
   const Signal& dest;
   std::vector<std::uint8_t> binOfSample;
 
+  BinnedPair(const Signal& itsDest, std::vector<std::uint8_t> itsBins)
+      : dest(itsDest), binOfSample(std::move(itsBins)) {}
   BinnedPair(const Signal& source, const Signal& itsDest) : dest(itsDest), binOfSample(source.size()) {
     for (std::size_t i = 0; i < binOfSample.size(); ++i) {
       binOfSample[i] = static_cast<std::uint8_t>(binOf(source.luma()[i]));
@@ -152,6 +155,47 @@ PartsOut worstSeventh(const Unexplained& found) {
   return out;
 }
 
+/// Of samples of one level, or of all levels about their means: what both chroma signals and the destination's luma
+/// have in common.
+struct ChromaSums {
+  double count = 0, blue = 0, red = 0, dest = 0;
+  double blues = 0, reds = 0, blueRed = 0, blueDest = 0, redDest = 0;
+  void add(double b, double r, double d) {
+    ++count;
+    blue += b, red += r, dest += d;
+    blues += b * b, reds += r * r, blueRed += b * r, blueDest += b * d, redDest += r * d;
+  }
+  void addScatterOf(const ChromaSums& level) {
+    const double n = std::max(1.0, level.count);
+    count += level.count;
+    blues += level.blues - level.blue * level.blue / n;
+    reds += level.reds - level.red * level.red / n;
+    blueRed += level.blueRed - level.blue * level.red / n;
+    blueDest += level.blueDest - level.blue * level.dest / n;
+    redDest += level.redDest - level.red * level.dest / n;
+  }
+};
+
+/// The destination's luma without what another matrix mixed of the source's chroma into it: as much of either signal as
+/// fits best at each level of luma, by least squares.
+std::vector<float> withoutChroma(const Signal& source, const BinnedPair& pair) {
+  const std::vector<float>&blue = source.planes[1], &red = source.planes[2], &dest = pair.dest.luma();
+  std::array<ChromaSums, bins> levels;
+  for (std::size_t i = 0; i < dest.size(); ++i) {
+    levels[pair.binOfSample[i]].add(double{blue[i]}, double{red[i]}, double{dest[i]});
+  }
+  ChromaSums all;
+  for (const ChromaSums& level : levels) all.addScatterOf(level);
+  const double little = 1e-5 * all.count;  // chroma that hardly varies takes hardly anything
+  const double blues = all.blues + little, reds = all.reds + little;
+  const double determinant = std::max(little * little, blues * reds - all.blueRed * all.blueRed);
+  const auto ofBlue = static_cast<float>((all.blueDest * reds - all.redDest * all.blueRed) / determinant);
+  const auto ofRed = static_cast<float>((all.redDest * blues - all.blueDest * all.blueRed) / determinant);
+  std::vector<float> luma(dest.size());
+  for (std::size_t i = 0; i < luma.size(); ++i) luma[i] = dest[i] - ofBlue * blue[i] - ofRed * red[i];
+  return luma;
+}
+
 }  // namespace
 
 ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest) {
@@ -197,10 +241,19 @@ double explainedRoughly(const std::vector<float>& source, const std::vector<floa
 double explainedShare(const Signal& source, const Signal& dest) {
   // A quarter of a code: what varies by less is of one colour, and rounded.
   constexpr double leastScatter = 1.3e-6;
+  // Chroma can hardly add to so much.
+  constexpr double enough = 0.995;
   const BinnedPair pair(source, dest);
   const Unexplained left = unexplained(pair, worstSeventh(unexplained(pair, {})));
-  return left.scatter > leastScatter * static_cast<double>(dest.size()) ? std::max(0.0, 1.0 - left.all / left.scatter)
-                                                                        : 0.0;
+  if (left.scatter <= leastScatter * static_cast<double>(dest.size())) return 0.0;
+  const double byLuma = std::max(0.0, 1.0 - left.all / left.scatter);
+  if (byLuma >= enough || source.planes[1].empty()) return byLuma;
+
+  const Signal unmixed{dest.width, dest.height, {withoutChroma(source, pair), {}, {}}};
+  const BinnedPair unmixedPair{unmixed, pair.binOfSample};
+  const PartsOut out = worstSeventh(unexplained(unmixedPair, {}));
+  const double scatter = unexplained(pair, out).scatter;
+  return scatter > 0 ? std::max(byLuma, 1.0 - unexplained(unmixedPair, out).all / scatter) : byLuma;
 }
 
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
@@ -212,9 +265,7 @@ std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
   for (std::size_t part = 0; part < worst.size(); ++part) {
     if (!worst[part]) errors.push_back(left.inPart(part));
   }
-  const auto middle = errors.begin() + static_cast<std::ptrdiff_t>(errors.size() / 2);
-  std::nth_element(errors.begin(), middle, errors.end());
-  const double limit = std::max(farOff, farOffTimes * *middle);
+  const double limit = std::max(farOff, farOffTimes * medianOf(errors));
   std::vector<bool> covered;
   forEachRun(source, [&](const Run& run) {
     covered.insert(covered.end(), run.end - run.begin, worst[run.part] && left.inPart(run.part) > limit);

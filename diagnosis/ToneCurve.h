@@ -21,9 +21,10 @@ struct ToneFit {
 /// Two lumas of as many samples.
 ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest);
 
-/// How much of the destination's variance a tone curve of the source explains, 0 to 1; 0 where it has none. The seventh
-/// part of the picture that it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one
-/// size.
+/// How much of the destination's luma a tone curve of the source explains, with what another matrix mixes of the
+/// source's chroma into it: a share of its variance, 0 to 1; 0 where it has none. The seventh part of the picture that
+/// it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one size; the source may come
+/// without chroma.
 double explainedShare(const Signal& source, const Signal& dest);
 
 /// The same of all of two pictures, quicker, and rougher.

@@ -175,6 +175,19 @@ TEST(FindingText, TellsWhatSeveralFramesAndPlacesShow) {
   EXPECT_EQ(textOf(each).why, "3 frames were compared. 2 of them do not show the same picture.");
   EXPECT_EQ(textOf(each).advice, "Compare movies that begin with the same picture and have the same cuts.");
 
+  each.wholeMovies = true;
+  EXPECT_EQ(textOf(each).verdict, "No verdict: the movies do not show the same pictures.");
+  EXPECT_EQ(textOf(each).why, "3 frames were compared. 2 of them do not show the same picture.");
+  EXPECT_EQ(textOf(each).advice, "Compare a movie with the one that it was made from.");
+  each.unmatchedFrames = 3;
+  EXPECT_EQ(textOf(each).why, "Nothing of the destination was found in the source.");
+  each.unmatchedFrames = 0;
+  each.darkFrames = 3;
+  each.causes[0].kind = CauseKind::Dark;
+  EXPECT_EQ(textOf(each).verdict, "No verdict: the pictures are black, or of one color.");
+  EXPECT_EQ(textOf(each).why, "3 frames were compared. 3 of them are not measured: they are black, or of one color.");
+  EXPECT_EQ(textOf(each).advice, "Compare movies with more in them.");
+
   Finding places = finding({.kind = CauseKind::Tone, .residual = 4}, taggedSide(), taggedSide());
   places.inPlaces = true;
   places.difference = 4;

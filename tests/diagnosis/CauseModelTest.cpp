@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "diagnosis/CauseFit.h"
+#include "diagnosis/Difference.h"
 #include "tests/diagnosis/PaintedPicture.h"
 
 namespace diagnosis::test {

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <random>
+#include <tuple>
 
 #include <gtest/gtest.h>
 
@@ -44,8 +45,10 @@ TEST(Diagnosis, CallsARightConversionTheSame) {
 }
 
 TEST(Diagnosis, TakesALostCodeForNoGammaShift) {
-  const auto codeLess = toned(colorful(), [](double value) { return value - 1.2 / 219; });
-  EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(codeLess))), CauseKind::Same);
+  for (const double codes : {1.2, 1.7}) {
+    const auto cutOff = toned(colorful(), [codes](double value) { return value - codes / 219; });
+    EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(cutOff))), CauseKind::Same) << codes;
+  }
 }
 
 TEST(Diagnosis, KnowsWhatElseAGradientMayLieUponAsItLies) {
@@ -130,14 +133,94 @@ TEST(Diagnosis, TellsGainAndOtherTonesFromAPower) {
   EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(curved))), CauseKind::Tone);
 }
 
-TEST(Diagnosis, FindsTwoCausesAtOnce) {
-  const auto both =
-      toned(colorful(), [](double value) { return std::pow(std::clamp((219 * value + 16) / 255, 0.0, 1.0), 0.8); });
-  const Finding finding = findingOf(painted(colorful()), painted(both));
+TEST(Diagnosis, FindsTwoCausesAtOnceAndTellsTheWeightierFirst) {
+  using enum CauseKind;
+  for (const auto& [exponent, first, second] : {std::tuple(0.8, Power, Range), std::tuple(0.95, Range, Power)}) {
+    const auto both = toned(colorful(), [exponent = exponent](double value) {
+      return std::pow(std::clamp((219 * value + 16) / 255, 0.0, 1.0), exponent);
+    });
+    const Finding finding = findingOf(painted(colorful()), painted(both));
+    ASSERT_EQ(finding.causes.size(), 2U) << exponent;
+    EXPECT_EQ(finding.causes[0].kind, first) << exponent;
+    EXPECT_EQ(finding.causes[1].kind, second) << exponent;
+    EXPECT_NEAR(*finding.causes[first == Power ? 0 : 1].exponent, exponent, 0.02);
+  }
+}
+
+TEST(Diagnosis, FindsAGainBesideAWrongMatrix) {
+  const auto dimmed = toned(colorful(), [](double value) { return 0.75 * value; });
+  const Finding finding = findingOf(painted(colorful()), painted(dimmed, bt601), 1, 1);
   ASSERT_EQ(finding.causes.size(), 2U);
-  EXPECT_EQ(finding.causes[0].kind, CauseKind::Range);
-  EXPECT_EQ(finding.causes[1].kind, CauseKind::Power);
-  EXPECT_NEAR(*finding.causes[1].exponent, 0.8, 0.02);
+  EXPECT_EQ(finding.causes[0].kind, CauseKind::Gain);
+  EXPECT_NEAR(*finding.causes[0].gain, 0.75, 0.01);
+  EXPECT_EQ(finding.causes[1].kind, CauseKind::Matrix);
+}
+
+/// The signals of a paint, changed.
+Paint withSignals(const Paint& paint, const std::function<Vector3(const Vector3&)>& change) {
+  return [=](double x, double y) { return product(toRgbMatrix(1), change(product(fromRgbMatrix(1), paint(x, y)))); };
+}
+
+TEST(Diagnosis, CallsAChangeOfColorsATone) {
+  const auto saturated = withSignals(colorful(), [](const Vector3& signal) {
+    return Vector3{0.975 * signal[0] + 3.0 / 219, 1.4 * signal[1], 1.4 * signal[2]};
+  });
+  EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(saturated))), CauseKind::Tone);
+}
+
+TEST(Diagnosis, SeesACastThatLumaDoesNotShow) {
+  const auto castBy = [](double codes) {
+    return withSignals(colorful(), [codes](const Vector3& signal) {
+      return Vector3{signal[0], signal[1] + codes / 224, signal[2] - codes / 224};
+    });
+  };
+  EXPECT_EQ(kindOf(findingOf(painted(colorful()), painted(castBy(0.5)))), CauseKind::Same);
+  const Finding finding = findingOf(painted(colorful()), painted(castBy(2.5)));
+  EXPECT_EQ(kindOf(finding), CauseKind::Tone);
+  EXPECT_GT(finding.difference, defaultTolerance);
+}
+
+TEST(Diagnosis, TellsNoCauseThatUndoesHardlyAnything) {
+  const auto reddish = [](double x, double y) {
+    Vector3 color = colorful()(x, y);
+    color[0] += 0.06 * (1 - color[0]);
+    return color;
+  };
+  const Finding finding = findingOf(painted(colorful()), painted(reddish));
+  EXPECT_EQ(kindOf(finding), CauseKind::Tone) << "an exponent near 1 comes nearest, and leaves as much as it finds";
+}
+
+TEST(Diagnosis, TellsNoTwoCausesThatOnlyComeNear) {
+  // Shadows spread as by the inverse of a sigmoid: a curve and a range together leave 1.7 codes of it.
+  const auto sigmoid = [](double value) { return 1 / (1 + std::exp(2 * (0.2 - value))); };
+  const auto spread = toned(colorful(2), [&](double value) {
+    const double at = sigmoid(0) + value * (sigmoid(1) - sigmoid(0));
+    return 0.2 - std::log(1 / at - 1) / 2;
+  });
+  const Finding finding = findingOf(painted(colorful(2)), painted(spread));
+  ASSERT_EQ(finding.causes.size(), 1U);
+  EXPECT_EQ(kindOf(finding), CauseKind::Tone);
+}
+
+TEST(Diagnosis, IsSureOfAToneThatNoCauseExplains) {
+  const auto turned = withSignals(colorful(), [](const Vector3& signal) {
+    return Vector3{signal[0], 0.6 * signal[1] - 0.8 * signal[2], 0.8 * signal[1] + 0.6 * signal[2]};
+  });
+  const Finding finding = findingOf(painted(colorful()), painted(turned));
+  ASSERT_EQ(kindOf(finding), CauseKind::Tone);
+  EXPECT_GT(finding.main().residual, 3);
+  EXPECT_GT(finding.main().confidence, 0.8);
+  EXPECT_EQ(finding.action, Action::ExportAgain);
+}
+
+TEST(Diagnosis, KnowsAPictureAgainThatAnotherMatrixMixedItsColorsInto) {
+  const auto colorsOnly = [](double x, double y) {
+    const Vector3 signal{0.5 + 0.02 * x, 0.3 * std::sin(9 * x), 0.3 * std::cos(7 * y)};
+    return product(toRgbMatrix(1), signal);
+  };
+  const Finding finding = findingOf(painted(colorsOnly), painted(colorsOnly, {.matrix = 9}), 1, 1);
+  EXPECT_TRUE(finding.correspondence.same) << finding.correspondence.score;
+  EXPECT_EQ(kindOf(finding), CauseKind::Matrix);
 }
 
 TEST(Diagnosis, HasNoNumberForAnotherPicture) {

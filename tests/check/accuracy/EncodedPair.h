@@ -16,7 +16,7 @@ struct Encoding {
   std::string pixelFormat;  ///< as ffmpeg calls it
   std::vector<std::string> codec;
   movie::test::SceneRange range = movie::test::SceneRange::Video;
-  int width = 1280, height = 720;
+  int width = 640, height = 360;
   bool rgb = false;  ///< the exponent is applied to R, G and B alike
 };
 

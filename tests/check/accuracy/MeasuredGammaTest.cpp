@@ -50,13 +50,14 @@ std::vector<Encoding> encodings() {
   Encoding cineformRgb{"CineFormRGB", ".mov", "gbrp12le", {"-c:v", "cfhd", "-quality", "film3+"}};
   cineformRgb.rgb = true;
   auto rgb = [&](const char* name, const char* format, std::vector<std::string> codec) {
-    return Encoding{name, ".mov", format, std::move(codec), SceneRange::Video, 1280, 720, true};
+    return Encoding{name, ".mov", format, std::move(codec), SceneRange::Video, 640, 360, true};
   };
   Encoding hevcRgb{"HEVCRGB", ".mov", "gbrp", hevc.codec, SceneRange::Video, 640, 360, true};
   Encoding mjpeg{"MJPEG", ".mov", "yuvj422p", {"-c:v", "mjpeg", "-q:v", "2"}, SceneRange::Full};
 
   return {
       prores,
+      sized(prores, "HD", 1280, 720),
       sized(prores, "SD", 720, 576),
       sized(prores, "FullHD", 1920, 1080),
       sized(prores, "Small", 320, 240),
@@ -68,6 +69,7 @@ std::vector<Encoding> encodings() {
       {"DNxHR444", ".mov", "yuv444p10le", {"-c:v", "dnxhd", "-profile:v", "dnxhr_444"}},
       h264,
       fullRange(h264),
+      sized(h264, "HD", 1280, 720),
       sized(h264, "SD", 720, 480),
       {"H264OddSize", ".mp4", "yuv444p", h264.codec, SceneRange::Video, 853, 479},
       {"H264Interlaced",
@@ -84,6 +86,7 @@ std::vector<Encoding> encodings() {
       fullRange(hevc),
       sized(hevc, "SD", 720, 480),
       hevcTen,
+      sized(hevcTen, "HD", 1280, 720),
       fullRange(hevcTen),
       {"HEVCTwelve", ".mov", "yuv422p12le", hevc.codec, SceneRange::Video, 640, 360},
       hevcRgb,
@@ -95,6 +98,7 @@ std::vector<Encoding> encodings() {
       {"JPEG2000Ten", ".mov", "yuv422p10le", {"-c:v", "jpeg2000", "-pred", "1"}, SceneRange::Video, 640, 360},
       rgb("JPEG2000RGB", "rgb24", {"-c:v", "jpeg2000", "-q:v", "2"}),
       png,
+      sized(png, "HD", 1280, 720),
       sized(png, "SD", 640, 480),
       sized(png, "OddSize", 853, 479),
       rgb("PNG48", "rgb48be", {"-c:v", "png"}),
@@ -164,7 +168,9 @@ INSTANTIATE_TEST_SUITE_P(Encodings, MeasuredGamma, testing::ValuesIn(cases()), [
 /// A ProRes master exported to every other YCbCr encoding of its size.
 TEST(MeasuredGammaAcrossCodecs, IsTheExponentOfTheExport) {
   for (const Encoding& encoding : encodings()) {
-    if (encoding.width != 1280 || encoding.rgb || encoding.range == SceneRange::Full) continue;
+    if (encoding.width != proresMaster().width || encoding.height != proresMaster().height || encoding.rgb ||
+        encoding.range == SceneRange::Full)
+      continue;
     for (const SceneKind scene : {SceneKind::GreyRamp, SceneKind::Natural}) {
       const std::vector<Exponent> some{{}, 0.8, 1.25};
       const std::vector<std::string> exports = encodedExports(proresMaster(), encoding, scene, some);

@@ -26,8 +26,10 @@ std::string scalerName(Matrix matrix) {
 std::string primariesOf(Matrix matrix) {
   return matrix == Matrix::Bt2020 ? "bt2020" : nameOf(matrix);
 }
-std::string transferOf(Matrix matrix) {
-  return matrix == Matrix::Bt2020 ? "bt2020-10" : nameOf(matrix);
+std::string transferOf(const Colors& colors) {
+  if (colors.light == Light::Pq) return "smpte2084";
+  if (colors.light == Light::Hlg) return "arib-std-b67";
+  return colors.matrix == Matrix::Bt2020 ? "bt2020-10" : nameOf(colors.matrix);
 }
 
 Encoding x264With(int crf, const std::string& format, const std::vector<std::string>& further = {}) {
@@ -67,6 +69,12 @@ Encoding proRes() {
 }
 Encoding proRes4444() {
   return {".mov", "yuv444p10le", {"-c:v", "prores_ks", "-profile:v", "4"}};
+}
+Encoding proRes4444Alpha() {
+  return {".mov", "yuva444p10le", {"-c:v", "prores_ks", "-profile:v", "4"}};
+}
+Encoding proResInterlaced() {
+  return {".mov", "yuv422p10le", {"-c:v", "prores_ks", "-profile:v", "3", "-flags", "+ildct"}};
 }
 Encoding x264(int crf) {
   return x264With(crf, "yuv420p");
@@ -116,6 +124,9 @@ Encoding png() {
 Encoding animation() {
   return {".mov", "rgb24", {"-c:v", "qtrle"}};
 }
+Encoding animationAlpha() {
+  return {".mov", "argb", {"-c:v", "qtrle"}};
+}
 Encoding copied(const std::string& extension) {
   return {extension, "", {"-c", "copy"}};
 }
@@ -130,13 +141,13 @@ std::string converted(const Colors& from, const Colors& to, const std::string& f
 std::string taggingFilter(const Colors& tags) {
   if (tags.rgb) return untaggingFilter();
   return std::string("setparams=range=") + (tags.full ? "pc" : "tv") + ":colorspace=" + nameOf(tags.matrix) +
-         ":color_primaries=" + primariesOf(tags.matrix) + ":color_trc=" + transferOf(tags.matrix);
+         ":color_primaries=" + primariesOf(tags.matrix) + ":color_trc=" + transferOf(tags);
 }
 
 std::vector<std::string> taggingArguments(const Colors& tags) {
   if (tags.rgb) return {};
   return {"-color_range",     tags.full ? "pc" : "tv",  "-colorspace", nameOf(tags.matrix),
-          "-color_primaries", primariesOf(tags.matrix), "-color_trc",  transferOf(tags.matrix)};
+          "-color_primaries", primariesOf(tags.matrix), "-color_trc",  transferOf(tags)};
 }
 
 std::string untaggingFilter() {

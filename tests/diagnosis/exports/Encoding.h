@@ -7,14 +7,19 @@ namespace diagnosis::test {
 
 enum class Matrix { Bt709, Bt601, Bt2020 };
 
+/// How light is encoded: as a matrix's recommendation does, or as ITU-R BT.2100.
+enum class Light { Usual, Pq, Hlg };
+
 /// What samples mean, or are said to mean. RGB is always of full range here.
 struct Colors {
   Matrix matrix = Matrix::Bt709;
   bool full = false, rgb = false;
+  Light light = Light::Usual;
 };
 
 constexpr Colors video709{}, full709{.full = true}, video601{.matrix = Matrix::Bt601}, full601{Matrix::Bt601, true},
-    video2020{.matrix = Matrix::Bt2020}, rgbColors{.full = true, .rgb = true};
+    video2020{.matrix = Matrix::Bt2020}, pq2020{.matrix = Matrix::Bt2020, .light = Light::Pq},
+    hlg2020{.matrix = Matrix::Bt2020, .light = Light::Hlg}, rgbColors{.full = true, .rgb = true};
 
 /// How ffmpeg is asked for a codec.
 struct Encoding {
@@ -26,6 +31,8 @@ struct Encoding {
 
 Encoding proRes();
 Encoding proRes4444();
+Encoding proRes4444Alpha();
+Encoding proResInterlaced();
 Encoding x264(int crf);
 Encoding x264Ten(int crf);
 Encoding x264Interlaced(int crf);
@@ -42,6 +49,7 @@ Encoding cineForm();
 Encoding cineFormRgb();
 Encoding png();
 Encoding animation();
+Encoding animationAlpha();
 Encoding copied(const std::string& extension);
 
 /// The filter that converts samples of one meaning into those of another, and into a format.

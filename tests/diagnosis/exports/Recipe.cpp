@@ -16,6 +16,8 @@ void append(std::vector<std::string>& arguments, const std::vector<std::string>&
   arguments.insert(arguments.end(), further.begin(), further.end());
 }
 
+const std::string fadingOut = "format=gbrap12le,geq=r='r(X\\,Y)':g='g(X\\,Y)':b='b(X\\,Y)':a='4095*min(1\\,X/W+0.3)'";
+
 std::string chained(std::string filters, const std::string& next) {
   if (!filters.empty() && !next.empty()) filters += ",";
   return filters + next;
@@ -69,10 +71,22 @@ Recipe rightExport(const std::string& name, const Master& master, const Encoding
           .tags = colors};
 }
 
+Recipe changedInRgb(const std::string& name, const Truth& truth, const Master& master, const Encoding& encoding,
+                    const Colors& colors, const std::string& filters) {
+  return {.name = master.name + "-" + name,
+          .master = master,
+          .truth = truth,
+          .filters = converted(master.colors, rgbColors, rgbFormat) + "," + filters + "," +
+                     converted(rgbColors, colors, encoding.format),
+          .encoding = encoding,
+          .tags = colors};
+}
+
 std::vector<Recipe> allRecipes() {
   std::vector<Recipe> all;
-  for (const auto& family : {unchangedRecipes(), placedRecipes(), powerRecipes(), gainRecipes(), toneRecipes(),
-                             rangeRecipes(), matrixRecipes(), twofoldRecipes(), incomparableRecipes()}) {
+  for (const auto& family :
+       {unchangedRecipes(), placedRecipes(), powerRecipes(), gainRecipes(), toneRecipes(), rangeRecipes(),
+        matrixRecipes(), twofoldRecipes(), uncommonRecipes(), incomparableRecipes()}) {
     all.insert(all.end(), family.begin(), family.end());
   }
   return all;
@@ -107,6 +121,23 @@ Master tenBitMaster() {
 }
 Master v210Master() {
   return {"v210", v210(), video709};
+}
+
+Master pqMaster() {
+  const std::string light = "(0.1*pow(S\\,2.2))", raised = "pow(" + light + "\\,0.1593017578125)";
+  return {"pq", x265Ten(14), pq2020,
+          rgbCurve("pow((0.8359375+18.8515625*" + raised + ")/(1+18.6875*" + raised + ")\\,78.84375)")};
+}
+Master interlacedMaster() {
+  const auto second = [](const std::string& plane) { return plane + "='" + plane + "(X+5*mod(Y\\,2)\\,Y)'"; };
+  return {"interlaced", proResInterlaced(), video709,
+          "geq=" + second("r") + ":" + second("g") + ":" + second("b") + ",setfield=tff"};
+}
+Master alphaMaster() {
+  return {"alpha", proRes4444Alpha(), video709, fadingOut};
+}
+Master alphaRgbMaster() {
+  return {"alphargb", animationAlpha(), rgbColors, fadingOut};
 }
 
 }  // namespace diagnosis::test

@@ -65,6 +65,10 @@ std::vector<std::string> argumentsOf(const Master& master);
 Recipe rightExport(const std::string& name, const Master& master, const Encoding& encoding, const Colors& colors,
                    const std::string& through = "");
 
+/// An export that filters changed on the way, on R'G'B'.
+Recipe changedInRgb(const std::string& name, const Truth& truth, const Master& master, const Encoding& encoding,
+                    const Colors& colors, const std::string& filters);
+
 // The families of recipes.
 std::vector<Recipe> unchangedRecipes();  ///< encoded, converted, retagged rightly
 std::vector<Recipe> placedRecipes();     ///< scaled, cropped, in bars, mirrored, covered in part
@@ -74,6 +78,7 @@ std::vector<Recipe> toneRecipes();
 std::vector<Recipe> rangeRecipes();
 std::vector<Recipe> matrixRecipes();
 std::vector<Recipe> twofoldRecipes();       ///< two causes at once
+std::vector<Recipe> uncommonRecipes();      ///< of high dynamic range, in fields, with alpha
 std::vector<Recipe> incomparableRecipes();  ///< other pictures, dark ones, ones of one colour
 std::vector<Recipe> allRecipes();
 
@@ -91,5 +96,9 @@ Master mpeg2Master();     ///< 8 bits with 601 samples
 Master untaggedMaster();  ///< 601 samples, as small pictures without a word count
 Master tenBitMaster();
 Master v210Master();
+Master pqMaster();          ///< light of up to 1000 cd/m2 in SMPTE ST 2084
+Master interlacedMaster();  ///< its second field a little later than its first
+Master alphaMaster();       ///< ProRes that fades out to the left
+Master alphaRgbMaster();
 
 }  // namespace diagnosis::test

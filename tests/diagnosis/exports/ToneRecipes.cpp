@@ -18,13 +18,7 @@ Recipe byLuma(const std::string& name, CauseKind kind, const Master& master, con
 /// Filters on R'G'B'.
 Recipe byRgb(const std::string& name, CauseKind kind, const Master& master, const Encoding& encoding,
              const Colors& colors, const std::string& filters) {
-  return {.name = master.name + "-" + name,
-          .master = master,
-          .truth = only(kind),
-          .filters = converted(master.colors, rgbColors, rgbFormat) + "," + filters + "," +
-                     converted(rgbColors, colors, encoding.format),
-          .encoding = encoding,
-          .tags = colors};
+  return changedInRgb(name, only(kind), master, encoding, colors, filters);
 }
 
 /// Filters on the samples of 8 bits that the export has.
@@ -98,6 +92,7 @@ std::vector<Recipe> toneRecipes() {
       byRgb("linear-to-709", tone, master, proRes(), video709, rgbCurve(encodedAs709("S"))),
       bySamples("saturated", tone, master, x264(18), "eq=saturation=1.4"),
       bySamples("pale", tone, master, x264(18), "eq=saturation=0.6"),
+      bySamples("cast", tone, master, x264(20), "lutyuv=u=val+3:v=val-2"),
       bySamples("hue", tone, master, x264(20), "hue=h=20"),
       byRgb("warm", tone, master, x264(20), video709, "colorchannelmixer=rr=1.1:bb=0.85"),
   };
