@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <optional>
+#include <vector>
+
+namespace scan {
+
+/// What a frame of the destination may show.
+struct Candidates {
+  std::int64_t expected = 0;     ///< the frame of the source that the time line leads to; may lie outside of the source
+  std::int64_t first = 0;        ///< the source's frame that the first distance is of
+  std::vector<float> distances;  ///< from consecutive frames of the source; may be empty
+};
+
+/// What it shows, by the cheapest path.
+struct Tracked {
+  std::optional<std::int64_t> source;  ///< none: no frame of the source
+  float distance = 0;                  ///< from it; the least there was where there is none
+};
+
+/// Which frame of the source each frame of the destination shows: the cheapest path (Viterbi) over the frames near a
+/// time line and "none of them". A frame costs its distance, at most 10, or 7 for none; a step away from the time line
+/// costs 4 and half as much again for every frame of it. Given after a while: a decision is final once enough frames
+/// came after it. Memory: some hundred frames' costs.
+class Track {
+ public:
+  /// Decisions are final once so many frames came after them.
+  static constexpr std::size_t usuallySettled = 48;
+  explicit Track(std::size_t settledAfter = usuallySettled) : settledAfter_(settledAfter) {}
+
+  void add(const Candidates& candidates);
+  /// The frames that are decided, in order, each once; the rest of them with `finish`.
+  std::vector<Tracked> decided();
+  std::vector<Tracked> finish();
+  /// Frames that were added and not given yet.
+  std::size_t pending() const { return steps_.size(); }
+
+  static constexpr double costOfNone = 7, highestCost = 10;
+
+ private:
+  struct State {
+    std::int64_t source = 0, away = 0;  ///< a frame, and how far from the expected one; unused for none
+    bool none = false;
+    double cost = 0;     ///< of the cheapest path to it
+    float distance = 0;  ///< of this frame alone
+    std::size_t from = 0;
+  };
+  using States = std::vector<State>;  ///< of one frame; the last one is "none"
+  static double stepCost(const State& from, const State& to);
+  std::vector<Tracked> traced() const;
+
+  std::size_t settledAfter_;
+  std::deque<States> steps_;
+};
+
+}  // namespace scan
