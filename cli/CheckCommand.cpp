@@ -1,5 +1,6 @@
 #include <future>
 #include <memory>
+#include <utility>
 
 #include <nlohmann/json.hpp>
 
@@ -9,6 +10,7 @@
 #include "cli/FindingBlock.h"
 #include "diagnosis/MovieFrames.h"
 #include "movie/decode/DecoderModule.h"
+#include "scan/CounterpartTime.h"
 
 namespace cli {
 namespace {
@@ -84,23 +86,67 @@ tl::expected<diagnosis::Finding, SideFailure> findingOf(const Side& source, cons
                    {.tolerance = options.tolerance, .knownDark = outcome.tooDark});
 }
 
-CommandResult checkSides(const Side& source, const Side& dest, const CheckOptions& options, TextStyling styling) {
+/// A check that was made, whatever it found.
+struct Checked {
   check::RecordedReport report;
-  check::CheckOutcome outcome =
-      check::runGammaCheck({*source.movie, *dest.movie, {source.time, dest.time}, {}}, report);
-  const tl::expected<diagnosis::Finding, SideFailure> finding = findingOf(source, dest, outcome, options);
-  if (!finding) return failureResult({finding.error()}, options.form);
+  check::CheckOutcome outcome;
+  diagnosis::Finding finding;
+};
+
+tl::expected<std::unique_ptr<Checked>, SideFailure> checkedSides(const Side& source, const Side& dest,
+                                                                 const CheckOptions& options) {
+  auto checked = std::make_unique<Checked>();
+  checked->outcome = check::runGammaCheck({*source.movie, *dest.movie, {source.time, dest.time}, {}}, checked->report);
+  tl::expected<diagnosis::Finding, SideFailure> finding = findingOf(source, dest, checked->outcome, options);
+  if (!finding) return tl::unexpected(finding.error());
+  checked->finding = std::move(*finding);
+  return checked;
+}
+
+/// Where the check is made after all. None where the frames are the same as it is, or nothing was to be looked for.
+std::optional<scan::CounterpartTime> alignedTo(const Side& source, const Side& dest, const Checked& checked,
+                                               const CheckOptions& options) {
+  if (options.alignment == Alignment::AsTimesAre || checked.outcome.destFrameError) return std::nullopt;
+  if (checked.finding.correspondence.same && diagnosis::isAllClear(checked.finding)) return std::nullopt;
+  const auto found = scan::counterpartTime(*source.movie, *dest.movie, dest.time);
+  if (!found) return std::nullopt;  // the check tells what cannot be had
+  return *found;
+}
+
+std::optional<CheckAlignment> alignmentOf(const std::optional<scan::CounterpartTime>& aligned, const Side& dest) {
+  if (!aligned) return std::nullopt;
+  return CheckAlignment{aligned->result, movie::secondsOf(aligned->time) - movie::secondsOf(dest.time)};
+}
+
+std::string remarkOn(const std::optional<scan::CounterpartTime>& aligned) {
+  using Result = scan::Counterpart::Result;
+  if (!aligned || aligned->result == Result::Found) return {};
+  return complaint(aligned->result == Result::Still
+                       ? "The pictures do not move: where in the source this one is cannot be told."
+                       : "The destination's picture was not found in the source within 10 seconds.");
+}
+
+CommandResult checkSides(Side source, const Side& dest, const CheckOptions& options, TextStyling styling) {
+  auto checked = checkedSides(source, dest, options);
+  if (!checked) return failureResult({checked.error()}, options.form);
+  const auto aligned = alignedTo(source, dest, **checked, options);
+  if (aligned && aligned->result == scan::Counterpart::Result::Found) {
+    source.time = aligned->time;
+    checked = checkedSides(source, dest, options);
+    if (!checked) return failureResult({checked.error()}, options.form);
+  }
+  const auto& [report, outcome, finding] = **checked;
 
   CommandResult result;
-  result.status = exitStatusOf(*finding, finding->frames == 0, options.exitPolicy);
-  result.err = remarksOn(outcome);
+  result.status = exitStatusOf(finding, finding.frames == 0, options.exitPolicy);
+  result.err = remarkOn(aligned) + remarksOn(outcome);
   if (options.form == OutputForm::Text) {
     result.out =
-        findingBlock(*finding, {namedSide(*source.movie, source.time), namedSide(*dest.movie, dest.time)}, styling) +
+        findingBlock(finding, {namedSide(*source.movie, source.time), namedSide(*dest.movie, dest.time)}, styling) +
         reportText(report.paragraphs(), styling);
   } else {
-    result.out = textOf(checkJson({jsonOf(*source.movie, source.time), jsonOf(*dest.movie, dest.time), outcome,
-                                   *finding, report.paragraphs(), result.status}));
+    result.out = textOf(checkJson({jsonOf(*source.movie, source.time), jsonOf(*dest.movie, dest.time), outcome, finding,
+                                   report.paragraphs(), result.status, alignmentOf(aligned, dest)}));
   }
   return result;
 }
@@ -112,13 +158,13 @@ CommandResult runCheckCommand(const CheckOptions& options, TextStyling styling) 
   auto opening = std::async(std::launch::async | std::launch::deferred,
                             [&] { return openSide(options.source, options.sourceTime); });
   const tl::expected<Side, SideFailure> dest = openSide(options.dest, options.destTime);
-  const tl::expected<Side, SideFailure> source = opening.get();
+  tl::expected<Side, SideFailure> source = opening.get();
 
   std::vector<SideFailure> failures;
   if (!source) failures.push_back(source.error());
   if (!dest) failures.push_back(dest.error());
   if (!failures.empty()) return failureResult(failures, options.form);
-  return checkSides(*source, *dest, options, styling);
+  return checkSides(std::move(*source), *dest, options, styling);
 }
 
 int exitStatusOf(const diagnosis::Finding& finding, bool lacksFrame, ExitPolicy policy) {

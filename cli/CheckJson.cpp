@@ -46,6 +46,14 @@ JsonValue reportJson(const std::vector<check::ReportParagraph>& report) {
   return json;
 }
 
+JsonValue alignmentJson(const std::optional<CheckAlignment>& alignment) {
+  if (!alignment) return nullptr;
+  constexpr const char* resultNames[] = {"found", "still", "notFound"};  // in the order of Counterpart::Result
+  const bool found = alignment->result == scan::Counterpart::Result::Found;
+  return {{"result", resultNames[static_cast<std::size_t>(alignment->result)]},
+          {"offset", found ? JsonValue(std::round(alignment->offset * 1e6) / 1e6) : JsonValue()}};
+}
+
 }  // namespace
 
 JsonValue checkJson(CheckDocument document) {
@@ -57,6 +65,7 @@ JsonValue checkJson(CheckDocument document) {
           {"tooDark", document.outcome.tooDark},
           {"report", reportJson(document.report)},
           {"finding", findingJson(document.finding)},
+          {"alignment", alignmentJson(document.alignment)},
           {"exitStatus", document.exitStatus}};
 }
 

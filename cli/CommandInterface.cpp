@@ -71,13 +71,28 @@ Take numberInto(Number& target, Number least, Number most) {
   };
 }
 
+OptionDescription align(Alignment& alignment) {
+  OptionDescription option = flag("--align",
+                                  "Where the frames are not the same, look for the destination's picture in the "
+                                  "source, up to 10 s away, and check there",
+                                  alignment, Alignment::Found);
+  option.excludes = {"--frames", "--source-at"};
+  return option;
+}
+
 OptionDescription frames(int& count) {
   return {{"--frames"},
           Value::Number,
           "N",
           "Let the finding be about this many frames, spread over the length that both have (default: 1, at --at)",
-          {},
+          {"--align"},
           numberInto(count, 1, 1000)};
+}
+
+OptionDescription sample(std::size_t& every) {
+  return {{"--sample"}, Value::Number,
+          "N",          "Compare every Nth frame of DEST only (default: every one)",
+          {},           numberInto<std::size_t>(every, 1, 1000)};
 }
 
 OptionDescription tolerance(double& codes) {
@@ -96,9 +111,9 @@ CommandDescription checkInterface(GivenOptions& given) {
           {help,
            at("--at", "Where to take both frames: seconds, or a timecode (default: the beginning)",
               {"--dest-at", "--source-at"}, {&check.sourceTime, &check.destTime}),
-           at("--source-at", "Where to take the source frame", {"--at"}, {&check.sourceTime}),
-           at("--dest-at", "Where to take the destination frame", {"--at"}, {&check.destTime}), frames(check.frames),
-           tolerance(check.tolerance),
+           at("--source-at", "Where to take the source frame", {"--align", "--at"}, {&check.sourceTime}),
+           at("--dest-at", "Where to take the destination frame", {"--at"}, {&check.destTime}), align(check.alignment),
+           frames(check.frames), tolerance(check.tolerance),
            flag("--exit-zero", "Exit with 0 whatever the verdict", check.exitPolicy, ExitPolicy::ZeroUnlessFailed),
            json(check.form), log(given)},
           {{"SOURCE", "The source movie", required, !repeated, into(check.source)},
@@ -142,6 +157,37 @@ CommandDescription syncInterface(GivenOptions& given) {
            {interrupted, "interrupted"}}};
 }
 
+CommandDescription scanInterface(GivenOptions& given) {
+  ScanOptions& scan = given.scan;
+  return {"scan",
+          "Go through a whole movie and its source, and tell where and how they differ",
+          {help,
+           at("--from", "Where in DEST to begin: seconds, or a timecode (default: its beginning)", {}, {&scan.from}),
+           at("--to", "Where in DEST to end (default: its end)", {}, {&scan.to}),
+           sample(scan.every),
+           flag("--no-align", "Compare frames of equal times, wherever the pictures are", scan.alignment,
+                Alignment::AsTimesAre),
+           {{"--csv"}, Value::File, "FILE", "Write a line for every frame to this file", {}, into(scan.csv)},
+           {{"--plot"},
+            Value::File,
+            "FILE",
+            "Draw the exponent over time, as SVG or PNG by the file's name",
+            {},
+            into(scan.plot)},
+           flag("--filter", "Print the filter of ffmpeg that undoes what was found", scan.filter, true),
+           flag("--exit-zero", "Exit with 0 whatever the verdict", scan.exitPolicy, ExitPolicy::ZeroUnlessFailed),
+           json(scan.form),
+           log(given)},
+          {{"SOURCE", "The source movie", required, !repeated, into(scan.source)},
+           {"DEST", "The movie to compare with it", required, !repeated, into(scan.dest)}},
+          {{noShift, "the same, and no tag that counts differs"},
+           {shiftFound, "a difference, in pixels or in tags"},
+           {failure, "a usage error, or a file that cannot be read to its end"},
+           {sourceTooDark, "the source is too dark"},
+           {noVerdict, "no verdict: other pictures, or nothing that can be told surely"},
+           {interrupted, "interrupted"}}};
+}
+
 }  // namespace
 
 CommandDescription commandInterface(GivenOptions& given) {
@@ -152,7 +198,7 @@ CommandDescription commandInterface(GivenOptions& given) {
           {{"SOURCE", "Open the window on this source movie", !required, !repeated, addingTo(files)},
            {"DEST", "and on this export of it", !required, !repeated, addingTo(files)}},
           {},
-          {checkInterface(given), infoInterface(given), syncInterface(given)}};
+          {checkInterface(given), scanInterface(given), infoInterface(given), syncInterface(given)}};
 }
 
 }  // namespace cli

@@ -52,6 +52,7 @@ struct GivenOptions {
   CheckOptions check;
   InfoOptions info;
   SyncOptions sync;
+  ScanOptions scan;
   WindowOptions window;  ///< of the command itself
   std::optional<std::string> logFile;
 };

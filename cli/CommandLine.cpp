@@ -72,6 +72,7 @@ void describe(CLI::App& app, const CommandDescription& command) {
 
 CommandLine commandLineOf(const CLI::App& app, const GivenOptions& given) {
   if (app.got_subcommand("check")) return {given.check, given.logFile};
+  if (app.got_subcommand("scan")) return {given.scan, given.logFile};
   if (app.got_subcommand("info")) return {given.info, given.logFile};
   if (app.got_subcommand("sync")) return {given.sync, given.logFile};
   return {given.window, std::nullopt};

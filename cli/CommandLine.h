@@ -12,7 +12,7 @@
 namespace cli {
 
 struct CommandLine {
-  std::variant<CheckOptions, InfoOptions, SyncOptions, WindowOptions> command;
+  std::variant<CheckOptions, ScanOptions, InfoOptions, SyncOptions, WindowOptions> command;
   std::optional<std::string> logFile;  ///< none: no log
 };
 

@@ -37,9 +37,14 @@ enum class OutputForm { Text, Json };
 enum class ExitPolicy { ByVerdict, ZeroUnlessFailed };
 enum class SyncMode { Save, DryRun };
 
+/// Whether a frame of the destination is compared with the frame of the source that shows the same, or with the one at
+/// the time that is given.
+enum class Alignment { Found, AsTimesAre };
+
 struct CheckOptions {
   std::string source, dest;
   std::optional<TimeArgument> sourceTime, destTime;  ///< none: the beginning
+  Alignment alignment = Alignment::AsTimesAre;
   int frames = 1;  ///< pairs that the finding is about: more than one are spread over the length
   double tolerance = diagnosis::defaultTolerance;
   OutputForm form = OutputForm::Text;
@@ -56,6 +61,18 @@ struct SyncOptions {
   std::optional<std::string> saveAs;  ///< a flattened copy there instead of the destination itself
   SyncMode mode = SyncMode::Save;
   OutputForm form = OutputForm::Text;
+};
+
+struct ScanOptions {
+  std::string source, dest;
+  std::optional<TimeArgument> from, to;  ///< of the destination; none: its beginning, its end
+  std::size_t every = 1;                 ///< every so many-th frame of the destination is compared
+  Alignment alignment = Alignment::Found;
+  std::optional<std::string> csv;   ///< a line a frame there
+  bool filter = false;              ///< tell which filter of ffmpeg undoes what was found
+  std::optional<std::string> plot;  ///< a picture there, by its name as SVG or PNG
+  OutputForm form = OutputForm::Text;
+  ExitPolicy exitPolicy = ExitPolicy::ByVerdict;
 };
 
 struct WindowOptions {
@@ -75,6 +92,10 @@ CommandResult runInfoCommand(const InfoOptions& options);
 /// `lumacheck sync`: copies the source's colour metadata onto the destination and saves it. Examines every result: what
 /// is refused, failed or incomplete is said on stderr, with status 2.
 CommandResult runSyncCommand(const SyncOptions& options);
+
+/// `lumacheck scan`: goes through both movies, and tells how the one lies upon the other and where it differs. A bar on
+/// stderr where that is a terminal. An interrupt ends it with what was found until then.
+CommandResult runScanCommand(const ScanOptions& options, TextStyling styling);
 
 /// `lumacheck [FILE [FILE]]`: becomes the program Lumacheck, which lies beside this one, with the files. Returns only
 /// when that cannot be done, or when a file is not there.

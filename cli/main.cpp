@@ -43,6 +43,9 @@ cli::CommandResult run(const cli::CommandLine& line) {
   if (const auto* options = std::get_if<cli::CheckOptions>(&line.command)) {
     return cli::runCheckCommand(*options, cli::stylingOfStandardOutput());
   }
+  if (const auto* options = std::get_if<cli::ScanOptions>(&line.command)) {
+    return cli::runScanCommand(*options, cli::stylingOfStandardOutput());
+  }
   if (const auto* options = std::get_if<cli::WindowOptions>(&line.command)) return cli::runWindowCommand(*options);
   if (const auto* options = std::get_if<cli::SyncOptions>(&line.command)) return cli::runSyncCommand(*options);
   return cli::runInfoCommand(std::get<cli::InfoOptions>(line.command));

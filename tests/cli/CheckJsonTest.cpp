@@ -56,7 +56,7 @@ JsonValue checkJson(const CheckOutcome& outcome, const std::vector<check::Report
 TEST(CheckJson, KeepsTheOrderOfItsKeys) {
   const JsonValue json = checkJson(outcomeOf(1.25));
   EXPECT_THAT(keysOf(json), ElementsAre("schema", "source", "dest", "metadata", "pixels", "tooDark", "report",
-                                        "finding", "exitStatus"));
+                                        "finding", "alignment", "exitStatus"));
   EXPECT_THAT(keysOf(json["metadata"]),
               ElementsAre("compared", "gammaMatch", "colorMatch", "colorSpaceMatch", "mismatch"));
   EXPECT_THAT(keysOf(json["pixels"]), ElementsAre("commonDiff", "average", "shift"));
@@ -189,6 +189,23 @@ TEST(FindingJson, TellsACauseWithItsNumbersAndNullsForTheOthers) {
   EXPECT_THAT(keysOf(json),
               ElementsAre("causes", "correspondence", "ranges", "matrices", "identicalSamples", "difference", "frames",
                           "darkFrames", "unmatchedFrames", "differingFrames", "curve", "advice", "text"));
+}
+
+TEST(FindingJson, NamesTheSettingsThatAreLikely) {
+  diagnosis::Finding finding = findingOf({.kind = Kind::Power,
+                                          .confidence = 0.9,
+                                          .exponent = 0.817,
+                                          .exponentInterval = diagnosis::Interval{0.813, 0.821}});
+  EXPECT_EQ(findingJson(finding)["advice"]["settings"].dump(), "[]") << "nothing is to be exported again";
+  finding.action = diagnosis::Action::ExportAgain;
+  EXPECT_EQ(findingJson(finding)["advice"]["settings"].dump(),
+            R"([{"setting":"gammas","lower":1.8,"higher":2.2},{"setting":"gammas","lower":1.96,"higher":2.4}])");
+  finding.causes = {{.kind = Kind::Range,
+                     .confidence = 0.9,
+                     .direction = diagnosis::Direction::Expanded,
+                     .where = diagnosis::Where::Codes}};
+  EXPECT_EQ(findingJson(finding)["advice"]["settings"].dump(),
+            R"([{"setting":"full-as-video","lower":null,"higher":null}])");
 }
 
 TEST(FindingJson, KnowsNoRangeAndNoMatrixWithoutAFrame) {

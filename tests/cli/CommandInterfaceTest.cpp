@@ -48,12 +48,15 @@ TEST(CommandInterface, HoldsTheCommandAndItsSubcommands) {
   EXPECT_THAT(longNames(command), ElementsAre("--help", "--version"));
   std::vector<std::string> names;
   for (const CommandDescription& each : command.subcommands) names.push_back(each.name);
-  EXPECT_THAT(names, ElementsAre("check", "info", "sync"));
+  EXPECT_THAT(names, ElementsAre("check", "scan", "info", "sync"));
 }
 
 TEST(CommandInterface, HoldsEveryOptionOfASubcommand) {
   EXPECT_THAT(longNames(subcommand("check")),
-              UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--frames", "--tolerance",
+              UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--align", "--frames", "--tolerance",
+                                   "--exit-zero", "--json", "--log"));
+  EXPECT_THAT(longNames(subcommand("scan")),
+              UnorderedElementsAre("--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot",
                                    "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("info")), UnorderedElementsAre("--help", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("sync")),
@@ -84,7 +87,8 @@ TEST(CommandInterface, TellsWhatAnOptionTakes) {
 
 TEST(CommandInterface, TellsWhichOptionsExcludeEachOther) {
   EXPECT_THAT(option(subcommand("check"), "--at").excludes, ElementsAre("--dest-at", "--source-at"));
-  EXPECT_THAT(option(subcommand("check"), "--source-at").excludes, ElementsAre("--at"));
+  EXPECT_THAT(option(subcommand("check"), "--source-at").excludes, ElementsAre("--align", "--at"));
+  EXPECT_THAT(option(subcommand("check"), "--align").excludes, ElementsAre("--frames", "--source-at"));
   EXPECT_THAT(option(subcommand("check"), "--json").excludes, IsEmpty());
 }
 

@@ -1,0 +1,138 @@
+#include <cstdint>
+#include <filesystem>
+#include <future>
+#include <memory>
+#include <system_error>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+#include <signal.h>
+
+#include "cli/Commands.h"
+#include "cli/Process.h"
+#include "cli/ScanBar.h"
+#include "cli/ScanBlock.h"
+#include "cli/ScanFiles.h"
+#include "cli/ScanFilter.h"
+#include "cli/ScanJson.h"
+#include "movie/decode/DecoderModule.h"
+#include "scan/Scan.h"
+
+namespace cli {
+namespace {
+
+CommandResult failedScan(const std::vector<ScanProblem>& problems, OutputForm form) {
+  CommandResult result;
+  result.status = failure;
+  for (const ScanProblem& each : problems) result.err += complaint(each.message);
+  if (form == OutputForm::Json) {
+    result.out = textOf(scanErrorJson(problems.front().message, problems.front().path, result.status));
+  }
+  return result;
+}
+
+/// Both movies, opened, and how large their files were then; 0 where that cannot be told.
+struct ScanSides {
+  std::unique_ptr<movie::Movie> source, dest;
+  std::uintmax_t sourceSize = 0, destSize = 0;
+};
+
+std::uintmax_t sizeOf(const std::string& path) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  return error ? 0 : size;
+}
+
+/// Whether somebody is still writing: only what was there at the beginning is read.
+std::vector<ScanProblem> changedSides(const ScanSides& sides, const ScanOptions& options) {
+  std::vector<ScanProblem> changed;
+  for (const auto& [path, size] : {std::pair(options.source, sides.sourceSize), {options.dest, sides.destSize}}) {
+    const std::uintmax_t now = sizeOf(path);
+    if (now > size)
+      changed.push_back({path + ": The file grew while it was read: scan it again when it is whole.", path});
+    if (now < size) changed.push_back({path + ": The file became shorter while it was read.", path});
+  }
+  return changed;
+}
+
+tl::expected<ScanSides, std::vector<ScanProblem>> openSides(const ScanOptions& options) {
+  const std::uintmax_t sourceSize = sizeOf(options.source), destSize = sizeOf(options.dest);
+  auto opening = std::async(std::launch::async | std::launch::deferred,
+                            [&] { return movie::Movie::movieWithFile(options.source); });
+  auto dest = movie::Movie::movieWithFile(options.dest);
+  auto source = opening.get();
+  std::vector<ScanProblem> problems;
+  if (!source) problems.push_back({source.error().message(), options.source});
+  if (!dest) problems.push_back({dest.error().message(), options.dest});
+  if (!problems.empty()) return tl::unexpected(problems);
+  return ScanSides{std::move(*source), std::move(*dest), sourceSize, destSize};
+}
+
+tl::expected<scan::ScanOptions, ScanProblem> placed(const ScanOptions& options, const movie::Movie& dest) {
+  scan::ScanOptions result;
+  result.align = options.alignment == Alignment::Found;
+  result.every = options.every;
+  for (const auto& [given, time] : {std::pair(&options.from, &result.from), std::pair(&options.to, &result.to)}) {
+    if (!*given) continue;
+    const auto inMovie = timeInMovie(**given, dest);
+    if (!inMovie) return tl::unexpected(ScanProblem{inMovie.error(), options.dest});
+    *time = movie::secondsOf(*inMovie);
+  }
+  if (result.from && result.to && *result.from >= *result.to) {
+    return tl::unexpected(ScanProblem{"The end of what is to be scanned does not come after its beginning.", {}});
+  }
+  return result;
+}
+
+std::string filterLine(const std::optional<ScanFilter>& filter) {
+  if (!filter) return {};
+  return "Filter: " + (filter->why.empty() ? filter->filter : "none. " + filter->why) + "\n";
+}
+
+int statusOfScan(const scan::ScanResult& result, int endedBy, ExitPolicy policy) {
+  constexpr int signalBase = interrupted - SIGINT;
+  if (endedBy != 0) return signalBase + endedBy;
+  if (result.failure) return failure;
+  return exitStatusOf(result.finding, false, policy);
+}
+
+}  // namespace
+
+CommandResult runScanCommand(const ScanOptions& options, TextStyling styling) {
+  movie::preloadDecoder();
+  const auto sides = openSides(options);
+  if (!sides) return failedScan(sides.error(), options.form);
+  const auto asked = placed(options, *sides->dest);
+  if (!asked) return failedScan({asked.error()}, options.form);
+  const movie::Result<scan::MoviePair> rows = scan::pairOf(*sides->source, *sides->dest);
+  if (!rows) return failedScan({{rows.error().message(), rows.error().file}}, options.form);
+  auto files = ScanFiles::of(options);
+  if (!files) return failedScan({files.error()}, options.form);
+
+  const NotedInterrupts interrupts;
+  scan::ScanResult found;
+  {
+    ScanBar bar;
+    found = scan::scanned(*rows->source, *rows->dest, rows->tags(), *asked, [&](const scan::ScanProgress& progress) {
+      bar.show(progress);
+      return NotedInterrupts::signal() != 0;
+    });
+  }
+  CommandResult result;
+  result.status = statusOfScan(found, NotedInterrupts::signal(), options.exitPolicy);
+  for (const ScanProblem& each : files->write({*sides->source, *sides->dest, *rows, found, result.status})) {
+    result.err += complaint(each.message);
+    result.status = failure;
+  }
+  std::optional<ScanFilter> filter;
+  if (options.filter) filter = scanFilter(found, rows->tags(), *rows->dest);
+  result.out = options.form == OutputForm::Text
+                   ? scanBlock(found, *rows, *sides->source, *sides->dest, styling) + filterLine(filter)
+                   : textOf(scanJson({*sides->source, *sides->dest, *rows, found, result.status, filter}));
+  for (const ScanProblem& each : changedSides(*sides, options)) result.err += complaint(each.message);
+  if (found.failure) result.err += complaint(found.failure->error.message());
+  return result;
+}
+
+}  // namespace cli

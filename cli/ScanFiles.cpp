@@ -1,0 +1,93 @@
+#include "cli/ScanFiles.h"
+
+#include <cstring>
+#include <functional>
+#include <optional>
+#include <utility>
+
+#include "cli/ScanCsv.h"
+#include "cli/picture/PictureFile.h"
+#include "cli/plot/ScanPlot.h"
+#include "system/ReplacementFile.h"
+
+namespace cli {
+
+/// One of them, and what goes into it: bytes, or a sentence why not.
+struct ScanFiles::File {
+  using Content = std::function<tl::expected<std::string, std::string>(const ScanDocument&)>;
+  sys::ReplacementFile place;
+  std::string what;  ///< it is, at the beginning of a sentence
+  Content content;
+};
+
+namespace {
+
+ScanProblem unwritable(const std::string& path, const std::string& what, const sys::Error& error) {
+  return {path + ": " + what + " cannot be written: " + std::strerror(error.code) + ".", path};
+}
+
+tl::expected<sys::ReplacementFile, ScanProblem> placeFor(const std::string& path, const std::string& what) {
+  auto place = sys::ReplacementFile::create(path);
+  if (!place) return tl::unexpected(unwritable(path, what, place.error()));
+  return std::move(*place);
+}
+
+std::string fileNameOf(const std::string& path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+tl::expected<std::string, std::string> plotOf(const ScanDocument& document, const PictureFile& file) {
+  const scan::MoviePair& rows = document.rows;
+  const ScanClocks clocks{frameClock(document.source, *rows.source), frameClock(document.dest, *rows.dest)};
+  const ScanSubject subject{fileNameOf(document.source.path()), fileNameOf(document.dest.path()), *rows.dest, clocks};
+  const PlotGround ground = file.isPixels() ? PlotGround::Page : PlotGround::Screen;
+  return file.bytesOf(scanPlot(document.result, subject, ground));
+}
+
+sys::Result<void> published(sys::ReplacementFile& file, const std::string& bytes) {
+  TRY(file.write(0, {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}));
+  return file.publish();
+}
+
+}  // namespace
+
+ScanFiles::ScanFiles() = default;
+ScanFiles::ScanFiles(ScanFiles&&) noexcept = default;
+ScanFiles::~ScanFiles() = default;
+
+tl::expected<ScanFiles, ScanProblem> ScanFiles::of(const ScanOptions& options) {
+  ScanFiles files;
+  const auto add = [&](const std::string& path, const char* what,
+                       File::Content content) -> tl::expected<void, ScanProblem> {
+    TRY(sys::ReplacementFile place, placeFor(path, what));
+    files.files_.push_back({std::move(place), what, std::move(content)});
+    return {};
+  };
+  if (options.csv) {
+    const auto toldTable = [](const ScanDocument& document) { return scanCsv(document.result, document.rows); };
+    TRY(add(*options.csv, "The table", toldTable));
+  }
+  if (options.plot) {
+    const auto form = PictureFile::named(*options.plot);
+    if (!form) return tl::unexpected(ScanProblem{*options.plot + ": " + form.error(), *options.plot});
+    const auto drawn = [file = *form](const ScanDocument& document) { return plotOf(document, file); };
+    TRY(add(*options.plot, "The picture", drawn));
+  }
+  return files;
+}
+
+std::vector<ScanProblem> ScanFiles::write(const ScanDocument& document) {
+  std::vector<ScanProblem> problems;
+  for (File& file : files_) {
+    const std::string& path = file.place.path();
+    const auto content = file.content(document);
+    if (!content) {
+      problems.push_back({path + ": " + content.error(), path});
+    } else if (const auto written = published(file.place, *content); !written) {
+      problems.push_back(unwritable(path, file.what, written.error()));
+    }
+  }
+  return problems;
+}
+
+}  // namespace cli

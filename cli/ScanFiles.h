@@ -1,0 +1,36 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <tl/expected.hpp>
+
+#include "cli/Commands.h"
+#include "cli/ScanJson.h"
+
+namespace cli {
+
+/// Why a scan did not come about: of a file, or of none.
+struct ScanProblem {
+  std::string message, path;
+};
+
+/// The files that a scan writes beside its text. Their places are found before anybody waits for what goes into them;
+/// they take their names when all of it is there.
+class ScanFiles {
+ public:
+  /// Error: one has no place, or cannot be made.
+  static tl::expected<ScanFiles, ScanProblem> of(const ScanOptions& options);
+  ScanFiles(ScanFiles&&) noexcept;
+  ~ScanFiles();
+
+  /// What could not be written, each with a sentence; the others are.
+  std::vector<ScanProblem> write(const ScanDocument& document);
+
+ private:
+  struct File;
+  ScanFiles();
+  std::vector<File> files_;
+};
+
+}  // namespace cli

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include "tests/cli/RunProgram.h"
+#include "tests/support/MovieFixture.h"
+
+namespace cli::test {
+
+using ScanJson = nlohmann::ordered_json;
+using movie::test::fixtureMovie;
+using movie::test::fixtureMovies;
+
+/// Twelve seconds of something that moves, with a cut in the middle.
+inline std::string scanMaster() {
+  return fixtureMovie(
+      "scan-master.mp4",
+      {"-f", "lavfi", "-i", "mandelbrot=s=320x180:r=24:start_scale=1:end_scale=0.02:end_pts=300", "-f", "lavfi", "-i",
+       "mandelbrot=s=320x180:r=24:start_x=-1.2:start_y=0.2:start_scale=0.5:end_scale=0.01:end_pts=300",
+       "-filter_complex", "[0:v]trim=duration=6[a];[1:v]trim=duration=6[b];[a][b]concat=n=2,format=yuv420p", "-c:v",
+       "libx264", "-preset", "veryfast", "-crf", "16", "-g", "24"});
+}
+
+inline std::string scanExport(const std::string& name, const std::string& filter) {
+  return fixtureMovies(scanMaster(),
+                       {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "veryfast", "-crf", "18"}}})
+      .front();
+}
+
+inline std::string scanRemux() {
+  return fixtureMovies(scanMaster(), {{"scan-remux.mov", {"-c", "copy"}}}).front();
+}
+
+inline ScanJson scanned(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {"scan", "--json"});
+  const ProgramRun run = runLumacheck(arguments);
+  ScanJson json = ScanJson::parse(run.out);
+  EXPECT_EQ(json["schema"], "lumacheck.scan/1");
+  EXPECT_EQ(json["exitStatus"], run.status);
+  return json;
+}
+
+}  // namespace cli::test

@@ -1,0 +1,259 @@
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <iostream>
+#include <optional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/cli/RunProgram.h"
+#include "tests/cli/ScanFixture.h"
+#include "tests/support/MovieFixture.h"
+#include "tests/support/TemporaryFolder.h"
+
+// The command from end to end, on whole movies.
+
+namespace cli {
+namespace {
+
+using movie::test::fixtureMovie;
+using movie::test::fixtureMovies;
+using test::ProgramRun;
+using test::runLumacheck;
+using test::scanExport;
+using test::ScanJson;
+using test::scanMaster;
+using test::scanned;
+using test::scanRemux;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+TEST(ScannedMovies, ARemuxIsIdenticalFrameByFrame) {
+  const ScanJson json = scanned({scanMaster(), scanRemux()});
+  EXPECT_EQ(json["frames"], 288);
+  EXPECT_EQ(json["identicalFrames"], 288);
+  EXPECT_EQ(json["finding"]["causes"][0]["cause"], "identical");
+  EXPECT_EQ(json["exitStatus"], 0);
+}
+
+TEST(ScannedMovies, AnExcerptIsFoundInItsSource) {
+  const ScanJson json =
+      scanned({scanMaster(), scanExport("scan-excerpt", "trim=start_frame=90:end_frame=240,setpts=PTS-STARTPTS")});
+  ASSERT_EQ(json["map"].size(), 1U);
+  EXPECT_EQ(json["map"][0]["sourceFrom"]["frame"], 90);
+  EXPECT_EQ(json["map"][0]["rate"], 1.0);
+  EXPECT_EQ(json["map"][0]["pattern"], "frame-for-frame");
+  EXPECT_EQ(json["map"][0]["from"]["timecode"], "00:00:00:00");
+  EXPECT_EQ(json["exitStatus"], 0);
+}
+
+TEST(ScannedMovies, AnExponentIsToldFromWhereItBegins) {
+  const std::string power = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
+  const ScanJson json = scanned({scanMaster(), scanExport("scan-power", power)});
+  ASSERT_EQ(json["segments"].size(), 2U);
+  EXPECT_NEAR(json["segments"][1]["from"]["frame"].get<double>(), 168, 2);
+  EXPECT_NEAR(json["segments"][1]["exponent"].get<double>(), 1.2, 0.01);
+  EXPECT_EQ(json["segments"][1]["causes"][0]["cause"], "power");
+  EXPECT_EQ(json["exitStatus"], 1);
+  const ProgramRun run = runLumacheck({"scan", scanMaster(), scanExport("scan-power", power)});
+  EXPECT_THAT(run.out, HasSubstr("Scan: Gamma shift: the destination is darker, by an exponent of 1.20"));
+  EXPECT_THAT(run.out, HasSubstr("gamma shift, exponent 1.20"));
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(ScannedMovies, OtherPicturesGetNoNumber) {
+  const ScanJson json = scanned({scanMaster(), scanExport("scan-mirrored", "hflip")});
+  EXPECT_EQ(json["exitStatus"], 4);
+  EXPECT_TRUE(json["segments"].empty());
+  EXPECT_TRUE(json["worst"].is_null());
+  EXPECT_EQ(json["finding"]["causes"][0]["cause"], "different");
+}
+
+TEST(ScannedMovies, TheTableHasALineForEveryFrame) {
+  const movie::test::TemporaryFolder folder;
+  const std::string path = folder.path("frames.csv");
+  EXPECT_EQ(runLumacheck({"scan", scanMaster(), scanRemux(), "--from", "2", "--to", "4", "--csv", path}).status, 0);
+  std::ifstream file(path);
+  std::string line;
+  std::getline(file, line);
+  EXPECT_THAT(line, HasSubstr("frame,time,sourceFrame,sourceTime"));
+  int lines = 0;
+  while (std::getline(file, line)) {
+    EXPECT_THAT(line, HasSubstr(std::to_string(48 + lines) + ","));
+    ++lines;
+  }
+  EXPECT_EQ(lines, 48);
+}
+
+TEST(ScannedMovies, EveryNthFrameIsComparedWhenAsked) {
+  const movie::test::TemporaryFolder folder;
+  const std::string path = folder.path("frames.csv");
+  const ScanJson json = scanned({scanMaster(), scanRemux(), "--sample", "12", "--from", "1", "--csv", path});
+  EXPECT_EQ(json["frames"], 22);
+  EXPECT_EQ(json["sample"], 12);
+  EXPECT_EQ(json["identicalFrames"], 22);
+  ASSERT_EQ(json["map"].size(), 1U);
+  EXPECT_EQ(json["map"][0]["pattern"], "frame-for-frame");
+  EXPECT_EQ(json["map"][0]["from"]["frame"], 24);
+  EXPECT_EQ(json["map"][0]["to"]["frame"], 288);
+  EXPECT_EQ(json["exitStatus"], 0);
+  std::ifstream file(path);
+  std::string line;
+  std::getline(file, line);
+  std::getline(file, line);
+  EXPECT_THAT(line, StartsWith("24,1.000000,24,"));
+  std::getline(file, line);
+  EXPECT_THAT(line, StartsWith("36,1.500000,36,"));
+  EXPECT_EQ(runLumacheck({"scan", scanMaster(), scanRemux(), "--sample", "0"}).status, 2);
+  EXPECT_THAT(runLumacheck({"scan", scanMaster(), scanRemux(), "--sample", "12"}).out,
+              HasSubstr("Frames: 24, one of every 12, 24 of them identical"));
+}
+
+TEST(ScannedMovies, ATableThatCannotBeWrittenIsAFailure) {
+  const ProgramRun run = runLumacheck({"scan", scanMaster(), scanRemux(), "--to", "1", "--csv", "/nowhere/frames.csv"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_THAT(run.err, HasSubstr("/nowhere/frames.csv: The table cannot be written"));
+  EXPECT_EQ(run.out, "") << "nobody waits for a scan whose table has no place";
+}
+
+/// An export made by a filter, and what the filter that is told leaves of it.
+struct MendedRow {
+  const char* name;
+  const char* filter;
+  const char* cause;
+};
+
+class MendedMovies : public testing::TestWithParam<MendedRow> {};
+
+TEST_P(MendedMovies, AreTheSameOnceTheFilterWasApplied) {
+  const auto& [name, filter, cause] = GetParam();
+  const std::string dest = scanExport(std::string("scan-mendable-") + name, filter);
+  const ScanJson before = scanned({scanMaster(), dest, "--filter"});
+  EXPECT_EQ(before["finding"]["causes"][0]["cause"], cause);
+  ASSERT_TRUE(before["filter"]["text"].is_string()) << before["filter"];
+  const std::string undone = before["filter"]["text"];
+  // By another name for every other filter: movies of the tests are kept.
+  const std::string mended =
+      fixtureMovies(dest,
+                    {{"scan-mended-" + std::string(name) + std::to_string(std::hash<std::string>()(undone)) + ".mp4",
+                      {"-vf", undone, "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "14"}}})
+          .front();
+  const ScanJson after = scanned({scanMaster(), mended});
+  const double left = after["finding"]["difference"];
+  std::cout << name << ": " << before["finding"]["difference"] << " codes, then " << left << ", by " << undone << "\n";
+  EXPECT_EQ(after["finding"]["causes"][0]["cause"], "same");
+  EXPECT_LT(left, 1.5) << "codes of 8 bits, which the samples were cut to twice on the way";
+}
+
+constexpr const char* lumaPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
+INSTANTIATE_TEST_SUITE_P(
+    Rows, MendedMovies,
+    testing::Values(
+        MendedRow{"luma", lumaPower, "power"},
+        MendedRow{"rgb",
+                  "scale=in_color_matrix=bt601:flags=accurate_rnd+full_chroma_int,format=gbrp,"
+                  "lutrgb=r='255*pow(val/255,0.817)':g='255*pow(val/255,0.817)':b='255*pow(val/255,0.817)',"
+                  "scale=out_color_matrix=bt601:out_range=tv:flags=accurate_rnd+full_chroma_int,format=yuv420p",
+                  "power"},
+        MendedRow{"compressed", "lutyuv=y='val*219/255+16':u='128+(val-128)*224/255':v='128+(val-128)*224/255'",
+                  "range"},
+        MendedRow{"expanded", "lutyuv=y='(val-16)*255/219':u='128+(val-128)*255/224':v='128+(val-128)*255/224'",
+                  "range"},
+        MendedRow{"gain", "lutyuv=y='16+(val-16)*0.85+5'", "gain"},
+        MendedRow{"half", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'", "power"}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST(ScannedMovies, WhatCannotBeUndoneIsTold) {
+  const auto filterLine = [](const std::string& dest) {
+    const std::string out = runLumacheck({"scan", scanMaster(), dest, "--filter"}).out;
+    return out.substr(out.rfind("Filter: "));
+  };
+  EXPECT_EQ(filterLine(scanRemux()), "Filter: none. There is nothing to undo.\n");
+  EXPECT_EQ(filterLine(scanExport("scan-mirrored", "hflip")),
+            "Filter: none. It is not known how the one lies upon the other.\n");
+  EXPECT_FALSE(scanned({scanMaster(), scanRemux(), "--to", "1"}).contains("filter")) << "it was not asked for";
+}
+
+TEST(ScannedMovies, APictureIsDrawnAsItsNameSays) {
+  const movie::test::TemporaryFolder folder;
+  for (const auto& [name, begin] : {std::pair("scan.svg", "<?xml"), std::pair("scan.PNG", "\x89PNG")}) {
+    const std::string path = folder.path(name);
+    const ProgramRun run = runLumacheck({"scan", scanMaster(), scanRemux(), "--to", "2", "--plot", path});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(movie::test::textOf(path), testing::StartsWith(begin));
+  }
+  EXPECT_THAT(movie::test::textOf(folder.path("scan.svg")), HasSubstr("identical (sure by 100 %)"));
+}
+
+TEST(ScannedMovies, APictureThatCannotBeDrawnIsToldBeforeTheScan) {
+  const auto drawn = [](const std::string& path, const std::string& to) {
+    return runLumacheck({"scan", scanMaster(), scanRemux(), "--to", to, "--plot", path});
+  };
+  const movie::test::TemporaryFolder folder;
+  const ProgramRun gif = drawn(folder.path("scan.gif"), "1");
+  EXPECT_EQ(gif.status, 2);
+  EXPECT_EQ(gif.out, "");
+  EXPECT_THAT(gif.err, HasSubstr("scan.gif: A picture of a scan is an .svg or a .png file."));
+  EXPECT_TRUE(folder.names().empty());
+  const ProgramRun nowhere = drawn("/nowhere/scan.svg", "1");
+  EXPECT_EQ(nowhere.status, 2);
+  EXPECT_EQ(nowhere.out, "");
+  EXPECT_THAT(nowhere.err, HasSubstr("/nowhere/scan.svg: The picture cannot be written: No such file"));
+}
+
+/// A signal is sent so long after the process was first seen.
+std::function<bool(pid_t)> after(std::chrono::milliseconds pause) {
+  return [pause, begin = std::optional<std::chrono::steady_clock::time_point>()](pid_t) mutable {
+    const auto now = std::chrono::steady_clock::now();
+    if (!begin) begin = now;
+    return now - *begin >= pause;
+  };
+}
+
+TEST(ScannedMovies, AnInterruptTellsWhatWasFoundUntilThen) {
+  const std::string whole = fixtureMovie("scan-long.mov", {"-stream_loop", "40", "-i", scanMaster(), "-c", "copy"});
+  bool wasEarly = false;
+  for (const int pause : {0, 50, 100, 400, 1500}) {
+    const ProgramRun run =
+        test::runLumacheckUntil(after(std::chrono::milliseconds(pause)), SIGINT, {"scan", whole, whole});
+    SCOPED_TRACE(pause);
+    if (run.status == 0 || run.status == -SIGINT) continue;  // it was quicker, or had not begun
+    EXPECT_EQ(run.status, 130);
+    if (run.out.empty()) continue;  // before there was anything to tell
+    wasEarly = true;
+    EXPECT_THAT(run.out, StartsWith("Stopped "));
+    EXPECT_THAT(run.out, Not(HasSubstr("Nothing is to be done")));
+    EXPECT_THAT(run.out, Not(HasSubstr("same picture"))) << "nothing is known of the rest";
+  }
+  EXPECT_TRUE(wasEarly) << "no scan was still under way";
+}
+
+TEST(ScannedMovies, AMovieThatEndsInTheMiddleIsToldWithThePlace) {
+  const movie::test::TemporaryFolder folder;
+  const std::string whole =
+      fixtureMovies(scanMaster(), {{"scan-front.mov", {"-c", "copy", "-movflags", "faststart"}}}).front();
+  const std::string cut = folder.path("cut.mov");
+  std::filesystem::copy_file(whole, cut);
+  std::filesystem::resize_file(cut, std::filesystem::file_size(whole) * 6 / 10);
+  const ScanJson json = scanned({scanMaster(), cut});
+  EXPECT_EQ(json["exitStatus"], 2);
+  ASSERT_FALSE(json["failure"].is_null());
+  EXPECT_EQ(json["failure"]["side"], "dest");
+  EXPECT_GT(json["frames"].get<int>(), 50);
+  EXPECT_EQ(json["failure"]["at"]["frame"], json["frames"]);
+}
+
+TEST(ScannedMovies, WhatIsNoMovieIsRefused) {
+  const ScanJson json = scanned({scanMaster(), "/nowhere.mov"});
+  EXPECT_EQ(json["exitStatus"], 2);
+  EXPECT_EQ(json["error"]["path"], "/nowhere.mov");
+  EXPECT_EQ(runLumacheck({"scan", scanMaster(), scanRemux(), "--from", "4", "--to", "3"}).status, 2);
+  EXPECT_EQ(runLumacheck({"scan", scanMaster(), scanRemux(), "--from", "4000"}).status, 2);
+}
+
+}  // namespace
+}  // namespace cli
