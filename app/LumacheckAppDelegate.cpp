@@ -13,6 +13,8 @@
 #include "SharedFiles/settings/UserDefaults.h"
 #include "app/MainInterface.h"
 #include "app/messages/WindowMessages.h"
+#include "app/scan/ScanStrip.h"
+#include "app/scan/TimelineView.h"
 #include "app/verdict/VerdictStrip.h"
 #include "app/widgets/MessageLine.h"
 
@@ -49,6 +51,9 @@ void LumacheckAppDelegate::connectControls() {
   wire(interface_.dest, &LumacheckAppDelegate::browseDest, &LumacheckAppDelegate::modifyDestPath);
   connect(interface_.swapBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::swapMovies);
   connect(interface_.checkBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::checkAction);
+  connect(interface_.scanBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::scanAction);
+  connect(&interface_.scanStrip->timeline(), &TimelineView::placeChosen, this, &LumacheckAppDelegate::goToScanned);
+  connect(interface_.dest.movieView, &QVMovieView::playbackDidChange, this, &LumacheckAppDelegate::showScanPlayhead);
   connect(interface_.syncBtn, &QPushButton::clicked, this, [this] { syncMetadata(); });
   connect(interface_.saveBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDest);
   connect(interface_.saveAsBtn, &QPushButton::clicked, this, &LumacheckAppDelegate::saveDestAs);
@@ -106,6 +111,7 @@ void LumacheckAppDelegate::applicationDidFinishLaunching() {
 }
 
 void LumacheckAppDelegate::applicationWillTerminate() {
+  dropScan();
   QVCrashline::stopCrashline();
   QVLog::willTerminate();
 }

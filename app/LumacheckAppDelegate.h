@@ -18,6 +18,8 @@
 #include "app/messages/Message.h"
 #include "app/messages/MessageWords.h"
 #include "app/messages/WhyNot.h"
+#include "app/scan/PlaceSearch.h"
+#include "app/scan/ScanRun.h"
 #include "app/verdict/Moment.h"
 #include "app/verdict/Verdict.h"
 #include "app/widgets/ResultsView.h"
@@ -123,6 +125,15 @@ class LumacheckAppDelegate : public QObject {
   void outputBoldErrorText(const QString& text) { outputText(text, true, true); }  ///< outputBoldErrorText:
   void outputText(const QString& text, bool error, bool bold);                     ///< outputText:error:bold:
 
+  // The scan of whole movies.
+
+  /// Begins a scan of the movies that are loaded; while one runs, ends it with what was found.
+  void scanAction();
+  /// Null where there is none: of the pair that is loaded, running or ended.
+  ScanRun* scanRun() const { return scanRun_.get(); }
+  /// Takes both movies to a place of the timeline, in seconds of the destination.
+  void goToScanned(double seconds);
+
   // The metadata sync and the saving of the destination.
 
   void syncMetadata();  ///< syncMetadata:
@@ -195,7 +206,22 @@ class LumacheckAppDelegate : public QObject {
   void showVerdict();
   void carryOut(VerdictAction action);
   void takeDestToSource();
+  std::optional<movie::MovieTime> destTimeLikeSource(const PlayableMovie& source, const PlayableMovie& dest) const;
+  WindowState stateWithScan() const;
+  Message beginScan();
+  Message dropScan();
+  void scanEnded();
+  void showScan();
+  void showTimeline();
+  void showScanPlayhead();
+  void setLinkPossible(bool possible);
+  const PairMap* mapInForce() const;
+  std::optional<movie::MovieTime> timeToFollow(bool fromSource, const PlayableMovie& leader,
+                                               const PlayableMovie& follower) const;
+  bool areAtSameMoment(const PairMoment& now) const;
   void takeBothElsewhere();
+  void lookForPlace();
+  void goToPlace(const PlaceSearch::Outcome& outcome);
 
   MainInterface& interface_;
   UserDefaults& defaults_;
@@ -210,5 +236,10 @@ class LumacheckAppDelegate : public QObject {
   RecentPairs recentPairs_;
   bool isChecking_ = false;
   std::optional<HeldVerdict> verdict_;
+  std::unique_ptr<PlaceSearch> placeSearch_;
+  PairMoment placeMoment_;  ///< when it was begun
+  std::unique_ptr<ScanRun> scanRun_;
+  PairMoment scanMoment_;       ///< when it was begun
+  bool isLinkedByMap_ = false;  ///< and could not be otherwise
   CopyWriter copyWriter_ = &movie::Movie::writeToFile;
 };

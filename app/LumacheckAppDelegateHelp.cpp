@@ -49,6 +49,7 @@ void LumacheckAppDelegate::connectMenus() {
   wire(menus.quit, [this] { window_->close(); });
   wire(menus.preferences, &Self::showPreferences);
   wire(menus.check, &Self::checkAction);
+  wire(menus.scan, &Self::scanAction);
   wire(menus.sync, [this] { syncMetadata(); });
   wire(menus.swap, &Self::swapMovies);
   wire(menus.link, [this] { interface_.linkBtn->click(); });

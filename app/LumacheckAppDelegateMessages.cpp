@@ -52,11 +52,13 @@ WindowState LumacheckAppDelegate::state() const {
 }
 
 void LumacheckAppDelegate::showState() {
-  const WindowState now = state();
+  const WindowState now = stateWithScan();
   window_->setWindowTitle(WindowMessages::title(pathOf(sourceQTMov()), pathOf(destQTMov())));
   window_->setWindowModified(now.hasUnsavedChanges);
   interface_.tellWhyNot(now);
+  interface_.showScanning(now);
   showVerdict();
+  showScan();
 }
 
 void LumacheckAppDelegate::tellOfFullScreen(bool isFullScreen) {

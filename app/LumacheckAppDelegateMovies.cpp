@@ -19,7 +19,7 @@ void LumacheckAppDelegate::loadQTMovieWithPath(const QString& path, const QStrin
 
 /// Empties the side, then loads the file into it, and says what came of it.
 Message LumacheckAppDelegate::load(Side& side, const QString& path) {
-  const Message lost = changesLostWith(slot(side.master));
+  const Message lost = joined({changesLostWith(slot(side.master)), dropScan()});
   setSlot(side.master, nullptr);
   setSlot(side.display, nullptr);
   QVMovieView& view = *side.controls.movieView;

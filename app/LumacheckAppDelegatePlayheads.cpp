@@ -27,10 +27,14 @@ void LumacheckAppDelegate::updateLink() {
   const movie::MovieTime sourceDuration = durationOf(*source_.controls.movieView);
   const movie::MovieTime destDuration = movie::timeScaled(durationOf(*dest_.controls.movieView), sourceDuration.scale);
   const bool equal = movie::compareTimes(destDuration, sourceDuration) == 0;
-  interface_.linkBtn->setEnabled(equal);
-  interface_.linkBtn->setChecked(equal);
-  interface_.menus.link->setEnabled(equal);
-  interface_.linkLabel->setEnabled(equal);  // textColor or disabledControlTextColor, as the theme has them
+  setLinkPossible(equal);
+}
+
+void LumacheckAppDelegate::setLinkPossible(bool possible) {
+  interface_.linkBtn->setEnabled(possible);
+  interface_.linkBtn->setChecked(possible);
+  interface_.menus.link->setEnabled(possible);
+  interface_.linkLabel->setEnabled(possible);  // textColor or disabledControlTextColor, as the theme has them
 }
 
 void LumacheckAppDelegate::observeTime(const MovieSlot& movie) {
@@ -49,8 +53,8 @@ void LumacheckAppDelegate::movieTimeChanged(PlayableMovie* movie) {
     disableSync_ = true;
     const auto leader = (fromSource ? source_ : dest_).controls.movieView->movie();
     const auto follower = (fromSource ? dest_ : source_).controls.movieView->movie();
-    const movie::MovieTime time = leader ? leader->currentTime() : movie::MovieTime{};
-    if (follower) follower->setCurrentTime(time);
+    const auto time = leader && follower ? timeToFollow(fromSource, *leader, *follower) : movie::MovieTime{};
+    if (follower && time) follower->setCurrentTime(*time);
     disableSync_ = false;
   }
   updateTimecode();

@@ -137,6 +137,7 @@ Message LumacheckAppDelegate::reopenReplaced(Side& side, const QString& writtenP
       return SaveMessages::doesNotGoOn(side.side, reopened.error());
     }
     isReplaced = true;
+    dropScan();
     isShown = each == display;
   }
   Message goesOn = isReplaced ? SaveMessages::goesOn(side.side) : Message();

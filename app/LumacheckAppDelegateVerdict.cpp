@@ -5,6 +5,7 @@
 
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
+#include "app/messages/ScanMessages.h"
 #include "app/messages/WindowMessages.h"
 #include "app/verdict/MovieFacts.h"
 #include "app/verdict/VerdictStrip.h"
@@ -41,6 +42,7 @@ PairMoment LumacheckAppDelegate::momentNow() const {
 void LumacheckAppDelegate::showChecking(bool isChecking) {
   QMetaObject::invokeMethod(this, [this, isChecking] {
     isChecking_ = isChecking;
+    if (isChecking) placeSearch_.reset();  // it would go elsewhere, and check there
     showVerdict();
     if (isChecking) interface_.verdictStrip->repaint();  // no event is handled until the check has ended
   });
@@ -57,9 +59,10 @@ void LumacheckAppDelegate::setVerdict(const movie::Movie& source, const movie::M
 void LumacheckAppDelegate::showVerdict() {
   const PairMoment now = momentNow();
   const MovieSlot source = sourceQTMov(), dest = destQTMov();
-  VerdictSituation situation{.window = state(), .isChecking = isChecking_};
+  VerdictSituation situation{
+      .window = state(), .isChecking = isChecking_, .isLookingForPlace = placeSearch_ != nullptr};
   if (source && dest) {
-    situation.isSameMoment = isSameMoment(source->content(), now.source.time, dest->content(), now.dest.time);
+    situation.isSameMoment = areAtSameMoment(now);
   }
   if (verdict_) {
     situation.source = changeBetween(verdict_->moment.source, now.source);
@@ -75,6 +78,8 @@ void LumacheckAppDelegate::carryOut(VerdictAction action) {
       return checkAction();
     case VerdictAction::Sync:
       return syncMetadata();
+    case VerdictAction::FindPlace:
+      return lookForPlace();
     case VerdictAction::SameMoment:
       return takeDestToSource();
     case VerdictAction::AnotherFrame:
@@ -91,9 +96,10 @@ void LumacheckAppDelegate::takeDestToSource() {
   const MovieSlot source = sourceQTDisplayMov(), dest = destQTDisplayMov();
   if (!source || !dest) return;
   for (const MovieSlot& each : {source, dest}) each->stop();
-  const movie::MovieTime time = movie::timeScaled(source->currentTime(), dest->duration().scale);
-  dest->setCurrentTime(time);
-  const bool isReached = movie::compareTimes(dest->timeWithin(time), time) == 0;
+  const auto time = destTimeLikeSource(*source, *dest);
+  if (!time) return tell(ScanMessages::notInDest(source_.controls.timecodeText->text()));
+  dest->setCurrentTime(*time);
+  const bool isReached = movie::compareTimes(dest->timeWithin(*time), *time) == 0;
   tell(isReached ? Message() : WindowMessages::timeOutside(source_.controls.timecodeText->text()));
 }
 
@@ -112,4 +118,38 @@ void LumacheckAppDelegate::takeBothElsewhere() {
   const diagnosis::FrameTimes& next = later == times.end() ? times.front() : *later;
   source->setCurrentTime(next.source);
   dest->setCurrentTime(next.dest);
+}
+
+/// On copies of the movies, while the window goes on.
+void LumacheckAppDelegate::lookForPlace() {
+  const MovieSlot source = sourceQTMov(), dest = destQTMov();
+  if (!source || !dest) return;
+  for (const MovieSlot& each : {sourceQTDisplayMov(), destQTDisplayMov()}) each->stop();
+  tell({});
+  placeMoment_ = momentNow();
+  placeSearch_ = std::make_unique<PlaceSearch>(ScannedMovies{source->content().copy(), dest->content().copy()},
+                                               placeMoment_.dest.time);
+  connect(placeSearch_.get(), &PlaceSearch::ended, this, &LumacheckAppDelegate::goToPlace);
+  showVerdict();
+}
+
+/// The source goes there alone, and the check is made. Nothing happens where somebody has gone elsewhere meanwhile.
+void LumacheckAppDelegate::goToPlace(const PlaceSearch::Outcome& outcome) {
+  placeSearch_.release()->deleteLater();  // it is telling
+  showVerdict();
+  const PairMoment now = momentNow();
+  const bool isAsItWas = changeBetween(placeMoment_.source, now.source) == Change::None &&
+                         changeBetween(placeMoment_.dest, now.dest) == Change::None;
+  if (!isAsItWas) return;
+  if (const auto& problem = outcome.problem) {
+    return tell(problem->error ? ScanMessages::unreadable(*problem->error) : ScanMessages::failed(problem->system));
+  }
+  using Result = scan::Counterpart::Result;
+  if (outcome.found->result == Result::NotFound) return tell(ScanMessages::noPlace());
+  if (outcome.found->result == Result::Still) return tell(ScanMessages::anyPlace());
+  disableSync_ = true;
+  sourceQTDisplayMov()->setCurrentTime(outcome.found->time);
+  disableSync_ = false;
+  updateTimecode();
+  checkAction();
 }

@@ -17,6 +17,8 @@
 #include <initializer_list>
 
 #include "app/messages/WindowMessages.h"
+#include "app/scan/ScanStrip.h"
+#include "app/scan/TimelineView.h"
 #include "app/verdict/FactTable.h"
 #include "app/verdict/VerdictStrip.h"
 #include "app/widgets/MessageLine.h"
@@ -71,6 +73,7 @@ MainInterface::MainInterface(const MakeView& makeView) : window_(std::make_uniqu
   orderFocus();
   followFocus();
   tellWhyNot({});
+  showScanning({});
   QObject::connect(window_.get(), &QVQTWindow::fullScreenDidChange, window_.get(),
                    [this](bool isFullScreen) { giveRoomToPictures(isFullScreen); });
   window_->setMinimumSize(smallestWindow);
@@ -158,20 +161,27 @@ QWidget* MainInterface::linkColumn() {
 QWidget* MainInterface::bottomPanel() {
   checkBtn = roomyButton(tr("Check"));
   window_->setDefaultButton(checkBtn);
+  scanBtn = roomyButton(tr("Cancel Scan"));  // with room for both of its texts
   syncBtn = roomyButton(tr("Sync Metadata"));
   saveBtn = roomyButton(tr("Save"));
   saveAsBtn = roomyButton(tr("Save As…"));
+  scanStrip = new ScanStrip;
+  scanStrip->hide();
   verdictStrip = new VerdictStrip;
   resultsView = new ResultsView;
   resultsView->setAccessibleName(tr("Results"));
+  constexpr int fewestLines = 3;
+  resultsView->setMinimumHeight(fewestLines * resultsView->fontMetrics().lineSpacing() + 2 * spacing);
   auto* const panel = new QWidget;
   auto* const column = columnIn(panel);
   auto* const row = new QHBoxLayout;
   row->addWidget(checkBtn);
+  row->addWidget(scanBtn);
   row->addWidget(syncBtn);
   row->addStretch();
   row->addWidget(saveBtn);
   row->addWidget(saveAsBtn);
+  column->addWidget(scanStrip);
   column->addLayout(row);
   column->addWidget(verdictStrip);
   column->addWidget(resultsView, 1);
@@ -223,7 +233,7 @@ void MainInterface::orderFocus() {
   side(source);
   next({linkBtn, swapBtn});
   side(dest);
-  next({checkBtn, syncBtn, saveBtn, saveAsBtn});
+  next({&scanStrip->timeline(), checkBtn, scanBtn, syncBtn, saveBtn, saveAsBtn});
   for (const VerdictAction action : verdictActions) next({&verdictStrip->button(action)});
   next({&verdictStrip->facts(), resultsView, &messageLine->words()});
 }
@@ -252,13 +262,28 @@ void MainInterface::tellWhyNot(const WindowState& state) {
   const auto tell = [](QWidget& control, const QString& does, const QString& whyNot) {
     control.setToolTip(WhyNot::inToolTip(does, whyNot));
   };
-  tell(*linkBtn, tr("Movies of the same length move together"), WhyNot::link(state));
+  tell(*linkBtn,
+       state.isMapped ? tr("Both movies move to the same pictures, as the scan has found them")
+                      : tr("Movies of the same length move together"),
+       WhyNot::link(state));
   tell(*swapBtn, tr("Source becomes destination, and the other way round"), WhyNot::swap(state));
   tell(*checkBtn, tr("Compares the two frames shown"), WhyNot::check(state));
+  tell(*scanBtn,
+       state.isScanning ? tr("Ends the scan; what was found until then stays")
+                        : tr("Compares all frames of both movies, wherever they lie"),
+       WhyNot::scan(state));
   //: The report is in English whatever the language, and calls this button "Sync Metadata": say so in a translation.
   tell(*syncBtn, tr("Copies the source's colour metadata onto the destination"), WhyNot::sync(state));
   tell(*saveBtn, tr("Saves the destination's metadata in place"), WhyNot::save(state));
   tell(*saveAsBtn, tr("Saves the destination as a self-contained copy"), WhyNot::saveAs(state));
+}
+
+void MainInterface::showScanning(const WindowState& state) {
+  const bool canScan = WhyNot::scan(state).isEmpty();
+  scanBtn->setText(state.isScanning ? tr("Cancel Scan") : tr("Scan"));
+  scanBtn->setEnabled(canScan);
+  menus.scan->setText(state.isScanning ? MenuBar::tr("C&ancel Scan") : MenuBar::tr("Sc&an"));
+  menus.scan->setEnabled(canScan);
 }
 
 void MainInterface::addMovieKeys(KeyTable& keys) const {

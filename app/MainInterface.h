@@ -19,6 +19,7 @@ class QLineEdit;
 class QPushButton;
 class MessageLine;
 class ResultsView;
+class ScanStrip;
 class TransportBar;
 class VerdictStrip;
 
@@ -49,8 +50,9 @@ class MainInterface {
   QCheckBox* linkBtn = nullptr;
   QLabel* linkLabel = nullptr;
   QPushButton* swapBtn = nullptr;
-  QPushButton* checkBtn = nullptr;
+  QPushButton *checkBtn = nullptr, *scanBtn = nullptr;
   QPushButton *syncBtn = nullptr, *saveBtn = nullptr, *saveAsBtn = nullptr;
+  ScanStrip* scanStrip = nullptr;  ///< hidden until a scan is begun
   VerdictStrip* verdictStrip = nullptr;
   ResultsView* resultsView = nullptr;
   MessageLine* messageLine = nullptr;
@@ -63,6 +65,8 @@ class MainInterface {
   QVMovieView& activeView() const { return *activeView_; }
   /// Has the tool tips of the controls say which of them can do nothing, and why. All of them stay as they are.
   void tellWhyNot(const WindowState& state);
+  /// What begins a scan ends it while it runs, and can do nothing without two movies.
+  void showScanning(const WindowState& state);
   /// The keys that move a movie: part of the window's table.
   void addMovieKeys(KeyTable& keys) const;
 

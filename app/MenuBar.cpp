@@ -58,6 +58,7 @@ void addEditMenu(MenuBar& bar, QMainWindow& window) {
 void addMoviesMenu(MenuBar& bar, QMainWindow& window) {
   QMenu& movies = addMenu(window, "moviesMenu", MenuBar::tr("&Movies"));
   bar.check = add(movies, "check", MenuBar::tr("&Check"), QKeySequence(Qt::CTRL | Qt::Key_Return));
+  bar.scan = add(movies, "scan", MenuBar::tr("Sc&an"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Return));
   bar.sync = add(movies, "sync", MenuBar::tr("Sync &Metadata"), QKeySequence(Qt::CTRL | Qt::Key_M));
   movies.addSeparator();
   bar.swap = add(movies, "swap", MenuBar::tr("&Swap Movies"), QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_X));

@@ -20,7 +20,7 @@ struct MenuBar {
   QAction *endOfPairs = nullptr, *forgetPairs = nullptr;
   QAction *openSource = nullptr, *openDest = nullptr, *save = nullptr, *saveAs = nullptr, *quit = nullptr;
   QAction* preferences = nullptr;
-  QAction *swap = nullptr, *link = nullptr, *check = nullptr, *sync = nullptr;
+  QAction *swap = nullptr, *link = nullptr, *check = nullptr, *scan = nullptr, *sync = nullptr;
   QAction* fullScreen = nullptr;
   QAction *userManual = nullptr, *keys = nullptr, *vextrelHome = nullptr, *quorvaneHome = nullptr, *support = nullptr,
           *reportBug = nullptr, *suggestFeature = nullptr;

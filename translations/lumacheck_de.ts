@@ -283,6 +283,34 @@ Auf der gepunkteten Linie sind beide gleich.</translation>
         <translation>Diese Zahl ist üblich, wo Gamma %1 und Gamma %2 verwechselt werden: Suchen Sie nach dieser Einstellung.</translation>
     </message>
     <message>
+        <source>Such a number is usual where HLG&apos;s system gamma of 1.2 was applied or left out: look for that setting.</source>
+        <translation>Diese Zahl ist üblich, wo HLGs Systemgamma von 1,2 angewandt oder ausgelassen wurde: Suchen Sie nach dieser Einstellung.</translation>
+    </message>
+    <message>
+        <source>Such a number is usual where a picture is rendered for dim surroundings, by 1.25: look for that setting.</source>
+        <translation>Diese Zahl ist üblich, wo ein Bild mit 1,25 für gedämpftes Umgebungslicht aufbereitet wird: Suchen Sie nach dieser Einstellung.</translation>
+    </message>
+    <message>
+        <source>Such numbers are usual where NTSC&apos;s set-up of 7.5 % was added or taken away: look for that setting.</source>
+        <translation>Diese Zahlen sind üblich, wo NTSCs Schwarzabhebung von 7,5 % hinzugefügt oder entfernt wurde: Suchen Sie nach dieser Einstellung.</translation>
+    </message>
+    <message>
+        <source>Such a number is usual where black at 16 and black at 0 are mixed up: look for that setting.</source>
+        <translation>Diese Zahl ist üblich, wo Schwarz bei 16 und Schwarz bei 0 verwechselt werden: Suchen Sie nach dieser Einstellung.</translation>
+    </message>
+    <message>
+        <source>Such levels are usual where full range was written as video: look for a setting of data levels.</source>
+        <translation>Solche Pegel sind üblich, wo voller Bereich als Videobereich geschrieben wurde: Suchen Sie nach einer Einstellung der Datenpegel.</translation>
+    </message>
+    <message>
+        <source>Such levels are usual where video range was taken for full: look for a setting of data levels.</source>
+        <translation>Solche Pegel sind üblich, wo Videobereich für vollen Bereich gehalten wurde: Suchen Sie nach einer Einstellung der Datenpegel.</translation>
+    </message>
+    <message>
+        <source>Such a number is usual where gammas of %1 and %2, or of %3 and %4, are mixed up: look for these settings.</source>
+        <translation>Diese Zahl ist üblich, wo Gamma %1 und Gamma %2 oder Gamma %3 und Gamma %4 verwechselt werden: Suchen Sie nach diesen Einstellungen.</translation>
+    </message>
+    <message>
         <source>Export again, without a gamma conversion.</source>
         <translation>Exportieren Sie noch einmal, ohne Gammaumrechnung.</translation>
     </message>
@@ -401,6 +429,42 @@ Auf der gepunkteten Linie sind beide gleich.</translation>
     <message>
         <source>Compare movies that begin with the same picture and have the same cuts.</source>
         <translation>Vergleichen Sie Filme, die mit demselben Bild beginnen und dieselben Schnitte haben.</translation>
+    </message>
+    <message>
+        <source>No verdict: the movies do not show the same pictures.</source>
+        <translation>Kein Urteil: Die Filme zeigen nicht dieselben Bilder.</translation>
+    </message>
+    <message>
+        <source>No verdict: the pictures are black, or of one color.</source>
+        <translation>Kein Urteil: Die Bilder sind schwarz oder einfarbig.</translation>
+    </message>
+    <message>
+        <source>No verdict: there is too little in the pictures to tell from.</source>
+        <translation>Kein Urteil: In den Bildern ist zu wenig, um etwas zu sagen.</translation>
+    </message>
+    <message>
+        <source>Nothing of the destination was found in the source.</source>
+        <translation>Nichts vom Ziel wurde in der Quelle gefunden.</translation>
+    </message>
+    <message>
+        <source>One of them is not measured: it is black, or of one color.</source>
+        <translation>Eines davon wird nicht gemessen: Es ist schwarz oder einfarbig.</translation>
+    </message>
+    <message>
+        <source>%1 of them are not measured: they are black, or of one color.</source>
+        <translation>%1 davon werden nicht gemessen: Sie sind schwarz oder einfarbig.</translation>
+    </message>
+    <message>
+        <source>Compare a movie with the one that it was made from.</source>
+        <translation>Vergleichen Sie einen Film mit dem, aus dem er gemacht wurde.</translation>
+    </message>
+    <message>
+        <source>Look at both movies, and check single frames.</source>
+        <translation>Sehen Sie sich beide Filme an, und prüfen Sie einzelne Bilder.</translation>
+    </message>
+    <message>
+        <source>Compare movies with more in them.</source>
+        <translation>Vergleichen Sie Filme, in denen mehr zu sehen ist.</translation>
     </message>
 </context>
 <context>
@@ -630,6 +694,26 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
         <source>Compares the two frames shown</source>
         <translation>Vergleicht die beiden gezeigten Bilder</translation>
     </message>
+    <message>
+        <source>Cancel Scan</source>
+        <translation>Scan abbrechen</translation>
+    </message>
+    <message>
+        <source>Both movies move to the same pictures, as the scan has found them</source>
+        <translation>Beide Filme gehen zu denselben Bildern, wie der Scan sie gefunden hat</translation>
+    </message>
+    <message>
+        <source>Ends the scan; what was found until then stays</source>
+        <translation>Beendet den Scan; was bis dahin gefunden wurde, bleibt</translation>
+    </message>
+    <message>
+        <source>Compares all frames of both movies, wherever they lie</source>
+        <translation>Vergleicht alle Bilder beider Filme, wo immer sie liegen</translation>
+    </message>
+    <message>
+        <source>Scan</source>
+        <translation>Scannen</translation>
+    </message>
 </context>
 <context>
     <name>MenuBar</name>
@@ -752,6 +836,14 @@ Nichts aus Ihren Filmen, auch nicht deren Namen.</translation>
     <message>
         <source>&amp;Forget These Pairs</source>
         <translation>Diese Paare &amp;vergessen</translation>
+    </message>
+    <message>
+        <source>C&amp;ancel Scan</source>
+        <translation>Scan &amp;abbrechen</translation>
+    </message>
+    <message>
+        <source>Sc&amp;an</source>
+        <translation>Sc&amp;annen</translation>
     </message>
 </context>
 <context>
@@ -1673,6 +1765,207 @@ Matrix: %3</translation>
     </message>
 </context>
 <context>
+    <name>ScanMessages</name>
+    <message>
+        <source>Nothing was scanned. %1</source>
+        <extracomment>%1: why, a sentence</extracomment>
+        <translation>Es wurde nichts gescannt. %1</translation>
+    </message>
+    <message>
+        <source>Nothing was scanned: %1.</source>
+        <extracomment>%1: what the system says</extracomment>
+        <translation>Es wurde nichts gescannt: %1.</translation>
+    </message>
+    <message>
+        <source>Scanned &quot;%1&quot; and &quot;%2&quot; in %3.</source>
+        <extracomment>%1 and %2: files. %3: a span of time</extracomment>
+        <translation>„%1“ und „%2“ wurden in %3 gescannt.</translation>
+    </message>
+    <message>
+        <source>The scan was cancelled. The timeline shows what was found until then.</source>
+        <translation>Der Scan wurde abgebrochen. Die Zeitleiste zeigt, was bis dahin gefunden wurde.</translation>
+    </message>
+    <message>
+        <source>The scan was cancelled before anything was found.</source>
+        <translation>Der Scan wurde abgebrochen, bevor etwas gefunden war.</translation>
+    </message>
+    <message>
+        <source>The source cannot be read from %1 on. %2</source>
+        <extracomment>%1: a timecode. %2: why, a sentence</extracomment>
+        <translation>Die Quelle lässt sich ab %1 nicht mehr lesen. %2</translation>
+    </message>
+    <message>
+        <source>The destination cannot be read from %1 on. %2</source>
+        <translation>Das Ziel lässt sich ab %1 nicht mehr lesen. %2</translation>
+    </message>
+    <message>
+        <source>The scan was given up.</source>
+        <translation>Der Scan wurde aufgegeben.</translation>
+    </message>
+    <message>
+        <source>The destination&apos;s picture was not found in the source within 10 seconds.</source>
+        <translation>Das Bild des Ziels wurde in der Quelle innerhalb von 10 Sekunden nicht gefunden.</translation>
+    </message>
+    <message>
+        <source>The pictures do not move: where in the source this one is cannot be told.</source>
+        <translation>Die Bilder bewegen sich nicht: Wo in der Quelle dieses ist, lässt sich nicht sagen.</translation>
+    </message>
+    <message>
+        <source>The destination shows nothing of the source at %1. Only the destination went there.</source>
+        <extracomment>%1: a timecode</extracomment>
+        <translation>Das Ziel zeigt bei %1 nichts von der Quelle. Nur das Ziel steht jetzt dort.</translation>
+    </message>
+    <message>
+        <source>The destination does not show what the source shows at %1.</source>
+        <extracomment>%1: a timecode</extracomment>
+        <translation>Was die Quelle bei %1 zeigt, kommt im Ziel nicht vor.</translation>
+    </message>
+    <message>
+        <source>The scan has not been at %1. Only the destination went there.</source>
+        <extracomment>%1: a timecode</extracomment>
+        <translation>Bei %1 war der Scan noch nicht. Nur das Ziel steht jetzt dort.</translation>
+    </message>
+</context>
+<context>
+    <name>ScanWords</name>
+    <message>
+        <source>not measured: black, or of one colour</source>
+        <translation>nicht gemessen: schwarz oder einfarbig</translation>
+    </message>
+    <message>
+        <source>not measured: no calm tones between black and white</source>
+        <translation>nicht gemessen: keine ruhigen Töne zwischen Schwarz und Weiß</translation>
+    </message>
+    <message>
+        <source>%1 left</source>
+        <extracomment>%1: minutes and seconds</extracomment>
+        <translation>noch %1</translation>
+    </message>
+    <message>
+        <source>Cancelling the scan…</source>
+        <translation>Der Scan wird abgebrochen…</translation>
+    </message>
+    <message>
+        <source>Scanning: looking for the place of the one movie in the other…</source>
+        <translation>Scan: Die Stelle des einen Films im anderen wird gesucht…</translation>
+    </message>
+    <message>
+        <source>Scanning: %1 %</source>
+        <extracomment>%1: a percentage</extracomment>
+        <translation>Scan: %1 %</translation>
+    </message>
+    <message>
+        <source>%1 × real time</source>
+        <extracomment>%1: how many times faster than it plays</extracomment>
+        <translation>%1 × Echtzeit</translation>
+    </message>
+    <message>
+        <source>exponent %1</source>
+        <translation>Exponent %1</translation>
+    </message>
+    <message>
+        <source>identical frames: %1</source>
+        <extracomment>%1: a number of frames</extracomment>
+        <translation>identische Bilder: %1</translation>
+    </message>
+    <message>
+        <source>frames without a counterpart: %1</source>
+        <extracomment>%1: a number of frames</extracomment>
+        <translation>Bilder ohne Gegenstück: %1</translation>
+    </message>
+    <message>
+        <source>The scan was cancelled before it was found how the one movie lies upon the other.</source>
+        <translation>Der Scan wurde abgebrochen, bevor gefunden war, wie der eine Film auf dem anderen liegt.</translation>
+    </message>
+    <message>
+        <source>The pictures do not move: the offset in time cannot be told; the shift can.</source>
+        <translation>Die Bilder bewegen sich nicht: Der Versatz in der Zeit lässt sich nicht sagen, die Abweichung schon.</translation>
+    </message>
+    <message>
+        <source>Scan, as far as it came: %1</source>
+        <extracomment>%1: what was found, a sentence</extracomment>
+        <translation>Scan, soweit er kam: %1</translation>
+    </message>
+    <message>
+        <source>Scan: %1</source>
+        <translation>Scan: %1</translation>
+    </message>
+    <message>
+        <source>identical</source>
+        <translation>identisch</translation>
+    </message>
+    <message>
+        <source>the same</source>
+        <translation>gleich</translation>
+    </message>
+    <message>
+        <source>gamma shift, exponent %1</source>
+        <translation>Gammaverschiebung, Exponent %1</translation>
+    </message>
+    <message>
+        <source>range compressed</source>
+        <translation>Wertebereich gestaucht</translation>
+    </message>
+    <message>
+        <source>range expanded</source>
+        <translation>Wertebereich gespreizt</translation>
+    </message>
+    <message>
+        <source>brightness or contrast, darker</source>
+        <translation>Helligkeit oder Kontrast, dunkler</translation>
+    </message>
+    <message>
+        <source>brightness or contrast, lighter</source>
+        <translation>Helligkeit oder Kontrast, heller</translation>
+    </message>
+    <message>
+        <source>another tone</source>
+        <translation>anderer Ton</translation>
+    </message>
+    <message>
+        <source>wrong matrix</source>
+        <translation>falsche Matrix</translation>
+    </message>
+    <message>
+        <source>another picture</source>
+        <translation>anderes Bild</translation>
+    </message>
+    <message>
+        <source>too dark to tell</source>
+        <translation>zu dunkel für ein Urteil</translation>
+    </message>
+    <message>
+        <source>too little to tell from</source>
+        <translation>zu wenig für ein Urteil</translation>
+    </message>
+    <message>
+        <source>%1 (sure by %2 %)</source>
+        <extracomment>%1: what was done to it. %2: a percentage</extracomment>
+        <translation>%1 (zu %2 % sicher)</translation>
+    </message>
+    <message>
+        <source>%1 – %2: %3</source>
+        <extracomment>%1 and %2: timecodes. %3: what is there</extracomment>
+        <translation>%1 – %2: %3</translation>
+    </message>
+    <message>
+        <source>no counterpart in the source</source>
+        <translation>kein Gegenstück in der Quelle</translation>
+    </message>
+    <message>
+        <source>%1: not scanned</source>
+        <translation>%1: nicht gescannt</translation>
+    </message>
+    <message>
+        <source>%1: exponent %2</source>
+        <translation>%1: Exponent %2</translation>
+    </message>
+    <message>
+        <source>Worst frame: %1, exponent %2</source>
+        <translation>Schlimmstes Bild: %1, Exponent %2</translation>
+    </message>
+</context>
+<context>
     <name>SyncMessages</name>
     <message>
         <source>none</source>
@@ -1738,6 +2031,28 @@ Matrix: %3</translation>
     </message>
 </context>
 <context>
+    <name>TimelinePainting</name>
+    <message>
+        <source>no counterpart</source>
+        <translation>kein Gegenstück</translation>
+    </message>
+    <message>
+        <source>not measured</source>
+        <translation>nicht gemessen</translation>
+    </message>
+</context>
+<context>
+    <name>TimelineView</name>
+    <message>
+        <source>Timeline of the scan</source>
+        <translation>Zeitleiste des Scans</translation>
+    </message>
+    <message>
+        <source>Above the line the destination is darker, below it lighter.</source>
+        <translation>Über der Linie ist das Ziel dunkler, darunter heller.</translation>
+    </message>
+</context>
+<context>
     <name>TransportBar</name>
     <message>
         <source>%1: one frame back</source>
@@ -1792,6 +2107,10 @@ Matrix: %3</translation>
         <translation>Noch kein Urteil. %1</translation>
     </message>
     <message>
+        <source>Looking for the destination&apos;s picture in the source…</source>
+        <translation>Das Bild des Ziels wird in der Quelle gesucht…</translation>
+    </message>
+    <message>
         <source>Out of date: the source is another movie.</source>
         <translation>Überholt: Die Quelle ist ein anderer Film.</translation>
     </message>
@@ -1836,6 +2155,10 @@ Matrix: %3</translation>
         <translation>Speichern</translation>
     </message>
     <message>
+        <source>Find the Place</source>
+        <translation>Stelle suchen</translation>
+    </message>
+    <message>
         <source>Same Time</source>
         <translation>Gleiche Zeit</translation>
     </message>
@@ -1858,6 +2181,10 @@ Matrix: %3</translation>
     <message>
         <source>Saves the destination&apos;s metadata in place</source>
         <translation>Speichert die Metadaten des Ziels in dessen Datei</translation>
+    </message>
+    <message>
+        <source>Looks for the destination&apos;s picture in the source, up to 10 seconds away, and compares there</source>
+        <translation>Sucht das Bild des Ziels in der Quelle, bis zu 10 Sekunden davor und danach, und vergleicht dort</translation>
     </message>
     <message>
         <source>Takes the destination&apos;s playhead to the source&apos;s time</source>

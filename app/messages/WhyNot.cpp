@@ -29,7 +29,7 @@ QString WhyNot::swap(const WindowState& state) {
 }
 
 QString WhyNot::link(const WindowState& state) {
-  return state.lastEquallyLong ? QString() : tr("The movies do not last equally long.");
+  return state.lastEquallyLong || state.isMapped ? QString() : tr("The movies do not last equally long.");
 }
 
 QString WhyNot::play(bool isPlayable) {

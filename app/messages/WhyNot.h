@@ -10,6 +10,8 @@ struct WindowState {
   SideContent source = SideContent::Nothing, dest = SideContent::Nothing;
   bool hasUnsavedChanges = false;  ///< of the destination's metadata
   bool lastEquallyLong = false;
+  bool isScanning = false;
+  bool isMapped = false;  ///< a scan has found which frames show the same
 };
 
 /// Why an action can do nothing now, in a sentence; empty where it can do something.
@@ -22,6 +24,7 @@ class WhyNot final {
   static QString inToolTip(const QString& does, const QString& whyNot);
 
   static QString check(const WindowState& state);
+  static QString scan(const WindowState& state) { return check(state); }
   static QString sync(const WindowState& state) { return check(state); }
   static QString save(const WindowState& state);
   static QString saveAs(const WindowState& state);

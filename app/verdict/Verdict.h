@@ -26,15 +26,16 @@ struct Verdict {
   QList<Fact> facts;
   std::vector<diagnosis::CurvePoint> curve;
   diagnosis::Action action = diagnosis::Action::CannotTell;
+  bool mayBeElsewhere = false;  ///< the two frames do not show the same: another one may
 };
 
 /// What can be done about it by a button.
-enum class VerdictAction { Check, Sync, SameMoment, AnotherFrame, Manual, Save };
+enum class VerdictAction { Check, Sync, FindPlace, SameMoment, AnotherFrame, Manual, Save };
 
 /// In the order of their buttons.
-inline constexpr std::array verdictActions{VerdictAction::Check,      VerdictAction::Sync,
-                                           VerdictAction::SameMoment, VerdictAction::AnotherFrame,
-                                           VerdictAction::Manual,     VerdictAction::Save};
+inline constexpr std::array verdictActions{
+    VerdictAction::Check,        VerdictAction::Sync,   VerdictAction::FindPlace, VerdictAction::SameMoment,
+    VerdictAction::AnotherFrame, VerdictAction::Manual, VerdictAction::Save};
 
 /// What the strip shows.
 struct VerdictView {

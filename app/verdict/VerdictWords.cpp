@@ -24,8 +24,8 @@ diagnosis::Language usersLanguage() {
   return {sentence, number};
 }
 
-QList<VerdictAction> advised(diagnosis::Action action, bool isSameMoment) {
-  switch (action) {
+QList<VerdictAction> advised(const Verdict& verdict, bool isSameMoment) {
+  switch (verdict.action) {
     case diagnosis::Action::Nothing:
       return {};
     case diagnosis::Action::Sync:
@@ -37,8 +37,11 @@ QList<VerdictAction> advised(diagnosis::Action action, bool isSameMoment) {
     case diagnosis::Action::CannotTell:
       break;
   }
+  QList<VerdictAction> actions;
+  if (verdict.mayBeElsewhere) actions << VerdictAction::FindPlace;
   // Frames of two moments are best made those of one.
-  return isSameMoment ? QList{VerdictAction::AnotherFrame} : QList<VerdictAction>();
+  if (isSameMoment) actions << VerdictAction::AnotherFrame;
+  return actions;
 }
 
 }  // namespace
@@ -51,23 +54,25 @@ Verdict VerdictWords::verdictOf(const diagnosis::Finding& finding, QList<Fact> f
           .why = QString::fromStdString(text.why),
           .facts = std::move(facts),
           .curve = finding.curve,
-          .action = finding.action};
+          .action = finding.action,
+          .mayBeElsewhere = finding.main().kind == diagnosis::CauseKind::Different};
 }
 
 VerdictView VerdictWords::viewOf(const std::optional<Verdict>& verdict, const VerdictSituation& situation) {
   if (!verdict) return withoutVerdict(situation);
-  const bool holds = situation.source == Change::None && situation.dest == Change::None && !situation.isChecking;
+  const bool isBusy = situation.isChecking || situation.isLookingForPlace;
+  const bool holds = situation.source == Change::None && situation.dest == Change::None && !isBusy;
   VerdictView view{.kind = holds ? std::optional(verdict->kind) : std::nullopt,
-                   .headline = situation.isChecking ? tr("Comparing the two frames…") : verdict->headline,
+                   .headline = isBusy ? busyText(situation) : verdict->headline,
                    .advice = verdict->advice,
                    .why = verdict->why,
                    .holds = holds,
                    .facts = verdict->facts,
                    .curve = verdict->curve};
-  if (situation.isChecking) return view;
+  if (isBusy) return view;
   const bool canCheck = WhyNot::check(situation.window).isEmpty();
   if (holds) {
-    view.actions = advised(verdict->action, situation.isSameMoment);
+    view.actions = advised(*verdict, situation.isSameMoment);
   } else {
     view.notes << changeNote(situation);
     if (canCheck) view.actions << VerdictAction::Check;
@@ -79,7 +84,7 @@ VerdictView VerdictWords::viewOf(const std::optional<Verdict>& verdict, const Ve
 }
 
 VerdictView VerdictWords::withoutVerdict(const VerdictSituation& situation) {
-  if (situation.isChecking) return {.headline = tr("Comparing the two frames…")};
+  if (situation.isChecking || situation.isLookingForPlace) return {.headline = busyText(situation)};
   const QString whyNot = WhyNot::check(situation.window);
   VerdictView view;
   //: %1: why, a sentence
@@ -89,6 +94,11 @@ VerdictView VerdictWords::withoutVerdict(const VerdictSituation& situation) {
   if (whyNot.isEmpty() && !situation.isSameMoment) view.actions << VerdictAction::SameMoment;
   if (situation.window.hasUnsavedChanges) view.actions << VerdictAction::Save;
   return view;
+}
+
+QString VerdictWords::busyText(const VerdictSituation& situation) {
+  return situation.isChecking ? tr("Comparing the two frames…")
+                              : tr("Looking for the destination's picture in the source…");
 }
 
 QString VerdictWords::changeNote(const VerdictSituation& situation) {
@@ -126,6 +136,8 @@ QString VerdictWords::buttonText(VerdictAction action) {
       return tr("Sync Metadata");
     case VerdictAction::Save:
       return tr("Save");
+    case VerdictAction::FindPlace:
+      return tr("Find the Place");
     case VerdictAction::SameMoment:
       return tr("Same Time");
     case VerdictAction::AnotherFrame:
@@ -144,6 +156,8 @@ QString VerdictWords::buttonTip(VerdictAction action) {
       return tr("Copies the source's colour metadata onto the destination");
     case VerdictAction::Save:
       return tr("Saves the destination's metadata in place");
+    case VerdictAction::FindPlace:
+      return tr("Looks for the destination's picture in the source, up to 10 seconds away, and compares there");
     case VerdictAction::SameMoment:
       return tr("Takes the destination's playhead to the source's time");
     case VerdictAction::AnotherFrame:

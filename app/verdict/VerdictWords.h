@@ -11,6 +11,7 @@
 struct VerdictSituation {
   WindowState window;
   bool isChecking = false;
+  bool isLookingForPlace = false;                     ///< of the destination's picture in the source
   bool isSameMoment = true;                           ///< of both playheads
   Change source = Change::None, dest = Change::None;  ///< since the check
 };
@@ -25,11 +26,14 @@ class VerdictWords final {
   /// Without a verdict, what to do for one.
   static VerdictView viewOf(const std::optional<Verdict>& verdict, const VerdictSituation& situation);
 
+  /// Why it holds no longer.
+  static QString changeNote(const VerdictSituation& situation);
+
   static QString buttonText(VerdictAction action);
   static QString buttonTip(VerdictAction action);
 
  private:
+  static QString busyText(const VerdictSituation& situation);
   static VerdictView withoutVerdict(const VerdictSituation& situation);
-  static QString changeNote(const VerdictSituation& situation);
   static QStringList notesOn(const VerdictSituation& situation);
 };

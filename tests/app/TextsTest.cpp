@@ -19,6 +19,7 @@
 #include "app/dialogs/BusySheet.h"
 #include "app/dialogs/FlattenedSave.h"
 #include "app/messages/MovieReasons.h"
+#include "app/scan/ScanStrip.h"
 #include "app/widgets/MessageLine.h"
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
@@ -166,6 +167,15 @@ TEST_F(Texts, OfTheMessageLineCanBeTranslated) {
   EXPECT_TRUE(said().text.startsWith(opening));
   EXPECT_EQ(interface().messageLine->accessibleName(), "⟦Information⟧: " + interface().messageLine->message().text);
   EXPECT_TRUE(interface().window().windowTitle().startsWith(opening));
+  expectAllTranslatable();
+}
+
+TEST_F(Texts, OfAScanCanBeTranslated) {
+  load(plainMovie(), darkerMovie());
+  choose("scan");
+  expectAllTranslatable();
+  ASSERT_TRUE(waitUntil([this] { return !controller().scanRun()->isRunning(); }));
+  EXPECT_TRUE(interface().scanStrip->view().headline.startsWith(opening));
   expectAllTranslatable();
 }
 

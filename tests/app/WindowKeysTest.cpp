@@ -262,6 +262,7 @@ TEST_F(WindowKeys, ReachEveryControlByTab) {
                                      interface().linkBtn,
                                      interface().swapBtn,
                                      interface().checkBtn,
+                                     interface().scanBtn,
                                      interface().resultsView,
                                      interface().source.timecodeText,
                                      bar.playButton,

@@ -32,9 +32,9 @@ class WindowLayout : public WindowFixture {
 };
 
 TEST_F(WindowLayout, KeepsOneSpaceBetweenNeighbours) {
-  std::set<int> spaces{across(interface().checkBtn, interface().syncBtn),
-                       across(interface().saveBtn, interface().saveAsBtn),
-                       down(interface().linkLabel, interface().linkBtn)};
+  std::set<int> spaces{
+      across(interface().checkBtn, interface().scanBtn), across(interface().scanBtn, interface().syncBtn),
+      across(interface().saveBtn, interface().saveAsBtn), down(interface().linkLabel, interface().linkBtn)};
   for (const SideInterface* side : {&interface().source, &interface().dest}) {
     ASSERT_NE(nameOf(*side), nullptr);
     spaces.insert({across(nameOf(*side), side->filenameText), across(side->filenameText, side->browseBtn),

@@ -9,6 +9,7 @@
 #include "app/messages/CheckMessages.h"
 #include "app/messages/OpeningMessages.h"
 #include "app/messages/SaveMessages.h"
+#include "app/messages/ScanMessages.h"
 #include "app/messages/SyncMessages.h"
 #include "app/messages/WhyNot.h"
 #include "app/messages/WindowMessages.h"
@@ -121,6 +122,32 @@ TEST(Messages, TellWhichFramesWereComparedOrWhyNone) {
        "No frames were compared. \"b.mov\" gives no picture at 00:00:02;00: the samples are encrypted."},
       {CheckMessages::checked({.source = SideContent::Pictures}, a, {}, dark), Failure,
        "No frames were compared. There is no destination."},
+  });
+}
+
+TEST(Messages, TellWhatCameOfAScan) {
+  expectSaid({
+      {ScanMessages::impossible({.source = SideContent::Pictures}), Failure,
+       "Nothing was scanned. There is no destination."},
+      {ScanMessages::unreadable(problem(Reason::Encrypted)), Failure,
+       "Nothing was scanned. " + problem(Reason::Encrypted).message()},
+      {ScanMessages::failed("no threads"), Failure, "Nothing was scanned: no threads."},
+      {ScanMessages::scanned("/reels/a.mov", "/reels/b.mov", milliseconds(12000)), Information,
+       "Scanned \"a.mov\" and \"b.mov\" in 12 s."},
+      {ScanMessages::cancelled(true), Information,
+       "The scan was cancelled. The timeline shows what was found until then."},
+      {ScanMessages::cancelled(false), Information, "The scan was cancelled before anything was found."},
+      {ScanMessages::brokeOff(onSource, "00:00:10:00", problem(Reason::SamplePastEnd)), Warning,
+       "The source cannot be read from 00:00:10:00 on. " + problem(Reason::SamplePastEnd).message()},
+      {ScanMessages::brokeOff(onDest, "00:00:10:00", problem(Reason::SamplePastEnd)), Warning,
+       "The destination cannot be read from 00:00:10:00 on. " + problem(Reason::SamplePastEnd).message()},
+      {ScanMessages::givenUp(), Information, "The scan was given up."},
+      {ScanMessages::noCounterpart("00:00:01:00"), Warning,
+       "The destination shows nothing of the source at 00:00:01:00. Only the destination went there."},
+      {ScanMessages::notInDest("00:00:01:00"), Warning,
+       "The destination does not show what the source shows at 00:00:01:00."},
+      {ScanMessages::notReached("00:00:01:00"), Information,
+       "The scan has not been at 00:00:01:00. Only the destination went there."},
   });
 }
 
@@ -379,12 +406,14 @@ TEST(WhyNot, SaysWhatAnActionLacks) {
   };
   for (const Row& row : rows) {
     EXPECT_EQ(WhyNot::check(row.state), row.check);
+    EXPECT_EQ(WhyNot::scan(row.state), row.check);
     EXPECT_EQ(WhyNot::sync(row.state), row.check);
     EXPECT_EQ(WhyNot::save(row.state), row.save);
     EXPECT_EQ(WhyNot::saveAs(row.state), row.saveAs);
     EXPECT_EQ(WhyNot::swap(row.state), row.swap);
     EXPECT_EQ(WhyNot::link(row.state), row.link);
   }
+  EXPECT_EQ(WhyNot::link({.isMapped = true}), "") << "whatever their lengths";
   EXPECT_EQ(WhyNot::play(true), "");
   EXPECT_EQ(WhyNot::play(false), "There is no movie.");
 }

@@ -386,24 +386,61 @@ TEST(MoviePlayer, PlaysAMovieWithoutPicturesInTheDark) {
   EXPECT_EQ(played.player.time(), movie->duration());
 }
 
+/// A player whose pictures take long by a clock of its own: that goes on whenever the player's thread looks at it, and
+/// its two threads take turns, so that what is shown does not depend on the machine.
+class Belated {
+ public:
+  Belated() : player({.now = [this] { return now(); }, .workTime = [this] { return turn(); }}) {}
+  ~Belated() { over_ = true; }
+
+  /// Looks at the screen, and waits until the player's thread has done something. Where that has nothing to do, the
+  /// time of a frame passes.
+  std::shared_ptr<const ShownFrame> look() {
+    const int before = turns_;
+    auto frame = player.frame();
+    ++looks_;
+    for (int i = 0; i < 2000 && turns_ == before; ++i) std::this_thread::sleep_for(std::chrono::microseconds(100));
+    if (turns_ == before) pass(milliseconds(20));
+    return frame;
+  }
+
+ private:
+  using Clock = MoviePlayer::Clock;
+  void pass(Clock::duration time) { ticks_ += time.count(); }
+  Clock::time_point time() const { return Clock::time_point(Clock::duration(ticks_)); }
+  Clock::time_point now() {
+    if (std::this_thread::get_id() != owner_) pass(milliseconds(15));
+    return time();
+  }
+  Clock::time_point turn() {
+    const int before = looks_;
+    ++turns_;
+    while (looks_ == before && !over_) std::this_thread::sleep_for(std::chrono::microseconds(100));
+    return time();
+  }
+
+  const std::thread::id owner_ = std::this_thread::get_id();
+  std::atomic<Clock::rep> ticks_ = 1'000'000'000'000;
+  std::atomic<int> turns_ = 0, looks_ = 0;
+  std::atomic<bool> over_ = false;
+
+ public:
+  MoviePlayer player;
+};
+
 TEST(MoviePlayer, DropsFramesEvenlyWhenTheyComeLate) {
   const auto movie = openedMovie(proRes());
   std::vector<std::int64_t> shown;
-  // A picture takes long: whenever the player's thread looks at the clock, some time passes.
-  const auto owner = std::this_thread::get_id();
-  MoviePlayer player({.now = [owner] {
-    if (std::this_thread::get_id() != owner) std::this_thread::sleep_for(milliseconds(10));
-    return MoviePlayer::Clock::now();
-  }});
-  player.setMovie(movie->copy());
-  while (!player.frame()) std::this_thread::sleep_for(milliseconds(1));
-  player.setRate(2);
-  while (player.rate() != 0) {
-    const auto start = movie->frameSpanAt(player.frame()->time)->startMicros;
-    if (shown.empty() || shown.back() != start) shown.push_back(start);
-    std::this_thread::sleep_for(milliseconds(1));
+  Belated belated;
+  belated.player.setMovie(movie->copy());
+  while (!belated.look()) {
   }
-  const auto statistics = player.statistics();
+  belated.player.setRate(2);
+  while (belated.player.rate() != 0) {
+    const auto start = movie->frameSpanAt(belated.look()->time)->startMicros;
+    if (shown.empty() || shown.back() != start) shown.push_back(start);
+  }
+  const auto statistics = belated.player.statistics();
   EXPECT_LT(statistics.shown, statistics.due);
   EXPECT_GE(2 * statistics.inTime, statistics.shown) << "what is shown is not stale";
   ASSERT_GT(shown.size(), 10U);

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QTest>
 #include <csignal>
 #include <functional>
 
@@ -20,11 +21,11 @@ using testing::IsEmpty;
 class Quitting : public ProgramFixture {
  protected:
   /// Once by a signal, once by closing the window.
-  void endsWhile(const std::function<void()>& begin) {
+  void endsWhile(const std::function<void()>& begin, const QStringList& pair = {plainMovie(), darkerMovie()}) {
     for (const bool signalled : {true, false}) {
       SCOPED_TRACE(signalled);
-      start({plainMovie(), darkerMovie()});
-      ASSERT_TRUE(waitUntil([this] { return lastFile("lastDestFile") == darkerMovie(); }));
+      start(pair);
+      ASSERT_TRUE(waitUntil([&] { return lastFile("lastDestFile") == pair[1]; }));
       begin();
       QElapsedTimer since;
       since.start();
@@ -50,6 +51,15 @@ TEST_F(Quitting, EndsAPlayback) {
 
 TEST_F(Quitting, EndsAfterACheck) {
   endsWhile([this] { EXPECT_TRUE(choose("check")); });
+}
+
+TEST_F(Quitting, EndsAScan) {
+  endsWhile(
+      [this] {
+        EXPECT_TRUE(choose("scan"));
+        QTest::qWait(400);  // it has begun, and takes longer
+      },
+      {longMovie(), longMovie()});
 }
 
 TEST_F(Quitting, EndsWithThePreferencesAndTheAboutDialogOpen) {

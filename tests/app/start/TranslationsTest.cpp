@@ -29,6 +29,7 @@
 #include "app/dialogs/BusySheet.h"
 #include "app/dialogs/FlattenedSave.h"
 #include "app/messages/MovieReasons.h"
+#include "app/scan/ScanStrip.h"
 #include "app/start/Translations.h"
 #include "app/verdict/VerdictStrip.h"
 #include "app/widgets/ResultsView.h"
@@ -225,6 +226,25 @@ TEST_F(German, HasRoomForAVerdict) {
   runFor(20);
   EXPECT_EQ(interface().verdictStrip->view().actions.size(), 3);
   expectRoom(window);
+}
+
+TEST_F(German, IsSpokenByAScanAndHasRoomForIt) {
+  QWidget& window = interface().window();
+  window.resize(960, 640);
+  load(plainMovie(), darkerMovie());
+  EXPECT_EQ(interface().scanBtn->text(), "Scannen");
+  interface().scanBtn->click();
+  EXPECT_EQ(interface().scanBtn->text(), "Scan abbrechen");
+  runFor(20);
+  expectRoom(window);
+  ASSERT_TRUE(waitUntil([this] { return !controller().scanRun()->isRunning(); }));
+  runFor(20);
+  expectRoom(window);
+  EXPECT_TRUE(interface().scanStrip->view().headline.startsWith("Scan: Gammaverschiebung: Das Ziel ist dunkler"))
+      << interface().scanStrip->view().headline.toStdString();
+  EXPECT_TRUE(said().text.contains("wurden in")) << said().text.toStdString();
+  const QSet<QString> english = englishTexts();
+  for (const auto& [text, where] : shownTexts()) EXPECT_FALSE(english.contains(text)) << where << text.toStdString();
 }
 
 TEST_F(German, HasRoomInTheDialogs) {

@@ -77,9 +77,23 @@ TEST(VerdictWords, OfferWhatIsAdvised) {
 TEST(VerdictWords, OfferTheSameTimeInsteadOfAnotherFrame) {
   const VerdictSituation apart{.window = bothLoaded, .isSameMoment = false};
   const VerdictView view = VerdictWords::viewOf(verdictOf(CauseKind::Different, Action::ChooseAnotherFrame), apart);
-  EXPECT_THAT(view.actions, ElementsAre(VerdictAction::SameMoment));
+  EXPECT_THAT(view.actions, ElementsAre(VerdictAction::FindPlace, VerdictAction::SameMoment));
   EXPECT_THAT(view.notes, ElementsAre("The playheads are not at the same time."));
   EXPECT_TRUE(view.holds) << "it is of these two frames";
+}
+
+TEST(VerdictWords, OfferToFindThePlaceOfAnotherPicture) {
+  const Verdict verdict = VerdictWords::verdictOf(findingOf(CauseKind::Different, Action::ChooseAnotherFrame), {});
+  EXPECT_THAT(VerdictWords::viewOf(verdict, {.window = bothLoaded}).actions,
+              ElementsAre(VerdictAction::FindPlace, VerdictAction::AnotherFrame));
+  EXPECT_THAT(VerdictWords::viewOf(verdict, {.window = bothLoaded, .isSameMoment = false}).actions,
+              ElementsAre(VerdictAction::FindPlace, VerdictAction::SameMoment));
+  const Verdict dark = VerdictWords::verdictOf(findingOf(CauseKind::Dark, Action::ChooseAnotherFrame), {});
+  EXPECT_THAT(VerdictWords::viewOf(dark, {.window = bothLoaded}).actions, ElementsAre(VerdictAction::AnotherFrame));
+  const VerdictView looking = VerdictWords::viewOf(verdict, {.window = bothLoaded, .isLookingForPlace = true});
+  EXPECT_EQ(looking.headline, "Looking for the destination's picture in the source…");
+  EXPECT_THAT(looking.actions, IsEmpty());
+  EXPECT_FALSE(looking.holds);
 }
 
 TEST(VerdictWords, OfferASaveOfWhatIsUnsaved) {
