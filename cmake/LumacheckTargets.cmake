@@ -80,6 +80,19 @@ function(lumacheck_room)
   endif()
 endfunction()
 
+# lumacheck_module(NAME OUTPUT_NAME file FILES... [LIBS libs...]): what a program loads only where it needs it, so that nobody waits
+# for the libraries that it links.
+function(lumacheck_module name)
+  cmake_parse_arguments(ARG "" "OUTPUT_NAME" "FILES;LIBS" ${ARGN})
+  add_library(${name} MODULE ${ARG_FILES})
+  set_target_properties(${name} PROPERTIES
+    PREFIX "" OUTPUT_NAME ${ARG_OUTPUT_NAME} LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${LUMACHECK_MODULE_DIR})
+  target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS})
+  precompiled_headers_for(${name} library ${ARG_LIBS})
+  install(TARGETS ${name} LIBRARY DESTINATION ${LUMACHECK_MODULE_DIR})
+endfunction()
+
 # lumacheck_test_library(NAME FILES... [LIBS libs...]): what several test programs share, optimised as the product is.
 function(lumacheck_test_library name)
   cmake_parse_arguments(ARG "" "" "FILES;LIBS" ${ARGN})

@@ -3,7 +3,7 @@
 
 usage: check_layers.py [ROOT] [--graph]
 
-A room is a folder with a `lumacheck_room(...)` or `libav_module(...)` of its own. Its headers may include the rooms and
+A room is a folder with a `lumacheck_room(...)` or `lumacheck_module(...)` of its own. Its headers may include the rooms and
 libraries that stand behind PUBLIC or LIBS, and those that come with them; its sources also what stands behind PRIVATE;
 its main.cpp also what the folder's programs link. Prints one line a breach and exits 1 when there is any:
   - an include of a room or of a library that the folder does not link, or of anything outside the rooms (tests, bench)
@@ -22,7 +22,7 @@ import sys
 from collections import defaultdict
 
 # From the ground up: what lies in a folder may link what lies in it and in those before it.
-FLOORS = ["system", "movie", "SharedFiles", "check", "diagnosis", "cli", "app"]
+FLOORS = ["system", "movie", "SharedFiles", "check", "diagnosis", "scan", "cli", "app"]
 BESIDE = {("app", "cli")}  # two faces of one thing: neither knows the other
 MOST_FILES = 40
 
@@ -31,6 +31,7 @@ LIBRARIES = [
     (r"libav(codec|util)/", "PkgConfig::LIBAVCODEC"),
     (r"libavformat/", "PkgConfig::LIBAVFORMAT"),
     (r"lcms2", "PkgConfig::LCMS2"),
+    (r"(librsvg/|cairo)", "PkgConfig::LIBRSVG"),
     (r"plist/", "PkgConfig::LIBPLIST"),
     (r"(elfutils/|dwarf)", "PkgConfig::LIBDW"),
     (r"openssl/", "PkgConfig::LIBCRYPTO"),
@@ -53,6 +54,7 @@ RESERVED = {
     "PkgConfig::LIBAVCODEC": ["movie/decode/ffmpeg"],
     "PkgConfig::LIBAVFORMAT": ["movie/decode/ffmpeg"],
     "PkgConfig::LCMS2": ["movie/render"],
+    "PkgConfig::LIBRSVG": ["cli/picture/rsvg"],
     "Qt6::Core": ["SharedFiles", "check", "cli", "app"],
     "Qt6::Widgets": ["app", "SharedFiles/alerts", "SharedFiles/analytics"],
     "Qt6::Network": ["app", "SharedFiles/analytics"],
@@ -63,7 +65,7 @@ RESERVED = {
 BRINGS = {"Qt6::Widgets": {"Qt6::Core"}, "Qt6::Network": {"Qt6::Core"}, "Qt6::Multimedia": {"Qt6::Core"}}
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
-CALL = re.compile(r"\b(lumacheck_room|libav_module|target_link_libraries)\(([^()]*)\)")
+CALL = re.compile(r"\b(lumacheck_room|lumacheck_module|target_link_libraries)\(([^()]*)\)")
 KEYWORDS = {"PUBLIC", "PRIVATE", "LIBS", "FILES", "OUTPUT_NAME", "INTERFACE"}
 
 
@@ -100,7 +102,7 @@ class Room:
 def rooms_of(root):
     lists = sorted(file for floor in FLOORS for file in (root / floor).rglob("CMakeLists.txt"))
     made = [Room(root, file.parent.relative_to(root).as_posix()) for file in lists
-            if re.search(r"\b(lumacheck_room|libav_module)\(", file.read_text())]
+            if re.search(r"\b(lumacheck_room|lumacheck_module)\(", file.read_text())]
     return {room.target: room for room in made}
 
 

@@ -19,8 +19,9 @@ PATIENCE = 60  # seconds that a shell may take to start or to answer
 FOLDERS = {"takes"}
 MOVIES = {"a.mov", "b.MP4", "my movie.m4v"} | FOLDERS
 FILES = MOVIES | {"notes.txt"}
-SUBCOMMANDS = {"check", "info", "sync"}
-CHECK = {"--help", "--at", "--source-at", "--dest-at", "--frames", "--tolerance", "--exit-zero", "--json", "--log"}
+SUBCOMMANDS = {"check", "scan", "info", "sync"}
+CHECK = {"--help", "--at", "--source-at", "--dest-at", "--align", "--frames", "--tolerance", "--exit-zero", "--json", "--log"}
+SCAN = {"--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot", "--exit-zero", "--json", "--log"}
 
 # A line up to the cursor, and all that is offered there.
 OFFERS = [
@@ -37,7 +38,8 @@ OFFERS = [
     ("lumacheck check --json --j", set()),
     ("lumacheck check --at 1 --", CHECK - {"--at", "--source-at", "--dest-at"}),
     ("lumacheck check --at=1 --", CHECK - {"--at", "--source-at", "--dest-at"}),
-    ("lumacheck check --source-at 1 --", CHECK - {"--at", "--source-at"}),
+    ("lumacheck check --source-at 1 --", CHECK - {"--at", "--source-at", "--align"}),
+    ("lumacheck check --align --", CHECK - {"--align", "--frames", "--source-at"}),
     ("lumacheck check --at ", set()),
     ("lumacheck check --at 0", set()),
     ("lumacheck check --dest-at=", set()),
@@ -53,6 +55,10 @@ OFFERS = [
     ("lumacheck check a.mov a.mov --j", {"--json"}),
     ("lumacheck check check ", MOVIES),
     ("lumacheck check -- --", set()),
+    ("lumacheck scan --", SCAN),
+    ("lumacheck scan a.mov --from 1 ", MOVIES),
+    ("lumacheck scan --csv ", FILES),
+    ("lumacheck scan --plot ", FILES),
     ("lumacheck info a.mov a.mov a.mov ", MOVIES),
     ("lumacheck info --", {"--help", "--json", "--log"}),
     ("lumacheck info --at", set()),

@@ -56,7 +56,7 @@ class ManualPages(unittest.TestCase):
         for command in subcommands():
             told = section(page, f"lumacheck {command}")
             text = output(LUMACHECK, command, "--help").split("Exit status:")[0]
-            entries = re.findall(r"^  ((?:-\w,)?--[\w-]+|[A-Z]+)(?: ([A-Z]+))?", text, re.M)
+            entries = re.findall(r"^  ((?:-\w,)?--[\w-]+|[A-Z]+)(?: ([A-Z]+)\b)?", text, re.M)
             self.assertGreaterEqual(len(entries), 4)
             for name, value in entries:
                 entry = ", ".join(name.split(",")) + (f" {value}" if value and value not in ("REQUIRED",) else "")

@@ -17,7 +17,7 @@ PROGRAMS = {
     "usr/bin/lumacheck", "usr/bin/Lumacheck", "usr/lib/lumacheck/lumacheck-crash-report",
     "usr/libexec/lumacheck/lumacheck-privileged",
 }
-MODULES = {"usr/lib/lumacheck/movie-ffmpeg.so", "usr/lib/lumacheck/movie-ffmpeg-demuxer.so"}
+MODULES = {"usr/lib/lumacheck/movie-ffmpeg.so", "usr/lib/lumacheck/movie-ffmpeg-demuxer.so", "usr/lib/lumacheck/picture-rsvg.so"}
 FILES = {
     "usr/share/applications/com.quorvane.Lumacheck.desktop",
     "usr/share/bash-completion/completions/lumacheck",
@@ -105,7 +105,7 @@ def control_problems(package):
     for field in ("Maintainer", "Homepage"):
         if ".example" not in package.field(field):
             yield f"{field}: not under .example"
-    for library in ("libc6", "libqt6widgets6", "libqt6multimedia6", "libavcodec59"):
+    for library in ("libc6", "libqt6widgets6", "libqt6multimedia6", "libavcodec59", "librsvg2-2"):
         if library not in package.field("Depends"):
             yield f"Depends: no {library}"
     for tool in ("pkexec", "libarchive-tools"):

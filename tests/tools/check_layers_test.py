@@ -18,8 +18,8 @@ HOUSE = {
     "movie/save/Save.h": '#include "movie/atoms/AtomReader.h"',
     "movie/render/CMakeLists.txt": "lumacheck_room(PUBLIC movie_atoms PRIVATE PkgConfig::LCMS2)",
     "movie/decode/ffmpeg/CMakeLists.txt":
-        "function(libav_module name)\n  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} PkgConfig::LIBAVCODEC)\n"
-        "endfunction()\nlibav_module(ffmpeg OUTPUT_NAME ffmpeg FILES A.cpp LIBS movie_atoms)",
+        "function(lumacheck_module name)\n  target_link_libraries(${name} PRIVATE lumacheck_options ${ARG_LIBS} PkgConfig::LIBAVCODEC)\n"
+        "endfunction()\nlumacheck_module(ffmpeg OUTPUT_NAME ffmpeg FILES A.cpp LIBS movie_atoms)",
     "movie/CMakeLists.txt": "# The movie.\nlumacheck_room(PUBLIC movie_save)",
     "movie/Movie.h": "",
     "SharedFiles/log/CMakeLists.txt": "lumacheck_room(PUBLIC Qt6::Core)",

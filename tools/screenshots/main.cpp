@@ -4,12 +4,14 @@
 //                                     console.png (the whole report), verdict.png and verdict-stale.png, side.png (the
 //                                     controls of one movie), the sheets too-dark.png, synced.png, saving.png and
 //                                     consent.png, keys.png, preferences.png, about.png, a picture of each menu,
-//                                     messages.png and messages-dark.png (a line of each kind), refused.png,
-//                                     full-screen.png, dark.png, the smallest window in both themes, and icon.png
+//                                     scan-running.png, scan.png, scan-stale.png and more of them (of the movies
+//                                     reel.mov and reel-export.mov beside SOURCE), messages.png and messages-dark.png
+//                                     (a line of each kind), refused.png, full-screen.png, dark.png, the smallest
+//                                     window in both themes, and icon.png
 //
-// The fields show the movies in a folder that says nothing of this machine. window.txt beside the pictures says what
-// the menus and the list of keys hold, a line for each: "menu", its title, the item's text; "keys", the keys, what they
-// do.
+// In the language of LUMACHECK_LANGUAGE, else in English. The fields show the movies in a folder that says nothing of
+// this machine. window.txt beside the pictures says what the menus and the list of keys hold, a line for each: "menu",
+// its title, the item's text; "keys", the keys, what they do.
 
 #include <QAction>
 #include <QApplication>
@@ -25,6 +27,7 @@
 #include <QPalette>
 #include <QPushButton>
 #include <QSlider>
+#include <QSplitter>
 #include <QStyle>
 #include <QTemporaryDir>
 #include <QTextDocument>
@@ -49,6 +52,9 @@
 #include "app/dialogs/FlattenedSave.h"
 #include "app/messages/OpeningMessages.h"
 #include "app/messages/SaveMessages.h"
+#include "app/scan/ScanStrip.h"
+#include "app/scan/TimelineView.h"
+#include "app/start/Translations.h"
 #include "app/verdict/VerdictStrip.h"
 #include "app/widgets/ApplicationIcon.h"
 #include "app/widgets/Glyphs.h"
@@ -124,6 +130,8 @@ class Screenshots {
     takeRefused();
     load();
     takeFullScreen();
+    takeScans();
+    load();
     controller_.checkAction();
     takeThemes();
     constexpr int iconSide = 1024;
@@ -134,9 +142,11 @@ class Screenshots {
  private:
   QVQTWindow& window() { return interface_.window(); }
 
-  void load() {
-    controller_.applicationOpenFiles({source_, dest_});
-    for (const auto& [side, path] : {std::pair(&interface_.source, source_), std::pair(&interface_.dest, dest_)}) {
+  void load() { load(source_, dest_); }
+
+  void load(const QString& source, const QString& dest) {
+    controller_.applicationOpenFiles({source, dest});
+    for (const auto& [side, path] : {std::pair(&interface_.source, source), std::pair(&interface_.dest, dest)}) {
       side->filenameText->setText(QStringLiteral("/media/projects/spring/") + QFileInfo(path).fileName());
     }
     interface_.source.movieView->stepSeconds(1);
@@ -178,6 +188,7 @@ class Screenshots {
                                                            {interface_.linkBtn, right},
                                                            {interface_.swapBtn, below},
                                                            {interface_.checkBtn, atCorner},
+                                                           {interface_.scanBtn, atCorner},
                                                            {interface_.syncBtn, atCorner},
                                                            {interface_.saveBtn, atCorner},
                                                            {interface_.saveAsBtn, atCorner},
@@ -255,6 +266,38 @@ class Screenshots {
     save("smallest-dark", window());
     QApplication::setPalette(QApplication::style()->standardPalette());
     save("smallest", window());
+  }
+
+  /// A movie against its export, which begins with something else and is darker in its second half.
+  void takeScans() {
+    const QString folder = QFileInfo(source_).absolutePath();
+    load(folder + QStringLiteral("/reel.mov"), folder + QStringLiteral("/reel-export.mov"));
+    const QSize usual = window().size();
+    controller_.scanAction();
+    const TimelineView& timeline = interface_.scanStrip->timeline();
+    constexpr double some = 0.4;
+    runUntil([&] { return timeline.timeline().done > some * timeline.timeline().seconds; });
+    ok_ = ok_ && controller_.scanRun()->isRunning();
+    save("scan-running", window());
+    runUntil([&] { return !controller_.scanRun()->isRunning(); });
+    constexpr double place = 0.7;
+    controller_.goToScanned(place * timeline.timeline().seconds);
+    controller_.checkAction();
+    const auto shown = [](const SideInterface& side) { return !side.movieView->picture().isNull(); };
+    runUntil([&] { return shown(interface_.source) && shown(interface_.dest); });
+    save("scan", window());
+    save("scan-strip", *interface_.scanStrip);
+    QApplication::setPalette(darkPalette());
+    save("scan-dark", window());
+    window().resize(window().minimumSize());
+    save("scan-smallest-dark", window());
+    QApplication::setPalette(QApplication::style()->standardPalette());
+    save("scan-smallest", window());
+    takeSheet("scan-synced", [this] { controller_.syncMetadata(); });
+    save("scan-stale", window());
+    window().resize(usual);
+    constexpr int asBefore = 370;
+    window().findChild<QSplitter*>()->setSizes({asBefore, asBefore});
   }
 
   void takeMenus() {
@@ -396,6 +439,8 @@ int main(int argc, char** argv) {
   QApplication application(argc, argv);
   QApplication::setWindowIcon(applicationIcon());
   const MainThread mainThread;
+  const Translations translations({qEnvironmentVariable("LUMACHECK_LANGUAGE")},
+                                  Translations::Folders::standard(QApplication::applicationDirPath()));
   const QStringList arguments = QApplication::arguments();
   return Screenshots(arguments[1], arguments[2], arguments[3]).take() ? 0 : 1;
 }
