@@ -26,6 +26,13 @@ std::string duringSegment(const scan::FrameRange& range, const scan::FrameRow& d
   return text;
 }
 
+/// Whether one way to undo it may be left without times: all of the movie was compared, and it is one segment.
+bool coversAll(const scan::ScanResult& result, const scan::FrameRow& dest) {
+  const bool complete = !result.stopped && !result.failure && result.scanned.first == 0 &&
+                        result.scanned.end == dest.shape().frames;
+  return complete && result.segments.size() == 1;
+}
+
 }  // namespace
 
 ScanFilter scanFilter(const scan::ScanResult& result, const scan::ScanTags& tags, const scan::FrameRow& dest) {
@@ -34,7 +41,7 @@ ScanFilter scanFilter(const scan::ScanResult& result, const scan::ScanTags& tags
   }
   if (result.segments.empty()) return {"", "There is nothing to go by."};
   const diagnosis::UndoSides sides{tags.source, tags.dest, diagnosis::comparedIn(tags.source, tags.dest)};
-  const bool covers = result.segments.size() == 1;
+  const bool covers = coversAll(result, dest);
   std::string chain;
   for (const scan::Segment& segment : result.segments) {
     if (wasLeftAlone(segment)) continue;

@@ -11,7 +11,7 @@ struct ScanFilter {
   std::string filter, why;  ///< one of them is empty
 };
 
-/// Where one way to undo it covers all that was measured, for all of the movie; else segment by segment.
+/// Where one way to undo it covers all of the movie, without times; else segment by segment.
 ScanFilter scanFilter(const scan::ScanResult& result, const scan::ScanTags& tags, const scan::FrameRow& dest);
 
 }  // namespace cli
