@@ -103,11 +103,16 @@ tl::expected<std::unique_ptr<Checked>, SideFailure> checkedSides(const Side& sou
   return checked;
 }
 
+/// Whether the pictures are the same, whatever their tags say.
+bool showsTheSame(const diagnosis::Finding& finding) {
+  return finding.identicalSamples || (isTold(finding) && finding.main().kind == diagnosis::CauseKind::Same);
+}
+
 /// Where the check is made after all. None where the frames are the same as it is, or nothing was to be looked for.
 std::optional<scan::CounterpartTime> alignedTo(const Side& source, const Side& dest, const Checked& checked,
                                                const CheckOptions& options) {
   if (options.alignment == Alignment::AsTimesAre || checked.outcome.destFrameError) return std::nullopt;
-  if (checked.finding.correspondence.same && diagnosis::isAllClear(checked.finding)) return std::nullopt;
+  if (showsTheSame(checked.finding)) return std::nullopt;
   const auto found = scan::counterpartTime(*source.movie, *dest.movie, dest.time);
   if (!found) return std::nullopt;  // the check tells what cannot be had
   return *found;

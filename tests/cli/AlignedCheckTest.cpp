@@ -69,6 +69,18 @@ TEST(AlignedCheck, LooksForNothingWhereThePicturesAreTheSame) {
   EXPECT_EQ(json["exitStatus"], 0);
 }
 
+TEST(AlignedCheck, LooksForNothingWhereOnlyTagsDiffer) {
+  const std::string tagged =
+      fixtureMovies(alignMaster(), {{"align-tagged.mp4",
+                                     {"-c", "copy", "-bsf:v",
+                                      "h264_metadata=colour_primaries=9:transfer_characteristics=14:"
+                                      "matrix_coefficients=9"}}})
+          .front();
+  const CheckedJson json = alignedJson({alignMaster(), tagged, "--at", "3"});
+  EXPECT_EQ(json["finding"]["causes"][0]["where"], "tags");
+  EXPECT_TRUE(json["alignment"].is_null());
+}
+
 TEST(AlignedCheck, StaysWhereItIsWhenThatIsThePlace) {
   const CheckedJson json = alignedJson({alignMaster(), alignExport("align-darker", "eq=brightness=-0.1"), "--at", "4"});
   EXPECT_EQ(json["alignment"].dump(), R"({"result":"found","offset":0.0})");
