@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <deque>
 #include <future>
 #include <optional>
 #include <utility>
@@ -91,13 +92,41 @@ diagnosis::Placement settled(const std::vector<PlanePair>& pairs, const diagnosi
   return fit.misfit < better * before && moved > leastMove ? fit.placement : start;
 }
 
+/// The source around where an opening lies on a line: far from the beginning, other rates lead elsewhere.
+class Surroundings {
+ public:
+  Surroundings(FrameRow& source, double begin) : source_(source), begin_(begin) {}
+
+  struct Read {
+    double from, to;  ///< seconds
+    Clip clip;
+    Moments moments;  ///< of all of each picture
+  };
+
+  const Read& on(const TimeLine& line) {
+    constexpr double margin = 0.7, negligible = 0.4;
+    const double from = line.at(begin_) - margin, to = line.at(begin_ + openingSeconds) + margin;
+    for (const Read& each : read_) {
+      if (from > each.from - negligible && to < each.to + negligible) return each;
+    }
+    Clip clip = clipBetween(source_, from, to);
+    Moments moments = clip.moments({});
+    return read_.emplace_back(Read{from, to, std::move(clip), std::move(moments)});
+  }
+
+ private:
+  FrameRow& source_;
+  double begin_;
+  std::deque<Read> read_;
+};
+
 /// The line on which the opening lies, of several the one that fits clearly better, or comes first.
-std::optional<TimeLine> lockedLine(const Moments& dest, const Moments& source, const std::vector<TimeLine>& lines) {
+std::optional<TimeLine> lockedLine(const Moments& dest, Surroundings& source, const std::vector<TimeLine>& lines) {
   constexpr double clearlyBetter = 0.9;
   std::optional<TimeLine> best;
   double least = 0;
   for (const TimeLine& line : lines) {
-    const Lock lock = lockOn(dest, source, line);
+    const Lock lock = lockOn(dest, source.on(line).moments, line);
     if (!lock.holds() || (best && lock.cost >= clearlyBetter * least)) continue;
     best = line;
     least = lock.cost;
@@ -110,19 +139,18 @@ std::optional<Beginning> fromOpening(FrameRow& source, FrameRow& dest, const Fra
   const double begin = dest.timeOf(range.first);
   const std::size_t last =
       std::min({frameAt(dest, begin + openingSeconds) + 1, range.end, range.first + mostOpeningFrames});
-  auto reading = std::async(std::launch::async | std::launch::deferred, [&] {
-    return clipBetween(source, begin * 0.95 - 0.2, (begin + openingSeconds) * 1.05 + 0.5);
-  });
+  const std::vector<TimeLine> lines = openingLines(source.shape(), dest.shape());
+  if (lines.empty()) return std::nullopt;
+  Surroundings surroundings(source, begin);
+  auto reading = std::async(std::launch::async | std::launch::deferred, [&] { surroundings.on(lines.front()); });
   const Clip destClip = clipOf(dest, {range.first, last});
-  const Clip sourceClip = reading.get();
-  const Moments destMoments = destClip.moments({}), sourceMoments = sourceClip.moments({});
-  const std::optional<TimeLine> line =
-      lockedLine(destMoments, sourceMoments, openingLines(source.shape(), dest.shape()));
+  reading.get();
+  const std::optional<TimeLine> line = lockedLine(destClip.moments({}), surroundings, lines);
   if (!line) return std::nullopt;
   Beginning beginning;
   beginning.result = Beginning::Result::Found;
   beginning.lines = {*line};
-  beginning.placement = settled(pairsAt(sourceClip, destClip, *line, 5), {});
+  beginning.placement = settled(pairsAt(surroundings.on(*line).clip, destClip, *line, 5), {});
   // One shot tells that some of the source is cut away; how much, several do.
   if (!beginning.placement.isPlain()) {
     beginning.placement = settled(Probe(source, dest, range, {}).pairsOn(*line), beginning.placement);

@@ -27,6 +27,19 @@ TEST(Start, TakesWhatBeginsTogetherWithoutLookingFurther) {
   EXPECT_TRUE(found.placement.isPlain());
 }
 
+TEST(Start, TakesWhatBeganTogetherFarFromTheBeginning) {
+  const std::vector<Shown> shown = master(0, 400);
+  const auto fromLateOn = [&](double destRate) {
+    PaintedRow source(shown, 24), dest(exported(shown), destRate);
+    return scan::beginningOf(source, dest, {.range = {300 * 24, shown.size()}}, {});
+  };
+  const Beginning same = fromLateOn(24), faster = fromLateOn(25);
+  expectLine(same, {1, 0});
+  expectLine(faster, {25.0 / 24, 0});
+  EXPECT_FALSE(same.isProbed);
+  EXPECT_FALSE(faster.isProbed);
+}
+
 /// So much slower that a frame is hardly unlike the next ones.
 std::vector<Shown> slowed(std::vector<Shown> frames) {
   for (Shown& frame : frames) frame.content *= 0.15;
