@@ -206,6 +206,18 @@ CauseFit refitted(const CauseFit& rough, const std::vector<Stratum>& strata, con
   return {rough.hypothesis, std::exp(found), cost.at(std::exp(found))};
 }
 
+/// Some of the colours, so that any first ones of them are from dark to bright.
+std::vector<Stratum> someOf(const std::vector<Stratum>& strata) {
+  constexpr std::size_t fewColors = 40, rounds = 4;
+  const std::size_t every = strata.size() / fewColors + 1;
+  std::vector<Stratum> some;
+  some.reserve(strata.size() / every + 1);
+  for (std::size_t round = 0; round < rounds; ++round) {
+    for (std::size_t i = round * every; i < strata.size(); i += rounds * every) some.push_back(strata[i]);
+  }
+  return some;
+}
+
 }  // namespace
 
 CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space) {
@@ -225,22 +237,6 @@ std::vector<Stratum> carriedBy(const Hypothesis& hypothesis, double exponent, st
   }
   return strata;
 }
-
-namespace {
-
-/// Some of the colours, so that any first ones of them are from dark to bright.
-std::vector<Stratum> someOf(const std::vector<Stratum>& strata) {
-  constexpr std::size_t fewColors = 40, rounds = 4;
-  const std::size_t every = strata.size() / fewColors + 1;
-  std::vector<Stratum> some;
-  some.reserve(strata.size() / every + 1);
-  for (std::size_t round = 0; round < rounds; ++round) {
-    for (std::size_t i = round * every; i < strata.size(); i += rounds * every) some.push_back(strata[i]);
-  }
-  return some;
-}
-
-}  // namespace
 
 std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
                                       const ComparedIn& space) {

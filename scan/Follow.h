@@ -9,9 +9,9 @@
 
 #include "scan/Evidence.h"
 #include "scan/Matches.h"
-#include "scan/SampledRow.h"
 #include "scan/SourceWindow.h"
 #include "scan/Track.h"
+#include "scan/align/SampledRow.h"
 #include "scan/align/Start.h"
 
 namespace scan {

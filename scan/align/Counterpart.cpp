@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <optional>
 
+#include "scan/align/SampledRow.h"
 #include "scan/align/Start.h"
 
 namespace scan {
@@ -12,36 +12,6 @@ namespace {
 
 /// What is looked for: three bursts have room in it.
 constexpr double soughtSeconds = 4;
-
-/// Some frames of another row, at its times.
-class RowPart final : public FrameRow {
- public:
-  RowPart(FrameRow& whole, const FrameRange& part) : whole_(&whole), part_(part) {}
-
-  std::unique_ptr<FrameRow> copy() const override {
-    auto whole = whole_->copy();
-    auto part = std::make_unique<RowPart>(*whole, part_);
-    part->owned_ = std::move(whole);
-    return part;
-  }
-  RowShape shape() const override {
-    return {part_.count(), whole_->timeOf(part_.end) - whole_->timeOf(part_.first), whole_->shape().aspect};
-  }
-  double timeOf(std::size_t frame) const override { return whole_->timeOf(part_.first + frame); }
-  std::vector<std::size_t> syncFrames() const override {
-    std::vector<std::size_t> frames;
-    for (const std::size_t frame : whole_->syncFrames()) {
-      if (frame >= part_.first && frame < part_.end) frames.push_back(frame - part_.first);
-    }
-    return frames;
-  }
-  movie::Result<Thumbnail> thumbnail(std::size_t frame) override { return whole_->thumbnail(part_.first + frame); }
-
- private:
-  FrameRow* whole_;
-  FrameRange part_;
-  std::unique_ptr<FrameRow> owned_;
-};
 
 /// The frames around a time; none where the row ends before or begins after it.
 std::optional<FrameRange> framesAround(const FrameRow& row, double time, double reach) {
@@ -81,7 +51,7 @@ Counterpart counterpartOf(FrameRow& source, FrameRow& dest, std::size_t frame, c
   const auto searched = framesAround(source, time, counterpartReach + soughtSeconds);
   const auto sought = framesAround(dest, time, soughtSeconds);
   if (!searched || !sought) return {};
-  RowPart sourcePart(source, *searched), destPart(dest, *sought);
+  SampledRow sourcePart(source, *searched, 1), destPart(dest, *sought, 1);
   const Beginning found = beginningOf(sourcePart, destPart, {.range = {0, sought->count()}}, stop);
   if (found.result == Beginning::Result::Still) return {Counterpart::Result::Still, 0};
   if (found.result == Beginning::Result::NotFound) return {};

@@ -1,4 +1,4 @@
-#include "scan/SampledRow.h"
+#include "scan/align/SampledRow.h"
 
 #include <algorithm>
 #include <utility>
