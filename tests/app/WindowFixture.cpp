@@ -81,7 +81,7 @@ void WindowFixture::relaunch() {
 bool WindowFixture::waitUntil(const std::function<bool()>& condition) {
   QElapsedTimer timer;
   timer.start();
-  constexpr int patience = 10000;
+  constexpr int patience = 60000;
   while (!condition()) {
     if (timer.elapsed() > patience) return false;
     QApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);

@@ -48,7 +48,7 @@ class WindowFixture : public testing::Test {
   /// Ends the controller and the window, and makes new ones in the same home.
   void relaunch();
 
-  /// Runs the event loop until the condition holds; false when it does not within ten seconds.
+  /// Runs the event loop until the condition holds; false when it does not within a minute: CI may be slow.
   static bool waitUntil(const std::function<bool()>& condition);
   static void runFor(int milliseconds);
 
