@@ -68,9 +68,10 @@ struct ScanOptions {
   std::optional<TimeArgument> from, to;  ///< of the destination; none: its beginning, its end
   std::size_t every = 1;                 ///< every so many-th frame of the destination is compared
   Alignment alignment = Alignment::Found;
-  std::optional<std::string> csv;   ///< a line a frame there
-  bool filter = false;              ///< tell which filter of ffmpeg undoes what was found
-  std::optional<std::string> plot;  ///< a picture there, by its name as SVG or PNG
+  std::optional<std::string> csv;     ///< a line a frame there
+  bool filter = false;                ///< tell which filter of ffmpeg undoes what was found
+  std::optional<std::string> plot;    ///< a picture there, by its name as SVG or PNG
+  std::optional<std::string> resume;  ///< kept there while it goes on, and gone on with
   OutputForm form = OutputForm::Text;
   ExitPolicy exitPolicy = ExitPolicy::ByVerdict;
 };

@@ -29,7 +29,7 @@ std::string videoText(const movie::Media& media) {
   return text + row("image descriptions", std::to_string(media.sampleDescriptionCount()));
 }
 
-std::string textOf(const movie::Movie& movie) {
+std::string infoText(const movie::Movie& movie) {
   const std::vector<const movie::Track*> tracks = movie.tracksOfMediaType(movie::videoMedia);
   const std::string video = tracks.empty() ? row("video", "no video track") : videoText(tracks.front()->media());
   std::string text =
@@ -54,7 +54,7 @@ CommandResult runInfoCommand(const InfoOptions& options) {
     } else if (options.form == OutputForm::Json) {
       array.push_back(jsonOf(**movie));
     } else {
-      result.out += (result.out.empty() ? "" : "\n") + textOf(**movie);
+      result.out += (result.out.empty() ? "" : "\n") + infoText(**movie);
     }
   }
   if (options.form == OutputForm::Json) result.out = textOf(array);

@@ -1,8 +1,7 @@
 #include <cstdint>
-#include <filesystem>
 #include <future>
 #include <memory>
-#include <system_error>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -11,11 +10,12 @@
 
 #include "cli/Commands.h"
 #include "cli/Process.h"
-#include "cli/ScanBar.h"
 #include "cli/ScanBlock.h"
 #include "cli/ScanFiles.h"
-#include "cli/ScanFilter.h"
 #include "cli/ScanJson.h"
+#include "cli/scan/ScanBar.h"
+#include "cli/scan/ScanFilter.h"
+#include "cli/scan/ScanKeeping.h"
 #include "movie/decode/DecoderModule.h"
 #include "scan/Scan.h"
 
@@ -32,32 +32,26 @@ CommandResult failedScan(const std::vector<ScanProblem>& problems, OutputForm fo
   return result;
 }
 
-/// Both movies, opened, and how large their files were then; 0 where that cannot be told.
+/// Both movies, opened, and how their files were then.
 struct ScanSides {
   std::unique_ptr<movie::Movie> source, dest;
-  std::uintmax_t sourceSize = 0, destSize = 0;
+  FileState sourceFile, destFile;
 };
-
-std::uintmax_t sizeOf(const std::string& path) {
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  return error ? 0 : size;
-}
 
 /// Whether somebody is still writing: only what was there at the beginning is read.
 std::vector<ScanProblem> changedSides(const ScanSides& sides, const ScanOptions& options) {
   std::vector<ScanProblem> changed;
-  for (const auto& [path, size] : {std::pair(options.source, sides.sourceSize), {options.dest, sides.destSize}}) {
-    const std::uintmax_t now = sizeOf(path);
-    if (now > size)
+  for (const auto& [path, then] : {std::pair(options.source, sides.sourceFile), {options.dest, sides.destFile}}) {
+    const std::uint64_t now = stateOf(path).bytes;
+    if (now > then.bytes)
       changed.push_back({path + ": The file grew while it was read: scan it again when it is whole.", path});
-    if (now < size) changed.push_back({path + ": The file became shorter while it was read.", path});
+    if (now < then.bytes) changed.push_back({path + ": The file became shorter while it was read.", path});
   }
   return changed;
 }
 
 tl::expected<ScanSides, std::vector<ScanProblem>> openSides(const ScanOptions& options) {
-  const std::uintmax_t sourceSize = sizeOf(options.source), destSize = sizeOf(options.dest);
+  const FileState sourceFile = stateOf(options.source), destFile = stateOf(options.dest);
   auto opening = std::async(std::launch::async | std::launch::deferred,
                             [&] { return movie::Movie::movieWithFile(options.source); });
   auto dest = movie::Movie::movieWithFile(options.dest);
@@ -66,7 +60,7 @@ tl::expected<ScanSides, std::vector<ScanProblem>> openSides(const ScanOptions& o
   if (!source) problems.push_back({source.error().message(), options.source});
   if (!dest) problems.push_back({dest.error().message(), options.dest});
   if (!problems.empty()) return tl::unexpected(problems);
-  return ScanSides{std::move(*source), std::move(*dest), sourceSize, destSize};
+  return ScanSides{std::move(*source), std::move(*dest), sourceFile, destFile};
 }
 
 tl::expected<scan::ScanOptions, ScanProblem> placed(const ScanOptions& options, const movie::Movie& dest) {
@@ -109,22 +103,25 @@ CommandResult runScanCommand(const ScanOptions& options, TextStyling styling) {
   if (!rows) return failedScan({{rows.error().message(), rows.error().file}}, options.form);
   auto files = ScanFiles::of(options);
   if (!files) return failedScan({files.error()}, options.form);
+  auto keeping = ScanKeeping::of(options.resume, {*rows, *asked, sides->sourceFile, sides->destFile});
+  if (!keeping) return failedScan({keeping.error()}, options.form);
 
   const NotedInterrupts interrupts;
   scan::ScanResult found;
   {
     ScanBar bar;
-    found = scan::scanned(*rows->source, *rows->dest, rows->tags(), *asked, [&](const scan::ScanProgress& progress) {
+    const auto onProgress = [&](const scan::ScanProgress& progress) {
       bar.show(progress);
       return NotedInterrupts::signal() != 0;
-    });
+    };
+    found = scan::scanned(*rows->source, *rows->dest, rows->tags(), *asked, onProgress, keeping->keeper());
   }
   CommandResult result;
   result.status = statusOfScan(found, NotedInterrupts::signal(), options.exitPolicy);
-  for (const ScanProblem& each : files->write({*sides->source, *sides->dest, *rows, found, result.status})) {
-    result.err += complaint(each.message);
-    result.status = failure;
-  }
+  std::vector<ScanProblem> unwritten = files->write({*sides->source, *sides->dest, *rows, found, result.status});
+  if (const auto problem = keeping->finish()) unwritten.push_back(*problem);
+  for (const ScanProblem& each : unwritten) result.err += complaint(each.message);
+  if (!unwritten.empty()) result.status = failure;
   std::optional<ScanFilter> filter;
   if (options.filter) filter = scanFilter(found, rows->tags(), *rows->dest);
   result.out = options.form == OutputForm::Text

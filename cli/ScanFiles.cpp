@@ -5,9 +5,9 @@
 #include <optional>
 #include <utility>
 
-#include "cli/ScanCsv.h"
 #include "cli/picture/PictureFile.h"
 #include "cli/plot/ScanPlot.h"
+#include "cli/scan/ScanCsv.h"
 #include "system/ReplacementFile.h"
 
 namespace cli {

@@ -7,13 +7,9 @@
 
 #include "cli/Commands.h"
 #include "cli/ScanJson.h"
+#include "cli/scan/ScanProblem.h"
 
 namespace cli {
-
-/// Why a scan did not come about: of a file, or of none.
-struct ScanProblem {
-  std::string message, path;
-};
 
 /// The files that a scan writes beside its text. Their places are found before anybody waits for what goes into them;
 /// they take their names when all of it is there.

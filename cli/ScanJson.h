@@ -4,7 +4,7 @@
 #include <string>
 
 #include "cli/MovieJson.h"
-#include "cli/ScanFilter.h"
+#include "cli/scan/ScanFilter.h"
 #include "scan/Scan.h"
 
 namespace cli {

@@ -149,7 +149,7 @@ int statusOf(const Job& job) {
   return job.complaints.empty() && !job.uncertain ? noShift : failure;
 }
 
-std::string textOf(const Job& job) {
+std::string jobText(const Job& job) {
   std::string text;
   for (const PropertyChange& change : job.changes) {
     if (change.result != movie::noErr) continue;
@@ -194,9 +194,9 @@ CommandResult runSyncCommand(const SyncOptions& options) {
   for (const std::string& each : job.notes) result.err += complaint(each);
   result.status = statusOf(job);
   if (options.form == OutputForm::Json) {
-    result.out = cli::textOf(jsonOf(job, result.status));
+    result.out = textOf(jsonOf(job, result.status));
   } else if (synced) {
-    result.out = textOf(job);
+    result.out = jobText(job);
   }
   return result;
 }

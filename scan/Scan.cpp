@@ -7,27 +7,16 @@
 #include "scan/Conclusion.h"
 #include "scan/Refusal.h"
 #include "scan/align/Probe.h"
+#include "scan/follow/FrameComparison.h"
 
 namespace scan {
 namespace {
 
-FrameRange rangeOf(const FrameRow& dest, const ScanOptions& options) {
-  const std::size_t frames = dest.shape().frames;
-  FrameRange range{0, frames};
-  if (options.from) range.first = std::min(frames - 1, frameAt(dest, *options.from));
-  if (options.to && *options.to < dest.timeOf(frames)) {
-    const std::size_t last = frameAt(dest, *options.to);
-    // A frame that begins at the end is not in it.
-    range.end = std::max(range.first + 1, dest.timeOf(last) < *options.to - 1e-5 ? last + 1 : last);
-  }
-  return range;
-}
-
 /// How far it is, counted frame by frame.
 class ProgressCount {
  public:
-  explicit ProgressCount(const FrameRow& dest) : dest_(dest) {
-    progress_ = {.stage = ScanProgress::Stage::Comparing, .frames = dest.shape().frames};
+  ProgressCount(const FrameRow& dest, std::size_t known) : dest_(dest) {
+    progress_ = {.stage = ScanProgress::Stage::Comparing, .frames = dest.shape().frames, .known = known};
   }
 
   const ScanProgress& of(const Matches& matches) {
@@ -63,6 +52,34 @@ void completeEvidence(Followed& followed, FrameRow& source, FrameRow& dest, cons
   }
 }
 
+/// Colours of frames that were gone through before. They are read again: there are too many of them to be kept.
+Evidence evidenceAgain(const std::vector<FrameMatch>& frames, FrameRow& source, FrameRow& dest,
+                       const diagnosis::Placement& placement, const Stop& stop) {
+  Thinned added;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    if (isEvidence(frames[i]) && added.wants(i)) added.add(i);
+  }
+  Evidence evidence(added);
+  for (const std::size_t i : added.numbers()) {
+    if (stop()) break;
+    const auto shown = source.thumbnail(static_cast<std::size_t>(frames[i].source)), here = dest.thumbnail(i);
+    if (shown && here) evidence.insert(i, alignedThumbnails(*shown, *here, placement));
+  }
+  return evidence;
+}
+
+/// Behind what was kept of the same scan.
+Departure departureAfter(const SavedScan& saved, FrameRow& source, FrameRow& dest, const Stop& stop) {
+  Departure departure = departureOf(saved.beginning);
+  if (saved.frames.empty()) return departure;
+  departure.before.matches.frames = saved.frames;
+  departure.before.lines = saved.lines;
+  departure.before.evidence = evidenceAgain(saved.frames, source, dest, departure.placement, stop);
+  departure.bearing = saved.standing.bearing;
+  departure.state = saved.standing.state;
+  return departure;
+}
+
 /// From frames of the row that was compared to frames of the movie.
 void countInMovie(ScanResult& result, const SampledRow& compared) {
   const auto inMovie = [&](FrameRange& range) {
@@ -84,8 +101,20 @@ void countInMovie(ScanResult& result, const SampledRow& compared) {
 
 }  // namespace
 
+FrameRange rangeOf(const FrameRow& dest, const ScanOptions& options) {
+  const std::size_t frames = dest.shape().frames;
+  FrameRange range{0, frames};
+  if (options.from) range.first = std::min(frames - 1, frameAt(dest, *options.from));
+  if (options.to && *options.to < dest.timeOf(frames)) {
+    const std::size_t last = frameAt(dest, *options.to);
+    // A frame that begins at the end is not in it.
+    range.end = std::max(range.first + 1, dest.timeOf(last) < *options.to - 1e-5 ? last + 1 : last);
+  }
+  return range;
+}
+
 ScanResult scanned(FrameRow& source, FrameRow& dest, const ScanTags& tags, const ScanOptions& options,
-                   const OnProgress& onProgress) {
+                   const OnProgress& onProgress, ScanKeeper* keeper) {
   if (source.shape().frames == 0 || dest.shape().frames == 0) return refusal(tags, dest.shape().frames);
   const StartOptions start{rangeOf(dest, options), options.align};
   bool stopped = false;
@@ -94,18 +123,25 @@ ScanResult scanned(FrameRow& source, FrameRow& dest, const ScanTags& tags, const
     stopped = stopped || now;
     return stopped;
   };
-  const Beginning beginning = beginningOf(source, dest, start, stop);
+  const SavedScan* const saved = keeper != nullptr ? keeper->saved() : nullptr;
+  const Beginning beginning = saved != nullptr ? saved->beginning : beginningOf(source, dest, start, stop);
   if (beginning.result == Beginning::Result::NotFound || stopped) {
     ScanResult result = refusal(tags, start.range.count());
     result.stopped = stopped;
     return result;
   }
+  if (keeper != nullptr && saved == nullptr) keeper->begun(beginning);
   SampledRow compared(dest, start.range, std::max<std::size_t>(1, options.every));
-  ProgressCount progress(compared);
-  const Following following = options.align ? Following::WhereverItIs : Following::OneLine;
-  Followed followed = scan::followed(source, compared, beginning, following, [&](const Followed& soFar) {
-    return onProgress && onProgress(progress.of(soFar.matches));
-  });
+  Departure departure = saved != nullptr ? departureAfter(*saved, source, compared, stop) : departureOf(beginning);
+  ProgressCount progress(compared, departure.before.matches.frames.size());
+  const FollowHooks hooks{
+      .onFollowed = [&](const Followed& soFar) { return onProgress && onProgress(progress.of(soFar.matches)); },
+      .onSettled =
+          [&](const Followed& soFar, const Standing& standing) {
+            if (keeper != nullptr) keeper->settled(soFar.matches, soFar.lines, standing);
+          }};
+  Followed followed = scan::followed(source, compared, std::move(departure),
+                                     options.align ? Following::WhereverItIs : Following::OneLine, hooks);
   if (!followed.stopped)
     completeEvidence(followed, source, compared, beginning.placement);  // who stops it will not wait
   ScanResult result;

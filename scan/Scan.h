@@ -7,11 +7,11 @@
 
 #include "diagnosis/Causes.h"
 #include "diagnosis/Diagnosis.h"
-#include "scan/Follow.h"
 #include "scan/MovieRow.h"
 #include "scan/Segments.h"
 #include "scan/TimeMap.h"
 #include "scan/align/Start.h"
+#include "scan/follow/Follow.h"
 
 namespace scan {
 
@@ -77,6 +77,7 @@ struct ScanOptions {
 struct ScanProgress {
   enum class Stage { Aligning, Comparing } stage = Stage::Aligning;
   std::size_t done = 0, frames = 0;  ///< of the destination
+  std::size_t known = 0;             ///< of those done: they were kept from before
   double seconds = 0;                ///< of it that were gone through
   std::size_t unmatched = 0, identical = 0;
   std::optional<double> exponent = std::nullopt;  ///< of the latest frame that was measured
@@ -85,10 +86,14 @@ struct ScanProgress {
 /// Called every now and then on the thread that scans. True stops it: what was found until then is the result.
 using OnProgress = std::function<bool(const ScanProgress&)>;
 
+/// The frames of the destination that are to be scanned. It has frames.
+FrameRange rangeOf(const FrameRow& dest, const ScanOptions& options);
+
 /// Scans two rows of frames. The rows are read here and there first, then copies of them from the beginning to the end
-/// on a thread each, beside the calling one.
+/// on a thread each, beside the calling one. `keeper`: is told what is final, and gives what it knows of the same scan
+/// from before; null for none.
 ScanResult scanned(FrameRow& source, FrameRow& dest, const ScanTags& tags, const ScanOptions& options,
-                   const OnProgress& onProgress);
+                   const OnProgress& onProgress, ScanKeeper* keeper = nullptr);
 
 /// Two movies, ready to be scanned.
 struct MoviePair {

@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "diagnosis/Finding.h"
-#include "scan/Matches.h"
 #include "scan/align/FrameRow.h"
+#include "scan/follow/Matches.h"
 
 namespace scan {
 

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <vector>
 
-#include "scan/Matches.h"
 #include "scan/align/FrameRow.h"
 #include "scan/align/TimeLine.h"
+#include "scan/follow/Matches.h"
 
 namespace scan {
 

@@ -3,8 +3,8 @@
 #include <cstddef>
 #include <vector>
 
-#include "scan/Matches.h"
 #include "scan/align/FrameRow.h"
+#include "scan/follow/Matches.h"
 
 namespace cli {
 

@@ -57,7 +57,7 @@ TEST(CommandInterface, HoldsEveryOptionOfASubcommand) {
                                    "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("scan")),
               UnorderedElementsAre("--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot",
-                                   "--exit-zero", "--json", "--log"));
+                                   "--resume", "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("info")), UnorderedElementsAre("--help", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("sync")),
               UnorderedElementsAre("--help", "--save-as", "--dry-run", "--json", "--log"));

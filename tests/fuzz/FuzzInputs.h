@@ -32,4 +32,8 @@ std::string tryFlattened(ByteView input);
 /// Reads a property list, writes and reads it again, and lets user defaults stand in such a file.
 std::string tryPropertyList(ByteView input);
 
+/// Reads a file that a scan is kept in, as it is and with right sums: what can be gone on with is written and read
+/// again.
+std::string tryResume(ByteView input);
+
 }  // namespace fuzz

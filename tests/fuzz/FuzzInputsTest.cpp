@@ -62,7 +62,8 @@ TEST_P(FuzzInputs, HoldWhenCut) {
 INSTANTIATE_TEST_SUITE_P(, FuzzInputs,
                          testing::Values(Target{"atoms", fuzz::tryAtoms, 20}, Target{"edit", fuzz::tryEdit, 10},
                                          Target{"save", fuzz::trySave, 30}, Target{"flattened", fuzz::tryFlattened, 8},
-                                         Target{"property_lists", fuzz::tryPropertyList, 8}),
+                                         Target{"property_lists", fuzz::tryPropertyList, 8},
+                                         Target{"resume", fuzz::tryResume, 4}),
                          [](const auto& instance) { return std::string(instance.param.name); });
 
 }  // namespace

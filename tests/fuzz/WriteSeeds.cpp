@@ -6,6 +6,7 @@
 #include "tests/fuzz/FuzzInputs.h"
 #include "tests/movie/copy/FlattenedMovies.h"
 #include "tests/movie/save/SaveCases.h"
+#include "tests/scan/resume/KeptScans.h"
 #include "tests/support/AtomBuilder.h"
 
 namespace {
@@ -311,6 +312,18 @@ std::vector<Seed> propertyListSeeds() {
       {"no property list.plist", textOf("{\"a\": [1, 2]}")}};
 }
 
+std::vector<Seed> resumeSeeds() {
+  const Bytes mark(scan::resumeMark.begin(), scan::resumeMark.end());
+  const Bytes begun = joined({mark, scan::subjectGroup(scan::test::keptSubject())});
+  const Bytes placed = joined({begun, scan::beginningGroup(scan::test::keptBeginning())});
+  const Bytes frames =
+      joined({placed, scan::framesGroup(scan::test::keptFrames(0, 12), {}, scan::test::keptStanding(12))});
+  const scan::TimeLine further{1, 99};
+  const Bytes more =
+      joined({frames, scan::framesGroup(scan::test::keptFrames(12, 20), {&further, 1}, scan::test::keptStanding(20))});
+  return {{"begun", begun}, {"placed", placed}, {"frames", frames}, {"frames on another line", more}};
+}
+
 void write(const std::filesystem::path& folder, const std::vector<Seed>& seeds) {
   std::filesystem::create_directories(folder);
   for (const Seed& seed : seeds) {
@@ -338,5 +351,6 @@ int main(int count, char** arguments) {
   write(folder / "save", saveSeeds());
   write(folder / "flattened", flattenedSeeds());
   write(folder / "property_lists", propertyListSeeds());
+  write(folder / "resume", resumeSeeds());
   return 0;
 }

@@ -21,7 +21,7 @@ MOVIES = {"a.mov", "b.MP4", "my movie.m4v"} | FOLDERS
 FILES = MOVIES | {"notes.txt"}
 SUBCOMMANDS = {"check", "scan", "info", "sync"}
 CHECK = {"--help", "--at", "--source-at", "--dest-at", "--align", "--frames", "--tolerance", "--exit-zero", "--json", "--log"}
-SCAN = {"--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot", "--exit-zero", "--json", "--log"}
+SCAN = {"--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot", "--resume", "--exit-zero", "--json", "--log"}
 
 # A line up to the cursor, and all that is offered there.
 OFFERS = [
@@ -59,6 +59,7 @@ OFFERS = [
     ("lumacheck scan a.mov --from 1 ", MOVIES),
     ("lumacheck scan --csv ", FILES),
     ("lumacheck scan --plot ", FILES),
+    ("lumacheck scan --resume ", FILES),
     ("lumacheck info a.mov a.mov a.mov ", MOVIES),
     ("lumacheck info --", {"--help", "--json", "--log"}),
     ("lumacheck info --at", set()),

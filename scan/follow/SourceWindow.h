@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "scan/ReadAhead.h"
+#include "scan/follow/ReadAhead.h"
 
 namespace scan {
 

@@ -27,9 +27,17 @@ struct Tracked {
 /// came after it. Memory: some hundred frames' costs.
 class Track {
  public:
+  /// What a frame of the destination may show.
+  struct State {
+    std::int64_t source = 0, away = 0;  ///< a frame, and how far from the expected one; unused for none
+    bool none = false;
+  };
+
   /// Decisions are final once so many frames came after them.
   static constexpr std::size_t usuallySettled = 48;
-  explicit Track(std::size_t settledAfter = usuallySettled) : settledAfter_(settledAfter) {}
+  /// `origin`: what the frame before the first one shows, where that is known.
+  explicit Track(std::size_t settledAfter = usuallySettled, std::optional<State> origin = std::nullopt)
+      : settledAfter_(settledAfter), origin_(origin) {}
 
   void add(const Candidates& candidates);
   /// The frames that are decided, in order, each once; the rest of them with `finish`.
@@ -37,22 +45,25 @@ class Track {
   std::vector<Tracked> finish();
   /// Frames that were added and not given yet.
   std::size_t pending() const { return steps_.size(); }
+  /// Of the last frame that `decided` gave, where all paths that are left go through it.
+  const std::optional<State>& settled() const { return settled_; }
 
   static constexpr double costOfNone = 7, highestCost = 10;
 
  private:
-  struct State {
-    std::int64_t source = 0, away = 0;  ///< a frame, and how far from the expected one; unused for none
-    bool none = false;
+  struct Reached : State {
     double cost = 0;     ///< of the cheapest path to it
     float distance = 0;  ///< of this frame alone
     std::size_t from = 0;
   };
-  using States = std::vector<State>;  ///< of one frame; the last one is "none"
+  using States = std::vector<Reached>;  ///< of one frame; the last one is "none"
   static double stepCost(const State& from, const State& to);
+  void comeFrom(const States& before, States& states) const;
   std::vector<Tracked> traced() const;
+  std::optional<State> sharedAt(std::size_t step) const;
 
   std::size_t settledAfter_;
+  std::optional<State> origin_, settled_;
   std::deque<States> steps_;
 };
 

@@ -1,4 +1,4 @@
-#include "scan/Relocation.h"
+#include "scan/follow/Relocation.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "scan/FrameExponent.h"
+#include "scan/follow/FrameExponent.h"
 
 #include <algorithm>
 #include <array>

@@ -7,10 +7,11 @@
 #include <optional>
 #include <vector>
 
-#include "scan/Evidence.h"
-#include "scan/Matches.h"
-#include "scan/SourceWindow.h"
-#include "scan/Track.h"
+#include "scan/follow/Evidence.h"
+#include "scan/follow/Matches.h"
+#include "scan/follow/SourceWindow.h"
+#include "scan/follow/Standing.h"
+#include "scan/follow/Track.h"
 #include "scan/align/SampledRow.h"
 #include "scan/align/Start.h"
 
@@ -32,8 +33,21 @@ struct Followed {
   bool stopped = false;
 };
 
-/// Called after every frame that is decided, and while a place that was lost is looked for. True ends the work.
-using OnFollowed = std::function<bool(const Followed&)>;
+struct FollowHooks {
+  /// Called after every frame that is decided, and while a place that was lost is looked for. True ends the work.
+  std::function<bool(const Followed&)> onFollowed;
+  /// Called now and then where all frames so far are final, and at the end.
+  std::function<void(const Followed&, const Standing&)> onSettled;
+};
+
+/// Where to go on: at the beginning, or behind frames that are known.
+struct Departure {
+  diagnosis::Placement placement;
+  Followed before;  ///< at least one line
+  Bearing bearing;
+  std::optional<Track::State> state;  ///< of the last frame before
+};
+Departure departureOf(const Beginning& beginning);
 
 enum class Following {
   WhereverItIs,  ///< a place that is lost is looked for
@@ -44,11 +58,7 @@ enum class Following {
 /// other for a while, the place is looked for: on the other lines, nearby, under another tone, in the index of the
 /// source. Each side is read by a thread of its own; this thread compares. Memory: some hundred thumbnails and what is
 /// kept of frames.
-Followed followed(const FrameRow& source, const SampledRow& dest, const Beginning& beginning, Following following,
-                  const OnFollowed& onFollowed);
-
-/// The pictures of two thumbnails, the one as it lies upon the other.
-diagnosis::AlignedPair alignedThumbnails(const Thumbnail& source, const Thumbnail& dest,
-                                         const diagnosis::Placement& placement);
+Followed followed(const FrameRow& source, const SampledRow& dest, Departure departure, Following following,
+                  const FollowHooks& hooks);
 
 }  // namespace scan

@@ -1,4 +1,4 @@
-#include "cli/ScanCsv.h"
+#include "cli/scan/ScanCsv.h"
 
 #include <cmath>
 #include <cstdio>

@@ -1,11 +1,11 @@
-#include "scan/Follow.h"
+#include "scan/follow/Follow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "scan/FrameExponent.h"
-#include "scan/Relocation.h"
+#include "scan/follow/FrameComparison.h"
+#include "scan/follow/Relocation.h"
 
 namespace scan {
 namespace {
@@ -41,35 +41,37 @@ Delay delayFor(const FrameRow& source, const SampledRow& dest, const TimeLine& l
 /// One walk through both movies.
 class Walk {
  public:
-  Walk(const FrameRow& source, const SampledRow& dest, const Beginning& beginning, Following following,
-       const OnFollowed& onFollowed)
+  Walk(const FrameRow& source, const SampledRow& dest, Departure departure, Following following,
+       const FollowHooks& hooks)
       : source_(source),
         dest_(dest),
-        placement_(beginning.placement),
+        placement_(departure.placement),
         following_(following),
-        onFollowed_(onFollowed),
-        delay_(delayFor(source, dest, beginning.lines.front())),
-        course_{beginning.lines.front(), beginning.exponent},
+        hooks_(hooks),
+        result_(std::move(departure.before)),
+        delay_(delayFor(source, dest, result_.lines.front())),
+        at_(departure.bearing),
         reading_(dest.every() > 1 ? SourceWindow::Reading::Asked : SourceWindow::Reading::All),
-        window_(source, {beginning.placement.source, beginning.exponent}, delay_.keptFrames, reading_),
-        track_(delay_.settledAfter),
-        relocation_(source, beginning.placement, [this] { return isStopped(); }) {
-    result_.lines = beginning.lines;
-  }
+        window_(source, looks(), delay_.keptFrames, reading_),
+        track_(delay_.settledAfter, departure.state),
+        relocation_(source, placement_, [this] { return isStopped(); }) {}
 
   Followed all() {
-    ReadAhead reader(dest_.copy(), {placement_.dest, 1}, 0, dest_.shape().frames);
-    std::size_t frame = 0;
+    std::size_t frame = result_.matches.frames.size();
+    if (frame > 0) reachBehind(frame);
+    ReadAhead reader(dest_.copy(), {placement_.dest, 1}, frame, dest_.shape().frames);
     for (auto read = reader.next(); read && !result_.stopped; read = reader.next(), ++frame) {
       if (!*read) {
         fail(ReadFailure::Side::Dest, frame, read->error());
         break;
       }
-      frames_.push_back({std::move(**read), 1e9F});
+      frames_.push_back({std::move(**read), 1e9F, {}, false});
       if (!look()) break;
-      emit(track_.decided());
+      settle();
     }
+    const bool isWhole = !result_.stopped && !result_.failure;
     emit(track_.finish());
+    if (isWhole) tellSettled({});
     return std::move(result_);
   }
 
@@ -77,16 +79,38 @@ class Walk {
   /// A frame of the destination that is not decided yet.
   struct Waiting {
     ReadFrame read;
-    float least = 0;  ///< the distance of the most similar frame of the source
+    float least = 0;    ///< the distance of the most similar frame of the source
+    Bearing bearing{};  ///< after it
+    bool lost = false;  ///< it, or one before it that nothing has been found since
   };
+
+  Looks looks() const { return {placement_.source, at_.course.exponent}; }
+
+  /// Where one goes on in the middle: as much of the source as would have been kept.
+  void reachBehind(std::size_t frame) {
+    if (frame >= dest_.shape().frames) return;
+    const std::int64_t middle = nearestFrame(source_, at_.course.line.at(dest_.timeOf(frame))) + at_.centre;
+    const auto behind = static_cast<std::int64_t>((delay_.keptFrames + keptBesides) / 2);
+    window_.reach(middle - reach - behind, middle + reach + 1);
+  }
+
+  void settle() {
+    const std::vector<Tracked> decided = track_.decided();
+    emit(decided);
+    if (!decided.empty() && track_.settled() && !lastLost_) tellSettled(*track_.settled());
+  }
+
+  void tellSettled(const Track::State& state) {
+    if (hooks_.onSettled && !result_.stopped) hooks_.onSettled(result_, {lastBearing_, state});
+  }
 
   void fail(ReadFailure::Side side, std::size_t frame, const movie::MovieError& error) {
     result_.failure = ReadFailure{side, frame, error};
   }
 
   Candidates candidatesFor(const ReadFrame& frame) {
-    const double time = course_.line.at(frame.time);
-    const std::int64_t expected = nearestFrame(source_, time), middle = expected + centre_;
+    const double time = at_.course.line.at(frame.time);
+    const std::int64_t expected = nearestFrame(source_, time), middle = expected + at_.centre;
     Candidates candidates{expected, std::max<std::int64_t>(0, middle - reach), {}};
     window_.reach(middle - reach, middle + reach + 1);
     for (std::int64_t i = candidates.first; i <= middle + reach; ++i) {
@@ -107,8 +131,11 @@ class Walk {
       fail(ReadFailure::Side::Source, window_.failedAt(), *window_.failure());
       return false;
     }
-    recentre(candidates);
-    if (!newest.read.signature.isFlat()) lost_ = newest.least > Track::costOfNone ? lost_ + 1 : 0;
+    const bool isNew = newest.read.number >= at_.settledBefore;
+    if (isNew) recentre(candidates);
+    if (isNew && !newest.read.signature.isFlat()) lost_ = newest.least > Track::costOfNone ? lost_ + 1 : 0;
+    newest.bearing = at_;
+    newest.lost = lost_ > 0;
     if (following_ == Following::WhereverItIs && lost_ >= lostAfter) findAgain();
     return true;
   }
@@ -127,13 +154,13 @@ class Walk {
     const bool clear =
         *least < 5 && *std::max_element(candidates.distances.begin(), candidates.distances.end()) > *least + 1;
     const std::int64_t place = candidates.first + (least - candidates.distances.begin()) - candidates.expected;
-    if (!clear || std::abs(place - centre_) < off) {
-      if (clear) aside_ = 0;
+    if (!clear || std::abs(place - at_.centre) < off) {
+      if (clear) at_.aside = 0;
       return;
     }
-    if (++aside_ < steady) return;
-    centre_ = place;
-    aside_ = 0;
+    if (++at_.aside < steady) return;
+    at_.centre = place;
+    at_.aside = 0;
   }
 
   Moments lastMoments(std::size_t count) const {
@@ -157,17 +184,17 @@ class Walk {
     const bool farAlso = lost_ == lostAfter || lost_ == nextFar_;
     if ((lost_ - lostAfter) % nearbyEvery != 0 && !farAlso) return;
     if (lost_ == lostAfter) {
-      lossTime_ = course_.line.at(dest_.timeOf(firstLost)) +
-                  static_cast<double>(centre_) / std::max(1e-3, source_.shape().rate());
+      lossTime_ = at_.course.line.at(dest_.timeOf(firstLost)) +
+                  static_cast<double>(at_.centre) / std::max(1e-3, source_.shape().rate());
       nextFar_ = 3 * lostAfter;
     }
     const bool isSampled = dest_.every() > 1;
     const Moments burst = isSampled ? latestOfMovie() : lastMoments(std::min(lost_, burstFrames));
     if (burst.empty()) return;
     const Relocation::Loss loss =
-        isSampled ? Relocation::Loss{frames_.back().read.number, course_.line.at(burst.front().time), burst, course_,
-                                     result_.lines}
-                  : Relocation::Loss{firstLost, lossTime_, burst, course_, result_.lines};
+        isSampled ? Relocation::Loss{frames_.back().read.number, at_.course.line.at(burst.front().time), burst,
+                                     at_.course, result_.lines}
+                  : Relocation::Loss{firstLost, lossTime_, burst, at_.course, result_.lines};
     std::optional<Course> found = relocation_.nearby(loss);
     if (!found && farAlso) {
       if (lost_ != lostAfter) nextFar_ = lost_ + std::min<std::size_t>(lost_, 480);
@@ -178,8 +205,8 @@ class Walk {
 
   bool isNew(const Course& found) const {
     const double here = frames_.back().read.time;
-    const double apart = std::abs(found.line.at(here) - course_.line.at(here)) * source_.shape().rate();
-    return apart > 1.5 || found.exponent != course_.exponent;
+    const double apart = std::abs(found.line.at(here) - at_.course.line.at(here)) * source_.shape().rate();
+    return apart > 1.5 || found.exponent != at_.course.exponent;
   }
 
   /// Where the new course begins to be the better one, among the frames that are not decided yet: their place in
@@ -217,19 +244,19 @@ class Walk {
 
   /// Leaves the old course at one of the waiting frames, and follows the new one from there.
   void begin(const Course& next, std::size_t split) {
+    const std::size_t newest = frames_.back().read.number;
     std::vector<Tracked> before = track_.finish();
     before.resize(std::min(before.size(), split));
     emit(before);
     track_ = Track(delay_.settledAfter);
-    course_ = next;
-    centre_ = 0;
-    aside_ = 0;
+    at_ = {next, lineNumber(next.line), 0, 0, newest + 1};
     lost_ = 0;
-    window_.lookAgain({placement_.source, next.exponent});
-    line_ = lineNumber(next.line);
+    window_.lookAgain(looks());
     for (Waiting& waiting : frames_) {
       const Candidates candidates = candidatesFor(waiting.read);
       waiting.least = leastOf(candidates);
+      waiting.bearing = at_;
+      waiting.lost = false;
       track_.add(candidates);
     }
   }
@@ -245,7 +272,11 @@ class Walk {
 
   void emit(const std::vector<Tracked>& decided) {
     for (const Tracked& each : decided) {
-      result_.matches.frames.push_back(matchOf(frames_.front().read, each));
+      FrameMatch match = matched(frames_.front().read, each, window_, placement_, result_.evidence);
+      match.line = at_.line;
+      result_.matches.frames.push_back(match);
+      lastBearing_ = frames_.front().bearing;
+      lastLost_ = frames_.front().lost;
       frames_.pop_front();
     }
     if (!decided.empty()) isStopped();
@@ -253,99 +284,26 @@ class Walk {
 
   /// Asked while a place is looked for, too: that may take a while.
   bool isStopped() {
-    if (onFollowed_ && onFollowed_(result_)) result_.stopped = true;
+    if (hooks_.onFollowed && hooks_.onFollowed(result_)) result_.stopped = true;
     return result_.stopped;
-  }
-
-  FrameMatch matchOf(const ReadFrame& frame, const Tracked& tracked) {
-    FrameMatch match;
-    match.line = line_;
-    match.distance = tracked.distance;
-    match.flat = frame.signature.isFlat();
-    const ReadFrame* const shown = tracked.source ? bestBeside(frame, *tracked.source) : nullptr;
-    if (shown == nullptr) return match;
-    match.source = static_cast<std::int32_t>(shown->number);
-    match.distance = distance(frame.signature, shown->signature);
-    match.identical = frame.thumbnail.digest != 0 && frame.thumbnail.digest == shown->thumbnail.digest;
-    match.blended = isBlended(frame, *shown, match.distance);
-    measure(match, frame, *shown);
-    return match;
-  }
-
-  /// The frame that was decided for, or one next to it where that is clearly more like it: of another frame rate, which
-  /// of two is shown goes to and fro. Null where none is kept.
-  const ReadFrame* bestBeside(const ReadFrame& frame, std::int64_t number) const {
-    constexpr float clearly = 0.7F;
-    const ReadFrame* best = window_.frame(number);
-    if (best == nullptr) return nullptr;
-    float least = clearly * distance(frame.signature, best->signature);
-    for (const std::int64_t other : {number - 1, number + 1}) {
-      const ReadFrame* const beside = window_.frame(other);
-      if (beside == nullptr) continue;
-      const float away = distance(frame.signature, beside->signature);
-      if (away < least) best = beside, least = away;
-    }
-    return best;
-  }
-
-  /// Whether a neighbour mixed in explains it much better.
-  bool isBlended(const ReadFrame& frame, const ReadFrame& shown, float alone) const {
-    constexpr float pure = 0.2F, muchBetter = 0.75F, leastMotion = 1;
-    const auto number = static_cast<std::int64_t>(shown.number);
-    for (const std::int64_t other : {number - 1, number + 1}) {
-      const ReadFrame* const neighbour = window_.frame(other);
-      if (neighbour == nullptr || distance(neighbour->signature, shown.signature) < leastMotion) continue;
-      const Mixture mixture = mixtureOf(shown.signature, neighbour->signature, frame.signature);
-      const bool isMixture = mixture.share > pure && mixture.share < 1 - pure;
-      if (isMixture && mixture.distance < muchBetter * alone) return true;
-    }
-    return false;
-  }
-
-  void measure(FrameMatch& match, const ReadFrame& frame, const ReadFrame& shown) {
-    constexpr int width = 80, height = 45;
-    const bool isPlain = placement_.isPlain();
-    const bool wanted = result_.evidence.wants(frame.number) && !match.flat && !match.blended;
-    if (wanted || !isPlain) {
-      const diagnosis::AlignedPair pair = alignedThumbnails(shown.thumbnail, frame.thumbnail, placement_);
-      if (wanted) result_.evidence.add(frame.number, pair);
-      setExponent(match, reducedTo(pair.source, width, height), reducedTo(pair.dest, width, height));
-    } else {
-      setExponent(match, diagnosis::reduced(shown.thumbnail.signal, width, height),
-                  diagnosis::reduced(frame.thumbnail.signal, width, height));
-    }
-  }
-
-  static diagnosis::Signal reducedTo(const diagnosis::Signal& signal, int width, int height) {
-    return diagnosis::reduced(signal, std::min(width, signal.width), std::min(height, signal.height));
-  }
-
-  static void setExponent(FrameMatch& match, const diagnosis::Signal& source, const diagnosis::Signal& dest) {
-    const std::optional<FrameExponent> exponent = exponentOf(source, dest);
-    if (!exponent) return;
-    match.logExponent = static_cast<float>(exponent->logExponent);
-    match.spread = static_cast<float>(exponent->spread);
-    match.weight = static_cast<float>(exponent->weight);
-    match.level = static_cast<float>(exponent->level);
   }
 
   const FrameRow& source_;
   const SampledRow& dest_;
   diagnosis::Placement placement_;
   Following following_;
-  const OnFollowed& onFollowed_;
+  const FollowHooks& hooks_;
   Followed result_;
   Delay delay_;
 
-  Course course_;
-  std::uint16_t line_ = 0;
-  std::int64_t centre_ = 0;  ///< how far from the line the frames are found lately
-  int aside_ = 0;            ///< for how many frames they have been found elsewhere
-  std::size_t lost_ = 0;     ///< for how many frames nothing has been found
+  Bearing at_;
+  std::size_t lost_ = 0;  ///< for how many frames nothing has been found
   std::size_t nextFar_ = 0;
   double lossTime_ = 0;
 
   std::deque<Waiting> frames_;
+  Bearing lastBearing_;  ///< of the last frame that was decided
+  bool lastLost_ = false;
   SourceWindow::Reading reading_;
   SourceWindow window_;
   Track track_;
@@ -354,14 +312,16 @@ class Walk {
 
 }  // namespace
 
-diagnosis::AlignedPair alignedThumbnails(const Thumbnail& source, const Thumbnail& dest,
-                                         const diagnosis::Placement& placement) {
-  return diagnosis::aligned(source.signal, dest.signal, placement);
+Departure departureOf(const Beginning& beginning) {
+  return {.placement = beginning.placement,
+          .before = {.matches = {}, .lines = beginning.lines, .evidence = {}, .failure = std::nullopt},
+          .bearing = {.course = {beginning.lines.front(), beginning.exponent}},
+          .state = std::nullopt};
 }
 
-Followed followed(const FrameRow& source, const SampledRow& dest, const Beginning& beginning, Following following,
-                  const OnFollowed& onFollowed) {
-  return Walk(source, dest, beginning, following, onFollowed).all();
+Followed followed(const FrameRow& source, const SampledRow& dest, Departure departure, Following following,
+                  const FollowHooks& hooks) {
+  return Walk(source, dest, std::move(departure), following, hooks).all();
 }
 
 }  // namespace scan

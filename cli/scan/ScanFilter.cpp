@@ -1,4 +1,4 @@
-#include "cli/ScanFilter.h"
+#include "cli/scan/ScanFilter.h"
 
 #include <algorithm>
 #include <cmath>
@@ -28,8 +28,8 @@ std::string duringSegment(const scan::FrameRange& range, const scan::FrameRow& d
 
 /// Whether one way to undo it may be left without times: all of the movie was compared, and it is one segment.
 bool coversAll(const scan::ScanResult& result, const scan::FrameRow& dest) {
-  const bool complete = !result.stopped && !result.failure && result.scanned.first == 0 &&
-                        result.scanned.end == dest.shape().frames;
+  const bool complete =
+      !result.stopped && !result.failure && result.scanned.first == 0 && result.scanned.end == dest.shape().frames;
   return complete && result.segments.size() == 1;
 }
 

@@ -4,15 +4,10 @@
 #include <optional>
 #include <vector>
 
+#include "scan/follow/Standing.h"
 #include "scan/align/Probe.h"
 
 namespace scan {
-
-/// How the destination is followed: on which line, and what the source's luma is raised to for it to look alike.
-struct Course {
-  TimeLine line;
-  double exponent = 1;
-};
 
 /// Looks for a place that was lost. Reads the source on its own.
 class Relocation {

@@ -1,4 +1,4 @@
-#include "scan/SourceWindow.h"
+#include "scan/follow/SourceWindow.h"
 
 #include <algorithm>
 #include <utility>

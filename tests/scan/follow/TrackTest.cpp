@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "scan/Track.h"
+#include "scan/follow/Track.h"
 
 namespace scan {
 namespace {

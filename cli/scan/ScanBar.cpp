@@ -1,4 +1,4 @@
-#include "cli/ScanBar.h"
+#include "cli/scan/ScanBar.h"
 
 #include <algorithm>
 #include <cmath>
@@ -29,8 +29,11 @@ std::string barLine(const scan::ScanProgress& progress, double seconds) {
       progress.frames > 0 ? static_cast<double>(progress.done) / static_cast<double>(progress.frames) : 1.0;
   const auto full = std::min(width, static_cast<std::size_t>(share * static_cast<double>(width)));
   char text[160];
-  const double speed = seconds > 0 ? progress.seconds / seconds : 0;
-  const double left = share > 0 ? seconds * (1 - share) / share : 0;
+  // Of what is new: what was known before took no time.
+  const auto fresh = static_cast<double>(progress.done - progress.known);
+  const double freshShare = progress.done > 0 ? fresh / static_cast<double>(progress.done) : 0;
+  const double speed = seconds > 0 ? progress.seconds * freshShare / seconds : 0;
+  const double left = fresh > 0 ? seconds * static_cast<double>(progress.frames - progress.done) / fresh : 0;
   std::snprintf(text, sizeof text, "] %3.0f %%  %.1fx  %s left", std::floor(100 * share), speed, minutes(left).c_str());
   std::string line = "[" + std::string(full, '=') + std::string(width - full, ' ') + text;
   if (progress.exponent) {

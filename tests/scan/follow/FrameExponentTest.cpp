@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "scan/FrameExponent.h"
+#include "scan/follow/FrameExponent.h"
 #include "tests/scan/PaintedRow.h"
 
 namespace scan::test {

@@ -1,4 +1,4 @@
-#include "scan/Evidence.h"
+#include "scan/follow/Evidence.h"
 
 #include <algorithm>
 
@@ -12,12 +12,18 @@ constexpr int blockSide = 2;
 
 }  // namespace
 
+void Thinned::add(std::size_t number) {
+  numbers_.push_back(number);
+  while (numbers_.size() > most) {
+    every_ *= 2;
+    std::erase_if(numbers_, [&](std::size_t each) { return !wants(each); });
+  }
+}
+
 void Evidence::add(std::size_t destFrame, const diagnosis::AlignedPair& pair) {
   insert(destFrame, pair);
-  while (frames_.size() > mostFrames) {
-    every_ *= 2;
-    std::erase_if(frames_, [&](const Frame& frame) { return frame.number % every_ != 0; });
-  }
+  added_.add(destFrame);
+  std::erase_if(frames_, [&](const Frame& frame) { return !added_.wants(frame.number); });
 }
 
 void Evidence::insert(std::size_t destFrame, const diagnosis::AlignedPair& pair) {

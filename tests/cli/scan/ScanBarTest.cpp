@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "cli/ScanBar.h"
+#include "cli/scan/ScanBar.h"
 
 namespace cli {
 namespace {
@@ -29,6 +29,12 @@ TEST(ScanBar, IsFullAtTheEnd) {
   const std::string line = barLine(
       {.stage = scan::ScanProgress::Stage::Comparing, .done = 24, .frames = 24, .seconds = 1, .identical = 24}, 1);
   EXPECT_EQ(line, "[========================] 100 %  1.0x  0:00 left  24 identical");
+}
+
+TEST(ScanBar, CountsNoTimeForWhatWasKnownBefore) {
+  const std::string line = barLine(
+      {.stage = scan::ScanProgress::Stage::Comparing, .done = 750, .frames = 1000, .known = 500, .seconds = 30}, 4);
+  EXPECT_EQ(line, "[==================      ]  75 %  2.5x  0:04 left");
 }
 
 TEST(ScanBar, HasNoNumbersWithoutAny) {

@@ -1,4 +1,4 @@
-#include "scan/ReadAhead.h"
+#include "scan/follow/ReadAhead.h"
 
 #include <utility>
 

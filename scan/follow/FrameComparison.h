@@ -1,0 +1,23 @@
+#pragma once
+
+#include "diagnosis/Placement.h"
+#include "scan/follow/Evidence.h"
+#include "scan/follow/Matches.h"
+#include "scan/follow/SourceWindow.h"
+#include "scan/follow/Track.h"
+
+namespace scan {
+
+/// What is kept of a frame of the destination, once it is decided which frame of the source it shows. That one, and its
+/// neighbours, are looked up in what is kept of the source. Colours are added to the evidence where it wants them.
+FrameMatch matched(const ReadFrame& frame, const Tracked& tracked, const SourceWindow& source,
+                   const diagnosis::Placement& placement, Evidence& evidence);
+
+/// Whether colours of a frame are evidence, where that wants them.
+bool isEvidence(const FrameMatch& match);
+
+/// The pictures of two thumbnails, the one as it lies upon the other.
+diagnosis::AlignedPair alignedThumbnails(const Thumbnail& source, const Thumbnail& dest,
+                                         const diagnosis::Placement& placement);
+
+}  // namespace scan

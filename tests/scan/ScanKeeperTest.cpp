@@ -1,0 +1,48 @@
+#include "tests/scan/MemoryKeeper.h"
+
+namespace scan::test {
+namespace {
+
+TEST(ScanKeeper, HearsNothingOfAScanThatIsRefused) {
+  PaintedRow source(master(0, 20), 24), dest(exported(master(500, 520)), 24);
+  MemoryKeeper keeper;
+  EXPECT_EQ(scanned(source, dest, {}, {}, {}, &keeper).correspondence, Beginning::Result::NotFound);
+  EXPECT_TRUE(keeper.states.empty());
+}
+
+TEST(ScanKeeper, KeepsNothingThatAnInterruptDecided) {
+  PaintedRow source(master(0, 20), 24), dest(exported(master(0, 20), 1.2), 24);
+  const ScanResult whole = scannedRows(source, dest);
+  for (const std::size_t end : {100U, 300U}) {
+    SCOPED_TRACE(end);
+    MemoryKeeper keeper;
+    const ScanResult part = scanned(
+        source, dest, {}, {}, [&](const ScanProgress& progress) { return progress.done >= end; }, &keeper);
+    EXPECT_TRUE(part.stopped);
+    EXPECT_LT(keeper.states.back().frames.size(), part.matches.frames.size());
+    MemoryKeeper again(keeper.states.back());
+    std::size_t known = 0;
+    const ScanResult rest = scanned(
+        source, dest, {}, {},
+        [&](const ScanProgress& progress) {
+          known = progress.known;
+          return false;
+        },
+        &again);
+    EXPECT_EQ(known, keeper.states.back().frames.size());
+    expectSame(rest, whole);
+  }
+}
+
+TEST(ScanKeeper, KeepsNoEndOfWhatCouldNotBeReadOn) {
+  PaintedRow source(master(0, 20), 24), dest(exported(master(0, 20), 1.2), 24), broken = dest;
+  broken.breakAt(300);
+  MemoryKeeper keeper;
+  EXPECT_TRUE(scanned(source, broken, {}, {}, {}, &keeper).failure);
+  ASSERT_FALSE(keeper.states.empty());
+  MemoryKeeper again(keeper.states.back());
+  expectSame(scanned(source, dest, {}, {}, {}, &again), scannedRows(source, dest));
+}
+
+}  // namespace
+}  // namespace scan::test
