@@ -70,13 +70,19 @@ bool isUnchanged(const Segment& segment) {
   return kind == CauseKind::Same || kind == CauseKind::Identical || kind == CauseKind::Unreadable;
 }
 
+/// A few frames that are too little to tell from alone: the dim end of a fade.
+bool isScrap(const Segment& segment, const FrameRow& dest) {
+  return segment.causes.front().kind == CauseKind::Unreadable && segment.dest.count() < framesOfASecond(dest);
+}
+
 /// Both as one where one cause explains them as well as each alone: what a shot shows may move its exponent, and what
 /// is told of a few colours may be told otherwise of more.
-std::optional<Segment> asOne(const Followed& followed, const Segment& one, const Segment& other, const ScanTags& tags,
-                             double tolerance) {
+std::optional<Segment> asOne(const Followed& followed, const Segment& one, const Segment& other, const FrameRow& dest,
+                             const ScanTags& tags, double tolerance) {
   constexpr double asWell = 1.25, codes = 0.15;
   const Cause &first = one.causes.front(), &second = other.causes.front();
-  if (first.kind != second.kind && (isUnchanged(one) || isUnchanged(other))) return std::nullopt;
+  const bool hasScrap = isScrap(one, dest) || isScrap(other, dest);
+  if (!hasScrap && first.kind != second.kind && (isUnchanged(one) || isUnchanged(other))) return std::nullopt;
   Segment both = segmentOf(followed, {one.dest.first, other.dest.end}, tags, tolerance);
   const Cause& cause = both.causes.front();
   const auto isAs = [&](const Cause& each) { return cause.kind == each.kind && cause.direction == each.direction; };
@@ -186,7 +192,7 @@ std::vector<Segment> toldSegments(const Followed& followed, const FrameRow& dest
                                                         [](const FrameMatch& match) { return match.identical; });
     for (const FrameRange& range : cutAt(stretch.dest, identical)) {
       const Segment segment = segmentOf(followed, range, tags, tolerance);
-      auto both = segments.empty() ? std::nullopt : asOne(followed, segments.back(), segment, tags, tolerance);
+      auto both = segments.empty() ? std::nullopt : asOne(followed, segments.back(), segment, dest, tags, tolerance);
       if (both) {
         segments.back() = std::move(*both);
       } else {

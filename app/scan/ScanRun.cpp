@@ -1,5 +1,6 @@
 #include "app/scan/ScanRun.h"
 
+#include <QPointer>
 #include <atomic>
 #include <exception>
 #include <mutex>
@@ -136,8 +137,9 @@ void ScanRun::look() {
     timeline_.bins = shared_->bins;
   }
   timeline_.unmatched = unmatchedBins(timeline_);
+  const QPointer<ScanRun> self(this);
   emit advanced();
-  if (!isOver) return;
+  if (!self || !isOver) return;  // whoever was told may have dropped it
   timer_.stop();
   if (thread_.joinable()) thread_.join();
   isRunning_ = false;

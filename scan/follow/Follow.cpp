@@ -116,7 +116,7 @@ class Walk {
     for (std::int64_t i = candidates.first; i <= middle + reach; ++i) {
       const ReadFrame* const shown = window_.frame(i);
       if (shown == nullptr) break;
-      candidates.distances.push_back(distance(frame.signature, shown->signature));
+      candidates.distances.push_back(farness(frame.signature, shown->signature));
     }
     return candidates;
   }
@@ -235,7 +235,7 @@ class Walk {
       float least = static_cast<float>(Track::highestCost);
       for (std::int64_t at = expected - 1; at <= expected + 1; ++at) {
         const ReadFrame* const shown = window.frame(at);
-        if (shown != nullptr) least = std::min(least, distance(frames_[i].read.signature, shown->signature));
+        if (shown != nullptr) least = std::min(least, farness(frames_[i].read.signature, shown->signature));
       }
       leasts.push_back(least);
     }

@@ -14,11 +14,11 @@ const ReadFrame* bestBeside(const ReadFrame& frame, std::int64_t number, const S
   constexpr float clearly = 0.7F;
   const ReadFrame* best = source.frame(number);
   if (best == nullptr) return nullptr;
-  float least = clearly * distance(frame.signature, best->signature);
+  float least = clearly * farness(frame.signature, best->signature);
   for (const std::int64_t other : {number - 1, number + 1}) {
     const ReadFrame* const beside = source.frame(other);
     if (beside == nullptr) continue;
-    const float away = distance(frame.signature, beside->signature);
+    const float away = farness(frame.signature, beside->signature);
     if (away < least) best = beside, least = away;
   }
   return best;
@@ -67,6 +67,12 @@ void measure(FrameMatch& match, const ReadFrame& frame, const ReadFrame& shown, 
 
 }  // namespace
 
+float farness(const Signature& dest, const Signature& source) {
+  constexpr float dim = 0.05F, least = 0.4F;
+  const float deviation = std::max(dest.deviation, source.deviation);
+  return distance(dest, source) * std::clamp(deviation / dim, least, 1.0F);
+}
+
 FrameMatch matched(const ReadFrame& frame, const Tracked& tracked, const SourceWindow& source,
                    const diagnosis::Placement& placement, Evidence& evidence) {
   FrameMatch match;
@@ -75,7 +81,7 @@ FrameMatch matched(const ReadFrame& frame, const Tracked& tracked, const SourceW
   const ReadFrame* const shown = tracked.source ? bestBeside(frame, *tracked.source, source) : nullptr;
   if (shown == nullptr) return match;
   match.source = static_cast<std::int32_t>(shown->number);
-  match.distance = distance(frame.signature, shown->signature);
+  match.distance = farness(frame.signature, shown->signature);
   match.identical = frame.thumbnail.digest != 0 && frame.thumbnail.digest == shown->thumbnail.digest;
   match.blended = isBlended(frame, *shown, match.distance, source);
   measure(match, frame, *shown, placement, evidence);

@@ -8,6 +8,10 @@
 
 namespace scan {
 
+/// How far a frame of the destination is from one of the source: as `distance`, but less of dim pictures, in which a
+/// code of 8 bits weighs the more the darker they are. The end of a fade to black is no other picture.
+float farness(const Signature& dest, const Signature& source);
+
 /// What is kept of a frame of the destination, once it is decided which frame of the source it shows. That one, and its
 /// neighbours, are looked up in what is kept of the source. Colours are added to the evidence where it wants them.
 FrameMatch matched(const ReadFrame& frame, const Tracked& tracked, const SourceWindow& source,

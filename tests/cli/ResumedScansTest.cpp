@@ -16,13 +16,13 @@ using testing::EndsWith;
 using testing::HasSubstr;
 
 std::string longMaster() {
-  return fixtureMovie("scan-resumed.mov", {"-stream_loop", "9", "-i", scanMaster(), "-c", "copy"});
+  return fixtureMovie("scan-resumed.mov", {"-stream_loop", "5", "-i", scanMaster(), "-c", "copy"});
 }
 
 std::string longExport() {
   return fixtureMovie(
       "scan-resumed-dest.mp4",
-      {"-stream_loop", "9", "-i", scanExport("scan-resumed-part", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'"),
+      {"-stream_loop", "5", "-i", scanExport("scan-resumed-part", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'"),
        "-c", "copy"});
 }
 

@@ -83,6 +83,19 @@ TEST(ScannedInputs, ABlackPartIsNotMeasuredAndFadesMakeNoSegment) {
               HasSubstr("of them are not measured: they are black, or of one color."));
 }
 
+TEST(ScannedInputs, TheDimEndsOfFadesHaveTheirCounterparts) {
+  const std::string faded =
+      madeOver("scan-long-fades.mov", encodedWith({"-vf", "fade=in:0:60,fade=out:180:72", "-crf", "12"}));
+  const std::string power = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.3)'";
+  const std::string darker =
+      fixtureMovies(faded, {{"scan-long-fades-darker.mov", encodedWith({"-vf", power, "-crf", "26"})}}).front();
+  const ScanJson json = scanned({faded, darker});
+  EXPECT_TRUE(json["unmatched"].empty()) << json["unmatched"];
+  EXPECT_TRUE(json["dropped"].empty()) << json["dropped"];
+  ASSERT_EQ(json["segments"].size(), 1U);
+  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.3, 0.015);
+}
+
 TEST(ScannedInputs, SoundAloneIsNoMovieWithPictures) {
   const std::string sound = fixtureMovie("scan-sound.mov", {"-f", "lavfi", "-i", "sine=d=4", "-c:a", "aac"});
   const ProgramRun run = runLumacheck({"scan", scanMaster(), sound});
