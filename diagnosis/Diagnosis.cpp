@@ -26,6 +26,14 @@ bool isDark(const Signal& signal) {
   return static_cast<double>(dark) >= darkShare * static_cast<double>(signal.size());
 }
 
+/// Whether luma hardly varies.
+bool isFlat(const Signal& signal) {
+  double sum = 0, squares = 0;
+  for (const float luma : signal.luma()) sum += double{luma}, squares += double{luma} * double{luma};
+  const auto count = static_cast<double>(signal.size());
+  return lumaCodes * std::sqrt(std::max(0.0, squares - sum * sum / count) / count) < leastDeviation;
+}
+
 bool areIdentical(const movie::Picture& source, const movie::Picture& dest) {
   return source.model == dest.model && source.width == dest.width && source.height == dest.height &&
          source.planes == dest.planes;
@@ -67,9 +75,7 @@ void look(Evidence& evidence, const FramePair& pair, const Question& question, s
   const PlacementFit fit = place(source, dest);
   const bool whole = fit.placement.source == Region();
   if (fit.explained < (whole ? samePictureExplained : samePartExplained)) {
-    const ToneFit tone = fitTone(source.luma(), dest.luma());
-    const bool flat = tone.sourceDeviation < leastDeviation && tone.destDeviation < leastDeviation;
-    ++(flat ? evidence.flat : evidence.unmatched);
+    ++(isFlat(source) && isFlat(dest) ? evidence.flat : evidence.unmatched);
     keepBetter(evidence.bestUnmatched, {fit.explained, fit.placement, false});
     return;
   }

@@ -3,24 +3,23 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 
 namespace diagnosis {
 namespace {
 
-/// Two neighbours along an axis, and the share of the second; and the sample of the result that they are for.
+/// Two neighbours along an axis, and the share of the second.
 struct Tap {
-  std::size_t first = 0, second = 0;
+  std::uint32_t first = 0, second = 0;
   float share = 0;
-  std::size_t result = 0;
 };
 
-Tap tapAt(double place, int samples, std::size_t result) {
+Tap tapAt(double place, int samples) {
   const double position = std::clamp(place * samples - 0.5, 0.0, samples - 1.0);
   const double floor = std::floor(position);
-  const auto first = static_cast<std::size_t>(floor);
-  return {first, std::min(first + 1, static_cast<std::size_t>(samples - 1)), static_cast<float>(position - floor),
-          result};
+  const auto first = static_cast<std::uint32_t>(floor);
+  return {first, std::min(first + 1, static_cast<std::uint32_t>(samples - 1)), static_cast<float>(position - floor)};
 }
 
 /// Along one axis of the source: for each sample of the result where it is taken, at one place, or at two where several
@@ -28,6 +27,7 @@ Tap tapAt(double place, int samples, std::size_t result) {
 struct AxisTaps {
   std::vector<Tap> taps;
   std::size_t each = 1;
+  bool isCopy = true;  ///< each sample of the result is one of the source's, in their order
 };
 
 AxisTaps axisTaps(double begin, double end, int samples, int results, bool mirrored) {
@@ -35,9 +35,12 @@ AxisTaps axisTaps(double begin, double end, int samples, int results, bool mirro
   axis.each = (end - begin) * samples > 1.2 * results ? 2 : 1;
   const std::size_t count = axis.each * static_cast<std::size_t>(results);
   axis.taps.reserve(count);
+  axis.isCopy = results == samples;
   for (std::size_t i = 0; i < count; ++i) {
     const double place = (static_cast<double>(i) + 0.5) / static_cast<double>(count);
-    axis.taps.push_back(tapAt(begin + (mirrored ? 1.0 - place : place) * (end - begin), samples, i / axis.each));
+    const Tap tap = tapAt(begin + (mirrored ? 1.0 - place : place) * (end - begin), samples);
+    axis.isCopy = axis.isCopy && tap.first == i && tap.share == 0;
+    axis.taps.push_back(tap);
   }
   return axis;
 }
@@ -56,18 +59,43 @@ std::vector<float> transposed(const std::vector<float>& plane, std::size_t width
   return result;
 }
 
-/// A plane taken at other places, of which it has so many across and down.
+/// A row of the source, or a mean of two, between rows.
+void takeRow(std::vector<float>& line, const std::vector<float>& plane, const Tap* taps, std::size_t each) {
+  const float weight = 1 / static_cast<float>(each);
+  for (std::size_t i = 0; i < each; ++i) {
+    const float* const top = &plane[taps[i].first * line.size()];
+    const float* const bottom = &plane[taps[i].second * line.size()];
+    const float share = taps[i].share;
+    if (i == 0) {
+      for (std::size_t x = 0; x < line.size(); ++x) line[x] = weight * between(top[x], bottom[x], share);
+    } else {
+      for (std::size_t x = 0; x < line.size(); ++x) line[x] += weight * between(top[x], bottom[x], share);
+    }
+  }
+}
+
+/// The samples of a row of the result.
+void takeSamples(float* row, std::size_t columns, const std::vector<float>& line, const AxisTaps& across) {
+  const auto taken = [&](const Tap& tap) { return between(line[tap.first], line[tap.second], tap.share); };
+  const Tap* const taps = across.taps.data();
+  if (across.isCopy) {  // an export within bars above and below keeps its columns
+    std::copy(line.begin(), line.end(), row);
+  } else if (across.each == 1) {
+    for (std::size_t x = 0; x < columns; ++x) row[x] = taken(taps[x]);
+  } else {
+    for (std::size_t x = 0; x < columns; ++x) row[x] = 0.5F * (taken(taps[2 * x]) + taken(taps[2 * x + 1]));
+  }
+}
+
+/// A plane taken at other places, of which it has so many across and down: down first, which is the same for all
+/// columns.
 std::vector<float> resampled(const std::vector<float>& plane, std::size_t planeWidth, const AxisTaps& across,
                              const AxisTaps& down) {
   const std::size_t columns = across.taps.size() / across.each, rows = down.taps.size() / down.each;
-  const float share = 1 / static_cast<float>(across.each * down.each);
   std::vector<float> result(columns * rows), line(planeWidth);
-  for (const Tap& y : down.taps) {
-    const float* const top = &plane[y.first * planeWidth];
-    const float* const bottom = &plane[y.second * planeWidth];
-    for (std::size_t x = 0; x < planeWidth; ++x) line[x] = share * between(top[x], bottom[x], y.share);
-    float* const row = &result[y.result * columns];
-    for (const Tap& x : across.taps) row[x.result] += between(line[x.first], line[x.second], x.share);
+  for (std::size_t row = 0; row < rows; ++row) {
+    takeRow(line, plane, &down.taps[row * down.each], down.each);
+    takeSamples(&result[row * columns], columns, line, across);
   }
   return result;
 }

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "diagnosis/CropSearch.h"
 #include "diagnosis/ToneCurve.h"
 
 namespace diagnosis {
@@ -54,45 +55,43 @@ int brightInColumn(const Signal& signal, int column) {
   return bright;
 }
 
-/// Luma alone, in fewer samples.
-Signal reducedLuma(const Signal& signal, int width, int height) {
-  return {width, height, {reduced(signal.luma(), signal.width, signal.height, width, height), {}, {}}};
+/// As they are.
+struct WholePair {
+  const Signal& source;
+  const Signal& dest;
+};
+
+/// Two pictures in the size in which placements are tried. Without chroma that is quicker, and enough where no other
+/// matrix mixed colours into luma.
+struct SmallPair {
+  Signal source, dest;
+};
+
+Signal lumaOf(const Signal& signal) {
+  return {signal.width, signal.height, {signal.planes[0], {}, {}}};
 }
 
-/// By what placements are compared: luma alone is quicker, and enough where no other matrix mixed colours into it.
-enum class By { Luma, Colors };
-
-/// The source and the luma of a part of the destination in one small size, on which the source's place is tried. The
-/// placements are of that part.
+/// A small source, and the luma of a part of a destination in the same size, on which the source's place is tried. The
+/// placements are of that part. What it is made of is referred to.
 class Trial {
  public:
-  Trial(const Signal& source, const Signal& dest, const Region& part, int width, int height, By by = By::Colors)
-      : part_(part),
-        by_(by),
-        source_(reduced(source, width, height)),
-        sourceLuma_{width, height, {source_.planes[0], {}, {}}},
-        dest_(part == Region() ? reducedLuma(dest, width, height)
-                               : reducedLuma(lumaOfPart(dest, part), width, height)) {}
+  explicit Trial(const SmallPair& pair) : Trial(pair.source, pair.dest, {}) {}
+  Trial(const Signal& source, const Signal& dest, const Region& destPart)
+      : source_(source), dest_(dest), destPart_(destPart) {}
 
-  PlacementFit fit(const Placement& placement) const {
-    return {onPart(placement), explainedShare(placed(by_ == By::Luma ? sourceLuma_ : source_, placement), dest_)};
-  }
-  PlacementFit roughFit(const Placement& placement) const {
-    return {onPart(placement), explainedRoughly(placed(sourceLuma_, placement).luma(), dest_.luma())};
+  PlacementFit fit(Placement placement) const {
+    placement.dest = Region();
+    const double explained = placement.isPlain()
+                                 ? explainedShare(source_, dest_)
+                                 : explainedShare(sourceUpon(source_, placement, dest_.width, dest_.height), dest_);
+    placement.dest = destPart_;
+    return {placement, explained};
   }
 
  private:
-  Placement onPart(Placement placement) const {
-    placement.dest = part_;
-    return placement;
-  }
-  Signal placed(const Signal& source, Placement placement) const {
-    placement.dest = Region();
-    return placement.isPlain() ? source : sourceUpon(source, placement, dest_.width, dest_.height);
-  }
-  Region part_;
-  By by_;
-  Signal source_, sourceLuma_, dest_;
+  const Signal& source_;
+  const Signal& dest_;
+  Region destPart_;
 };
 
 PlacementFit better(const PlacementFit& one, const PlacementFit& other) {
@@ -115,95 +114,64 @@ std::vector<Placement> turned(const Placement& upright) {
   return all;
 }
 
-/// A part of an axis that an export may have kept of it.
-struct KeptPart {
-  double begin = 0, end = 1;
-};
-
-std::vector<KeptPart> partsOf(double kept) {
-  std::vector<KeptPart> parts;
-  const int steps = static_cast<int>(std::lround((1.0 - kept) / 0.05));
-  for (int step = 0; step <= steps; ++step) {
-    const double begin = (1.0 - kept) * step / steps;
-    parts.push_back({begin, begin + kept});
-  }
-  return parts;
-}
-
-/// Of the source: a zoom, or a strip of its width or of its height.
-std::vector<Region> usualCrops() {
-  std::vector<Region> crops{Region()};
-  for (const double kept : {0.95, 0.9, 0.8, 0.75, 0.7, 0.6, 0.5}) {
-    const std::vector<KeptPart> parts = partsOf(kept);
-    for (const KeptPart& across : parts) {
-      crops.push_back({across.begin, 0, across.end, 1});
-      crops.push_back({0, across.begin, 1, across.end});
-      for (const KeptPart& down : parts) crops.push_back({across.begin, down.begin, across.end, down.end});
-    }
-  }
-  return crops;
-}
-
-/// The best of all usual crops, upright and mirrored: of many in a small size, of the most promising in a larger one.
-Placement bestCrop(const Trial& small, const Trial& larger) {
-  constexpr std::size_t promising = 40;
-  static const std::vector<Region> crops = usualCrops();
-  std::vector<PlacementFit> fits;
-  fits.reserve(2 * crops.size());
-  for (const bool mirrored : {false, true}) {
-    for (const Region& crop : crops) fits.push_back(small.roughFit({.mirroredX = mirrored, .source = crop}));
-  }
-  const auto end = fits.begin() + static_cast<std::ptrdiff_t>(std::min(promising, fits.size()));
-  std::partial_sort(fits.begin(), end, fits.end(),
-                    [](const PlacementFit& one, const PlacementFit& other) { return one.explained > other.explained; });
-  PlacementFit best;
-  for (auto fit = fits.begin(); fit != end; ++fit) best = better(best, larger.roughFit(fit->placement));
-  return best.placement;
-}
-
 /// Whether a move is worth it: it explains some of what was left.
 bool isWorth(const PlacementFit& moved, const PlacementFit& best) {
   return moved.explained - best.explained > 0.03 * (1.0 - best.explained);
 }
 
-/// Moves the four edges of the source's region by ever smaller steps as long as that explains more.
-PlacementFit refined(const Trial& trial, const Placement& start) {
+/// A move of one edge of the source's region.
+struct EdgeMove {
+  double Region::*edge;
+  double direction;
+};
+constexpr std::array<EdgeMove, 8> edgeMoves{{{&Region::left, -1},
+                                             {&Region::left, 1},
+                                             {&Region::right, -1},
+                                             {&Region::right, 1},
+                                             {&Region::top, -1},
+                                             {&Region::top, 1},
+                                             {&Region::bottom, -1},
+                                             {&Region::bottom, 1}}};
+
+/// Moves the four edges of the source's region by ever smaller steps as long as that explains more: one move after the
+/// other, until each was in vain since the last one that was worth it.
+PlacementFit refined(const Trial& trial, PlacementFit best) {
   constexpr double largest = 0.02, smallest = 0.002;
-  PlacementFit best = trial.fit(start);
   for (double step = largest; step >= smallest && best.explained < nothingLeft; step /= 2) {
-    for (bool moved = true; moved;) {
-      moved = false;
-      for (double Region::*edge : {&Region::left, &Region::right, &Region::top, &Region::bottom}) {
-        for (const double by : {-step, step}) {
-          Placement other = best.placement;
-          other.source.*edge = std::clamp(other.source.*edge + by, 0.0, 1.0);
-          if (other.source.width() < leastPicture || other.source.height() < leastPicture) continue;
-          const PlacementFit next = trial.fit(other);
-          if (!isWorth(next, best)) continue;
-          best = next;
-          moved = true;
-        }
-      }
+    std::size_t inVain = 0;
+    for (std::size_t next = 0; inVain < edgeMoves.size(); next = (next + 1) % edgeMoves.size()) {
+      const auto& [edge, direction] = edgeMoves[next];
+      ++inVain;
+      Placement other = best.placement;
+      other.source.*edge = std::clamp(other.source.*edge + direction * step, 0.0, 1.0);
+      if (other == best.placement || other.source.width() < leastPicture || other.source.height() < leastPicture)
+        continue;
+      const PlacementFit fit = trial.fit(other);
+      if (!isWorth(fit, best)) continue;
+      best = fit;
+      inVain = 0;
     }
   }
-  return trial.fit(best.placement);
+  return best;
 }
 
-/// Turns at first, of all of the source and of what is within its bars; where none of them fits, crops.
-PlacementFit searched(const Signal& source, const Signal& dest, const Region& destPart, By by) {
-  const Trial trial(source, dest, destPart, triedWidth, triedHeight, by);
+/// Turns at first, of all of the source and of what is within its bars; where none of them fits, crops. From the plain
+/// placement upon the part of the destination.
+PlacementFit searched(const WholePair& whole, const SmallPair& small, const Region& destPart) {
+  const Trial trial(small.source, small.dest, destPart);
   PlacementFit best = trial.fit({});
   const auto tryTurns = [&](const Region& part) {
-    for (const Placement& placement : turned({.source = part})) best = better(best, trial.fit(placement));
+    for (const Placement& placement : turned({.source = part})) {
+      if (!placement.isPlain()) best = better(best, trial.fit(placement));
+    }
   };
   tryTurns({});
-  if (const Region sourceInBars = withoutBars(source); !(sourceInBars == Region())) tryTurns(sourceInBars);
+  if (const Region sourceInBars = withoutBars(whole.source); !(sourceInBars == Region())) tryTurns(sourceInBars);
   if (best.explained < wholeEnough) {
-    const Trial small(source, dest, destPart, 20, 15), larger(source, dest, destPart, 40, 30);
-    best = better(best, trial.fit(bestCrop(small, larger)));
+    best = better(best, trial.fit(bestCrop(small.source, small.dest)));
     if (best.explained < worthRefining) return best;
   }
-  return refined(trial, best.placement);
+  return refined(trial, best);
 }
 
 /// One sample further in where there is a bar: its edge is half bar.
@@ -215,27 +183,39 @@ Region insideEdges(Region region, const Signal& signal) {
   return region;
 }
 
+/// A part of the destination instead of all of it.
+SmallPair onPart(const SmallPair& small, const Signal& dest, const Region& part) {
+  return {small.source, reduced(lumaOfPart(dest, part), triedWidth, triedHeight)};
+}
+
 /// All of the source within the destination, which may show edges of the coded picture that the source crops.
-PlacementFit withinDest(const Signal& source, const Signal& dest, By by) {
-  const Trial swapped(dest, source, {}, triedWidth, triedHeight, by);
-  const Region part = refined(swapped, {}).placement.source;
-  return Trial(source, dest, part, triedWidth, triedHeight, by).fit({});
+PlacementFit withinDest(const WholePair& whole, const SmallPair& small) {
+  const Trial swapped(small.dest, small.source, {});
+  const Region part = refined(swapped, swapped.fit({})).placement.source;
+  const SmallPair within = onPart(small, whole.dest, part);
+  return Trial(within.source, within.dest, part).fit({});
 }
 
 /// The best of all placements; at least the plain one.
-PlacementFit anywhere(const Signal& source, const Signal& dest, By by) {
-  const Trial whole(source, dest, {}, triedWidth, triedHeight, by);
-  const PlacementFit plain = whole.fit({});
+PlacementFit anywhere(const WholePair& whole, const SmallPair& small) {
+  const Trial trial(small);
+  const PlacementFit plain = trial.fit({});
   PlacementFit found = plain;
-  const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(dest), dest) : Region();
-  if (!(inBars == Region())) found = better(found, searched(source, dest, inBars, by));
+  const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(whole.dest), whole.dest) : Region();
+  if (!(inBars == Region())) {
+    found = better(found, searched(whole, onPart(small, whole.dest, inBars), inBars));
+  }
   if (found.explained < plainEnough && plain.explained >= worthRefining) {
-    found = better(found, better(refined(whole, {}), withinDest(source, dest, by)));
+    found = better(found, better(refined(trial, plain), withinDest(whole, small)));
   }
   if (plain.explained < nearlyPlain && found.explained < wholeEnough) {
-    found = better(found, searched(source, dest, {}, by));
+    found = better(found, searched(whole, small, {}));
   }
   return found;
+}
+
+SmallPair smallPair(const WholePair& whole) {
+  return {reduced(whole.source, triedWidth, triedHeight), reduced(whole.dest, triedWidth, triedHeight)};
 }
 
 }  // namespace
@@ -257,21 +237,25 @@ Region withoutBars(const Signal& signal) {
 }
 
 PlacementFit plainPlacement(const Signal& source, const Signal& dest) {
-  return Trial(source, dest, {}, triedWidth, triedHeight).fit({});
+  return Trial(smallPair({source, dest})).fit({});
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
   constexpr double mayBeTheSame = 0.8;
-  const PlacementFit plain = plainPlacement(source, dest);
+  const WholePair whole{source, dest};
+  const SmallPair small = smallPair(whole);
+  const PlacementFit plain = Trial(small).fit({});
   if (plain.explained >= plainEnough) return plain;
   PlacementFit found = plain;
   bool isFound = false;
   if (plain.explained < mayBeTheSame) {
-    const PlacementFit byLuma = anywhere(source, dest, By::Luma);
-    found = Trial(source, dest, byLuma.placement.dest, triedWidth, triedHeight).fit(byLuma.placement);
+    const PlacementFit byLuma = anywhere(whole, {lumaOf(small.source), lumaOf(small.dest)});
+    const Region& part = byLuma.placement.dest;
+    const SmallPair placed = part == Region() ? small : onPart(small, dest, part);
+    found = Trial(placed.source, placed.dest, part).fit(byLuma.placement);
     isFound = byLuma.explained >= nothingLeft || found.explained < mayBeTheSame;
   }
-  if (!isFound) found = anywhere(source, dest, By::Colors);
+  if (!isFound) found = anywhere(whole, small);
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
   return clearly ? found : plain;

@@ -15,9 +15,11 @@ namespace {
 constexpr std::size_t bins = 64;
 constexpr float lowest = -0.1F, highest = 1.15F;
 
-std::size_t binOf(float luma) {
+std::uint8_t binOf(float luma) {
   constexpr float binsPerLuma = static_cast<float>(bins) / (highest - lowest), last = static_cast<float>(bins - 1);
-  return static_cast<std::size_t>(std::min(std::max((luma - lowest) * binsPerLuma, 0.0F), last));
+  const float place = (luma - lowest) * binsPerLuma;
+  const float above = place > 0 ? place : 0.0F;
+  return static_cast<std::uint8_t>(static_cast<int>(above < last ? above : last));
 }
 
 /// Sums over samples of one bin, or of all.
@@ -62,94 +64,109 @@ void forEachRun(const Signal& signal, Take take) {
   }
 }
 
-/// What the means of the curve leave unexplained: of all parts but those that are out, and in each part.
-struct Unexplained {
-  double all = 0, scatter = 0;
-  std::array<double, std::tuple_size_v<PartsOut>> parts{}, samples{};
-  /// A root mean square, in codes of 8 bits.
-  double inPart(std::size_t part) const { return lumaCodes * std::sqrt(parts[part] / std::max(1.0, samples[part])); }
-};
+/// Destinations of each bin, and the squares of all.
+struct BinSums {
+  std::array<std::uint32_t, bins> count{};
+  std::array<double, bins> dest{};
+  double squares = 0;
 
-/// Destinations of one bin.
-struct BinSum {
-  double count = 0, dest = 0;
+  /// What they vary by, and what is left of that about the means of the bins.
+  double scatter() const {
+    double samples = 0, sum = 0;
+    for (std::size_t bin = 0; bin < bins; ++bin) samples += count[bin], sum += dest[bin];
+    return samples > 0 ? std::max(0.0, squares - sum * sum / samples) : 0.0;
+  }
+  double aboutMeans() const {
+    double left = squares;
+    for (std::size_t bin = 0; bin < bins; ++bin) {
+      if (count[bin] > 0) left -= dest[bin] * dest[bin] / count[bin];
+    }
+    return std::max(0.0, left);
+  }
 };
 
 /// The means of the bins; an empty one's goes on from the nearest as a straight line would.
-std::array<double, bins> curveThrough(const std::array<BinSum, bins>& sums) {
+std::array<double, bins> curveThrough(const BinSums& sums) {
   constexpr double width = double{highest - lowest} / double{bins};
   std::array<double, bins> curve{};
   for (std::size_t bin = 0; bin < bins; ++bin) {
     for (std::size_t away = 0; away < bins; ++away) {
-      const bool below = away <= bin && sums[bin - away].count > 0;
-      const bool above = bin + away < bins && sums[bin + away].count > 0;
+      const bool below = away <= bin && sums.count[bin - away] > 0;
+      const bool above = bin + away < bins && sums.count[bin + away] > 0;
       if (!below && !above) continue;
-      const BinSum& nearest = below ? sums[bin - away] : sums[bin + away];
+      const std::size_t nearest = below ? bin - away : bin + away;
       const double distance = width * static_cast<double>(away);
-      curve[bin] = nearest.dest / nearest.count + (below ? distance : -distance);
+      curve[bin] = sums.dest[nearest] / sums.count[nearest] + (below ? distance : -distance);
       break;
     }
   }
   return curve;
 }
 
-/// A destination beside the bins of its source.
+/// A destination's luma beside the bins of its source.
 struct BinnedPair {
   const Signal& dest;
-  std::vector<std::uint8_t> binOfSample;
-
-  BinnedPair(const Signal& itsDest, std::vector<std::uint8_t> itsBins)
-      : dest(itsDest), binOfSample(std::move(itsBins)) {}
-  BinnedPair(const Signal& source, const Signal& itsDest) : dest(itsDest), binOfSample(source.size()) {
-    for (std::size_t i = 0; i < binOfSample.size(); ++i) {
-      binOfSample[i] = static_cast<std::uint8_t>(binOf(source.luma()[i]));
-    }
-  }
+  const std::vector<std::uint8_t>& binOfSample;
 };
 
-/// The curve is that of the parts that are not out.
-Unexplained unexplained(const BinnedPair& pair, const PartsOut& out) {
+BinSums sumsOf(const BinnedPair& pair) {
   const std::vector<float>& dest = pair.dest.luma();
-  std::array<BinSum, bins> sums;
-  BinSum all;
+  BinSums sums;
   double squares = 0;
+  for (std::size_t at = 0; at < dest.size(); ++at) {
+    const double d = double{dest[at]};
+    const std::size_t bin = pair.binOfSample[at];
+    ++sums.count[bin];
+    sums.dest[bin] += d;
+    squares += d * d;
+  }
+  sums.squares = squares;
+  return sums;
+}
+
+/// The sums of the parts that are not out: a few are taken away sooner than most are summed up anew.
+BinSums without(const PartsOut& out, BinSums sums, const BinnedPair& pair) {
   forEachRun(pair.dest, [&](const Run& run) {
-    for (std::size_t at = run.begin; at < run.end && !out[run.part]; ++at) {
-      const double d = double{dest[at]};
-      BinSum& sum = sums[pair.binOfSample[at]];
-      ++sum.count;
-      sum.dest += d;
-      squares += d * d;
+    for (std::size_t at = run.begin; at < run.end && out[run.part]; ++at) {
+      const double d = double{pair.dest.luma()[at]};
+      const std::size_t bin = pair.binOfSample[at];
+      --sums.count[bin];
+      sums.dest[bin] -= d;
+      sums.squares -= d * d;
     }
   });
-  for (const BinSum& sum : sums) {
-    all.count += sum.count;
-    all.dest += sum.dest;
-  }
+  return sums;
+}
+
+/// What the curve through the means leaves unexplained in each part.
+struct PartErrors {
+  std::array<double, std::tuple_size_v<PartsOut>> squares{}, samples{};
+  /// A root mean square, in codes of 8 bits.
+  double of(std::size_t part) const { return lumaCodes * std::sqrt(squares[part] / std::max(1.0, samples[part])); }
+};
+
+PartErrors errorsOf(const BinnedPair& pair, const BinSums& sums) {
+  const std::vector<float>& dest = pair.dest.luma();
   const std::array<double, bins> curve = curveThrough(sums);
-  Unexplained result;
-  result.scatter = all.count > 0 ? std::max(0.0, squares - all.dest * all.dest / all.count) : 0.0;
+  PartErrors result;
   forEachRun(pair.dest, [&](const Run& run) {
     double errors = 0;
     for (std::size_t at = run.begin; at < run.end; ++at) {
       const double error = double{dest[at]} - curve[pair.binOfSample[at]];
       errors += error * error;
     }
-    result.parts[run.part] += errors;
+    result.squares[run.part] += errors;
     result.samples[run.part] += static_cast<double>(run.end - run.begin);
   });
-  for (std::size_t part = 0; part < out.size(); ++part) {
-    if (!out[part]) result.all += result.parts[part];
-  }
   return result;
 }
 
-PartsOut worstSeventh(const Unexplained& found) {
+PartsOut worstSeventh(const PartErrors& errors) {
   std::array<std::size_t, std::tuple_size_v<PartsOut>> order{};
   std::iota(order.begin(), order.end(), std::size_t{0});
   constexpr std::size_t count = order.size() / 7;
   std::nth_element(order.begin(), order.begin() + count, order.end(),
-                   [&](std::size_t one, std::size_t other) { return found.parts[one] > found.parts[other]; });
+                   [&](std::size_t one, std::size_t other) { return errors.squares[one] > errors.squares[other]; });
   PartsOut out{};
   for (std::size_t i = 0; i < count; ++i) out[order[i]] = true;
   return out;
@@ -198,6 +215,14 @@ std::vector<float> withoutChroma(const Signal& source, const BinnedPair& pair) {
 
 }  // namespace
 
+std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma) {
+  std::vector<std::uint8_t> result(luma.size());
+  const float* const in = luma.data();
+  std::uint8_t* const out = result.data();  // bytes could be anything's, the vectors' own too
+  for (std::size_t i = 0, size = luma.size(); i < size; ++i) out[i] = binOf(in[i]);
+  return result;
+}
+
 ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest) {
   std::array<Sums, bins> parts;
   Sums all;
@@ -217,25 +242,27 @@ ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest
   return fit;
 }
 
-double explainedRoughly(const std::vector<float>& source, const std::vector<float>& dest) {
-  struct Part {
-    float count = 0, dest = 0;
-  };
-  std::array<Part, bins> parts{};
-  float sum = 0, squares = 0;
-  for (std::size_t i = 0; i < source.size(); ++i) {
-    Part& part = parts[binOf(source[i])];
-    ++part.count;
-    part.dest += dest[i];
-    sum += dest[i];
-    squares += dest[i] * dest[i];
+std::vector<float> standardised(std::vector<float> luma) {
+  double sum = 0, squares = 0;
+  for (const float value : luma) sum += double{value}, squares += double{value} * double{value};
+  const double mean = sum / std::max(1.0, static_cast<double>(luma.size())), scatter = squares - mean * sum;
+  const double scale = scatter > 0 ? 1 / std::sqrt(scatter) : 0.0;
+  for (float& value : luma) value = static_cast<float>(scale * (double{value} - mean));
+  return luma;
+}
+
+double explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& dest) {
+  std::array<std::uint32_t, bins> counts{};
+  std::array<float, bins> sums{};
+  for (std::size_t i = 0; i < levels.size(); ++i) {
+    ++counts[levels[i]];
+    sums[levels[i]] += dest[i];
   }
-  const float mean = sum * sum / std::max(1.0F, static_cast<float>(source.size()));
-  float explained = -mean;
-  for (const Part& part : parts) {
-    if (part.count > 0) explained += part.dest * part.dest / part.count;
+  float explained = 0;
+  for (std::size_t bin = 0; bin < bins; ++bin) {
+    if (counts[bin] > 0) explained += sums[bin] * sums[bin] / static_cast<float>(static_cast<int>(counts[bin]));
   }
-  return squares > mean ? static_cast<double>(explained / (squares - mean)) : 0.0;
+  return double{explained};
 }
 
 double explainedShare(const Signal& source, const Signal& dest) {
@@ -243,32 +270,38 @@ double explainedShare(const Signal& source, const Signal& dest) {
   constexpr double leastScatter = 1.3e-6;
   // Chroma can hardly add to so much.
   constexpr double enough = 0.995;
-  const BinnedPair pair(source, dest);
-  const Unexplained left = unexplained(pair, worstSeventh(unexplained(pair, {})));
-  if (left.scatter <= leastScatter * static_cast<double>(dest.size())) return 0.0;
-  const double byLuma = std::max(0.0, 1.0 - left.all / left.scatter);
+  const std::vector<std::uint8_t> binOfSample = levelsOf(source.luma());
+  const BinnedPair pair{dest, binOfSample};
+  const BinSums all = sumsOf(pair), left = without(worstSeventh(errorsOf(pair, all)), all, pair);
+  const double scatter = left.scatter();
+  if (scatter <= leastScatter * static_cast<double>(dest.size())) return 0.0;
+  const double byLuma = std::max(0.0, 1.0 - left.aboutMeans() / scatter);
   if (byLuma >= enough || source.planes[1].empty()) return byLuma;
 
   const Signal unmixed{dest.width, dest.height, {withoutChroma(source, pair), {}, {}}};
-  const BinnedPair unmixedPair{unmixed, pair.binOfSample};
-  const PartsOut out = worstSeventh(unexplained(unmixedPair, {}));
-  const double scatter = unexplained(pair, out).scatter;
-  return scatter > 0 ? std::max(byLuma, 1.0 - unexplained(unmixedPair, out).all / scatter) : byLuma;
+  const BinnedPair unmixedPair{unmixed, binOfSample};
+  const BinSums allUnmixed = sumsOf(unmixedPair);
+  const PartsOut out = worstSeventh(errorsOf(unmixedPair, allUnmixed));
+  const double mixedScatter = without(out, all, pair).scatter();
+  const double unexplained = without(out, allUnmixed, unmixedPair).aboutMeans();
+  return mixedScatter > 0 ? std::max(byLuma, 1.0 - unexplained / mixedScatter) : byLuma;
 }
 
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
   constexpr double farOff = 8, farOffTimes = 4;
-  const BinnedPair pair(source, dest);
-  const PartsOut worst = worstSeventh(unexplained(pair, {}));
-  const Unexplained left = unexplained(pair, worst);
+  const std::vector<std::uint8_t> binOfSample = levelsOf(source.luma());
+  const BinnedPair pair{dest, binOfSample};
+  const BinSums all = sumsOf(pair);
+  const PartsOut worst = worstSeventh(errorsOf(pair, all));
+  const PartErrors left = errorsOf(pair, without(worst, all, pair));
   std::vector<double> errors;
   for (std::size_t part = 0; part < worst.size(); ++part) {
-    if (!worst[part]) errors.push_back(left.inPart(part));
+    if (!worst[part]) errors.push_back(left.of(part));
   }
   const double limit = std::max(farOff, farOffTimes * medianOf(errors));
   std::vector<bool> covered;
   forEachRun(source, [&](const Run& run) {
-    covered.insert(covered.end(), run.end - run.begin, worst[run.part] && left.inPart(run.part) > limit);
+    covered.insert(covered.end(), run.end - run.begin, worst[run.part] && left.of(run.part) > limit);
   });
   return covered;
 }

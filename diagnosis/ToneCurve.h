@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <vector>
 
 #include "diagnosis/Signal.h"
@@ -27,8 +28,15 @@ ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest
 /// without chroma.
 double explainedShare(const Signal& source, const Signal& dest);
 
-/// The same of all of two pictures, quicker, and rougher.
-double explainedRoughly(const std::vector<float>& source, const std::vector<float>& dest);
+/// For each sample of a luma, which of 64 levels it is of.
+std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma);
+
+/// A luma less its mean, and scaled so that its squares add up to 1; all 0 where it does not vary.
+std::vector<float> standardised(std::vector<float> luma);
+
+/// How much of a standardised() destination the means of the source's levels explain, of all of two pictures: quicker
+/// than explainedShare(), and rougher.
+double explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& dest);
 
 /// Where something lies over the destination that is not in the source: parts that the tone curve misses by far.
 /// One for each sample.
