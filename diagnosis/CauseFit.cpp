@@ -23,65 +23,94 @@ double costOf(const Vector3& predicted, const Vector3& dest) {
          (clipped(chromaCodes * (predicted[1] - dest[1])) + clipped(chromaCodes * (predicted[2] - dest[2]))) / 2;
 }
 
-double weightOf(const std::vector<Stratum>& strata) {
+/// Colours side by side. A mean goes where the mean of what lies on both sides of it goes: tones are curved.
+struct StrataLanes {
+  ColorLanes low{}, high{}, dest{};
+  Lanes weight{};  ///< 0 where there is no colour
+};
+
+struct LanedStrata {
+  std::vector<StrataLanes> lanes;
   double weight = 0;
-  for (const Stratum& stratum : strata) weight += stratum.weight;
-  return weight;
+};
+
+LanedStrata laned(const std::vector<Stratum>& strata) {
+  LanedStrata result{std::vector<StrataLanes>((strata.size() + laneCount - 1) / laneCount), 0};
+  for (std::size_t at = 0; at < strata.size(); ++at) {
+    StrataLanes& lanes = result.lanes[at / laneCount];
+    const std::size_t i = at % laneCount;
+    const Stratum& stratum = strata[at];
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+      const double spread = plane == 0 ? stratum.spread : 0;
+      lanes.low[plane][i] = static_cast<float>(stratum.source[plane] - spread);
+      lanes.high[plane][i] = static_cast<float>(stratum.source[plane] + spread);
+      lanes.dest[plane][i] = static_cast<float>(stratum.dest[plane]);
+    }
+    lanes.weight[i] = static_cast<float>(stratum.weight);
+    result.weight += stratum.weight;
+  }
+  return result;
 }
 
-/// A mean goes where the mean of what lies on both sides of it goes: tones are curved.
-struct BothSides {
-  Prediction::Before low, high;
-
-  BothSides(const Prediction& prediction, const Stratum& stratum)
-      : low(prediction.beforeTone(moved(stratum, -stratum.spread))),
-        high(prediction.beforeTone(moved(stratum, stratum.spread))) {}
-  Vector3 afterTone(const Prediction& prediction, double exponent) const {
-    const Vector3 one = prediction.afterTone(low, exponent), other = prediction.afterTone(high, exponent);
-    return {(one[0] + other[0]) / 2, (one[1] + other[1]) / 2, (one[2] + other[2]) / 2};
+/// costOf() each colour by its weight, summed up.
+double costOf(const ColorLanes& low, const ColorLanes& high, const StrataLanes& lanes) {
+  constexpr auto most = static_cast<float>(largestError);
+  Lanes costs;
+  for (std::size_t i = 0; i < laneCount; ++i) {
+    const auto error = [&](std::size_t plane, double codes) {
+      const float predicted = (low[plane][i] + high[plane][i]) / 2;
+      return std::min(std::abs(static_cast<float>(codes) * (predicted - lanes.dest[plane][i])), most);
+    };
+    costs[i] = lanes.weight[i] * (error(0, lumaCodes) + (error(1, chromaCodes) + error(2, chromaCodes)) / 2);
   }
-
- private:
-  static Vector3 moved(const Stratum& stratum, double by) {
-    return {stratum.source[0] + by, stratum.source[1], stratum.source[2]};
+  for (std::size_t half = laneCount / 2; half > 0; half /= 2) {
+    for (std::size_t i = 0; i < half; ++i) costs[i] += costs[i + half];
   }
-};
+  return double{costs.front()};
+}
+
+constexpr double unlimited = std::numeric_limits<double>::infinity();
 
 /// The cost of a hypothesis as a function of its exponent.
 class ExponentCost {
  public:
-  ExponentCost(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space)
-      : prediction_(hypothesis, space), strata_(strata), weight_(weightOf(strata)) {
-    before_.reserve(strata.size());
-    for (const Stratum& stratum : strata) before_.emplace_back(prediction_, stratum);
+  ExponentCost(const Hypothesis& hypothesis, const LanedStrata& strata, const ComparedIn& space)
+      : prediction_(hypothesis, space), strata_(strata) {
+    before_.reserve(strata.lanes.size());
+    for (const StrataLanes& lanes : strata.lanes) {
+      before_.push_back({prediction_.beforeTone(lanes.low), prediction_.beforeTone(lanes.high)});
+    }
   }
 
-  double at(double exponent) const {
+  /// Where it is more than `most`, some number above that.
+  double at(double exponent, double most = unlimited) const {
     double cost = 0;
-    for (std::size_t i = 0; i < strata_.size(); ++i) {
-      cost += strata_[i].weight * costOf(before_[i].afterTone(prediction_, exponent), strata_[i].dest);
+    for (std::size_t i = 0; i < before_.size() && cost <= most * strata_.weight; ++i) {
+      cost += costOf(prediction_.afterTone(before_[i].low, exponent), prediction_.afterTone(before_[i].high, exponent),
+                     strata_.lanes[i]);
     }
-    return weight_ > 0 ? cost / weight_ : 0;
+    return strata_.weight > 0 ? cost / strata_.weight : 0;
   }
 
  private:
+  struct BothSides {
+    Prediction::Before low, high;
+  };
   Prediction prediction_;
-  const std::vector<Stratum>& strata_;
-  double weight_;
+  const LanedStrata& strata_;
   std::vector<BothSides> before_;
 };
 
 /// The cost of a hypothesis without an exponent. Where it is more than `most`, some number above that.
-double costUpTo(double most, const Hypothesis& hypothesis, const std::vector<Stratum>& strata,
-                const ComparedIn& space) {
+double costUpTo(double most, const Hypothesis& hypothesis, const LanedStrata& strata, const ComparedIn& space) {
   const Prediction prediction(hypothesis, space);
-  const double weight = weightOf(strata);
+  const auto carried = [&](const ColorLanes& colors) { return prediction.afterTone(prediction.beforeTone(colors), 1); };
   double cost = 0;
-  for (const Stratum& stratum : strata) {
-    if (cost > most * weight) break;
-    cost += stratum.weight * costOf(BothSides(prediction, stratum).afterTone(prediction, 1), stratum.dest);
+  for (const StrataLanes& lanes : strata.lanes) {
+    if (cost > most * strata.weight) break;
+    cost += costOf(carried(lanes.low), carried(lanes.high), lanes);
   }
-  return weight > 0 ? cost / weight : 0;
+  return strata.weight > 0 ? cost / strata.weight : 0;
 }
 
 /// Logarithms of exponents, between which the cost falls and rises again.
@@ -89,19 +118,19 @@ struct Bracket {
   double low = 0, high = 0;
 };
 
-/// Where the cost is least, by golden sections.
+/// Where the cost is least, by golden sections. Of the greater of two costs only that it is greater matters.
 double leastBetween(const ExponentCost& cost, Bracket within, double precision) {
   const double section = (std::sqrt(5.0) - 1) / 2;
   auto [low, high] = within;
   double left = high - section * (high - low), right = low + section * (high - low);
-  double leftCost = cost.at(std::exp(left)), rightCost = cost.at(std::exp(right));
+  double leftCost = cost.at(std::exp(left)), rightCost = cost.at(std::exp(right), leftCost);
   while (high - low > precision) {
     if (leftCost < rightCost) {
       high = right, right = left, rightCost = leftCost;
-      left = high - section * (high - low), leftCost = cost.at(std::exp(left));
+      left = high - section * (high - low), leftCost = cost.at(std::exp(left), rightCost);
     } else {
       low = left, left = right, leftCost = rightCost;
-      right = low + section * (high - low), rightCost = cost.at(std::exp(right));
+      right = low + section * (high - low), rightCost = cost.at(std::exp(right), leftCost);
     }
   }
   return (low + high) / 2;
@@ -114,7 +143,7 @@ Bracket roughBracket(const ExponentCost& cost) {
   double best = 0, least = cost.at(1);
   for (int i = 0; i <= steps; ++i) {
     const double place = std::log(lowestExponent) + i * step;
-    const double here = cost.at(std::exp(place));
+    const double here = cost.at(std::exp(place), least);
     if (here < least) best = place, least = here;
   }
   return {best - step, best + step};
@@ -188,15 +217,14 @@ Cubic cubicThrough(const std::vector<Stratum>& strata) {
 /// Of the logarithm of an exponent: to be told, and to see which hypotheses are worth it.
 constexpr double finePrecision = 2e-4, roughPrecision = 5e-3;
 
-CauseFit fitTo(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space,
-               double precision) {
+CauseFit fitTo(const Hypothesis& hypothesis, const LanedStrata& strata, const ComparedIn& space, double precision) {
   const ExponentCost cost(hypothesis, strata, space);
   const double exponent = hypothesis.hasExponent() ? std::exp(leastBetween(cost, roughBracket(cost), precision)) : 1.0;
   return {&hypothesis, exponent, cost.at(exponent)};
 }
 
 /// The same near an exponent that fits some of the colours; all of them may ask for another after all.
-CauseFit refitted(const CauseFit& rough, const std::vector<Stratum>& strata, const ComparedIn& space) {
+CauseFit refitted(const CauseFit& rough, const LanedStrata& strata, const ComparedIn& space) {
   if (!rough.hypothesis->hasExponent()) return fitTo(*rough.hypothesis, strata, space, finePrecision);
   constexpr double reach = 0.06;
   const double middle = std::log(rough.exponent);
@@ -221,19 +249,30 @@ std::vector<Stratum> someOf(const std::vector<Stratum>& strata) {
 }  // namespace
 
 CauseFit fitCause(const Hypothesis& hypothesis, const std::vector<Stratum>& strata, const ComparedIn& space) {
-  return fitTo(hypothesis, strata, space, finePrecision);
+  return fitTo(hypothesis, laned(strata), space, finePrecision);
 }
 
 double costOf(const Hypothesis& hypothesis, double exponent, const std::vector<Stratum>& strata,
               const ComparedIn& space) {
-  return ExponentCost(hypothesis, strata, space).at(exponent);
+  const LanedStrata all = laned(strata);
+  return ExponentCost(hypothesis, all, space).at(exponent);
 }
 
 std::vector<Stratum> carriedBy(const Hypothesis& hypothesis, double exponent, std::vector<Stratum> strata,
                                const ComparedIn& space) {
   const Prediction prediction(hypothesis, space);
-  for (Stratum& stratum : strata) {
-    stratum.source = prediction.afterTone(prediction.beforeTone(stratum.source), exponent);
+  for (std::size_t begin = 0; begin < strata.size(); begin += laneCount) {
+    const std::size_t count = std::min(laneCount, strata.size() - begin);
+    ColorLanes colors{};
+    for (std::size_t i = 0; i < count; ++i) {
+      for (std::size_t plane = 0; plane < 3; ++plane) {
+        colors[plane][i] = static_cast<float>(strata[begin + i].source[plane]);
+      }
+    }
+    const ColorLanes carried = prediction.afterTone(prediction.beforeTone(colors), exponent);
+    for (std::size_t i = 0; i < count; ++i) {
+      for (std::size_t plane = 0; plane < 3; ++plane) strata[begin + i].source[plane] = double{carried[plane][i]};
+    }
   }
   return strata;
 }
@@ -241,12 +280,11 @@ std::vector<Stratum> carriedBy(const Hypothesis& hypothesis, double exponent, st
 std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses, const std::vector<Stratum>& strata,
                                       const ComparedIn& space) {
   constexpr std::size_t kept = 8;
-  const std::vector<Stratum> some = someOf(strata);
+  const LanedStrata some = laned(someOf(strata)), all = laned(strata);
   std::vector<CauseFit> fits;
   fits.reserve(kept + 1);
   for (const Hypothesis& hypothesis : hypotheses) {
-    const double most = fits.size() < kept ? std::numeric_limits<double>::infinity()
-                                           : CauseFit::costFor(fits.back().score(), hypothesis.complexity);
+    const double most = fits.size() < kept ? unlimited : CauseFit::costFor(fits.back().score(), hypothesis.complexity);
     const CauseFit fit = hypothesis.hasExponent() ? fitTo(hypothesis, some, space, roughPrecision)
                                                   : CauseFit{&hypothesis, 1, costUpTo(most, hypothesis, some, space)};
     if (fit.cost >= most) continue;
@@ -254,7 +292,7 @@ std::vector<CauseFit> likeliestCauses(const std::vector<Hypothesis>& hypotheses,
     rank(fits);
     if (fits.size() > kept) fits.pop_back();
   }
-  for (CauseFit& fit : fits) fit = refitted(fit, strata, space);
+  for (CauseFit& fit : fits) fit = refitted(fit, all, space);
   rank(fits);
   return fits;
 }
@@ -265,15 +303,15 @@ void rank(std::vector<CauseFit>& fits) {
 }
 
 Interval exponentInterval(const CauseFit& fit, const std::vector<Stratum>& strata, const ComparedIn& space) {
-  const Prediction prediction(*fit.hypothesis, space);
   constexpr double step = 1e-3;
+  const std::vector<Stratum> carried = carriedBy(*fit.hypothesis, fit.exponent, strata, space),
+                             further = carriedBy(*fit.hypothesis, fit.exponent + step, strata, space);
   double slopes = 0, errors = 0;
-  for (const Stratum& stratum : strata) {
-    const Prediction::Before before = prediction.beforeTone(stratum.source);
-    const double here = prediction.afterTone(before, fit.exponent)[0];
-    const double slope = (prediction.afterTone(before, fit.exponent + step)[0] - here) / step;
-    slopes += stratum.weight * slope * slope;
-    errors += stratum.weight * stratum.weight * slope * slope * (stratum.dest[0] - here) * (stratum.dest[0] - here);
+  for (std::size_t i = 0; i < strata.size(); ++i) {
+    const auto& [source, dest, weight, samples, spread] = carried[i];
+    const double slope = (further[i].source[0] - source[0]) / step;
+    slopes += weight * slope * slope;
+    errors += weight * weight * slope * slope * (dest[0] - source[0]) * (dest[0] - source[0]);
   }
   // Neighbouring colours err alike: twice what independent ones would give, and never finer than the fit itself.
   const double reach = slopes > 0 ? 2 * 2 * std::sqrt(errors) / slopes + 0.005 : fit.exponent;

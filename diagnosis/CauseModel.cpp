@@ -2,27 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 
 namespace diagnosis {
 namespace {
 
 constexpr double blackCode = 16;
-
-/// In single precision, which is several times quicker and off by far less than a code.
-double power(double value, double exponent) {
-  return double{std::pow(static_cast<float>(value), static_cast<float>(exponent))};
-}
-
-/// What lies below black becomes black.
-float logarithm(double value) {
-  return value <= 0 ? -std::numeric_limits<float>::infinity() : std::log2(static_cast<float>(value));
-}
-
-/// What has this logarithm, to a power.
-double raised(float logarithm, double exponent) {
-  return double{std::exp2(static_cast<float>(exponent) * logarithm)};
-}
 
 struct RangeErrors {
   std::vector<Hypothesis> once, twice;
@@ -115,53 +99,99 @@ Matrix3 matrixStep(const MatrixStep& step) {
   return product(toRgbMatrix(step.taken), fromRgbMatrix(step.meant));
 }
 
-/// Y'CbCr of one range read as if it were of the other.
-Vector3 rangedYCbCr(bool compress, const Vector3& signal, double fullCodes) {
-  const double chroma = chromaCodes / fullCodes;
-  if (compress) {
-    return {(lumaCodes * signal[0] + blackCode) / fullCodes, signal[1] * chroma, signal[2] * chroma};
-  }
-  return {(fullCodes * signal[0] - blackCode) / lumaCodes, signal[1] / chroma, signal[2] / chroma};
+/// y = factor * x + shift.
+struct RangeLine {
+  float factor = 1, shift = 0;
+};
+
+void carryAlong(const RangeLine& line, Lanes& values) {
+  for (float& value : values) value = line.factor * value + line.shift;
 }
 
-Vector3 rangedRgb(bool compress, Vector3 rgb, double fullCodes) {
-  for (double& value : rgb) {
-    value = compress ? (lumaCodes * value + blackCode) / fullCodes
-                     : std::clamp((fullCodes * value - blackCode) / lumaCodes, 0.0, 1.0);
+/// Luma, or R', G' and B', of one range read as if it were of the other.
+RangeLine rangeLine(bool compress, float fullCodes) {
+  const auto black = static_cast<float>(blackCode), codes = static_cast<float>(lumaCodes);
+  return compress ? RangeLine{codes / fullCodes, black / fullCodes} : RangeLine{fullCodes / codes, -black / codes};
+}
+
+ColorLanes rangedYCbCr(bool compress, ColorLanes signal, float fullCodes) {
+  const float chroma = static_cast<float>(chromaCodes) / fullCodes;
+  carryAlong(rangeLine(compress, fullCodes), signal[0]);
+  for (const std::size_t plane : {1U, 2U}) carryAlong({compress ? chroma : 1 / chroma, 0}, signal[plane]);
+  return signal;
+}
+
+ColorLanes rangedRgb(bool compress, ColorLanes rgb, float fullCodes) {
+  for (Lanes& values : rgb) {
+    carryAlong(rangeLine(compress, fullCodes), values);
+    if (compress) continue;
+    for (float& value : values) value = std::clamp(value, 0.0F, 1.0F);
   }
   return rgb;
+}
+
+Encoding encodingOf(const TransferCurve& curve) {
+  switch (curve.kind) {
+    case Transfer::Srgb:  // IEC 61966-2-1
+      return {2.4F, 0.055F, 1 / 12.92F, 0.04045F, 0.0031308F};
+    case Transfer::Bt709:
+      return {1 / 0.45F, 0.099F, 1 / 4.5F, 0.081F, 0.018F};
+    case Transfer::Linear:
+    case Transfer::Power:
+      break;
+  }
+  return {.exponent = curve.kind == Transfer::Linear ? 1.0F : static_cast<float>(curve.exponent)};
+}
+
+/// The logarithms of the light of signals.
+Lanes lightLogarithms(const Encoding& curve, const Lanes& signals) {
+  Lanes base, exponents;
+  for (std::size_t i = 0; i < laneCount; ++i) {
+    const float power = (signals[i] + curve.offset) / (1 + curve.offset), line = curve.slope * signals[i];
+    base[i] = signals[i] <= curve.bend ? line : power;
+    exponents[i] = signals[i] <= curve.bend ? 1.0F : curve.exponent;
+  }
+  Lanes light = logarithms(base);
+  for (std::size_t i = 0; i < laneCount; ++i) light[i] *= exponents[i];
+  return light;
+}
+
+Lanes signalsOf(const Encoding& curve, const Lanes& lightLogarithms) {
+  Lanes signals = raised(lightLogarithms, 1 / curve.exponent);
+  if (curve.bend <= 0) return signals;
+  const Lanes light = raised(lightLogarithms, 1);
+  for (std::size_t i = 0; i < laneCount; ++i) {
+    const float power = (1 + curve.offset) * signals[i] - curve.offset, line = light[i] / curve.slope;
+    signals[i] = light[i] <= curve.lightOfBend ? line : power;
+  }
+  return signals;
+}
+
+/// From signals of one encoding to those of another one. What is not above black stays.
+Lanes transferred(const Encoding& from, const Encoding& to, const Lanes& signals) {
+  Lanes result = signalsOf(to, lightLogarithms(from, signals));
+  for (std::size_t i = 0; i < laneCount; ++i) result[i] = signals[i] > 0 ? result[i] : signals[i];
+  return result;
+}
+
+double transferred(const TransferCurve& from, const TransferCurve& to, double signal) {
+  const Lanes result = transferred(encodingOf(from), encodingOf(to), Lanes{static_cast<float>(signal)});
+  return double{result.front()};
+}
+
+Lanes upToOne(Lanes values) {
+  for (float& value : values) value = std::min(value, 1.0F);
+  return values;
 }
 
 }  // namespace
 
 double lightOf(const TransferCurve& curve, double signal) {
-  if (signal <= 0) return signal;
-  switch (curve.kind) {
-    case Transfer::Srgb:  // IEC 61966-2-1
-      return signal <= 0.04045 ? signal / 12.92 : power((signal + 0.055) / 1.055, 2.4);
-    case Transfer::Bt709:
-      return signal < 0.081 ? signal / 4.5 : power((signal + 0.099) / 1.099, 1 / 0.45);
-    case Transfer::Linear:
-      return signal;
-    case Transfer::Power:
-      break;
-  }
-  return power(signal, curve.exponent);
+  return transferred(curve, {Transfer::Linear}, signal);
 }
 
 double signalOf(const TransferCurve& curve, double light) {
-  if (light <= 0) return light;
-  switch (curve.kind) {
-    case Transfer::Srgb:
-      return light <= 0.0031308 ? 12.92 * light : 1.055 * power(light, 1 / 2.4) - 0.055;
-    case Transfer::Bt709:
-      return light < 0.018 ? 4.5 * light : 1.099 * power(light, 0.45) - 0.099;
-    case Transfer::Linear:
-      return light;
-    case Transfer::Power:
-      break;
-  }
-  return power(light, 1 / curve.exponent);
+  return transferred({Transfer::Linear}, curve, light);
 }
 
 const std::vector<Hypothesis>& singleCauses() {
@@ -224,12 +254,20 @@ std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& des
 
 Prediction::Prediction(const Hypothesis& hypothesis, const ComparedIn& space)
     : hypothesis_(hypothesis),
-      fullCodes_(space.fullCodes),
-      toRgb_(toRgbMatrix(space.matrix)),
-      fromRgb_(fromRgbMatrix(space.matrix)),
-      matrix_(product(fromRgb_, product(matrixStep(hypothesis.matrix), toRgb_))) {}
+      fullCodes_(static_cast<float>(space.fullCodes)),
+      toRgb_(laneMatrix(toRgbMatrix(space.matrix))),
+      fromRgb_(laneMatrix(fromRgbMatrix(space.matrix))),
+      from_(encodingOf(hypothesis.from)),
+      to_(encodingOf(hypothesis.to)) {
+  if (hypothesis.relabelling) {
+    matrix_ = laneMatrix(hypothesis.relabelling->matrix);
+  } else if (hypothesis.hasMatrix()) {
+    const Matrix3 onSignals = product(matrixStep(hypothesis.matrix), toRgbMatrix(space.matrix));
+    matrix_ = laneMatrix(product(fromRgbMatrix(space.matrix), onSignals));
+  }
+}
 
-Vector3 Prediction::ranged(RangeStep step, const Vector3& signal) const {
+ColorLanes Prediction::ranged(RangeStep step, const ColorLanes& signal) const {
   switch (step) {
     case RangeStep::None:
       break;
@@ -243,27 +281,31 @@ Vector3 Prediction::ranged(RangeStep step, const Vector3& signal) const {
   return signal;
 }
 
-Prediction::Before Prediction::beforeTone(const Vector3& source) const {
+Prediction::Before Prediction::beforeTone(const ColorLanes& source) const {
   if (hypothesis_.relabelling) {
-    Vector3 result = product(hypothesis_.relabelling->matrix, source);
-    for (std::size_t i = 0; i < 3; ++i) result[i] += hypothesis_.relabelling->shift[i];
-    return {result};
+    Before before{product(matrix_, source), {}};
+    for (std::size_t plane = 0; plane < 3; ++plane) {
+      carryAlong({1, static_cast<float>(hypothesis_.relabelling->shift[plane])}, before.signal[plane]);
+    }
+    return before;
   }
-  Before before{ranged(hypothesis_.rangeBefore, source)};
+  Before before{ranged(hypothesis_.rangeBefore, source), {}};
   if (hypothesis_.hasMatrix()) before.signal = product(matrix_, before.signal);
-  const double luma = before.signal[0];
   switch (hypothesis_.tone) {
     case ToneStep::PowerRgb: {
-      const Vector3 rgb = product(toRgb_, before.signal);
-      for (std::size_t i = 0; i < 3; ++i) before.logarithms[i] = logarithm(std::min(rgb[i], 1.0));
+      const ColorLanes rgb = product(toRgb_, before.signal);
+      for (std::size_t plane = 0; plane < 3; ++plane) before.logarithms[plane] = logarithms(upToOne(rgb[plane]));
       break;
     }
     case ToneStep::PowerLuma:
-      before.logarithms[0] = logarithm(luma);
+      before.logarithms[0] = logarithms(before.signal[0]);
       break;
-    case ToneStep::PowerLumaCodes:
-      before.logarithms[0] = logarithm((blackCode + lumaCodes * luma) / fullCodes_);
+    case ToneStep::PowerLumaCodes: {
+      Lanes codes = before.signal[0];
+      carryAlong(rangeLine(true, fullCodes_), codes);
+      before.logarithms[0] = logarithms(codes);
       break;
+    }
     case ToneStep::None:
     case ToneStep::CurveRgb:
       break;
@@ -271,30 +313,32 @@ Prediction::Before Prediction::beforeTone(const Vector3& source) const {
   return before;
 }
 
-Vector3 Prediction::toned(const Before& before, double exponent) const {
-  Vector3 result = before.signal;
+ColorLanes Prediction::toned(const Before& before, float exponent) const {
+  ColorLanes result = before.signal;
   switch (hypothesis_.tone) {
     case ToneStep::None:
       break;
     case ToneStep::PowerRgb:
-      for (std::size_t i = 0; i < 3; ++i) result[i] = raised(before.logarithms[i], exponent);
+      for (std::size_t plane = 0; plane < 3; ++plane) result[plane] = raised(before.logarithms[plane], exponent);
       return product(fromRgb_, result);
     case ToneStep::PowerLuma:
       result[0] = raised(before.logarithms[0], exponent);
       break;
     case ToneStep::PowerLumaCodes:
-      result[0] = (raised(before.logarithms[0], exponent) * fullCodes_ - blackCode) / lumaCodes;
+      result[0] = raised(before.logarithms[0], exponent);
+      carryAlong(rangeLine(false, fullCodes_), result[0]);
       break;
     case ToneStep::CurveRgb:
       result = product(toRgb_, result);
-      for (double& value : result) value = signalOf(hypothesis_.to, lightOf(hypothesis_.from, std::min(value, 1.0)));
+      for (Lanes& values : result) values = transferred(from_, to_, upToOne(values));
       return product(fromRgb_, result);
   }
   return result;
 }
 
-Vector3 Prediction::afterTone(const Before& before, double exponent) const {
-  return hypothesis_.relabelling ? before.signal : ranged(hypothesis_.rangeAfter, toned(before, exponent));
+ColorLanes Prediction::afterTone(const Before& before, double exponent) const {
+  return hypothesis_.relabelling ? before.signal
+                                 : ranged(hypothesis_.rangeAfter, toned(before, static_cast<float>(exponent)));
 }
 
 }  // namespace diagnosis

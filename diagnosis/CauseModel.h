@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "diagnosis/Finding.h"
+#include "diagnosis/Lanes.h"
 #include "diagnosis/Signal.h"
 
 namespace diagnosis {
@@ -65,6 +66,14 @@ const std::vector<Hypothesis>& pairsOfCauses();
 /// The same samples under the other side's tags; none where that changes nothing, or where one side is RGB.
 std::optional<Hypothesis> relabelled(const SideTags& source, const SideTags& dest, const ComparedIn& space);
 
+/// The same with all its numbers: a power of the signal with an offset, and a line below a bend. A pure exponent has
+/// neither.
+struct Encoding {
+  float exponent = 1, offset = 0;
+  float slope = 1, bend = 0;  ///< the line's, light over signal; and the signal up to which it goes
+  float lightOfBend = 0;
+};
+
 /// A hypothesis on colours of the Y'PbPr of a common matrix.
 class Prediction {
  public:
@@ -72,20 +81,21 @@ class Prediction {
 
   /// Everything before the tone; of a relabelling, all there is.
   struct Before {
-    Vector3 signal{};                   ///< Y'PbPr
-    std::array<float, 3> logarithms{};  ///< to base 2, of what an exponent raises
+    ColorLanes signal{};      ///< Y'PbPr
+    ColorLanes logarithms{};  ///< of what an exponent raises
   };
-  Before beforeTone(const Vector3& source) const;
+  Before beforeTone(const ColorLanes& source) const;
   /// What becomes of it. `exponent` where the hypothesis has one.
-  Vector3 afterTone(const Before& before, double exponent) const;
+  ColorLanes afterTone(const Before& before, double exponent) const;
 
  private:
-  Vector3 toned(const Before& before, double exponent) const;
-  Vector3 ranged(RangeStep step, const Vector3& signal) const;
+  ColorLanes toned(const Before& before, float exponent) const;
+  ColorLanes ranged(RangeStep step, const ColorLanes& signal) const;
   const Hypothesis& hypothesis_;
-  double fullCodes_;
-  Matrix3 toRgb_, fromRgb_;
-  Matrix3 matrix_;  ///< of the hypothesis, from Y'PbPr to Y'PbPr
+  float fullCodes_;
+  LaneMatrix toRgb_, fromRgb_;
+  LaneMatrix matrix_{};  ///< of the hypothesis, or of its relabelling, from Y'PbPr to Y'PbPr
+  Encoding from_, to_;
 };
 
 }  // namespace diagnosis

@@ -1,0 +1,74 @@
+#include "diagnosis/Lanes.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace diagnosis {
+namespace {
+
+constexpr int mantissaBits = 23, exponentBias = 127;  // of IEEE 754's binary32
+constexpr float lowestLogarithm = -126;               // of a normal number
+constexpr float logarithmOfNothing = -1000;
+constexpr double ln2 = 0.693147180559945309;
+
+/// The series of atanh: with s = (m - 1) / (m + 1), ln m = 2 (s + s^3/3 + s^5/5 + ...), for m from 0.7 to 1.4.
+float logarithm(float value) {
+  constexpr auto unit = static_cast<float>(2 / ln2);
+  constexpr std::int32_t middle = std::bit_cast<std::int32_t>(0.70710678F);
+  const auto bits = std::bit_cast<std::int32_t>(value > 0 ? value : 1.0F);
+  const std::int32_t exponent = (bits - middle) >> mantissaBits;
+  const auto mantissa = std::bit_cast<float>(bits - (exponent << mantissaBits));
+  const float s = (mantissa - 1) / (mantissa + 1), square = s * s;
+  const float series = 1 + square * (1.0F / 3 + square * (1.0F / 5 + square * (1.0F / 7 + square * (1.0F / 9))));
+  const float result = static_cast<float>(exponent) + unit * s * series;
+  return value > 0 ? result : logarithmOfNothing;
+}
+
+/// Two to a power: its whole part is the exponent's bits, of the rest within half of 1 the series of e^x.
+float powerOfTwo(float power) {
+  constexpr auto e1 = static_cast<float>(ln2), e2 = static_cast<float>(ln2 / 2), e3 = static_cast<float>(ln2 / 3),
+                 e4 = static_cast<float>(ln2 / 4), e5 = static_cast<float>(ln2 / 5), e6 = static_cast<float>(ln2 / 6),
+                 e7 = static_cast<float>(ln2 / 7);
+  const float normal = power > lowestLogarithm ? power : lowestLogarithm;
+  // It is positive: cutting it off rounds it down.
+  const auto exponent = static_cast<std::int32_t>(normal + (exponentBias + 0.5F));
+  const float x = normal - static_cast<float>(exponent - exponentBias);
+  const float series =
+      1 + e1 * x * (1 + e2 * x * (1 + e3 * x * (1 + e4 * x * (1 + e5 * x * (1 + e6 * x * (1 + e7 * x))))));
+  return series * std::bit_cast<float>(exponent << mantissaBits);
+}
+
+}  // namespace
+
+LaneMatrix laneMatrix(const Matrix3& matrix) {
+  LaneMatrix result{};
+  for (std::size_t row = 0; row < 3; ++row) {
+    for (std::size_t column = 0; column < 3; ++column) result[row][column] = static_cast<float>(matrix[row][column]);
+  }
+  return result;
+}
+
+ColorLanes product(const LaneMatrix& matrix, const ColorLanes& colors) {
+  ColorLanes result;
+  for (std::size_t plane = 0; plane < 3; ++plane) {
+    const auto [a, b, c] = matrix[plane];
+    for (std::size_t i = 0; i < laneCount; ++i) {
+      result[plane][i] = a * colors[0][i] + b * colors[1][i] + c * colors[2][i];
+    }
+  }
+  return result;
+}
+
+Lanes logarithms(const Lanes& values) {
+  Lanes result;
+  for (std::size_t i = 0; i < laneCount; ++i) result[i] = logarithm(values[i]);
+  return result;
+}
+
+Lanes raised(const Lanes& logarithms, float exponent) {
+  Lanes result;
+  for (std::size_t i = 0; i < laneCount; ++i) result[i] = powerOfTwo(exponent * logarithms[i]);
+  return result;
+}
+
+}  // namespace diagnosis
