@@ -20,19 +20,17 @@ std::vector<float> activityOf(const Signal& signal, const Signal& blocks) {
   const std::vector<std::size_t> columns = blockEnds(signal.width, blocks.width),
                                  rows = blockEnds(signal.height, blocks.height);
   const auto width = static_cast<std::size_t>(signal.width);
-  std::vector<float> activity(blocks.size());
+  std::vector<float> activity(blocks.size()), means(width), distances(width);
   for (std::size_t row = 0, top = 0; row < rows.size(); top = rows[row++]) {
-    float* const sums = &activity[row * columns.size()];
-    const float* const means = &blocks.luma()[row * columns.size()];
+    for (std::size_t column = 0, x = 0; column < columns.size(); ++column) {
+      for (; x < columns[column]; ++x) means[x] = blocks.luma()[row * columns.size() + column];
+    }
+    std::fill(distances.begin(), distances.end(), 0.0F);
     for (std::size_t y = top; y < rows[row]; ++y) {
       const float* const line = &signal.luma()[y * width];
-      for (std::size_t column = 0, x = 0; column < columns.size(); ++column) {
-        for (; x < columns[column]; ++x) sums[column] += std::abs(line[x] - means[column]);
-      }
+      for (std::size_t x = 0; x < width; ++x) distances[x] += std::abs(line[x] - means[x]);
     }
-    for (std::size_t column = 0, left = 0; column < columns.size(); left = columns[column++]) {
-      sums[column] /= std::max(1.0F, static_cast<float>((rows[row] - top) * (columns[column] - left)));
-    }
+    meansOf(distances, columns, rows[row] - top, &activity[row * columns.size()]);
   }
   return activity;
 }

@@ -50,6 +50,39 @@ SampleMap sampleMap(const movie::Picture& picture, const SideTags& tags, std::ui
   return map;
 }
 
+using SamplePlanes = std::array<const std::vector<std::uint16_t>*, 3>;
+
+/// Where the matrix is the common one already, each plane goes by itself.
+std::vector<float> scaled(const std::vector<std::uint16_t>& samples, float factor, float shift) {
+  std::vector<float> result(samples.begin(), samples.end());
+  for (float& value : result) value = factor * value - shift;
+  return result;
+}
+
+std::vector<float> mixed(const SamplePlanes& samples, const Vector3& factors, float shift) {
+  const auto a = static_cast<float>(factors[0]), b = static_cast<float>(factors[1]), c = static_cast<float>(factors[2]);
+  std::vector<float> result(samples[0]->begin(), samples[0]->end());
+  const std::uint16_t *const second = samples[1]->data(), *const third = samples[2]->data();
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    result[i] = a * result[i] + b * static_cast<float>(second[i]) + c * static_cast<float>(third[i]) - shift;
+  }
+  return result;
+}
+
+/// The lines of a block, added up.
+void addLines(std::vector<float>& sums, const float* lines, std::size_t count) {
+  const std::size_t width = sums.size();
+  std::size_t line = 0;
+  // As many at once as most blocks have.
+  for (; line + 4 <= count; line += 4, lines += 4 * width) {
+    const float *const a = lines, *const b = a + width, *const c = b + width, *const d = c + width;
+    for (std::size_t x = 0; x < width; ++x) sums[x] += a[x] + b[x] + c[x] + d[x];
+  }
+  for (; line < count; ++line, lines += width) {
+    for (std::size_t x = 0; x < width; ++x) sums[x] += lines[x];
+  }
+}
+
 }  // namespace
 
 Matrix3 toRgbMatrix(std::uint16_t matrix) {
@@ -78,24 +111,15 @@ Matrix3 product(const Matrix3& left, const Matrix3& right) {
 
 Signal signalOf(const movie::Picture& picture, const SideTags& tags, std::uint16_t common) {
   const SampleMap map = sampleMap(picture, tags, common);
-  const std::size_t size = static_cast<std::size_t>(picture.width) * static_cast<std::size_t>(picture.height);
   const bool grey = picture.model == movie::PictureModel::Grey;
-  const std::vector<std::uint16_t>& first = picture.planes[0];
-  const std::vector<std::uint16_t>& second = grey ? first : picture.planes[1];
-  const std::vector<std::uint16_t>& third = grey ? first : picture.planes[2];
-
+  const SamplePlanes samples{&picture.planes[0], &picture.planes[grey ? 0 : 1], &picture.planes[grey ? 0 : 2]};
   Signal signal{picture.width, picture.height, {}};
   for (std::size_t plane = 0; plane < 3; ++plane) {
-    const auto a = static_cast<float>(map.matrix[plane][0]);
-    const auto b = static_cast<float>(map.matrix[plane][1]);
-    const auto c = static_cast<float>(map.matrix[plane][2]);
+    const Vector3& factors = map.matrix[plane];
     const auto shift = static_cast<float>(product(map.matrix, map.zero)[plane]);
-    std::vector<float>& out = signal.planes[plane];
-    out.resize(size);
-    for (std::size_t i = 0; i < size; ++i) {
-      out[i] = a * static_cast<float>(first[i]) + b * static_cast<float>(second[i]) + c * static_cast<float>(third[i]) -
-               shift;
-    }
+    signal.planes[plane] = factors[(plane + 1) % 3] == 0 && factors[(plane + 2) % 3] == 0
+                               ? scaled(*samples[plane], static_cast<float>(factors[plane]), shift)
+                               : mixed(samples, factors, shift);
   }
   return signal;
 }
@@ -107,23 +131,32 @@ std::vector<std::size_t> blockEnds(int samples, int blocks) {
   return ends;
 }
 
+void meansOf(const std::vector<float>& line, const std::vector<std::size_t>& columns, std::size_t lines, float* means) {
+  constexpr std::size_t usual = 4;
+  const std::size_t count = columns.size();
+  if (line.size() == usual * count) {
+    const float* const in = line.data();
+    const auto samples = static_cast<float>(usual * lines);
+    for (std::size_t i = 0; i < count; ++i) {
+      means[i] = (in[4 * i] + in[4 * i + 1] + in[4 * i + 2] + in[4 * i + 3]) / samples;
+    }
+    return;
+  }
+  for (std::size_t column = 0, x = 0; column < count; ++column) {
+    const std::size_t first = x;
+    float sum = 0;
+    for (; x < columns[column]; ++x) sum += line[x];
+    means[column] = sum / std::max(1.0F, static_cast<float>(lines * (x - first)));
+  }
+}
+
 std::vector<float> reduced(const std::vector<float>& plane, int planeWidth, int planeHeight, int width, int height) {
   const std::vector<std::size_t> columns = blockEnds(planeWidth, width), rows = blockEnds(planeHeight, height);
-  std::vector<float> result(columns.size() * rows.size()), line(static_cast<std::size_t>(planeWidth));
-  float* out = result.data();
-  for (std::size_t row = 0, y = 0; row < rows.size(); ++row) {
-    const std::size_t firstRow = y;
-    std::fill(line.begin(), line.end(), 0.0F);
-    for (; y < rows[row]; ++y) {
-      const float* const in = &plane[y * line.size()];
-      for (std::size_t x = 0; x < line.size(); ++x) line[x] += in[x];
-    }
-    for (std::size_t column = 0, x = 0; column < columns.size(); ++column) {
-      const std::size_t firstColumn = x;
-      float sum = 0;
-      for (; x < columns[column]; ++x) sum += line[x];
-      *out++ = sum / std::max(1.0F, static_cast<float>((y - firstRow) * (x - firstColumn)));
-    }
+  std::vector<float> result(columns.size() * rows.size()), sums(static_cast<std::size_t>(planeWidth));
+  for (std::size_t row = 0, top = 0; row < rows.size(); top = rows[row++]) {
+    std::fill(sums.begin(), sums.end(), 0.0F);
+    addLines(sums, &plane[top * sums.size()], rows[row] - top);
+    meansOf(sums, columns, rows[row] - top, &result[row * columns.size()]);
   }
   return result;
 }

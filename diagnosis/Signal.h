@@ -50,5 +50,7 @@ Signal reduced(const Signal& signal, int width, int height);
 std::vector<float> reduced(const std::vector<float>& plane, int planeWidth, int planeHeight, int width, int height);
 /// Where each of so many blocks of an axis ends.
 std::vector<std::size_t> blockEnds(int samples, int blocks);
+/// The means of the blocks of a row whose lines were added up, by where they end.
+void meansOf(const std::vector<float>& line, const std::vector<std::size_t>& columns, std::size_t lines, float* means);
 
 }  // namespace diagnosis
