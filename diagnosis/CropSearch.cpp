@@ -1,9 +1,11 @@
 #include "diagnosis/CropSearch.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
+#include <utility>
+#include <vector>
 
 #include "diagnosis/ToneCurve.h"
 
@@ -47,63 +49,66 @@ std::vector<UsualCrops> usualCrops() {
   return all;
 }
 
-/// A destination's luma that many sources are held against.
-struct RoughTarget {
-  std::vector<float> upright, mirrored;  ///< standardised()
-};
-
-RoughTarget targetOf(const Signal& dest) {
-  const std::vector<float> luma = standardised(dest.luma());
-  const Signal upright{dest.width, dest.height, {luma, {}, {}}};
-  return {luma, sourceUpon(upright, {.mirroredX = true}, dest.width, dest.height).planes[0]};
+Signal smallerLuma(const Signal& signal, int width, int height) {
+  return {width, height, {reduced(signal.luma(), signal.width, signal.height, width, height), {}, {}}};
 }
 
 struct CropFit {
-  bool mirrored = false;
   Region crop;
+  bool mirrored = false;
   double explained = 0;
 };
 
-/// Columns are taken once for all crops that keep the same of them; and that the source is mirrored is as well as that
-/// the destination is.
-std::vector<CropFit> fitsOf(const Signal& source, const Signal& dest) {
+/// A destination's luma in some size, as it is and mirrored: that the source is mirrored is as well as that it is.
+class RoughTarget {
+ public:
+  RoughTarget(const Signal& dest, int width, int height) {
+    Signal small = smallerLuma(dest, width, height);
+    small.planes[0] = standardised(std::move(small.planes[0]));
+    mirrored_ = sourceUpon(small, {.mirroredX = true}, width, height).planes[0];
+    upright_ = std::move(small.planes[0]);
+  }
+  std::array<CropFit, 2> fits(const Signal& taken, const Region& crop) const {
+    const auto [upright, mirrored] = explainedRoughly(levelsOf(taken.luma()), upright_, mirrored_);
+    return {CropFit{crop, false, upright}, CropFit{crop, true, mirrored}};
+  }
+
+ private:
+  std::vector<float> upright_, mirrored_;
+};
+
+/// Of all usual crops. Columns are taken once for those that keep the same of them.
+std::vector<CropFit> firstFits(const Signal& source, const Signal& dest) {
   static const std::vector<UsualCrops> all = usualCrops();
-  const RoughTarget target = targetOf(dest);
+  const Signal small = smallerLuma(source, firstWidth, firstHeight);
+  const RoughTarget target(dest, firstWidth, firstHeight);
   std::vector<CropFit> fits;
   for (const auto& [across, downs] : all) {
-    const Signal columns = sourceUpon(source, {.source = {across.begin, 0, across.end, 1}}, dest.width, dest.height);
+    const Signal columns = sourceUpon(small, {.source = {across.begin, 0, across.end, 1}}, firstWidth, firstHeight);
     for (const KeptPart& down : downs) {
-      const Signal taken = sourceUpon(columns, {.source = {0, down.begin, 1, down.end}}, dest.width, dest.height);
-      const std::vector<std::uint8_t> levels = levelsOf(taken.luma());
-      const Region crop{across.begin, down.begin, across.end, down.end};
-      fits.push_back({false, crop, explainedRoughly(levels, target.upright)});
-      fits.push_back({true, crop, explainedRoughly(levels, target.mirrored)});
+      const Signal taken = sourceUpon(columns, {.source = {0, down.begin, 1, down.end}}, firstWidth, firstHeight);
+      const auto both = target.fits(taken, {across.begin, down.begin, across.end, down.end});
+      fits.insert(fits.end(), both.begin(), both.end());
     }
   }
   return fits;
-}
-
-Signal smallerLuma(const Signal& signal, int width, int height) {
-  return {width, height, {reduced(signal.luma(), signal.width, signal.height, width, height), {}, {}}};
 }
 
 }  // namespace
 
 Placement bestCrop(const Signal& source, const Signal& dest) {
   constexpr std::size_t promising = 40;
-  std::vector<CropFit> fits =
-      fitsOf(smallerLuma(source, firstWidth, firstHeight), smallerLuma(dest, firstWidth, firstHeight));
+  std::vector<CropFit> fits = firstFits(source, dest);
   const auto end = fits.begin() + static_cast<std::ptrdiff_t>(promising);
   std::partial_sort(fits.begin(), end, fits.end(),
                     [](const CropFit& one, const CropFit& other) { return one.explained > other.explained; });
   const Signal larger = smallerLuma(source, secondWidth, secondHeight);
-  const std::vector<float> target = standardised(smallerLuma(dest, secondWidth, secondHeight).luma());
+  const RoughTarget target(dest, secondWidth, secondHeight);
   CropFit best;
   for (auto fit = fits.begin(); fit != end; ++fit) {
-    const Placement placement{.mirroredX = fit->mirrored, .source = fit->crop};
-    const Signal taken = sourceUpon(larger, placement, secondWidth, secondHeight);
-    fit->explained = explainedRoughly(levelsOf(taken.luma()), target);
-    if (fit->explained > best.explained) best = *fit;
+    const Signal taken = sourceUpon(larger, {.source = fit->crop}, secondWidth, secondHeight);
+    const CropFit again = target.fits(taken, fit->crop)[fit->mirrored ? 1 : 0];
+    if (again.explained > best.explained) best = again;
   }
   return {.mirroredX = best.mirrored, .source = best.crop};
 }

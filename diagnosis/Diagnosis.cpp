@@ -128,7 +128,7 @@ Told toldOf(const std::vector<MatchedFrame>& frames, const Question& question, c
   const std::vector<Stratum> strata = withinRgb(all.strata(), space.matrix);
   Told told;
   told.difference = differenceOf(strata);
-  told.curve = fitTone(all.calmSource(), all.calmDest()).curve;
+  told.curve = toneCurve(all.calmSource(), all.calmDest());
   told.causes =
       causesOf({strata, question.source, question.dest, space, question.tolerance, told.difference, identical});
   return told;

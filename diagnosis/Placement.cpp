@@ -59,31 +59,40 @@ std::vector<float> transposed(const std::vector<float>& plane, std::size_t width
   return result;
 }
 
-/// A row of the source, or a mean of two, between rows.
+/// A row of the source, or a mean of two, between rows; and its last sample once more.
 void takeRow(std::vector<float>& line, const std::vector<float>& plane, const Tap* taps, std::size_t each) {
+  const std::size_t width = line.size() - 1;
   const float weight = 1 / static_cast<float>(each);
   for (std::size_t i = 0; i < each; ++i) {
-    const float* const top = &plane[taps[i].first * line.size()];
-    const float* const bottom = &plane[taps[i].second * line.size()];
+    const float* const top = &plane[taps[i].first * width];
+    const float* const bottom = &plane[taps[i].second * width];
     const float share = taps[i].share;
     if (i == 0) {
-      for (std::size_t x = 0; x < line.size(); ++x) line[x] = weight * between(top[x], bottom[x], share);
+      for (std::size_t x = 0; x < width; ++x) line[x] = weight * between(top[x], bottom[x], share);
     } else {
-      for (std::size_t x = 0; x < line.size(); ++x) line[x] += weight * between(top[x], bottom[x], share);
+      for (std::size_t x = 0; x < width; ++x) line[x] += weight * between(top[x], bottom[x], share);
     }
   }
+  line[width] = line[width - 1];
 }
 
-/// The samples of a row of the result.
-void takeSamples(float* row, std::size_t columns, const std::vector<float>& line, const AxisTaps& across) {
-  const auto taken = [&](const Tap& tap) { return between(line[tap.first], line[tap.second], tap.share); };
-  const Tap* const taps = across.taps.data();
+/// The samples of a row of the result. The line goes on by one sample, the last one's neighbour.
+void takeSamples(std::vector<float>& row, const std::vector<float>& line, const AxisTaps& across) {
+  const float* const in = line.data();
+  const auto taken = [in](const Tap& tap) {
+    const float* const first = in + tap.first;
+    return between(first[0], first[1], tap.share);
+  };
+  const Tap* tap = across.taps.data();
   if (across.isCopy) {  // an export within bars above and below keeps its columns
-    std::copy(line.begin(), line.end(), row);
+    std::copy(line.begin(), line.end() - 1, row.begin());
   } else if (across.each == 1) {
-    for (std::size_t x = 0; x < columns; ++x) row[x] = taken(taps[x]);
+    for (float& sample : row) sample = taken(*tap++);
   } else {
-    for (std::size_t x = 0; x < columns; ++x) row[x] = 0.5F * (taken(taps[2 * x]) + taken(taps[2 * x + 1]));
+    for (float& sample : row) {
+      sample = 0.5F * (taken(tap[0]) + taken(tap[1]));
+      tap += 2;
+    }
   }
 }
 
@@ -91,11 +100,12 @@ void takeSamples(float* row, std::size_t columns, const std::vector<float>& line
 /// columns.
 std::vector<float> resampled(const std::vector<float>& plane, std::size_t planeWidth, const AxisTaps& across,
                              const AxisTaps& down) {
-  const std::size_t columns = across.taps.size() / across.each, rows = down.taps.size() / down.each;
-  std::vector<float> result(columns * rows), line(planeWidth);
-  for (std::size_t row = 0; row < rows; ++row) {
-    takeRow(line, plane, &down.taps[row * down.each], down.each);
-    takeSamples(&result[row * columns], columns, line, across);
+  std::vector<float> result, row(across.taps.size() / across.each), line(planeWidth + 1);
+  result.reserve(row.size() * down.taps.size() / down.each);
+  for (auto tap = down.taps.begin(); tap != down.taps.end(); tap += static_cast<std::ptrdiff_t>(down.each)) {
+    takeRow(line, plane, &*tap, down.each);
+    takeSamples(row, line, across);
+    result.insert(result.end(), row.begin(), row.end());
   }
   return result;
 }

@@ -90,7 +90,7 @@ class Trial {
 
  private:
   const Signal& source_;
-  const Signal& dest_;
+  ToneTarget dest_;
   Region destPart_;
 };
 
@@ -133,21 +133,30 @@ constexpr std::array<EdgeMove, 8> edgeMoves{{{&Region::left, -1},
                                              {&Region::bottom, -1},
                                              {&Region::bottom, 1}}};
 
+bool isNear(const Region& one, const Region& other) {
+  constexpr double reach = 1e-6;
+  return std::abs(one.left - other.left) < reach && std::abs(one.top - other.top) < reach &&
+         std::abs(one.right - other.right) < reach && std::abs(one.bottom - other.bottom) < reach;
+}
+
 /// Moves the four edges of the source's region by ever smaller steps as long as that explains more: one move after the
-/// other, until each was in vain since the last one that was worth it.
+/// other, until each was in vain since the last one that was worth it. Nothing is tried that leads back.
 PlacementFit refined(const Trial& trial, PlacementFit best) {
   constexpr double largest = 0.02, smallest = 0.002;
+  Region before = best.placement.source;
   for (double step = largest; step >= smallest && best.explained < nothingLeft; step /= 2) {
     std::size_t inVain = 0;
     for (std::size_t next = 0; inVain < edgeMoves.size(); next = (next + 1) % edgeMoves.size()) {
       const auto& [edge, direction] = edgeMoves[next];
       ++inVain;
       Placement other = best.placement;
-      other.source.*edge = std::clamp(other.source.*edge + direction * step, 0.0, 1.0);
-      if (other == best.placement || other.source.width() < leastPicture || other.source.height() < leastPicture)
-        continue;
+      Region& part = other.source;
+      part.*edge = std::clamp(part.*edge + direction * step, 0.0, 1.0);
+      if (isNear(part, best.placement.source) || isNear(part, before)) continue;
+      if (part.width() < leastPicture || part.height() < leastPicture) continue;
       const PlacementFit fit = trial.fit(other);
       if (!isWorth(fit, best)) continue;
+      before = best.placement.source;
       best = fit;
       inVain = 0;
     }

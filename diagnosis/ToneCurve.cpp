@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdint>
 #include <numeric>
+#include <utility>
 
 #include "diagnosis/Signal.h"
 #include "diagnosis/Statistics.h"
@@ -15,26 +16,13 @@ namespace {
 constexpr std::size_t bins = 64;
 constexpr float lowest = -0.1F, highest = 1.15F;
 
+/// Of a luma that a picture can have, which is not far from 0 and 1. In short integers: most fit into one vector.
 std::uint8_t binOf(float luma) {
-  constexpr float binsPerLuma = static_cast<float>(bins) / (highest - lowest), last = static_cast<float>(bins - 1);
-  const float place = (luma - lowest) * binsPerLuma;
-  const float above = place > 0 ? place : 0.0F;
-  return static_cast<std::uint8_t>(static_cast<int>(above < last ? above : last));
+  constexpr float binsPerLuma = static_cast<float>(bins) / (highest - lowest);
+  constexpr std::int16_t first = 0, last = bins - 1;
+  const auto place = static_cast<std::int16_t>(static_cast<std::int32_t>((luma - lowest) * binsPerLuma));
+  return static_cast<std::uint8_t>(std::min(std::max(place, first), last));
 }
-
-/// Sums over samples of one bin, or of all.
-struct Sums {
-  double count = 0, source = 0, dest = 0, sourceSquares = 0, destSquares = 0;
-  void add(double s, double d) {
-    ++count;
-    source += s;
-    dest += d;
-    sourceSquares += s * s;
-    destSquares += d * d;
-  }
-  double destScatter() const { return count > 0 ? std::max(0.0, destSquares - dest * dest / count) : 0.0; }
-  double sourceScatter() const { return count > 0 ? std::max(0.0, sourceSquares - source * source / count) : 0.0; }
-};
 
 double codes(double luma) {
   return 16.0 + lumaCodes * luma;
@@ -44,22 +32,16 @@ double codes(double luma) {
 constexpr int partsAcross = 16, partsDown = 12;
 using PartsOut = std::array<bool, std::size_t{partsAcross} * partsDown>;
 
-/// Samples that lie side by side in one part.
-struct Run {
-  std::size_t part = 0, begin = 0, end = 0;
-};
-
-/// In the order of the samples.
-template <typename Take>
-void forEachRun(const Signal& signal, Take take) {
-  const std::vector<std::size_t> columns = blockEnds(signal.width, partsAcross);
-  std::size_t line = 0;
-  for (int y = 0; y < signal.height; ++y, line += static_cast<std::size_t>(signal.width)) {
-    const std::size_t row = static_cast<std::size_t>(y * partsDown / signal.height) * partsAcross;
-    std::size_t begin = line;
-    for (std::size_t column = 0; column < columns.size(); ++column) {
-      take(Run{row + column, begin, line + columns[column]});
-      begin = line + columns[column];
+/// Calls `take` with where each line of the wanted parts begins and ends among the samples.
+template <typename Wanted, typename Take>
+void forEachLineOf(Wanted wanted, int width, int height, Take take) {
+  const std::vector<std::size_t> columns = blockEnds(width, partsAcross), rows = blockEnds(height, partsDown);
+  const auto all = static_cast<std::size_t>(width);
+  std::size_t part = 0;
+  for (std::size_t row = 0, top = 0; row < rows.size(); top = rows[row++]) {
+    for (std::size_t column = 0, left = 0; column < columns.size(); left = columns[column++], ++part) {
+      if (!wanted(part)) continue;
+      for (std::size_t y = top; y < rows[row]; ++y) take(y * all + left, y * all + columns[column]);
     }
   }
 }
@@ -105,30 +87,28 @@ std::array<double, bins> curveThrough(const BinSums& sums) {
 
 /// A destination's luma beside the bins of its source.
 struct BinnedPair {
-  const Signal& dest;
+  const ToneTarget& dest;
   const std::vector<std::uint8_t>& binOfSample;
 };
 
 BinSums sumsOf(const BinnedPair& pair) {
-  const std::vector<float>& dest = pair.dest.luma();
+  const std::vector<double>& dest = pair.dest.luma;
   BinSums sums;
-  double squares = 0;
   for (std::size_t at = 0; at < dest.size(); ++at) {
-    const double d = double{dest[at]};
     const std::size_t bin = pair.binOfSample[at];
     ++sums.count[bin];
-    sums.dest[bin] += d;
-    squares += d * d;
+    sums.dest[bin] += dest[at];
   }
-  sums.squares = squares;
+  sums.squares = pair.dest.squares;
   return sums;
 }
 
 /// The sums of the parts that are not out: a few are taken away sooner than most are summed up anew.
 BinSums without(const PartsOut& out, BinSums sums, const BinnedPair& pair) {
-  forEachRun(pair.dest, [&](const Run& run) {
-    for (std::size_t at = run.begin; at < run.end && out[run.part]; ++at) {
-      const double d = double{pair.dest.luma()[at]};
+  const auto isOut = [&](std::size_t part) { return out[part]; };
+  forEachLineOf(isOut, pair.dest.width, pair.dest.height, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t at = begin; at < end; ++at) {
+      const double d = pair.dest.luma[at];
       const std::size_t bin = pair.binOfSample[at];
       --sums.count[bin];
       sums.dest[bin] -= d;
@@ -146,18 +126,27 @@ struct PartErrors {
 };
 
 PartErrors errorsOf(const BinnedPair& pair, const BinSums& sums) {
-  const std::vector<float>& dest = pair.dest.luma();
+  const std::vector<std::size_t> columns = blockEnds(pair.dest.width, partsAcross),
+                                 rows = blockEnds(pair.dest.height, partsDown);
   const std::array<double, bins> curve = curveThrough(sums);
+  const double* dest = pair.dest.luma.data();
+  const std::uint8_t* bin = pair.binOfSample.data();
+  std::vector<double> line(static_cast<std::size_t>(pair.dest.width));  // errors of a row of parts, added up
   PartErrors result;
-  forEachRun(pair.dest, [&](const Run& run) {
-    double errors = 0;
-    for (std::size_t at = run.begin; at < run.end; ++at) {
-      const double error = double{dest[at]} - curve[pair.binOfSample[at]];
-      errors += error * error;
+  std::size_t part = 0;
+  for (std::size_t row = 0, top = 0; row < rows.size(); top = rows[row++]) {
+    std::fill(line.begin(), line.end(), 0.0);
+    for (std::size_t y = top; y < rows[row]; ++y) {
+      for (double& errors : line) {
+        const double error = *dest++ - curve[*bin++];
+        errors += error * error;
+      }
     }
-    result.squares[run.part] += errors;
-    result.samples[run.part] += static_cast<double>(run.end - run.begin);
-  });
+    for (std::size_t column = 0, x = 0; column < columns.size(); ++column, ++part) {
+      result.samples[part] = static_cast<double>((rows[row] - top) * (columns[column] - x));
+      for (; x < columns[column]; ++x) result.squares[part] += line[x];
+    }
+  }
   return result;
 }
 
@@ -172,45 +161,51 @@ PartsOut worstSeventh(const PartErrors& errors) {
   return out;
 }
 
-/// Of samples of one level, or of all levels about their means: what both chroma signals and the destination's luma
-/// have in common.
-struct ChromaSums {
-  double count = 0, blue = 0, red = 0, dest = 0;
+/// What both chroma signals and the destination's luma have in common: of all samples, and of those of one level.
+struct ChromaProducts {
   double blues = 0, reds = 0, blueRed = 0, blueDest = 0, redDest = 0;
-  void add(double b, double r, double d) {
-    ++count;
-    blue += b, red += r, dest += d;
-    blues += b * b, reds += r * r, blueRed += b * r, blueDest += b * d, redDest += r * d;
-  }
-  void addScatterOf(const ChromaSums& level) {
-    const double n = std::max(1.0, level.count);
-    count += level.count;
-    blues += level.blues - level.blue * level.blue / n;
-    reds += level.reds - level.red * level.red / n;
-    blueRed += level.blueRed - level.blue * level.red / n;
-    blueDest += level.blueDest - level.blue * level.dest / n;
-    redDest += level.redDest - level.red * level.dest / n;
+  void add(double factor, double b, double r, double d) {
+    const double blue = factor * b, red = factor * r;
+    blues += blue * b, reds += red * r, blueRed += blue * r, blueDest += blue * d, redDest += red * d;
   }
 };
 
+struct ChromaSums {
+  double blue = 0, red = 0;
+};
+
+/// About the means of the levels of luma.
+ChromaProducts productsOf(const Signal& source, const BinnedPair& pair, const BinSums& sums) {
+  const std::vector<float>&blue = source.planes[1], &red = source.planes[2];
+  const std::vector<double>& dest = pair.dest.luma;
+  std::array<ChromaSums, bins> levels;
+  ChromaProducts products;
+  for (std::size_t i = 0; i < dest.size(); ++i) {
+    const double b = double{blue[i]}, r = double{red[i]};
+    ChromaSums& level = levels[pair.binOfSample[i]];
+    level.blue += b, level.red += r;
+    products.add(1, b, r, dest[i]);
+  }
+  for (std::size_t bin = 0; bin < bins; ++bin) {
+    if (sums.count[bin] > 0) products.add(-1.0 / sums.count[bin], levels[bin].blue, levels[bin].red, sums.dest[bin]);
+  }
+  return products;
+}
+
 /// The destination's luma without what another matrix mixed of the source's chroma into it: as much of either signal as
 /// fits best at each level of luma, by least squares.
-std::vector<float> withoutChroma(const Signal& source, const BinnedPair& pair) {
-  const std::vector<float>&blue = source.planes[1], &red = source.planes[2], &dest = pair.dest.luma();
-  std::array<ChromaSums, bins> levels;
-  for (std::size_t i = 0; i < dest.size(); ++i) {
-    levels[pair.binOfSample[i]].add(double{blue[i]}, double{red[i]}, double{dest[i]});
+ToneTarget withoutChroma(const Signal& source, const BinnedPair& pair, const BinSums& sums) {
+  const ChromaProducts products = productsOf(source, pair, sums);
+  const double little = 1e-5 * static_cast<double>(source.size());  // chroma that hardly varies takes hardly anything
+  const double blues = products.blues + little, reds = products.reds + little;
+  const double determinant = std::max(little * little, blues * reds - products.blueRed * products.blueRed);
+  const double ofBlue = (products.blueDest * reds - products.redDest * products.blueRed) / determinant;
+  const double ofRed = (products.redDest * blues - products.blueDest * products.blueRed) / determinant;
+  std::vector<double> luma = pair.dest.luma;
+  for (std::size_t i = 0; i < luma.size(); ++i) {
+    luma[i] -= ofBlue * double{source.planes[1][i]} + ofRed * double{source.planes[2][i]};
   }
-  ChromaSums all;
-  for (const ChromaSums& level : levels) all.addScatterOf(level);
-  const double little = 1e-5 * all.count;  // chroma that hardly varies takes hardly anything
-  const double blues = all.blues + little, reds = all.reds + little;
-  const double determinant = std::max(little * little, blues * reds - all.blueRed * all.blueRed);
-  const auto ofBlue = static_cast<float>((all.blueDest * reds - all.redDest * all.blueRed) / determinant);
-  const auto ofRed = static_cast<float>((all.redDest * blues - all.blueDest * all.blueRed) / determinant);
-  std::vector<float> luma(dest.size());
-  for (std::size_t i = 0; i < luma.size(); ++i) luma[i] = dest[i] - ofBlue * blue[i] - ofRed * red[i];
-  return luma;
+  return ToneTarget(pair.dest.width, pair.dest.height, std::move(luma));
 }
 
 }  // namespace
@@ -223,23 +218,23 @@ std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma) {
   return result;
 }
 
-ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest) {
+std::vector<CurvePoint> toneCurve(const std::vector<float>& source, const std::vector<float>& dest) {
+  struct Sums {
+    double count = 0, source = 0, dest = 0;
+  };
   std::array<Sums, bins> parts;
-  Sums all;
   for (std::size_t i = 0; i < source.size(); ++i) {
-    const double s = double{source[i]}, d = double{dest[i]};
-    parts[binOf(source[i])].add(s, d);
-    all.add(s, d);
+    Sums& part = parts[binOf(source[i])];
+    ++part.count;
+    part.source += double{source[i]};
+    part.dest += double{dest[i]};
   }
-  ToneFit fit;
-  if (all.count < 1) return fit;
-  const double least = std::max(8.0, all.count / 4000);
+  const double least = std::max(8.0, static_cast<double>(source.size()) / 4000);
+  std::vector<CurvePoint> curve;
   for (const Sums& part : parts) {
-    if (part.count >= least) fit.curve.push_back({codes(part.source / part.count), codes(part.dest / part.count)});
+    if (part.count >= least) curve.push_back({codes(part.source / part.count), codes(part.dest / part.count)});
   }
-  fit.sourceDeviation = lumaCodes * std::sqrt(all.sourceScatter() / all.count);
-  fit.destDeviation = lumaCodes * std::sqrt(all.destScatter() / all.count);
-  return fit;
+  return curve;
 }
 
 std::vector<float> standardised(std::vector<float> luma) {
@@ -251,21 +246,34 @@ std::vector<float> standardised(std::vector<float> luma) {
   return luma;
 }
 
-double explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& dest) {
-  std::array<std::uint32_t, bins> counts{};
-  std::array<float, bins> sums{};
+std::array<double, 2> explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& one,
+                                       const std::vector<float>& other) {
+  std::array<std::int32_t, bins> counts{};
+  std::array<std::array<float, bins>, 2> sums{};
   for (std::size_t i = 0; i < levels.size(); ++i) {
-    ++counts[levels[i]];
-    sums[levels[i]] += dest[i];
+    const std::size_t level = levels[i];
+    ++counts[level];
+    sums[0][level] += one[i];
+    sums[1][level] += other[i];
   }
-  float explained = 0;
+  std::array<float, 2> explained{};
   for (std::size_t bin = 0; bin < bins; ++bin) {
-    if (counts[bin] > 0) explained += sums[bin] * sums[bin] / static_cast<float>(static_cast<int>(counts[bin]));
+    if (counts[bin] == 0) continue;
+    const float share = 1 / static_cast<float>(counts[bin]);
+    for (const std::size_t which : {0U, 1U}) explained[which] += share * sums[which][bin] * sums[which][bin];
   }
-  return double{explained};
+  return {double{explained[0]}, double{explained[1]}};
 }
 
-double explainedShare(const Signal& source, const Signal& dest) {
+ToneTarget::ToneTarget(const Signal& dest)
+    : ToneTarget(dest.width, dest.height, std::vector<double>(dest.luma().begin(), dest.luma().end())) {}
+
+ToneTarget::ToneTarget(int itsWidth, int itsHeight, std::vector<double> itsLuma)
+    : width(itsWidth), height(itsHeight), luma(std::move(itsLuma)) {
+  for (const double value : luma) squares += value * value;
+}
+
+double explainedShare(const Signal& source, const ToneTarget& dest) {
   // A quarter of a code: what varies by less is of one colour, and rounded.
   constexpr double leastScatter = 1.3e-6;
   // Chroma can hardly add to so much.
@@ -274,11 +282,11 @@ double explainedShare(const Signal& source, const Signal& dest) {
   const BinnedPair pair{dest, binOfSample};
   const BinSums all = sumsOf(pair), left = without(worstSeventh(errorsOf(pair, all)), all, pair);
   const double scatter = left.scatter();
-  if (scatter <= leastScatter * static_cast<double>(dest.size())) return 0.0;
+  if (scatter <= leastScatter * static_cast<double>(dest.luma.size())) return 0.0;
   const double byLuma = std::max(0.0, 1.0 - left.aboutMeans() / scatter);
   if (byLuma >= enough || source.planes[1].empty()) return byLuma;
 
-  const Signal unmixed{dest.width, dest.height, {withoutChroma(source, pair), {}, {}}};
+  const ToneTarget unmixed = withoutChroma(source, pair, all);
   const BinnedPair unmixedPair{unmixed, binOfSample};
   const BinSums allUnmixed = sumsOf(unmixedPair);
   const PartsOut out = worstSeventh(errorsOf(unmixedPair, allUnmixed));
@@ -290,7 +298,8 @@ double explainedShare(const Signal& source, const Signal& dest) {
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
   constexpr double farOff = 8, farOffTimes = 4;
   const std::vector<std::uint8_t> binOfSample = levelsOf(source.luma());
-  const BinnedPair pair{dest, binOfSample};
+  const ToneTarget target(dest);
+  const BinnedPair pair{target, binOfSample};
   const BinSums all = sumsOf(pair);
   const PartsOut worst = worstSeventh(errorsOf(pair, all));
   const PartErrors left = errorsOf(pair, without(worst, all, pair));
@@ -299,9 +308,11 @@ std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {
     if (!worst[part]) errors.push_back(left.of(part));
   }
   const double limit = std::max(farOff, farOffTimes * medianOf(errors));
-  std::vector<bool> covered;
-  forEachRun(source, [&](const Run& run) {
-    covered.insert(covered.end(), run.end - run.begin, worst[run.part] && left.of(run.part) > limit);
+  const auto isCovered = [&](std::size_t part) { return worst[part] && left.of(part) > limit; };
+  std::vector<bool> covered(source.size());
+  forEachLineOf(isCovered, source.width, source.height, [&](std::size_t begin, std::size_t end) {
+    std::fill(covered.begin() + static_cast<std::ptrdiff_t>(begin), covered.begin() + static_cast<std::ptrdiff_t>(end),
+              true);
   });
   return covered;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -13,20 +14,24 @@ struct CurvePoint {
   friend bool operator==(const CurvePoint&, const CurvePoint&) = default;
 };
 
-/// The destination's luma as a function of the source's.
-struct ToneFit {
-  std::vector<CurvePoint> curve;                  ///< by rising source; bins with few samples are left out
-  double sourceDeviation = 0, destDeviation = 0;  ///< standard deviations of luma, in codes of 8 bits
-};
+/// The destination's luma as a function of the source's, by rising source; levels with few samples are left out. Two
+/// lumas of as many samples.
+std::vector<CurvePoint> toneCurve(const std::vector<float>& source, const std::vector<float>& dest);
 
-/// Two lumas of as many samples.
-ToneFit fitTone(const std::vector<float>& source, const std::vector<float>& dest);
+/// The luma of a destination, ready to be held against many sources.
+struct ToneTarget {
+  explicit ToneTarget(const Signal& dest);
+  ToneTarget(int itsWidth, int itsHeight, std::vector<double> itsLuma);
+  int width = 0, height = 0;
+  std::vector<double> luma;
+  double squares = 0;  ///< their sum
+};
 
 /// How much of the destination's luma a tone curve of the source explains, with what another matrix mixes of the
 /// source's chroma into it: a share of its variance, 0 to 1; 0 where it has none. The seventh part of the picture that
 /// it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one size; the source may come
 /// without chroma.
-double explainedShare(const Signal& source, const Signal& dest);
+double explainedShare(const Signal& source, const ToneTarget& dest);
 
 /// For each sample of a luma, which of 64 levels it is of.
 std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma);
@@ -34,9 +39,10 @@ std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma);
 /// A luma less its mean, and scaled so that its squares add up to 1; all 0 where it does not vary.
 std::vector<float> standardised(std::vector<float> luma);
 
-/// How much of a standardised() destination the means of the source's levels explain, of all of two pictures: quicker
-/// than explainedShare(), and rougher.
-double explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& dest);
+/// How much of either of two standardised() destinations the means of the source's levels explain, of all of the
+/// pictures: quicker than explainedShare(), and rougher.
+std::array<double, 2> explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& one,
+                                       const std::vector<float>& other);
 
 /// Where something lies over the destination that is not in the source: parts that the tone curve misses by far.
 /// One for each sample.

@@ -176,7 +176,7 @@ StretchFinding stretchFinding(const Followed& followed, const FrameRange& range,
   const std::vector<diagnosis::Stratum> strata = diagnosis::withinRgb(builder.strata(), space.matrix);
   StretchFinding finding;
   finding.difference = diagnosis::differenceOf(strata);
-  finding.curve = diagnosis::fitTone(builder.calmSource(), builder.calmDest()).curve;
+  finding.curve = diagnosis::toneCurve(builder.calmSource(), builder.calmDest());
   diagnosis::ToldCauses told = diagnosis::toldCauses(
       {strata, tags.source, tags.dest, space, tolerance, finding.difference, areIdentical(followed.matches, range)});
   finding.causes = std::move(told.causes);

@@ -57,21 +57,22 @@ TEST(Placement, TurnsTheSourceAsItSays) {
       return placement.transposed ? colorful(1)(y, x) : colorful(1)(x, y);
     };
     const AlignedPair pair = aligned(source, signalOf(turned), placement);
-    EXPECT_GT(explainedShare(pair.source, pair.dest), 0.995) << turn;
+    EXPECT_GT(explainedShare(pair.source, ToneTarget(pair.dest)), 0.995) << turn;
   }
 }
 
 TEST(ToneCurve, ExplainsAnyToneButNotAnotherPicture) {
   const Signal source = signalOf(colorful());
-  EXPECT_GT(explainedShare(source, signalOf(toned(colorful(), [](double v) { return 1 - 0.8 * v * v; }))), 0.9);
-  EXPECT_LT(explainedShare(source, signalOf(colorful(2.5))), 0.6);
+  EXPECT_GT(explainedShare(source, ToneTarget(signalOf(toned(colorful(), [](double v) { return 1 - 0.8 * v * v; })))),
+            0.9);
+  EXPECT_LT(explainedShare(source, ToneTarget(signalOf(colorful(2.5)))), 0.6);
 }
 
 TEST(ToneCurve, GivesWhereEachLevelWent) {
   const Signal source = signalOf(colorful());
-  const ToneFit fit = fitTone(source.luma(), signalOf(toned(colorful(), [](double v) { return 0.5 * v; })).luma());
-  ASSERT_GT(fit.curve.size(), 20U);
-  for (const auto& [from, to] : fit.curve) EXPECT_NEAR(to - 16, (from - 16) / 2, 1);
+  const auto curve = toneCurve(source.luma(), signalOf(toned(colorful(), [](double v) { return 0.5 * v; })).luma());
+  ASSERT_GT(curve.size(), 20U);
+  for (const auto& [from, to] : curve) EXPECT_NEAR(to - 16, (from - 16) / 2, 1);
 }
 
 TEST(ToneCurve, SeesWhatCoversThePicture) {
