@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
 #include <utility>
 
 #include "diagnosis/Advice.h"
@@ -26,12 +27,20 @@ bool isDark(const Signal& signal) {
   return static_cast<double>(dark) >= darkShare * static_cast<double>(signal.size());
 }
 
-/// Whether luma hardly varies.
+/// Whether luma hardly varies. Lines are added up side by side, and then all of them.
 bool isFlat(const Signal& signal) {
-  double sum = 0, squares = 0;
-  for (const float luma : signal.luma()) sum += double{luma}, squares += double{luma} * double{luma};
-  const auto count = static_cast<double>(signal.size());
-  return lumaCodes * std::sqrt(std::max(0.0, squares - sum * sum / count) / count) < leastDeviation;
+  const auto width = static_cast<std::size_t>(signal.width);
+  std::vector<float> sums(width), squares(width);
+  for (const float* line = signal.luma().data(); line != signal.luma().data() + signal.size(); line += width) {
+    for (std::size_t x = 0; x < width; ++x) {
+      sums[x] += line[x];
+      squares[x] += line[x] * line[x];
+    }
+  }
+  const double sum = std::accumulate(sums.begin(), sums.end(), 0.0);
+  const double count = std::max(1.0, static_cast<double>(signal.size()));
+  const double scatter = std::accumulate(squares.begin(), squares.end(), 0.0) - sum * sum / count;
+  return lumaCodes * std::sqrt(std::max(0.0, scatter) / count) < leastDeviation;
 }
 
 bool areIdentical(const movie::Picture& source, const movie::Picture& dest) {

@@ -27,8 +27,9 @@ struct Question {
 /// is what both sides are compared by.
 ComparedIn comparedIn(const SideTags& source, const SideTags& dest);
 
-/// What was done to the destination. A pure function; some 6 ms a pair that lies plainly, up to 20 where one has to be
-/// placed upon the other first, or where nothing known explains it (bench_diagnosis).
+/// What was done to the destination. A pure function; some 2 ms a pair that lies plainly, up to 4 where one has to be
+/// placed upon the other first, or where nothing known explains it (bench_diagnosis). Natural pictures that have to be
+/// placed by their colours too, or are other ones, take up to 16.
 Finding diagnose(const Question& question);
 
 /// What is to be told where a frame could not be had.

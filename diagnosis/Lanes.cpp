@@ -26,15 +26,16 @@ float logarithm(float value) {
 
 /// Two to a power: its whole part is the exponent's bits, of the rest within half of 1 the series of e^x.
 float powerOfTwo(float power) {
-  constexpr auto e1 = static_cast<float>(ln2), e2 = static_cast<float>(ln2 / 2), e3 = static_cast<float>(ln2 / 3),
-                 e4 = static_cast<float>(ln2 / 4), e5 = static_cast<float>(ln2 / 5), e6 = static_cast<float>(ln2 / 6),
-                 e7 = static_cast<float>(ln2 / 7);
+  constexpr double second = ln2 * ln2 / 2, third = second * ln2 / 3, fourth = third * ln2 / 4, fifth = fourth * ln2 / 5,
+                   sixth = fifth * ln2 / 6, seventh = sixth * ln2 / 7;
+  constexpr auto c1 = static_cast<float>(ln2), c2 = static_cast<float>(second), c3 = static_cast<float>(third),
+                 c4 = static_cast<float>(fourth), c5 = static_cast<float>(fifth), c6 = static_cast<float>(sixth),
+                 c7 = static_cast<float>(seventh);
   const float normal = power > lowestLogarithm ? power : lowestLogarithm;
   // It is positive: cutting it off rounds it down.
   const auto exponent = static_cast<std::int32_t>(normal + (exponentBias + 0.5F));
   const float x = normal - static_cast<float>(exponent - exponentBias);
-  const float series =
-      1 + e1 * x * (1 + e2 * x * (1 + e3 * x * (1 + e4 * x * (1 + e5 * x * (1 + e6 * x * (1 + e7 * x))))));
+  const float series = 1 + x * (c1 + x * (c2 + x * (c3 + x * (c4 + x * (c5 + x * (c6 + x * c7))))));
   return series * std::bit_cast<float>(exponent << mantissaBits);
 }
 

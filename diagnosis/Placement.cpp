@@ -67,7 +67,9 @@ void takeRow(std::vector<float>& line, const std::vector<float>& plane, const Ta
     const float* const top = &plane[taps[i].first * width];
     const float* const bottom = &plane[taps[i].second * width];
     const float share = taps[i].share;
-    if (i == 0) {
+    if (each == 1 && share == 0) {
+      std::copy(top, top + width, line.begin());
+    } else if (i == 0) {
       for (std::size_t x = 0; x < width; ++x) line[x] = weight * between(top[x], bottom[x], share);
     } else {
       for (std::size_t x = 0; x < width; ++x) line[x] += weight * between(top[x], bottom[x], share);
