@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 
 namespace diagnosis {
 namespace {

@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "diagnosis/Finding.h"
-#include "diagnosis/Lanes.h"
 #include "diagnosis/Signal.h"
+#include "diagnosis/numbers/Lanes.h"
 
 namespace diagnosis {
 

@@ -1,5 +1,3 @@
-#include "diagnosis/CropSearch.h"
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -7,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "diagnosis/PlacementSearch.h"
 #include "diagnosis/ToneCurve.h"
 
 namespace diagnosis {

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 
 namespace diagnosis {
 namespace {

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <cstddef>
 
-#include "diagnosis/CropSearch.h"
 #include "diagnosis/ToneCurve.h"
 
 namespace diagnosis {

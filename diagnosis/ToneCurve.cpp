@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "diagnosis/Signal.h"
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 
 namespace diagnosis {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 
 namespace scan {
 namespace {

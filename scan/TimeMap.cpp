@@ -6,7 +6,7 @@
 #include <optional>
 #include <utility>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 
 namespace scan {
 namespace {

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <utility>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 #include "scan/align/RegionFit.h"
 
 namespace scan {

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <optional>
 
-#include "diagnosis/Statistics.h"
+#include "diagnosis/numbers/Statistics.h"
 #include "scan/align/FrameRow.h"
 
 namespace scan {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "diagnosis/Lanes.h"
+#include "diagnosis/numbers/Lanes.h"
 
 namespace diagnosis::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "diagnosis/Lanes.h"
+#include "diagnosis/numbers/Lanes.h"
 
 #include <bit>
 #include <cstdint>
@@ -41,10 +41,10 @@ float powerOfTwo(float power) {
 
 }  // namespace
 
-LaneMatrix laneMatrix(const Matrix3& matrix) {
+LaneMatrix laneMatrix(const std::array<std::array<double, 3>, 3>& rows) {
   LaneMatrix result{};
   for (std::size_t row = 0; row < 3; ++row) {
-    for (std::size_t column = 0; column < 3; ++column) result[row][column] = static_cast<float>(matrix[row][column]);
+    for (std::size_t column = 0; column < 3; ++column) result[row][column] = static_cast<float>(rows[row][column]);
   }
   return result;
 }

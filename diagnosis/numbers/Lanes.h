@@ -3,8 +3,6 @@
 #include <array>
 #include <cstddef>
 
-#include "diagnosis/Signal.h"
-
 namespace diagnosis {
 
 /// Numbers side by side, in single precision: what is done to all of them alike the compiler does to four or more at a
@@ -15,7 +13,7 @@ using Lanes = std::array<float, laneCount>;
 using ColorLanes = std::array<Lanes, 3>;
 using LaneMatrix = std::array<std::array<float, 3>, 3>;
 
-LaneMatrix laneMatrix(const Matrix3& matrix);
+LaneMatrix laneMatrix(const std::array<std::array<double, 3>, 3>& rows);
 ColorLanes product(const LaneMatrix& matrix, const ColorLanes& colors);
 
 /// To base 2. What is not above 0 has one so low that any power of it is nothing.
