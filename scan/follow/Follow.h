@@ -7,13 +7,13 @@
 #include <optional>
 #include <vector>
 
+#include "scan/align/SampledRow.h"
+#include "scan/align/Start.h"
 #include "scan/follow/Evidence.h"
 #include "scan/follow/Matches.h"
 #include "scan/follow/SourceWindow.h"
 #include "scan/follow/Standing.h"
 #include "scan/follow/Track.h"
-#include "scan/align/SampledRow.h"
-#include "scan/align/Start.h"
 
 namespace scan {
 

@@ -4,8 +4,8 @@
 #include <optional>
 #include <vector>
 
-#include "scan/follow/Standing.h"
 #include "scan/align/Probe.h"
+#include "scan/follow/Standing.h"
 
 namespace scan {
 
