@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <vector>
 
+#include "diagnosis/undo/UndoColors.h"
+
 namespace diagnosis {
 namespace {
 
@@ -184,10 +186,7 @@ std::string whyNot(const Recipe& recipe, const UndoSides& sides) {
   const Hypothesis& hypothesis = recipe.hypothesis;
   if (sides.dest.model != movie::PictureModel::YCbCr) return "No filter is made for samples that are not Y'CbCr.";
   if (hypothesis.relabelling) return {};
-  if (hypothesis.rangeBefore == RangeStep::ExpandRgb || hypothesis.rangeAfter == RangeStep::ExpandRgb) {
-    return "It cannot be undone: the shadows and the highlights are cut off.";
-  }
-  if (recipe.gain && recipe.gain->gain < 0.05) return "It cannot be undone: hardly anything is left of the picture.";
+  if (std::string lost = whyLost(recipe); !lost.empty()) return lost;
   if (sides.space.matrix != sides.dest.matrixInForce) {
     return "No filter is made where the destination is in another Y'CbCr matrix than the source.";
   }
