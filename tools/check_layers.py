@@ -51,8 +51,8 @@ GENERATED = {"SharedFiles/MakerHosts.h": "maker_hosts"}
 
 # Libraries that only these folders may link, and those below them.
 RESERVED = {
-    "PkgConfig::LIBAVCODEC": ["movie/decode/ffmpeg"],
-    "PkgConfig::LIBAVFORMAT": ["movie/decode/ffmpeg"],
+    "PkgConfig::LIBAVCODEC": ["movie/decode/ffmpeg", "movie/encode/ffmpeg"],
+    "PkgConfig::LIBAVFORMAT": ["movie/decode/ffmpeg", "movie/encode/ffmpeg"],
     "PkgConfig::LCMS2": ["movie/render"],
     "PkgConfig::LIBRSVG": ["cli/picture/rsvg"],
     "Qt6::Core": ["SharedFiles", "check", "cli", "app"],

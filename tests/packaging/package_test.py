@@ -17,7 +17,8 @@ PROGRAMS = {
     "usr/bin/lumacheck", "usr/bin/Lumacheck", "usr/lib/lumacheck/lumacheck-crash-report",
     "usr/libexec/lumacheck/lumacheck-privileged",
 }
-MODULES = {"usr/lib/lumacheck/movie-ffmpeg.so", "usr/lib/lumacheck/movie-ffmpeg-demuxer.so", "usr/lib/lumacheck/picture-rsvg.so"}
+MODULES = {"usr/lib/lumacheck/movie-ffmpeg.so", "usr/lib/lumacheck/movie-ffmpeg-demuxer.so", "usr/lib/lumacheck/movie-ffmpeg-encoder.so",
+           "usr/lib/lumacheck/picture-rsvg.so"}
 FILES = {
     "usr/share/applications/com.quorvane.Lumacheck.desktop",
     "usr/share/bash-completion/completions/lumacheck",
