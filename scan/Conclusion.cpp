@@ -57,7 +57,7 @@ bool areIdentical(const Matches& matches, const FrameRange& range) {
 
 Segment segmentOf(const Followed& followed, const FrameRange& range, const ScanTags& tags, double tolerance) {
   StretchFinding found = stretchFinding(followed, range, tags, tolerance);
-  Segment segment{range, std::nullopt, {}, std::move(found.causes), found.recipe};
+  Segment segment{range, std::nullopt, {}, std::move(found.causes), found.recipe, std::move(found.colors)};
   if (const auto measured = exponentIn(followed.matches, range)) {
     segment.exponent = std::exp(measured->logExponent);
     segment.interval = measured->interval;
@@ -181,6 +181,7 @@ StretchFinding stretchFinding(const Followed& followed, const FrameRange& range,
       {strata, tags.source, tags.dest, space, tolerance, finding.difference, areIdentical(followed.matches, range)});
   finding.causes = std::move(told.causes);
   finding.recipe = told.recipe;
+  if (finding.recipe) finding.colors = strata;
   return finding;
 }
 

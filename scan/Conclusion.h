@@ -10,6 +10,7 @@ namespace scan {
 struct StretchFinding {
   std::vector<diagnosis::Cause> causes;
   std::optional<diagnosis::Recipe> recipe;
+  std::vector<diagnosis::Stratum> colors;  ///< that the recipe was read from; none where there is none
   std::vector<diagnosis::CurvePoint> curve;
   double difference = 0;  ///< in codes of 8 bits
 };

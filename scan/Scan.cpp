@@ -146,6 +146,7 @@ ScanResult scanned(FrameRow& source, FrameRow& dest, const ScanTags& tags, const
     completeEvidence(followed, source, compared, beginning.placement);  // who stops it will not wait
   ScanResult result;
   result.correspondence = beginning.result;
+  result.compared = beginning.placement;
   result.placement = widened(beginning.placement, clipWidth, clipHeight);
   conclude(result, std::move(followed), source, compared, tags, options.tolerance);
   if (!result.stopped && isRefused(result.matches, beginning)) refuse(result);

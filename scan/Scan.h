@@ -23,6 +23,7 @@ struct Segment {
   diagnosis::Interval interval;                            ///< of the exponent, about 95 %
   std::vector<diagnosis::Cause> causes;                    ///< never empty; the weightiest first
   std::optional<diagnosis::Recipe> recipe = std::nullopt;  ///< what the causes stand for, where that is known
+  std::vector<diagnosis::Stratum> colors = {};             ///< of both sides, which the recipe was read from
   double confidence() const { return causes.front().confidence; }
 };
 
@@ -50,6 +51,7 @@ struct ScanResult {
   Matches matches;
   TimeMap map;
   diagnosis::Placement placement;
+  diagnosis::Placement compared;  ///< the same without the edges: as frames were laid upon each other
   std::vector<Segment> segments;
   std::vector<UnmeasuredRange> unmeasured;  ///< of a second or more
   std::optional<WorstFrame> worst;
