@@ -51,8 +51,12 @@ OptionDescription json(OutputForm& form) {
   return flag("--json", "Print JSON", form, OutputForm::Json);
 }
 
+OptionDescription file(const char* name, const char* description, std::optional<std::string>& target) {
+  return {{name}, Value::File, "FILE", description, {}, into(target)};
+}
+
 OptionDescription log(GivenOptions& given) {
-  return {{"--log"}, Value::File, "FILE", "Append a log to this file", {}, into(given.logFile)};
+  return file("--log", "Append a log to this file", given.logFile);
 }
 
 template <typename Number>
@@ -159,39 +163,29 @@ CommandDescription syncInterface(GivenOptions& given) {
 
 CommandDescription scanInterface(GivenOptions& given) {
   ScanOptions& scan = given.scan;
-  return {"scan",
-          "Go through a whole movie and its source, and tell where and how they differ",
-          {help,
-           at("--from", "Where in DEST to begin: seconds, or a timecode (default: its beginning)", {}, {&scan.from}),
-           at("--to", "Where in DEST to end (default: its end)", {}, {&scan.to}),
-           sample(scan.every),
-           flag("--no-align", "Compare frames of equal times, wherever the pictures are", scan.alignment,
-                Alignment::AsTimesAre),
-           {{"--csv"}, Value::File, "FILE", "Write a line for every frame to this file", {}, into(scan.csv)},
-           {{"--plot"},
-            Value::File,
-            "FILE",
-            "Draw the exponent over time, as SVG or PNG by the file's name",
-            {},
-            into(scan.plot)},
-           {{"--resume"},
-            Value::File,
-            "FILE",
-            "Keep what is found in this file; where it is there, go on from it",
-            {},
-            into(scan.resume)},
-           flag("--filter", "Print the filter of ffmpeg that undoes what was found", scan.filter, true),
-           flag("--exit-zero", "Exit with 0 whatever the verdict", scan.exitPolicy, ExitPolicy::ZeroUnlessFailed),
-           json(scan.form),
-           log(given)},
-          {{"SOURCE", "The source movie", required, !repeated, into(scan.source)},
-           {"DEST", "The movie to compare with it", required, !repeated, into(scan.dest)}},
-          {{noShift, "the same, and no tag that counts differs"},
-           {shiftFound, "a difference, in pixels or in tags"},
-           {failure, "a usage error, or a file that cannot be read to its end"},
-           {sourceTooDark, "the source is too dark"},
-           {noVerdict, "no verdict: other pictures, or nothing that can be told surely"},
-           {interrupted, "interrupted"}}};
+  return {
+      "scan",
+      "Go through a whole movie and its source, and tell where and how they differ",
+      {help, at("--from", "Where in DEST to begin: seconds, or a timecode (default: its beginning)", {}, {&scan.from}),
+       at("--to", "Where in DEST to end (default: its end)", {}, {&scan.to}), sample(scan.every),
+       flag("--no-align", "Compare frames of equal times, wherever the pictures are", scan.alignment,
+            Alignment::AsTimesAre),
+       file("--csv", "Write a line for every frame to this file", scan.csv),
+       file("--plot", "Draw the exponent over time, as SVG or PNG by the file's name", scan.plot),
+       file("--resume", "Keep what is found in this file; where it is there, go on from it", scan.resume),
+       flag("--filter", "Print the filter of ffmpeg that undoes what was found", scan.filter, true),
+       file("--lut", "Write a lookup table, a .cube file, that undoes what was found", scan.lut),
+       file("--proof", "Write ten seconds of DEST with that undone, as .mov, and tell what differs still", scan.proof),
+       flag("--exit-zero", "Exit with 0 whatever the verdict", scan.exitPolicy, ExitPolicy::ZeroUnlessFailed),
+       json(scan.form), log(given)},
+      {{"SOURCE", "The source movie", required, !repeated, into(scan.source)},
+       {"DEST", "The movie to compare with it", required, !repeated, into(scan.dest)}},
+      {{noShift, "the same, and no tag that counts differs"},
+       {shiftFound, "a difference, in pixels or in tags"},
+       {failure, "a usage error, or a file that cannot be read to its end"},
+       {sourceTooDark, "the source is too dark"},
+       {noVerdict, "no verdict: other pictures, or nothing that can be told surely"},
+       {interrupted, "interrupted"}}};
 }
 
 }  // namespace

@@ -72,6 +72,8 @@ struct ScanOptions {
   bool filter = false;                ///< tell which filter of ffmpeg undoes what was found
   std::optional<std::string> plot;    ///< a picture there, by its name as SVG or PNG
   std::optional<std::string> resume;  ///< kept there while it goes on, and gone on with
+  std::optional<std::string> lut;     ///< a lookup table there that undoes what was found
+  std::optional<std::string> proof;   ///< a movie there: some of the destination, with that undone
   OutputForm form = OutputForm::Text;
   ExitPolicy exitPolicy = ExitPolicy::ByVerdict;
 };

@@ -13,8 +13,9 @@
 #include "cli/ScanBlock.h"
 #include "cli/ScanFiles.h"
 #include "cli/ScanJson.h"
+#include "cli/remedy/ScanFilter.h"
+#include "cli/remedy/ScanLut.h"
 #include "cli/scan/ScanBar.h"
-#include "cli/scan/ScanFilter.h"
 #include "cli/scan/ScanKeeping.h"
 #include "movie/decode/DecoderModule.h"
 #include "scan/Scan.h"
@@ -79,14 +80,50 @@ tl::expected<scan::ScanOptions, ScanProblem> placed(const ScanOptions& options, 
   return result;
 }
 
-std::string filterLine(const std::optional<ScanFilter>& filter) {
-  if (!filter) return {};
-  return "Filter: " + (filter->why.empty() ? filter->filter : "none. " + filter->why) + "\n";
+std::string scanText(const ScanDocument& document, TextStyling styling) {
+  std::string text = scanBlock(document.result, document.rows, document.source, document.dest, styling);
+  if (const auto& filter = document.filter) {
+    text += "Filter: " + (filter->why.empty() ? filter->filter : "none. " + filter->why) + "\n";
+  }
+  if (document.lut) text += lutLine(*document.lut);
+  if (document.proof) text += proofLine(*document.proof, frameClock(document.dest, *document.rows.dest));
+  return text;
 }
 
-int statusOfScan(const scan::ScanResult& result, int endedBy, ExitPolicy policy) {
+/// Shows how far it is, until somebody interrupts it.
+scan::OnProgress shownOn(ScanBar& bar) {
+  return [&bar](const scan::ScanProgress& progress) {
+    bar.show(progress);
+    return NotedInterrupts::signal() != 0;
+  };
+}
+
+int statusOfSignal() {
   constexpr int signalBase = interrupted - SIGINT;
-  if (endedBy != 0) return signalBase + endedBy;
+  return signalBase + NotedInterrupts::signal();
+}
+
+/// What is to be said of those that cannot be written; the document then says so, too.
+std::string writeFiles(ScanFiles& files, ScanKeeping& keeping, ScanDocument& document) {
+  std::string err;
+  std::vector<ScanProblem> unwritten = files.write(document);
+  if (const auto problem = keeping.finish()) unwritten.push_back(*problem);
+  for (const ScanProblem& each : unwritten) {
+    err += complaint(each.message);
+    document.exitStatus = failure;
+    if (document.lut && document.lut->path == each.path) document.lut->why = each.message;
+  }
+  ScanBar bar;
+  document.proof = files.makeProof(document, shownOn(bar));
+  if (document.proof && document.proof->failed) {
+    err += complaint(document.proof->why);
+    document.exitStatus = NotedInterrupts::signal() != 0 ? statusOfSignal() : failure;
+  }
+  return err;
+}
+
+int statusOfScan(const scan::ScanResult& result, ExitPolicy policy) {
+  if (NotedInterrupts::signal() != 0) return statusOfSignal();
   if (result.failure) return failure;
   return exitStatusOf(result.finding, false, policy);
 }
@@ -110,26 +147,17 @@ CommandResult runScanCommand(const ScanOptions& options, TextStyling styling) {
   scan::ScanResult found;
   {
     ScanBar bar;
-    const auto onProgress = [&](const scan::ScanProgress& progress) {
-      bar.show(progress);
-      return NotedInterrupts::signal() != 0;
-    };
-    found = scan::scanned(*rows->source, *rows->dest, rows->tags(), *asked, onProgress, keeping->keeper());
+    found = scan::scanned(*rows->source, *rows->dest, rows->tags(), *asked, shownOn(bar), keeping->keeper());
   }
-  CommandResult result;
-  result.status = statusOfScan(found, NotedInterrupts::signal(), options.exitPolicy);
-  std::vector<ScanProblem> unwritten = files->write({*sides->source, *sides->dest, *rows, found, result.status});
-  if (const auto problem = keeping->finish()) unwritten.push_back(*problem);
-  for (const ScanProblem& each : unwritten) result.err += complaint(each.message);
-  if (!unwritten.empty()) result.status = failure;
-  std::optional<ScanFilter> filter;
-  if (options.filter) filter = scanFilter(found, rows->tags(), *rows->dest);
-  result.out = options.form == OutputForm::Text
-                   ? scanBlock(found, *rows, *sides->source, *sides->dest, styling) + filterLine(filter)
-                   : textOf(scanJson({*sides->source, *sides->dest, *rows, found, result.status, filter}));
-  for (const ScanProblem& each : changedSides(*sides, options)) result.err += complaint(each.message);
-  if (found.failure) result.err += complaint(found.failure->error.message());
-  return result;
+  ScanDocument document{*sides->source, *sides->dest, *rows, found};
+  document.exitStatus = statusOfScan(found, options.exitPolicy);
+  if (options.filter) document.filter = scanFilter(found, rows->tags(), *rows->dest);
+  if (options.lut) document.lut = scanLut(found, rows->tags(), *options.lut);
+  std::string err = writeFiles(*files, *keeping, document);
+  for (const ScanProblem& each : changedSides(*sides, options)) err += complaint(each.message);
+  if (found.failure) err += complaint(found.failure->error.message());
+  return {options.form == OutputForm::Text ? scanText(document, styling) : textOf(scanJson(document)), err,
+          document.exitStatus};
 }
 
 }  // namespace cli

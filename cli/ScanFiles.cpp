@@ -1,6 +1,5 @@
 #include "cli/ScanFiles.h"
 
-#include <cstring>
 #include <functional>
 #include <optional>
 #include <utility>
@@ -8,29 +7,20 @@
 #include "cli/picture/PictureFile.h"
 #include "cli/plot/ScanPlot.h"
 #include "cli/scan/ScanCsv.h"
+#include "cli/scan/ScanProblem.h"
 #include "system/ReplacementFile.h"
 
 namespace cli {
 
-/// One of them, and what goes into it: bytes, or a sentence why not.
+/// One of them, and what goes into it: bytes, or nothing, and then there is no file; or a sentence why not.
 struct ScanFiles::File {
-  using Content = std::function<tl::expected<std::string, std::string>(const ScanDocument&)>;
+  using Content = std::function<tl::expected<std::optional<std::string>, std::string>(const ScanDocument&)>;
   sys::ReplacementFile place;
   std::string what;  ///< it is, at the beginning of a sentence
   Content content;
 };
 
 namespace {
-
-ScanProblem unwritable(const std::string& path, const std::string& what, const sys::Error& error) {
-  return {path + ": " + what + " cannot be written: " + std::strerror(error.code) + ".", path};
-}
-
-tl::expected<sys::ReplacementFile, ScanProblem> placeFor(const std::string& path, const std::string& what) {
-  auto place = sys::ReplacementFile::create(path);
-  if (!place) return tl::unexpected(unwritable(path, what, place.error()));
-  return std::move(*place);
-}
 
 std::string fileNameOf(const std::string& path) {
   return path.substr(path.rfind('/') + 1);
@@ -59,7 +49,7 @@ tl::expected<ScanFiles, ScanProblem> ScanFiles::of(const ScanOptions& options) {
   ScanFiles files;
   const auto add = [&](const std::string& path, const char* what,
                        File::Content content) -> tl::expected<void, ScanProblem> {
-    TRY(sys::ReplacementFile place, placeFor(path, what));
+    TRY(sys::ReplacementFile place, placeFor(path, what, {options.source, options.dest}));
     files.files_.push_back({std::move(place), what, std::move(content)});
     return {};
   };
@@ -73,7 +63,26 @@ tl::expected<ScanFiles, ScanProblem> ScanFiles::of(const ScanOptions& options) {
     const auto drawn = [file = *form](const ScanDocument& document) { return plotOf(document, file); };
     TRY(add(*options.plot, "The picture", drawn));
   }
+  if (options.lut) {
+    if (!hasEnding(*options.lut, ".cube")) {
+      return tl::unexpected(ScanProblem{*options.lut + ": A lookup table is a .cube file.", *options.lut});
+    }
+    const auto table = [](const ScanDocument& document) -> std::optional<std::string> {
+      if (!document.lut->why.empty()) return std::nullopt;
+      return lutText(*document.lut);
+    };
+    TRY(add(*options.lut, "The table", table));
+  }
+  if (options.proof) {
+    TRY(ProofFile proof, ProofFile::at(*options.proof, {options.source, options.dest}));
+    files.proof_.emplace(std::move(proof));
+  }
   return files;
+}
+
+std::optional<ScanProof> ScanFiles::makeProof(const ScanDocument& document, const scan::OnProgress& onProgress) {
+  if (!proof_) return std::nullopt;
+  return proof_->made(document.source, document.dest, document.rows, document.result, onProgress);
 }
 
 std::vector<ScanProblem> ScanFiles::write(const ScanDocument& document) {
@@ -83,7 +92,9 @@ std::vector<ScanProblem> ScanFiles::write(const ScanDocument& document) {
     const auto content = file.content(document);
     if (!content) {
       problems.push_back({path + ": " + content.error(), path});
-    } else if (const auto written = published(file.place, *content); !written) {
+    } else if (!*content) {
+      continue;
+    } else if (const auto written = published(file.place, **content); !written) {
       problems.push_back(unwritable(path, file.what, written.error()));
     }
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,13 +21,17 @@ class ScanFiles {
   ScanFiles(ScanFiles&&) noexcept;
   ~ScanFiles();
 
-  /// What could not be written, each with a sentence; the others are.
+  /// What could not be written, each with a sentence; the others are. Of a table that is none nothing is.
   std::vector<ScanProblem> write(const ScanDocument& document);
+
+  /// The proof, where one was asked for; see ProofFile::made().
+  std::optional<ScanProof> makeProof(const ScanDocument& document, const scan::OnProgress& onProgress);
 
  private:
   struct File;
   ScanFiles();
   std::vector<File> files_;
+  std::optional<ProofFile> proof_;
 };
 
 }  // namespace cli

@@ -29,6 +29,21 @@ JsonValue timeJson(const movie::Movie& movie, const scan::MovieRow& row, std::si
   return json;
 }
 
+JsonValue filterJson(const ScanFilter& filter) {
+  const bool is = filter.why.empty();
+  return {{"text", is ? JsonValue(filter.filter) : JsonValue()}, {"why", is ? JsonValue() : JsonValue(filter.why)}};
+}
+
+JsonValue lutJson(const ScanLut& lut) {
+  if (!lut.why.empty()) {
+    return {{"path", nullptr},       {"dimensions", nullptr}, {"size", nullptr},
+            {"difference", nullptr}, {"cutsOff", nullptr},    {"why", lut.why}};
+  }
+  return {{"path", lut.path},       {"dimensions", lut.table.kind == diagnosis::CubeTable::Kind::Curve ? 1 : 3},
+          {"size", lut.table.size}, {"difference", {{"before", rounded(lut.before)}, {"after", rounded(lut.after)}}},
+          {"cutsOff", lut.cutsOff}, {"why", nullptr}};
+}
+
 class Document {
  public:
   explicit Document(const ScanDocument& document) : d_(document) {}
@@ -113,6 +128,23 @@ class Document {
     return {{"time", dest(d_.result.worst->frame)}, {"exponent", rounded(d_.result.worst->exponent)}};
   }
 
+  JsonValue proof() const {
+    const ScanProof& proof = *d_.proof;
+    if (!proof.why.empty()) {
+      return {{"path", nullptr},     {"from", nullptr},       {"to", nullptr},     {"frames", nullptr},
+              {"compared", nullptr}, {"difference", nullptr}, {"causes", nullptr}, {"why", proof.why}};
+    }
+    JsonValue json{{"path", proof.path}};
+    json.update(fromTo(proof.frames));
+    json["frames"] = proof.frames.count();
+    json["compared"] = proof.after.frames;
+    json["difference"] = {{"before", rounded(proof.before.difference)}, {"after", rounded(proof.after.difference)}};
+    json["causes"] = JsonValue::array();
+    for (const diagnosis::Cause& cause : proof.after.causes) json["causes"].push_back(causeJson(cause));
+    json["why"] = nullptr;
+    return json;
+  }
+
   /// Where a side could not be read on.
   JsonValue readFailure() const {
     if (!d_.result.failure) return nullptr;
@@ -154,11 +186,9 @@ JsonValue scanJson(const ScanDocument& document) {
                  {"stopped", document.result.stopped},
                  {"finding", document.result.isTold() ? findingJson(document.result.finding) : JsonValue()},
                  {"exitStatus", document.exitStatus}};
-  if (document.filter) {
-    const auto& [filter, why] = *document.filter;
-    json["filter"] = {{"text", why.empty() ? JsonValue(filter) : JsonValue()},
-                      {"why", why.empty() ? JsonValue() : JsonValue(why)}};
-  }
+  if (document.filter) json["filter"] = filterJson(*document.filter);
+  if (document.lut) json["lut"] = lutJson(*document.lut);
+  if (document.proof) json["proof"] = parts.proof();
   return json;
 }
 

@@ -4,7 +4,9 @@
 #include <string>
 
 #include "cli/MovieJson.h"
-#include "cli/scan/ScanFilter.h"
+#include "cli/remedy/ScanFilter.h"
+#include "cli/remedy/ScanLut.h"
+#include "cli/remedy/ScanProof.h"
 #include "scan/Scan.h"
 
 namespace cli {
@@ -17,6 +19,8 @@ struct ScanDocument {
   const scan::ScanResult& result;
   int exitStatus = 0;
   std::optional<ScanFilter> filter = std::nullopt;  ///< where it was asked for
+  std::optional<ScanLut> lut = std::nullopt;        ///< the same
+  std::optional<ScanProof> proof = std::nullopt;    ///< the same
 };
 
 /// Its document, `lumacheck.scan/1`. Times are {"value", "scale", "seconds", "timecode", "frame"}: the timecode is null

@@ -56,8 +56,8 @@ TEST(CommandInterface, HoldsEveryOptionOfASubcommand) {
               UnorderedElementsAre("--help", "--at", "--source-at", "--dest-at", "--align", "--frames", "--tolerance",
                                    "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("scan")),
-              UnorderedElementsAre("--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot",
-                                   "--resume", "--exit-zero", "--json", "--log"));
+              UnorderedElementsAre("--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--lut",
+                                   "--proof", "--plot", "--resume", "--exit-zero", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("info")), UnorderedElementsAre("--help", "--json", "--log"));
   EXPECT_THAT(longNames(subcommand("sync")),
               UnorderedElementsAre("--help", "--save-as", "--dry-run", "--json", "--log"));

@@ -25,8 +25,9 @@ inline std::string scanMaster() {
        "libx264", "-preset", "veryfast", "-crf", "16", "-g", "24"});
 }
 
-inline std::string scanExport(const std::string& name, const std::string& filter) {
-  return fixtureMovies(scanMaster(),
+inline std::string scanExport(const std::string& name, const std::string& filter,
+                              const std::string& master = scanMaster()) {
+  return fixtureMovies(master,
                        {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "veryfast", "-crf", "18"}}})
       .front();
 }

@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <iostream>
 #include <optional>
 
 #include <gmock/gmock.h>
@@ -118,70 +117,6 @@ TEST(ScannedMovies, ATableThatCannotBeWrittenIsAFailure) {
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, HasSubstr("/nowhere/frames.csv: The table cannot be written"));
   EXPECT_EQ(run.out, "") << "nobody waits for a scan whose table has no place";
-}
-
-/// An export made by a filter, and what the filter that is told leaves of it.
-struct MendedRow {
-  const char* name;
-  const char* filter;
-  const char* cause;
-};
-
-class MendedMovies : public testing::TestWithParam<MendedRow> {};
-
-TEST_P(MendedMovies, AreTheSameOnceTheFilterWasApplied) {
-  const auto& [name, filter, cause] = GetParam();
-  const std::string dest = scanExport(std::string("scan-mendable-") + name, filter);
-  const ScanJson before = scanned({scanMaster(), dest, "--filter"});
-  EXPECT_EQ(before["finding"]["causes"][0]["cause"], cause);
-  ASSERT_TRUE(before["filter"]["text"].is_string()) << before["filter"];
-  const std::string undone = before["filter"]["text"];
-  // By another name for every other filter: movies of the tests are kept.
-  const std::string mended =
-      fixtureMovies(dest,
-                    {{"scan-mended-" + std::string(name) + std::to_string(std::hash<std::string>()(undone)) + ".mp4",
-                      {"-vf", undone, "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "14"}}})
-          .front();
-  const ScanJson after = scanned({scanMaster(), mended});
-  const double left = after["finding"]["difference"];
-  std::cout << name << ": " << before["finding"]["difference"] << " codes, then " << left << ", by " << undone << "\n";
-  EXPECT_EQ(after["finding"]["causes"][0]["cause"], "same");
-  EXPECT_LT(left, 1.5) << "codes of 8 bits, which the samples were cut to twice on the way";
-}
-
-constexpr const char* lumaPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
-INSTANTIATE_TEST_SUITE_P(
-    Rows, MendedMovies,
-    testing::Values(
-        MendedRow{"luma", lumaPower, "power"},
-        MendedRow{"rgb",
-                  "scale=in_color_matrix=bt601:flags=accurate_rnd+full_chroma_int,format=gbrp,"
-                  "lutrgb=r='255*pow(val/255,0.817)':g='255*pow(val/255,0.817)':b='255*pow(val/255,0.817)',"
-                  "scale=out_color_matrix=bt601:out_range=tv:flags=accurate_rnd+full_chroma_int,format=yuv420p",
-                  "power"},
-        MendedRow{"compressed", "lutyuv=y='val*219/255+16':u='128+(val-128)*224/255':v='128+(val-128)*224/255'",
-                  "range"},
-        MendedRow{"expanded", "lutyuv=y='(val-16)*255/219':u='128+(val-128)*255/224':v='128+(val-128)*255/224'",
-                  "range"},
-        MendedRow{"gain", "lutyuv=y='16+(val-16)*0.85+5'", "gain"},
-        MendedRow{"half", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'", "power"}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST(ScannedMovies, OnlyWhatWasScannedIsUndone) {
-  const ScanJson part = scanned({scanMaster(), scanExport("scan-mendable-luma", lumaPower), "--to", "4", "--filter"});
-  EXPECT_EQ(part["segments"].size(), 1U);
-  EXPECT_THAT(part["filter"]["text"].get<std::string>(), HasSubstr("enable='between(t,-0.0"));
-}
-
-TEST(ScannedMovies, WhatCannotBeUndoneIsTold) {
-  const auto filterLine = [](const std::string& dest) {
-    const std::string out = runLumacheck({"scan", scanMaster(), dest, "--filter"}).out;
-    return out.substr(out.rfind("Filter: "));
-  };
-  EXPECT_EQ(filterLine(scanRemux()), "Filter: none. There is nothing to undo.\n");
-  EXPECT_EQ(filterLine(scanExport("scan-mirrored", "hflip")),
-            "Filter: none. It is not known how the one lies upon the other.\n");
-  EXPECT_FALSE(scanned({scanMaster(), scanRemux(), "--to", "1"}).contains("filter")) << "it was not asked for";
 }
 
 TEST(ScannedMovies, APictureIsDrawnAsItsNameSays) {

@@ -21,7 +21,7 @@ MOVIES = {"a.mov", "b.MP4", "my movie.m4v"} | FOLDERS
 FILES = MOVIES | {"notes.txt"}
 SUBCOMMANDS = {"check", "scan", "info", "sync"}
 CHECK = {"--help", "--at", "--source-at", "--dest-at", "--align", "--frames", "--tolerance", "--exit-zero", "--json", "--log"}
-SCAN = {"--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--plot", "--resume", "--exit-zero", "--json", "--log"}
+SCAN = {"--help", "--from", "--to", "--sample", "--no-align", "--csv", "--filter", "--lut", "--plot", "--proof", "--resume", "--exit-zero", "--json", "--log"}
 
 # A line up to the cursor, and all that is offered there.
 OFFERS = [
@@ -60,6 +60,8 @@ OFFERS = [
     ("lumacheck scan --csv ", FILES),
     ("lumacheck scan --plot ", FILES),
     ("lumacheck scan --resume ", FILES),
+    ("lumacheck scan --lut ", FILES),
+    ("lumacheck scan --proof ", FILES),
     ("lumacheck info a.mov a.mov a.mov ", MOVIES),
     ("lumacheck info --", {"--help", "--json", "--log"}),
     ("lumacheck info --at", set()),
