@@ -87,7 +87,11 @@ std::optional<Segment> asOne(const Followed& followed, const Segment& one, const
   const Cause& cause = both.causes.front();
   const auto isAs = [&](const Cause& each) { return cause.kind == each.kind && cause.direction == each.direction; };
   const bool same = isAs(first) || isAs(second);
-  const bool fits = cause.residual <= asWell * std::max(first.residual, second.residual) + codes;
+  // A short one that fits badly, a fade of one side, is no reason to fit the long one badly.
+  const bool isSecond = first.kind == CauseKind::Unreadable ||
+                        (second.kind != CauseKind::Unreadable && other.dest.count() > one.dest.count());
+  const Cause& longer = isSecond ? second : first;
+  const bool fits = cause.residual <= asWell * longer.residual + codes;
   return same && fits ? std::optional(both) : std::nullopt;
 }
 

@@ -33,6 +33,10 @@ Steps stepsOf(const Matches& matches, const FrameRange& range) {
   return steps;
 }
 
+double middleOf(std::vector<double> values) {
+  return diagnosis::medianOf(values);
+}
+
 /// Cuts the matches into stretches that lie on one line each.
 class Cutter {
  public:
@@ -48,6 +52,7 @@ class Cutter {
       if (open_ && (match.line != line_ || jumpsAt(i))) close(i);
       if (!open_) open(i);
       offsets_.push_back(offsetOf(i));
+      times_.push_back(dest_.timeOf(i));
       last_ = i + 1;
     }
     if (open_) close(last_);
@@ -66,6 +71,7 @@ class Cutter {
     line_ = frame(i).line;
     first_ = i;
     offsets_.clear();
+    times_.clear();
     const double step = rate() * source_.shape().rate() / std::max(1e-3, dest_.shape().movieRate());
     reach_ = (std::abs(step - 1) < 2e-3 ? 0.6 : 1.6) * period_;
   }
@@ -88,16 +94,42 @@ class Cutter {
   void close(std::size_t next) {
     MapPiece piece;
     piece.dest = {first_, std::min(next, last_)};
-    piece.line = {rate(), diagnosis::medianOf(offsets_)};
+    piece.line = fittedLine();
     std::size_t near = 0;
-    for (std::size_t i = first_; i < last_; ++i) {
-      if (!frame(i).isMatched()) continue;
-      if (std::abs(offsetOf(i) - piece.line.offset) <= 1.01 * period_) ++near;
+    for (std::size_t i = 0; i < offsets_.size(); ++i) {
+      const double shown = offsets_[i] + rate() * times_[i];
+      if (std::abs(shown - piece.line.at(times_[i])) <= 1.01 * period_) ++near;
     }
     piece.agreement = static_cast<double>(near) / static_cast<double>(piece.dest.count());
     pieces_.push_back(piece);
     open_ = false;
   }
+
+  /// The line of the frames so far: at the rate that it was found with, or, where they drift away from that by more
+  /// than a frame, at the one that they have; as exactly as lengths and usual rates say it, where one does.
+  TimeLine fittedLine() const {
+    constexpr std::size_t fewest = 90;
+    constexpr double nearby = 0.75;
+    const TimeLine found{rate(), middleOf(offsets_)};
+    if (offsets_.size() < fewest) return found;
+    const double early = middleOf({offsets_.begin(), offsets_.begin() + third()});
+    const double late = middleOf({offsets_.end() - third(), offsets_.end()});
+    const double lasting = times_.back() - times_.front(), drift = (late - early) / (lasting * 2 / 3);
+    if (std::abs(drift) * lasting <= period_) return found;
+    const RowShape source = source_.shape(), dest = dest_.shape();
+    std::vector<double> likely = usualRates(source, dest);
+    likely.push_back(source.seconds / std::max(1e-3, dest.seconds));
+    TimeLine line{rate() + drift, 0};
+    const double likeliest = *std::min_element(likely.begin(), likely.end(), [&](double one, double other) {
+      return std::abs(one - line.rate) < std::abs(other - line.rate);
+    });
+    if (std::abs(likeliest - line.rate) * lasting < nearby * period_) line.rate = likeliest;
+    std::vector<double> offsets = offsets_;
+    for (std::size_t i = 0; i < offsets.size(); ++i) offsets[i] += (rate() - line.rate) * times_[i];
+    line.offset = diagnosis::medianOf(offsets);
+    return line;
+  }
+  std::ptrdiff_t third() const { return static_cast<std::ptrdiff_t>(offsets_.size() / 3); }
 
   const Matches& matches_;
   const FrameRow& source_;
@@ -106,7 +138,7 @@ class Cutter {
   double period_ = 1, reach_ = 0;
   bool open_ = false;
   std::size_t line_ = 0, first_ = 0, last_ = 0;
-  std::vector<double> offsets_;
+  std::vector<double> offsets_, times_;  ///< of the frames of the piece that is open
   std::vector<MapPiece> pieces_;
 };
 

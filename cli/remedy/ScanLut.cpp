@@ -58,7 +58,7 @@ Vector3 throughTable(const diagnosis::CubeTable& table, const Vector3& dest, con
 }
 
 std::string asDecoded(const diagnosis::SideTags& tags) {
-  const std::string range = tags.range == diagnosis::SampleRange::Video ? "video range" : "full range";
+  std::string range = tags.range == diagnosis::SampleRange::Video ? "video range" : "full range";
   if (tags.model != movie::PictureModel::YCbCr) return range;
   return "matrix " + std::string(diagnosis::matrixName(tags.matrixInForce)) + ", " + range;
 }

@@ -14,12 +14,12 @@ ScanProblem unwritable(const std::string& path, const std::string& what, const s
 
 tl::expected<sys::ReplacementFile, ScanProblem> placeFor(const std::string& path, const std::string& what,
                                                          const std::vector<std::string>& movies) {
-  for (const std::string& movie : movies) {
+  const bool isMovie = std::any_of(movies.begin(), movies.end(), [&](const std::string& movie) {
     std::error_code none;
-    if (std::filesystem::equivalent(path, movie, none)) {
-      return tl::unexpected(
-          ScanProblem{path + ": " + what + " would take the place of a movie that is scanned.", path});
-    }
+    return std::filesystem::equivalent(path, movie, none);
+  });
+  if (isMovie) {
+    return tl::unexpected(ScanProblem{path + ": " + what + " would take the place of a movie that is scanned.", path});
   }
   auto place = sys::ReplacementFile::create(path);
   if (!place) return tl::unexpected(unwritable(path, what, place.error()));

@@ -96,6 +96,15 @@ TEST(ScannedInputs, TheDimEndsOfFadesHaveTheirCounterparts) {
   EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.3, 0.015);
 }
 
+TEST(ScannedInputs, AFadeOfTheExportAloneIsNoReasonToTellTheRestWrongly) {
+  const ScanJson json =
+      scanned({scanMaster(), scanExport("scan-faded-alone", "fade=out:230:58," + std::string(scanPower))});
+  EXPECT_EQ(json["finding"]["causes"][0]["cause"], "power");
+  ASSERT_GE(json["segments"].size(), 2U);
+  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.2, 0.015);
+  EXPECT_NEAR(json["segments"][0]["to"]["frame"].get<double>(), 244, 20);
+}
+
 TEST(ScannedInputs, SoundAloneIsNoMovieWithPictures) {
   const std::string sound = fixtureMovie("scan-sound.mov", {"-f", "lavfi", "-i", "sine=d=4", "-c:a", "aac"});
   const ProgramRun run = runLumacheck({"scan", scanMaster(), sound});

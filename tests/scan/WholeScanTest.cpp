@@ -39,6 +39,15 @@ TEST(WholeScan, FollowsAnotherFrameRate) {
   EXPECT_EQ(result.map.pieces[0].pattern, Pattern::Duplicated);
 }
 
+TEST(WholeScan, TellsASlowerSpeedExactly) {
+  std::vector<Shown> dest;
+  for (int i = 0; i < 900; ++i) dest.push_back({.content = std::floor(i * 0.8 + 1e-9) / 24, .coded = true});
+  const ScanResult result = scannedMovies(master(0, 30), dest);
+  ASSERT_EQ(result.map.pieces.size(), 1U);
+  EXPECT_NEAR(result.map.pieces[0].line.rate, 0.8, 1e-6);
+  EXPECT_NEAR(result.map.pieces[0].line.offset, 0, 1.0 / 24);
+}
+
 /// One picture for so many frames.
 std::vector<Shown> held(double content, std::size_t frames) {
   return std::vector<Shown>(frames, Shown{.content = content});
