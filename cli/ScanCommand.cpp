@@ -73,6 +73,8 @@ tl::expected<scan::ScanOptions, ScanProblem> placed(const ScanOptions& options, 
     const auto inMovie = timeInMovie(**given, dest);
     if (!inMovie) return tl::unexpected(ScanProblem{inMovie.error(), options.dest});
     *time = movie::secondsOf(*inMovie);
+    // A timecode's time is cut to the movie's units: the frame that begins within one is meant.
+    if (time == &result.from) **time += std::min(0.001, 1.0 / inMovie->scale);
   }
   if (result.from && result.to && *result.from >= *result.to) {
     return tl::unexpected(ScanProblem{"The end of what is to be scanned does not come after its beginning.", {}});
@@ -117,8 +119,9 @@ std::string writeFiles(ScanFiles& files, ScanKeeping& keeping, ScanDocument& doc
   document.proof = files.makeProof(document, shownOn(bar));
   if (document.proof && document.proof->failed) {
     err += complaint(document.proof->why);
-    document.exitStatus = NotedInterrupts::signal() != 0 ? statusOfSignal() : failure;
+    document.exitStatus = failure;
   }
+  if (NotedInterrupts::signal() != 0) document.exitStatus = statusOfSignal();
   return err;
 }
 

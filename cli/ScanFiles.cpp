@@ -1,7 +1,10 @@
 #include "cli/ScanFiles.h"
 
+#include <algorithm>
+#include <filesystem>
 #include <functional>
 #include <optional>
+#include <system_error>
 #include <utility>
 
 #include "cli/picture/PictureFile.h"
@@ -39,6 +42,21 @@ sys::Result<void> published(sys::ReplacementFile& file, const std::string& bytes
   return file.publish();
 }
 
+/// Two results that would go to one file.
+std::optional<ScanProblem> sharedFile(const ScanOptions& options) {
+  std::vector<std::string> paths;
+  for (const auto* const each : {&options.csv, &options.plot, &options.lut, &options.proof, &options.resume}) {
+    if (!*each) continue;
+    const bool isTaken = std::any_of(paths.begin(), paths.end(), [&](const std::string& other) {
+      std::error_code none;
+      return other == **each || std::filesystem::equivalent(other, **each, none);
+    });
+    if (isTaken) return ScanProblem{**each + ": Two results cannot go to one file.", **each};
+    paths.push_back(**each);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 ScanFiles::ScanFiles() = default;
@@ -46,6 +64,7 @@ ScanFiles::ScanFiles(ScanFiles&&) noexcept = default;
 ScanFiles::~ScanFiles() = default;
 
 tl::expected<ScanFiles, ScanProblem> ScanFiles::of(const ScanOptions& options) {
+  if (const auto problem = sharedFile(options)) return tl::unexpected(*problem);
   ScanFiles files;
   const auto add = [&](const std::string& path, const char* what,
                        File::Content content) -> tl::expected<void, ScanProblem> {

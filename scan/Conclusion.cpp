@@ -79,19 +79,21 @@ bool isScrap(const Segment& segment, const FrameRow& dest) {
 /// is told of a few colours may be told otherwise of more.
 std::optional<Segment> asOne(const Followed& followed, const Segment& one, const Segment& other, const FrameRow& dest,
                              const ScanTags& tags, double tolerance) {
-  constexpr double asWell = 1.25, codes = 0.15;
+  constexpr double asWell = 1.25, codes = 0.15, mostWorse = 1;
   const Cause &first = one.causes.front(), &second = other.causes.front();
   const bool hasScrap = isScrap(one, dest) || isScrap(other, dest);
   if (!hasScrap && first.kind != second.kind && (isUnchanged(one) || isUnchanged(other))) return std::nullopt;
   Segment both = segmentOf(followed, {one.dest.first, other.dest.end}, tags, tolerance);
   const Cause& cause = both.causes.front();
   const auto isAs = [&](const Cause& each) { return cause.kind == each.kind && cause.direction == each.direction; };
-  const bool same = isAs(first) || isAs(second);
-  // A short one that fits badly, a fade of one side, is no reason to fit the long one badly.
+  const bool tells = cause.kind != CauseKind::Unreadable || first.kind == second.kind;
+  const bool same = tells && (isAs(first) || isAs(second));
+  // One that fits badly, a fade of one side, is no reason to fit the other badly.
   const bool isSecond = first.kind == CauseKind::Unreadable ||
                         (second.kind != CauseKind::Unreadable && other.dest.count() > one.dest.count());
   const Cause& longer = isSecond ? second : first;
-  const bool fits = cause.residual <= asWell * longer.residual + codes;
+  const double better = hasScrap ? longer.residual : std::min(first.residual, second.residual);
+  const bool fits = cause.residual <= asWell * longer.residual + codes && cause.residual <= better + mostWorse;
   return same && fits ? std::optional(both) : std::nullopt;
 }
 

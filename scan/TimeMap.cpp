@@ -105,31 +105,42 @@ class Cutter {
     open_ = false;
   }
 
-  /// The line of the frames so far: at the rate that it was found with, or, where they drift away from that by more
-  /// than a frame, at the one that they have; as exactly as lengths and usual rates say it, where one does.
+  /// The line of the frames so far: at the rate that it was found with or, where they drift away from that by more than
+  /// a frame, at the one that lengths and usual rates suggest and they follow. Any other slope may be of frames that
+  /// were dropped one by one.
   TimeLine fittedLine() const {
     constexpr std::size_t fewest = 90;
     constexpr double nearby = 0.75;
     const TimeLine found{rate(), middleOf(offsets_)};
     if (offsets_.size() < fewest) return found;
-    const double early = middleOf({offsets_.begin(), offsets_.begin() + third()});
-    const double late = middleOf({offsets_.end() - third(), offsets_.end()});
-    const double lasting = times_.back() - times_.front(), drift = (late - early) / (lasting * 2 / 3);
+    const double later = middleOf(lastThird(offsets_)) - middleOf(firstThird(offsets_));
+    const double drift = later / (middleOf(lastThird(times_)) - middleOf(firstThird(times_)));
+    const double lasting = times_.back() - times_.front();
     if (std::abs(drift) * lasting <= period_) return found;
-    const RowShape source = source_.shape(), dest = dest_.shape();
+    const double followed = rate() + drift, likeliest = likeliestRate(followed);
+    if (std::abs(likeliest - followed) * lasting >= nearby * period_) return found;
+    std::vector<double> offsets = offsets_;
+    for (std::size_t i = 0; i < offsets.size(); ++i) offsets[i] += (rate() - likeliest) * times_[i];
+    return {likeliest, diagnosis::medianOf(offsets)};
+  }
+
+  double likeliestRate(double near) const {
+    const RowShape source = source_.shape();
+    RowShape dest = dest_.shape();
+    if (dest.every > 1) dest.frames = dest.all;
     std::vector<double> likely = usualRates(source, dest);
     likely.push_back(source.seconds / std::max(1e-3, dest.seconds));
-    TimeLine line{rate() + drift, 0};
-    const double likeliest = *std::min_element(likely.begin(), likely.end(), [&](double one, double other) {
-      return std::abs(one - line.rate) < std::abs(other - line.rate);
+    return *std::min_element(likely.begin(), likely.end(), [near](double one, double other) {
+      return std::abs(one - near) < std::abs(other - near);
     });
-    if (std::abs(likeliest - line.rate) * lasting < nearby * period_) line.rate = likeliest;
-    std::vector<double> offsets = offsets_;
-    for (std::size_t i = 0; i < offsets.size(); ++i) offsets[i] += (rate() - line.rate) * times_[i];
-    line.offset = diagnosis::medianOf(offsets);
-    return line;
   }
-  std::ptrdiff_t third() const { return static_cast<std::ptrdiff_t>(offsets_.size() / 3); }
+
+  static std::vector<double> firstThird(const std::vector<double>& values) {
+    return {values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 3)};
+  }
+  static std::vector<double> lastThird(const std::vector<double>& values) {
+    return {values.end() - static_cast<std::ptrdiff_t>(values.size() / 3), values.end()};
+  }
 
   const Matches& matches_;
   const FrameRow& source_;

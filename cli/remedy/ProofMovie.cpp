@@ -135,10 +135,12 @@ class ProofWriter {
       auto made = backend_.makeEncoder(proofOf(subject_, **picture, times_.scale, matrix_), output_);
       if (!made) return told(tl::unexpected(made.error()));
       encoder_ = std::move(*made);
-      size_ = (*picture)->planes[0].size();
+      width_ = (*picture)->width;
+      height_ = (*picture)->height;
     }
     // Of another image description, which would need a movie of its own.
-    if ((*picture)->planes[0].size() != size_) return tl::unexpected<std::string>("The pictures change their size.");
+    if ((*picture)->width != width_ || (*picture)->height != height_)
+      return tl::unexpected<std::string>("The pictures change their size.");
     const diagnosis::CorrectedPicture corrected = diagnosis::corrected(**picture, tags_.dest, undo_, space_, matrix_);
     const auto& planes = corrected.planes;
     return told(
@@ -170,7 +172,7 @@ class ProofWriter {
   std::vector<movie::FrameSpan> spans_;
   ProofTimes times_;
   std::unique_ptr<movie::MovieEncoder> encoder_;
-  std::size_t size_ = 0;  ///< samples of a plane
+  int width_ = 0, height_ = 0;
 };
 
 }  // namespace

@@ -11,10 +11,12 @@ namespace {
 /// Whether a frame is one of a segment's: its time lies between the beginnings of frames, half a frame early, so that
 /// rounding does not count.
 std::string duringSegment(const scan::FrameRange& range, const scan::FrameRow& dest) {
-  const double half = (dest.timeOf(range.first + 1) - dest.timeOf(range.first)) / 2;
+  const auto early = [&](std::size_t frame) {
+    const std::size_t before = frame > 0 ? frame - 1 : 0;
+    return dest.timeOf(frame) - (dest.timeOf(before + 1) - dest.timeOf(before)) / 2;
+  };
   char text[100];
-  std::snprintf(text, sizeof text, "between(t,%.4f,%.4f)", dest.timeOf(range.first) - half,
-                dest.timeOf(range.end) - half);
+  std::snprintf(text, sizeof text, "between(t,%.4f,%.4f)", early(range.first), early(range.end));
   return text;
 }
 

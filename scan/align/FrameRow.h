@@ -33,10 +33,11 @@ struct RowShape {
   double seconds = 0;     ///< from the beginning of the first frame to the end of the last
   double aspect = 1;      ///< width over height, as shown
   std::size_t every = 1;  ///< the row has every so many-th frame of its movie
+  std::size_t all = 0;    ///< then: how many frames its movie has in that time
   /// Frames a second, on average; 0 without frames.
   double rate() const { return seconds > 0 ? static_cast<double>(frames) / seconds : 0; }
   /// The same of the movie.
-  double movieRate() const { return rate() * static_cast<double>(every); }
+  double movieRate() const { return every > 1 && seconds > 0 ? static_cast<double>(all) / seconds : rate(); }
 };
 
 /// The frames of a side in the order in which they are shown, numbered from 0. Used by one thread at a time; copies

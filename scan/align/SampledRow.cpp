@@ -20,7 +20,7 @@ std::unique_ptr<FrameRow> SampledRow::copy() const {
 }
 
 RowShape SampledRow::shape() const {
-  return {count_, row_->timeOf(part_.end) - row_->timeOf(part_.first), row_->shape().aspect, every_};
+  return {count_, row_->timeOf(part_.end) - row_->timeOf(part_.first), row_->shape().aspect, every_, part_.count()};
 }
 
 double SampledRow::timeOf(std::size_t frame) const {

@@ -88,7 +88,7 @@ class Walk {
 
   /// Where one goes on in the middle: as much of the source as would have been kept.
   void reachBehind(std::size_t frame) {
-    if (frame >= dest_.shape().frames) return;
+    if (frame >= dest_.shape().frames || reading_ == SourceWindow::Reading::Asked) return;
     const std::int64_t middle = nearestFrame(source_, at_.course.line.at(dest_.timeOf(frame))) + at_.centre;
     const auto behind = static_cast<std::int64_t>((delay_.keptFrames + keptBesides) / 2);
     window_.reach(middle - reach - behind, middle + reach + 1);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 // All of it in this file: nothing to link.
 #define XXH_INLINE_ALL

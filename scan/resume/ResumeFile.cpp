@@ -57,17 +57,18 @@ std::optional<ResumeProblem> ResumeFile::goOn(const ResumeSubject& subject, movi
   auto content = resumeContentOf(bytes);
   if (!content) return problemOf(content.error());
   if (content->subject && !(*content->subject == subject)) return ResumeProblem{ResumeProblem::What::OtherScan, 0};
+  movie::Bytes head(resumeMark.begin(), resumeMark.end());
+  movie::append(head, subjectGroup(subject));
+  // What is no whole head yet was begun by a scan of these movies, or is somebody else's.
+  const bool isBegun = bytes.size() < head.size() && std::equal(bytes.begin(), bytes.end(), head.begin());
+  if (!content->subject && !isBegun) return ResumeProblem{ResumeProblem::What::Foreign, 0};
   end_ = content->subject ? content->whole : 0;
   if (bytes.size() > end_) {
     if (sys::untilUninterrupted([&] { return calls_->ftruncate(file_.get(), static_cast<off_t>(end_)); }) != 0) {
       return refusedBy(errno);
     }
   }
-  if (!content->subject) {
-    movie::Bytes head(resumeMark.begin(), resumeMark.end());
-    movie::append(head, subjectGroup(subject));
-    append(head);
-  }
+  if (!content->subject) append(head);
   saved_ = std::move(content->saved);
   if (saved_) writtenFrames_ = saved_->frames.size(), writtenLines_ = saved_->lines.size();
   if (failure_) return refusedBy(*failure_);

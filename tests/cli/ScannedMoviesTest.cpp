@@ -188,6 +188,22 @@ TEST(ScannedMovies, AMovieThatEndsInTheMiddleIsToldWithThePlace) {
   EXPECT_EQ(json["failure"]["at"]["frame"], json["frames"]);
 }
 
+TEST(ScannedMovies, BeginWithTheFrameOfATimecode) {
+  const ScanJson json = scanned({scanMaster(), scanRemux(), "--from", "00:00:02:02", "--to", "00:00:04:07"});
+  EXPECT_EQ(json["segments"][0]["from"]["frame"], 50);
+  EXPECT_EQ(json["segments"][0]["to"]["frame"], 103);
+}
+
+TEST(ScannedMovies, TwoResultsDoNotGoToOneFile) {
+  const movie::test::TemporaryFolder folder;
+  const std::string path = folder.path("both");
+  const ProgramRun run = runLumacheck({"scan", scanMaster(), scanRemux(), "--csv", path, "--resume", path});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("both: Two results cannot go to one file."));
+  EXPECT_TRUE(folder.names().empty());
+}
+
 TEST(ScannedMovies, WhatIsNoMovieIsRefused) {
   const ScanJson json = scanned({scanMaster(), "/nowhere.mov"});
   EXPECT_EQ(json["exitStatus"], 2);

@@ -217,6 +217,16 @@ INSTANTIATE_TEST_SUITE_P(Rows, ProvenMovies,
                                          MendedRow{"half", halfPower, "power"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
+TEST(UndoneScans, AProofOfASampledScanIsMeasuredToo) {
+  const movie::test::TemporaryFolder folder;
+  const std::string path = folder.path("proof.mov"), dest = scanExport("scan-mendable-luma", lumaPower);
+  const ScanJson proof =
+      scanned({scanMaster(), dest, "--from", "0.05", "--to", "3", "--sample", "4", "--proof", path})["proof"];
+  EXPECT_GT(proof["compared"], 5) << proof;
+  EXPECT_GT(proof["difference"]["before"].get<double>(), 5);
+  EXPECT_LT(proof["difference"]["after"].get<double>(), 1);
+}
+
 TEST(UndoneScans, AProofIsHeldAgainstTheFramesThatItShows) {
   const movie::test::TemporaryFolder folder;
   const std::string path = folder.path("proof.MOV");

@@ -160,6 +160,29 @@ TEST(WholeScan, ComparesEveryNthFrameWhenAsked) {
   }
 }
 
+TEST(WholeScan, FollowsAPlainCopyOfWhichItComparesSomeFrames) {
+  for (const std::size_t every : {5U, 10U, 50U}) {
+    PaintedRow source(master(0, 16), 24), dest(exported(master(0, 16)), 24);
+    const ScanResult result = scannedRows(source, dest, {.every = every});
+    ASSERT_EQ(result.map.pieces.size(), 1U) << every;
+    EXPECT_EQ(result.map.pieces[0].pattern, Pattern::FrameForFrame) << every;
+  }
+}
+
+TEST(WholeScan, TakesFramesThatWereDroppedForNoSpeed) {
+  std::vector<Shown> frames = master(0, 16);
+  for (const int dropped : {300, 240, 180, 120, 60}) frames.erase(frames.begin() + dropped);
+  for (const std::size_t every : {1U, 2U}) {
+    PaintedRow source(master(0, 16), 24), dest(exported(frames), 24);
+    const ScanResult result = scannedRows(source, dest, {.every = every});
+    ASSERT_FALSE(result.map.pieces.empty());
+    for (const MapPiece& piece : result.map.pieces) {
+      EXPECT_EQ(piece.line.rate, 1) << every;
+      EXPECT_EQ(piece.pattern, Pattern::FrameForFrame) << every;
+    }
+  }
+}
+
 TEST(WholeScan, KeepsToTheRateOfAMovieOfWhichItComparesSomeFrames) {
   PaintedRow source(master(0, 60), 24), dest(exported(master(0, 60)), 25);
   const ScanResult result = scannedRows(source, dest, {.every = 10});

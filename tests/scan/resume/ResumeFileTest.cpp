@@ -104,6 +104,20 @@ TEST_F(KeptInAFile, IsLeftAloneWhereItHoldsSomethingElse) {
   EXPECT_EQ(movie::test::contentOf(path()), movie);
 }
 
+TEST_F(KeptInAFile, IsLeftAloneWhereItOnlyBeginsAsOne) {
+  { ASSERT_TRUE(opened()); }
+  const movie::Bytes head = movie::test::contentOf(path());
+  movie::Bytes text(resumeMark.begin(), resumeMark.end()), damaged = head;
+  for (const char each : std::string(" is the name of a film project.\n"))
+    text.push_back(static_cast<std::uint8_t>(each));
+  damaged[30] ^= 1;
+  for (const movie::Bytes& content : {text, damaged, movie::Bytes{'L', 'x'}}) {
+    folder_.add("scan.lumascan", content);
+    EXPECT_EQ(refusal(), What::Foreign);
+    EXPECT_EQ(movie::test::contentOf(path()), content);
+  }
+}
+
 TEST_F(KeptInAFile, IsLeftAloneWhereItIsOfAnotherScan) {
   {
     auto file = opened();
