@@ -45,7 +45,7 @@ SignalLine undoneRange(RangeStep step, double fullCodes) {
   return {lumaCodes / fullCodes, blackAt / fullCodes, 1 / ratio};
 }
 
-const char* matrixName(std::uint16_t matrix) {
+const char* ffmpegMatrix(std::uint16_t matrix) {
   switch (matrix) {
     case 4:
       return "fcc";
@@ -63,7 +63,7 @@ const char* matrixName(std::uint16_t matrix) {
 
 /// As setparams calls them, which knows two for BT.2020.
 std::string statedMatrix(std::uint16_t matrix) {
-  return matrix == 9 ? "bt2020nc" : matrixName(matrix);
+  return matrix == 9 ? "bt2020nc" : ffmpegMatrix(matrix);
 }
 
 /// The light that a signal in the register 0 stands for, and back, as expressions.
@@ -113,7 +113,7 @@ class FilterChain {
 
   /// Of R', G' and B', from 0 to maxval each.
   void addRgb(const std::string& expression) {
-    const std::string matrix = matrixName(sides_.dest.matrixInForce);
+    const std::string matrix = ffmpegMatrix(sides_.dest.matrixInForce);
     const std::string range = sides_.dest.range == SampleRange::Video ? "tv" : "pc";
     const std::string care = ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp";
     append("scale=in_color_matrix=" + matrix + ":in_range=" + range + care);
@@ -126,7 +126,7 @@ class FilterChain {
   void addMatrix(std::uint16_t from, std::uint16_t to) {
     if (from == to) return;
     isTimed_ = false;
-    append(std::string("scale=in_color_matrix=") + matrixName(from) + ":out_color_matrix=" + matrixName(to) +
+    append(std::string("scale=in_color_matrix=") + ffmpegMatrix(from) + ":out_color_matrix=" + ffmpegMatrix(to) +
            ":flags=bicubic+accurate_rnd+full_chroma_int+full_chroma_inp");
   }
 

@@ -15,7 +15,7 @@ struct FrameMatch {
   bool identical = false;    ///< the very samples of that frame
   bool blended = false;      ///< a mixture of that frame and a neighbour
   bool flat = false;         ///< nothing in it to go by: black, or of one colour
-  float distance = 0;        ///< of signatures
+  float distance = 0;        ///< as farness() has it
   /// As FrameExponent's; no number where there is none.
   float logExponent = std::numeric_limits<float>::quiet_NaN();
   float spread = 0, weight = 0, level = 0;

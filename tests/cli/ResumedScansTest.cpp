@@ -20,10 +20,8 @@ std::string longMaster() {
 }
 
 std::string longExport() {
-  return fixtureMovie(
-      "scan-resumed-dest.mp4",
-      {"-stream_loop", "5", "-i", scanExport("scan-resumed-part", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'"),
-       "-c", "copy"});
+  return fixtureMovie("scan-resumed-dest.mp4",
+                      {"-stream_loop", "5", "-i", scanExport("scan-resumed-part", scanPower), "-c", "copy"});
 }
 
 /// The file is that large: frames are in it.

@@ -36,6 +36,9 @@ inline std::string scanRemux() {
   return fixtureMovies(scanMaster(), {{"scan-remux.mov", {"-c", "copy"}}}).front();
 }
 
+/// Makes luma darker, by an exponent of 1.2.
+constexpr const char* scanPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
+
 inline ScanJson scanned(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"scan", "--json"});
   const ProgramRun run = runLumacheck(arguments);

@@ -25,10 +25,9 @@ using test::scanExport;
 using test::ScanJson;
 using test::scanMaster;
 using test::scanned;
+using test::scanPower;
 using testing::HasSubstr;
 using testing::Not;
-
-const char* const scanPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
 
 /// The master, made over by ffmpeg's options.
 std::string madeOver(const std::string& name, const std::vector<std::string>& options) {

@@ -23,6 +23,7 @@ using test::scanExport;
 using test::ScanJson;
 using test::scanMaster;
 using test::scanned;
+using test::scanPower;
 using test::scanRemux;
 using testing::HasSubstr;
 
@@ -55,7 +56,6 @@ TEST_P(MendedMovies, AreTheSameOnceTheFilterWasApplied) {
   EXPECT_LT(left, 1.5) << "codes of 8 bits, which the samples were cut to twice on the way";
 }
 
-constexpr const char* lumaPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
 constexpr const char* rgbPower =
     "scale=in_color_matrix=bt601:flags=accurate_rnd+full_chroma_int,format=gbrp,"
     "lutrgb=r='255*pow(val/255,0.817)':g='255*pow(val/255,0.817)':b='255*pow(val/255,0.817)',"
@@ -65,14 +65,14 @@ constexpr const char *compressed = "lutyuv=y='val*219/255+16':u='128+(val-128)*2
                      *dimmed = "lutyuv=y='16+(val-16)*0.85+5'",
                      *halfPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
 INSTANTIATE_TEST_SUITE_P(Rows, MendedMovies,
-                         testing::Values(MendedRow{"luma", lumaPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
+                         testing::Values(MendedRow{"luma", scanPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
                                          MendedRow{"compressed", compressed, "range"},
                                          MendedRow{"expanded", expanded, "range"}, MendedRow{"gain", dimmed, "gain"},
                                          MendedRow{"half", halfPower, "power"}),
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(UndoneScans, OnlyWhatWasScannedIsUndone) {
-  const ScanJson part = scanned({scanMaster(), scanExport("scan-mendable-luma", lumaPower), "--to", "4", "--filter"});
+  const ScanJson part = scanned({scanMaster(), scanExport("scan-mendable-luma", scanPower), "--to", "4", "--filter"});
   EXPECT_EQ(part["segments"].size(), 1U);
   EXPECT_THAT(part["filter"]["text"].get<std::string>(), HasSubstr("enable='between(t,-0.0"));
 }
@@ -142,7 +142,7 @@ TEST_P(TabledMovies, AreTheSameOnceTheTableWasApplied) {
 constexpr const char *takenFor709 = "scale=in_color_matrix=bt601:out_color_matrix=bt709:flags=bicubic+accurate_rnd",
                      *takenFor601 = "scale=in_color_matrix=bt709:out_color_matrix=bt601:flags=bicubic+accurate_rnd";
 INSTANTIATE_TEST_SUITE_P(Rows, TabledMovies,
-                         testing::Values(TableRow{"luma", lumaPower, "power", 3}, TableRow{"rgb", rgbPower, "power", 1},
+                         testing::Values(TableRow{"luma", scanPower, "power", 3}, TableRow{"rgb", rgbPower, "power", 1},
                                          TableRow{"compressed", compressed, "range", 3},
                                          TableRow{"expanded", expanded, "range", 3},
                                          TableRow{"gain", dimmed, "gain", 3},
@@ -151,7 +151,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, TabledMovies,
                          [](const auto& row) { return std::string(row.param.name); });
 
 TEST(UndoneScans, ATableTellsWhatIsCutOffBeforeIt) {
-  const std::string dest = scanExport("scan-mendable-luma", lumaPower);
+  const std::string dest = scanExport("scan-mendable-luma", scanPower);
   const std::string table = tableBeside(dest);
   const ScanJson lut = scanned({scanMaster(), dest, "--lut", table})["lut"];
   EXPECT_EQ(lut["cutsOff"], true) << "of colours as no film has them";
@@ -211,7 +211,7 @@ TEST_P(ProvenMovies, AreTheSameInTheProof) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Rows, ProvenMovies,
-                         testing::Values(MendedRow{"luma", lumaPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
+                         testing::Values(MendedRow{"luma", scanPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
                                          MendedRow{"compressed", compressed, "range"},
                                          MendedRow{"expanded", expanded, "range"}, MendedRow{"gain", dimmed, "gain"},
                                          MendedRow{"half", halfPower, "power"}),
@@ -219,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, ProvenMovies,
 
 TEST(UndoneScans, AProofOfASampledScanIsMeasuredToo) {
   const movie::test::TemporaryFolder folder;
-  const std::string path = folder.path("proof.mov"), dest = scanExport("scan-mendable-luma", lumaPower);
+  const std::string path = folder.path("proof.mov"), dest = scanExport("scan-mendable-luma", scanPower);
   const ScanJson proof =
       scanned({scanMaster(), dest, "--from", "0.05", "--to", "3", "--sample", "4", "--proof", path})["proof"];
   EXPECT_GT(proof["compared"], 5) << proof;
@@ -231,7 +231,7 @@ TEST(UndoneScans, AProofIsHeldAgainstTheFramesThatItShows) {
   const movie::test::TemporaryFolder folder;
   const std::string path = folder.path("proof.MOV");
   const std::string excerpt = std::string("trim=start_frame=90:end_frame=150,setpts=PTS-STARTPTS,crop=320:136,") +
-                              "pad=320:180:0:22," + lumaPower;
+                              "pad=320:180:0:22," + scanPower;
   const std::string dest = scanExport("scan-proven-excerpt", excerpt);
   const ScanJson proof = scanned({scanMaster(), dest, "--proof", path})["proof"];
   EXPECT_EQ(proof["frames"], 60);
