@@ -16,7 +16,7 @@ TimelineRooms roomsIn(const QSizeF& size, double line, double number) {
   constexpr double edge = 1.5, between = 3, aroundText = 6;
   const double left = number + aroundText, width = std::max(1.0, size.width() - left - edge);
   const double bandHeight = line + between, top = edge + bandHeight + between;
-  const QRectF plot(left, top, width, std::max(1.0, size.height() - top - edge));
+  const QRectF plot(left, top, width, std::max(1.0, size.height() - top - edge - line / 2));
   return {{left, edge, width, bandHeight}, plot, {0, top, number, plot.height()}};
 }
 

@@ -12,7 +12,7 @@ struct TimelineRooms {
   QRectF plot;   ///< of the curve
   QRectF scale;  ///< of the numbers beside it
 };
-/// `line`: the height of a line of text; `number`: the width of a number.
+/// `line`: the height of a line of text; `number`: the width of a number. The lowest number stands half below the plot.
 TimelineRooms roomsIn(const QSizeF& size, double line, double number);
 
 /// Exponents are shown from one over this to this.

@@ -107,14 +107,15 @@ void TimelinePainting::paintScale() {
   painter_.setPen(QPen(faint(soft), 1, Qt::DashLine));
   painter_.drawLine(QPointF(plot.left(), plot.center().y()), QPointF(plot.right(), plot.center().y()));
   painter_.setPen(look_.palette.color(QPalette::WindowText));
-  const auto write = [&](double top, double exponent) {
+  const auto write = [&](double exponent) {
+    const double top = geometry_.yOf(std::log(exponent)) - height / 2;
     painter_.drawText(QRectF(scale.left(), top, scale.width(), height), Qt::AlignRight | Qt::AlignVCenter,
                       inScale(exponent));
   };
-  write(plot.center().y() - height / 2, 1);
-  if (plot.height() < 3 * height) return;
-  write(plot.top(), reach_);
-  write(plot.bottom() - height, 1 / reach_);
+  write(1);
+  if (plot.height() < 2 * height) return;
+  write(reach_);
+  write(1 / reach_);
 }
 
 /// A line with a wedge at each end.

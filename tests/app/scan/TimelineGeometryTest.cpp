@@ -48,7 +48,7 @@ TEST(TimelineGeometry, HasRoomForBandsCurveAndScale) {
   const TimelineRooms rooms = roomsIn({600, 120}, 16, 40);
   EXPECT_GE(rooms.bands.height(), 16);
   EXPECT_GT(rooms.plot.top(), rooms.bands.bottom());
-  EXPECT_LE(rooms.plot.bottom(), 120);
+  EXPECT_LE(rooms.plot.bottom() + 16 / 2, 120) << "of the lowest number half stands below";
   EXPECT_GT(rooms.plot.left(), rooms.scale.right());
   EXPECT_GE(rooms.scale.width(), 40);
   EXPECT_LE(rooms.plot.right(), 600);
