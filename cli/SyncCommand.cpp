@@ -163,7 +163,7 @@ std::string jobText(const Job& job) {
   return text + (job.options.mode == SyncMode::DryRun ? "Not saved: this was a dry run.\n" : "Not saved.\n");
 }
 
-JsonValue jsonOf(const Job& job, int status) {
+JsonValue jobJson(const Job& job, int status) {
   JsonValue document{{"schema", "lumacheck.sync/1"}, {"source", job.options.source}, {"dest", job.options.dest}};
   document["changes"] = JsonValue::array();
   for (const PropertyChange& change : job.changes) {
@@ -194,7 +194,7 @@ CommandResult runSyncCommand(const SyncOptions& options) {
   for (const std::string& each : job.notes) result.err += complaint(each);
   result.status = statusOf(job);
   if (options.form == OutputForm::Json) {
-    result.out = textOf(jsonOf(job, result.status));
+    result.out = textOf(jobJson(job, result.status));
   } else if (synced) {
     result.out = jobText(job);
   }

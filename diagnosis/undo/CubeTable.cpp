@@ -4,6 +4,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <functional>
+#include <utility>
 
 namespace diagnosis {
 namespace {
@@ -83,12 +85,12 @@ CubeTable cubeOf(const RgbFunction& function, std::size_t size) {
 }
 
 /// Where an axis is looked up: the point below, and how far it is to the next.
-struct Place {
+struct LatticePlace {
   std::size_t below = 0;
   double part = 0;
 };
 
-Place placeOn(double value, std::size_t size) {
+LatticePlace placeOn(double value, std::size_t size) {
   const double at = std::clamp(value, 0.0, 1.0) * static_cast<double>(size - 1);
   const auto below = std::min(static_cast<std::size_t>(at), size - 2);
   return {below, at - static_cast<double>(below)};
@@ -106,20 +108,18 @@ Vector3 onCurve(const CubeTable& table, const Vector3& rgb) {
 /// From the corner below to the one above, along the axis on which it is farthest first.
 Vector3 inCube(const CubeTable& table, const Vector3& rgb) {
   const std::array<std::size_t, 3> stride{1, table.size, table.size * table.size};
-  std::array<Place, 3> places;
+  std::array<std::pair<double, std::size_t>, 3> farthestFirst;
   std::size_t at = 0;
-  for (std::size_t i = 0; i < 3; ++i) {
-    places[i] = placeOn(rgb[i], table.size);
-    at += places[i].below * stride[i];
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    const LatticePlace place = placeOn(rgb[axis], table.size);
+    at += place.below * stride[axis];
+    farthestFirst[axis] = {place.part, axis};
   }
-  std::array<std::size_t, 3> order{0, 1, 2};
-  std::sort(order.begin(), order.end(), [&](std::size_t a, std::size_t b) { return places[a].part > places[b].part; });
+  std::sort(farthestFirst.begin(), farthestFirst.end(), std::greater<>());
   Vector3 result = table.points[at];
-  for (const std::size_t axis : order) {
+  for (const auto& [part, axis] : farthestFirst) {
     const std::size_t next = at + stride[axis];
-    for (std::size_t i = 0; i < 3; ++i) {
-      result[i] += places[axis].part * (table.points[next][i] - table.points[at][i]);
-    }
+    for (std::size_t i = 0; i < 3; ++i) result[i] += part * (table.points[next][i] - table.points[at][i]);
     at = next;
   }
   return result;

@@ -38,6 +38,8 @@ inline std::string scanRemux() {
 
 /// Makes luma darker, by an exponent of 1.2.
 constexpr const char* scanPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
+/// The same from the seventh second on.
+constexpr const char* scanHalfPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
 
 inline ScanJson scanned(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"scan", "--json"});
