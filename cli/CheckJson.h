@@ -3,6 +3,8 @@
 #include <optional>
 #include <vector>
 
+#include <nlohmann/json.hpp>
+
 #include "check/GammaCheck.h"
 #include "check/Report.h"
 #include "cli/MovieJson.h"

@@ -76,8 +76,9 @@ constexpr auto patterns = R"(<defs>
 }  // namespace
 
 std::string plotStyle(PlotGround ground) {
-  return std::string("<style>\n") + dayStyle + (ground == PlotGround::Screen ? nightStyle : "") + "</style>\n" +
-         patterns;
+  std::string style = "<style>\n";
+  style.append(dayStyle).append(ground == PlotGround::Screen ? nightStyle : "");
+  return style.append("</style>\n").append(patterns);
 }
 
 const char* fillOf(diagnosis::CauseKind kind) {

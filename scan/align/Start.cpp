@@ -162,13 +162,15 @@ std::optional<Beginning> fromOpening(FrameRow& source, FrameRow& dest, const Fra
 void addFurtherLines(Beginning& beginning, const Probe::Found& found) {
   constexpr std::size_t mostLines = 4;
   std::vector<BurstFit> left = found.fits;
-  std::optional<LineThrough> line = found.line;
-  while (line && beginning.lines.size() < mostLines) {
-    for (std::size_t i = line->agreeing.size(); i-- > 0;) {
-      left.erase(left.begin() + static_cast<std::ptrdiff_t>(line->agreeing[i]));
+  std::vector<std::size_t> explained = found.line->agreeing;
+  while (beginning.lines.size() < mostLines) {
+    for (std::size_t i = explained.size(); i-- > 0;) {
+      left.erase(left.begin() + static_cast<std::ptrdiff_t>(explained[i]));
     }
-    line = bestLine(left, {beginning.lines.front().rate});
-    if (line) beginning.lines.push_back(line->line);
+    const std::optional<LineThrough> line = bestLine(left, {beginning.lines.front().rate});
+    if (!line) break;
+    beginning.lines.push_back(line->line);
+    explained = line->agreeing;
   }
 }
 

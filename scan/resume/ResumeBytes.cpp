@@ -250,10 +250,10 @@ bool take(ByteView held, ResumeContent& content) {
 }  // namespace
 
 Bytes resumeGroupOf(ByteView held) {
-  Bytes result(headSize);
+  Bytes result(headSize + held.size());
   movie::write32(result, 0, static_cast<std::uint32_t>(held.size()));
   movie::write64(result, 4, XXH3_64bits(held.data(), held.size()));
-  movie::append(result, held);
+  std::copy(held.begin(), held.end(), result.begin() + headSize);
   return result;
 }
 
