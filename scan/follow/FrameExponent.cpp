@@ -12,7 +12,7 @@ using diagnosis::Signal;
 
 constexpr float sourceMargin = 0.02F, destMargin = 0.01F;
 constexpr float calmReach = 6 / static_cast<float>(diagnosis::lumaCodes);
-constexpr double chromaReach = 0.04;
+constexpr float chromaReach = 0.04F;
 constexpr std::size_t fewestSamples = 30;
 
 /// Weights by the logarithm of the exponent.
@@ -40,6 +40,35 @@ class Histogram {
   double total = 0;
 };
 
+/// What an exponent adds the same to wherever luma is, ln(-ln luma), and how much it moves luma there, -luma ln luma.
+struct Level {
+  float level = 0, moved = 0;
+};
+
+/// Looked up between the points of a table: within 0.00002 of the level. Logarithms took longer
+/// than all the rest.
+class LevelTable {
+ public:
+  LevelTable() {
+    for (std::size_t i = 1; i < count; ++i) {
+      const double luma = static_cast<double>(i) / count, logarithm = std::log(luma);
+      points[i] = {static_cast<float>(std::log(-logarithm)), static_cast<float>(-luma * logarithm)};
+    }
+  }
+  /// Luma within `destMargin` of black or white has none.
+  Level at(float luma) const {
+    const float place = luma * count;
+    const auto below = static_cast<std::size_t>(place);
+    const float part = place - static_cast<float>(below);
+    const Level &low = points[below], &high = points[below + 1];
+    return {low.level + part * (high.level - low.level), low.moved + part * (high.moved - low.moved)};
+  }
+
+ private:
+  static constexpr std::size_t count = 4096;
+  std::array<Level, count> points{};
+};
+
 bool isWithin(float value, float margin) {
   return value > margin && value < 1 - margin;
 }
@@ -53,6 +82,7 @@ bool isCalm(const std::vector<float>& luma, std::size_t at, std::size_t width) {
 
 std::optional<FrameExponent> exponentOf(const Signal& source, const Signal& dest) {
   const auto width = static_cast<std::size_t>(source.width), height = static_cast<std::size_t>(source.height);
+  static const LevelTable table;
   Histogram histogram;
   double levels = 0;
   std::size_t count = 0;
@@ -62,11 +92,11 @@ std::optional<FrameExponent> exponentOf(const Signal& source, const Signal& dest
       const float s = source.luma()[at], d = dest.luma()[at];
       if (!isWithin(s, sourceMargin) || !isWithin(d, destMargin)) continue;
       if (!isCalm(source.luma(), at, width) || !isCalm(dest.luma(), at, width)) continue;
-      const double lnSource = std::log(double{s}), level = std::log(-lnSource);
-      const double chroma = std::hypot(double{source.planes[1][at]}, double{source.planes[2][at]}) / chromaReach;
-      const double weight = -double{s} * lnSource / (1 + chroma * chroma);
-      histogram.add(std::log(-std::log(double{d})) - level, weight);
-      levels += weight * level;
+      const Level shown = table.at(s);
+      const float blue = source.planes[1][at] / chromaReach, red = source.planes[2][at] / chromaReach;
+      const double weight = double{shown.moved} / (1 + double{blue} * double{blue} + double{red} * double{red});
+      histogram.add(double{table.at(d).level} - double{shown.level}, weight);
+      levels += weight * double{shown.level};
       ++count;
     }
   }

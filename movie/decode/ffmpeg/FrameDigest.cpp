@@ -4,9 +4,14 @@
 #include <array>
 #include <cstddef>
 
+#ifdef LUMACHECK_XXHASH_DISPATCH
+#define XXH_STATIC_LINKING_ONLY  // for a state that is no object of its own
+#include <xxh_x86dispatch.h>
+#else
 // All of it in this file: nothing to link.
 #define XXH_INLINE_ALL
 #include <xxhash.h>
+#endif
 
 extern "C" {
 #include <libavutil/frame.h>
