@@ -1,6 +1,7 @@
 #include "tests/scan/exports/Verdicts.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -84,6 +85,23 @@ void judgeTones(ScanVerdict& verdict, const ScanTruth& truth, const ScanResult& 
   verdict.falseSegments = std::max(0, static_cast<int>(result.segments.size()) - 1 - changes);
 }
 
+/// What is the cause in the middle of a segment.
+bool isCause(diagnosis::CauseKind told, const ScanTruth& truth, double time) {
+  const auto isAt = [&](const TrueTone& tone) { return time >= tone.from && time < tone.to; };
+  const auto tone = std::find_if(truth.tones.begin(), truth.tones.end(), isAt);
+  if (tone != truth.tones.end() && tone->exponent == 1) {
+    return told == diagnosis::CauseKind::Same || told == diagnosis::CauseKind::Identical;
+  }
+  return std::find(truth.causes.begin(), truth.causes.end(), told) != truth.causes.end();
+}
+
+void judgeSegments(ScanVerdict& verdict, const ScanTruth& truth, const ScanResult& result, const MoviePair& rows) {
+  for (const Segment& segment : result.segments) {
+    const double time = rows.dest->timeOf((segment.dest.first + segment.dest.end) / 2);
+    verdict.segments.push_back({segment.confidence(), isCause(segment.causes.front().kind, truth, time)});
+  }
+}
+
 void judgeRegion(ScanVerdict& verdict, const ScanTruth& truth, const ScanResult& result) {
   if (!truth.part) return;
   const diagnosis::Region &found = result.placement.source, &wanted = *truth.part;
@@ -111,6 +129,27 @@ std::string toldOf(const ScanResult& result) {
   return told;
 }
 
+/// In five bins: what is told to be so sure, on average, and how often it is so.
+void printConfidences(std::ostream& out, const std::vector<ScanVerdict>& verdicts) {
+  constexpr std::array bounds{0.0, 0.5, 0.8, 0.9, 0.95, 1.001};
+  out << "  confidence of segments   number   stated   right\n";
+  for (std::size_t bin = 0; bin + 1 < bounds.size(); ++bin) {
+    int count = 0, right = 0;
+    double stated = 0;
+    for (const ScanVerdict& verdict : verdicts) {
+      for (const ToldCause& told : verdict.segments) {
+        if (told.confidence < bounds[bin] || told.confidence >= bounds[bin + 1]) continue;
+        ++count, right += told.isRight ? 1 : 0, stated += told.confidence;
+      }
+    }
+    char line[100];
+    std::snprintf(line, sizeof line, "  %.2f to %.2f           %8d   %6.3f  %6.3f\n", bounds[bin],
+                  std::min(1.0, bounds[bin + 1]), count, count > 0 ? stated / count : 0.0,
+                  count > 0 ? static_cast<double>(right) / count : 0.0);
+    out << line;
+  }
+}
+
 }  // namespace
 
 ScanVerdict verdictOn(const Master& master, const ScanRecipe& recipe) {
@@ -130,13 +169,13 @@ ScanVerdict verdictOn(const Master& master, const ScanRecipe& recipe) {
   verdict.refusedRightly = refused == verdict.toBeRefused;
   const std::vector<diagnosis::CauseKind>& causes = recipe.truth.causes;
   verdict.causeRight = std::find(causes.begin(), causes.end(), result.finding.main().kind) != causes.end();
-  verdict.confidence = result.finding.main().confidence;
   if (refused) {
     verdict.rightShare = recipe.truth.isRefused ? 1 : 0;
     return verdict;
   }
   judgeMap(verdict, recipe.truth, result, *rows);
   judgeTones(verdict, recipe.truth, result, *rows);
+  judgeSegments(verdict, recipe.truth, result, *rows);
   judgeRegion(verdict, recipe.truth, result);
   verdict.identicalRight = (result.identicalFrames == result.matches.frames.size()) == recipe.truth.isIdentical;
   return verdict;
@@ -170,6 +209,7 @@ void printScans(std::ostream& out, const std::string& title, const std::vector<S
       << right([](const ScanVerdict& each) { return each.falseSegments == 0; }) << ", regions "
       << right([](const ScanVerdict& each) { return each.regionRight(); }) << ", identity "
       << right([](const ScanVerdict& each) { return each.identicalRight; }) << "; " << seconds << " s\n";
+  printConfidences(out, verdicts);
 }
 
 }  // namespace scan::test

@@ -8,6 +8,12 @@
 
 namespace scan::test {
 
+/// What is told of a segment's cause, and whether it is so.
+struct ToldCause {
+  double confidence = 0;
+  bool isRight = false;
+};
+
 /// What was found of one export, held against the truth.
 struct ScanVerdict {
   std::string name;
@@ -21,7 +27,7 @@ struct ScanVerdict {
   int falseSegments = 0;       ///< changes that are told and are none
   double regionError = 0;      ///< the largest of a side
   bool causeRight = true, identicalRight = true;
-  double confidence = 0;
+  std::vector<ToldCause> segments = {};
   double seconds = 0;     ///< that the scan took
   std::string told = {};  ///< in a few words
 
@@ -36,7 +42,7 @@ ScanVerdict verdictOn(const Master& master, const ScanRecipe& recipe);
 /// What is wrong of one, by name; nothing where all is right.
 void printWrong(std::ostream& out, const ScanVerdict& verdict);
 
-/// The shares of what is right.
+/// The shares of what is right, and how far confidences can be relied on.
 void printScans(std::ostream& out, const std::string& title, const std::vector<ScanVerdict>& verdicts);
 
 }  // namespace scan::test
