@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "diagnosis/CodePoints.h"
+#include "diagnosis/words/CodePoints.h"
 #include "movie/render/IccProfile.h"
 
 namespace cli {

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "SharedFiles/timecode/QVQuickTime.h"
-#include "diagnosis/FindingText.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace cli {
 namespace {

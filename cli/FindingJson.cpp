@@ -4,8 +4,8 @@
 
 #include <nlohmann/json.hpp>
 
-#include "diagnosis/FindingText.h"
 #include "diagnosis/KnownSettings.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace cli {
 namespace {

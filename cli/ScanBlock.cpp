@@ -1,7 +1,7 @@
 #include "cli/ScanBlock.h"
 
 #include "cli/plot/ScanWords.h"
-#include "diagnosis/FindingText.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace cli {
 namespace {

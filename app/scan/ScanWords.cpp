@@ -7,6 +7,7 @@
 
 #include "app/scan/TimelineGeometry.h"
 #include "app/verdict/VerdictWords.h"
+#include "diagnosis/words/CauseWords.h"
 
 namespace {
 
@@ -76,41 +77,12 @@ ScanView ScanWords::ended(const ScanEnd& end) {
           .advice = advice.join(u' ')};
 }
 
-QString ScanWords::causeWord(const diagnosis::Cause& cause) {
-  using Kind = diagnosis::CauseKind;
-  const bool darker = cause.direction == diagnosis::Direction::Darker;
-  switch (cause.kind) {
-    case Kind::Identical:
-      return tr("identical");
-    case Kind::Same:
-      return tr("the same");
-    case Kind::Power:
-      return tr("gamma shift, exponent %1").arg(decimals(cause.exponent.value_or(1), 2));
-    case Kind::Range:
-      return cause.direction == diagnosis::Direction::Compressed ? tr("range compressed") : tr("range expanded");
-    case Kind::Gain:
-      return darker ? tr("brightness or contrast, darker") : tr("brightness or contrast, lighter");
-    case Kind::Tone:
-      return tr("another tone");
-    case Kind::Matrix:
-      return tr("wrong matrix");
-    case Kind::Different:
-      return tr("another picture");
-    case Kind::Dark:
-      return tr("too dark to tell");
-    case Kind::Unreadable:
-      break;
-  }
-  return tr("too little to tell from");
-}
-
 void ScanWords::name(Timeline& timeline, const scan::ScanResult& result) {
   const std::size_t count = std::min(timeline.segments.size(), result.segments.size());
   for (std::size_t i = 0; i < count; ++i) {
-    QStringList words;
-    for (const diagnosis::Cause& cause : result.segments[i].causes) words << causeWord(cause);
     TimelineSegment& segment = timeline.segments[i];
-    segment.word = words.join(QStringLiteral("; "));
+    segment.word =
+        QString::fromStdString(diagnosis::causeWords(result.segments[i].causes, VerdictWords::languageOf("ScanWords")));
     //: %1: what was done to it. %2: a percentage
     segment.sentence = tr("%1 (sure by %2 %)")
                            .arg(segment.word)

@@ -38,7 +38,6 @@ class ScanWords final {
   static QString summary(const Timeline& timeline, const TimeText& text);
 
  private:
-  static QString causeWord(const diagnosis::Cause& cause);
   static QString stretch(const TimelineStretch& stretch, const QString& what, const TimeText& text);
   static QString timeLeft(double seconds);
 };

@@ -6,7 +6,7 @@
 #include "SharedFiles/timecode/QVQuickTime.h"
 #include "app/messages/MessageWords.h"
 #include "app/verdict/Moment.h"
-#include "diagnosis/CodePoints.h"
+#include "diagnosis/words/CodePoints.h"
 #include "movie/atoms/ImageDescription.h"
 
 namespace {

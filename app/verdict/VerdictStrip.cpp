@@ -83,8 +83,9 @@ void VerdictStrip::layOut() {
 
 void VerdictStrip::addButtons(QHBoxLayout& row) {
   for (const VerdictAction action : verdictActions) {
-    auto* const button = roomyButton(VerdictWords::buttonText(action));
-    button->setToolTip(VerdictWords::buttonTip(action));
+    const ButtonWords words = VerdictWords::button(action);
+    auto* const button = roomyButton(words.text);
+    button->setToolTip(words.tip);
     button->setAutoDefault(false);
     connect(button, &QPushButton::clicked, this, [this, action] { emit chosen(action); });
     row.addWidget(button, 0, Qt::AlignTop);

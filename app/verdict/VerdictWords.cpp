@@ -3,7 +3,7 @@
 #include <QLocale>
 #include <utility>
 
-#include "diagnosis/FindingText.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace {
 
@@ -14,14 +14,6 @@ MessageKind kindOf(const diagnosis::Finding& finding) {
   const CauseKind main = finding.main().kind;
   const bool isSame = main == CauseKind::Identical || main == CauseKind::Same;
   return isSame || !diagnosis::isTold(finding) ? MessageKind::Warning : MessageKind::Failure;
-}
-
-diagnosis::Language usersLanguage() {
-  const auto sentence = [](const char* english) {
-    return QCoreApplication::translate("FindingText", english).toStdString();
-  };
-  const auto number = [](double value, int decimals) { return QLocale().toString(value, 'f', decimals).toStdString(); };
-  return {sentence, number};
 }
 
 QList<VerdictAction> advised(const Verdict& verdict, bool isSameMoment) {
@@ -47,7 +39,7 @@ QList<VerdictAction> advised(const Verdict& verdict, bool isSameMoment) {
 }  // namespace
 
 Verdict VerdictWords::verdictOf(const diagnosis::Finding& finding, QList<Fact> facts) {
-  const diagnosis::FindingText text = diagnosis::textOf(finding, usersLanguage());
+  const diagnosis::FindingText text = diagnosis::textOf(finding, languageOf("FindingText"));
   return {.kind = kindOf(finding),
           .headline = QString::fromStdString(text.verdict),
           .advice = QString::fromStdString(text.advice),
@@ -128,42 +120,31 @@ QStringList VerdictWords::notesOn(const VerdictSituation& situation) {
   return notes;
 }
 
-QString VerdictWords::buttonText(VerdictAction action) {
-  switch (action) {
-    case VerdictAction::Check:
-      return tr("Check Again");
-    case VerdictAction::Sync:
-      return tr("Sync Metadata");
-    case VerdictAction::Save:
-      return tr("Save");
-    case VerdictAction::FindPlace:
-      return tr("Find the Place");
-    case VerdictAction::SameMoment:
-      return tr("Same Time");
-    case VerdictAction::AnotherFrame:
-      return tr("Another Frame");
-    case VerdictAction::Manual:
-      return tr("Remedies…");
-  }
-  return {};
+diagnosis::Language VerdictWords::languageOf(const char* context) {
+  const auto sentence = [context](const char* english) {
+    return QCoreApplication::translate(context, english).toStdString();
+  };
+  const auto number = [](double value, int decimals) { return QLocale().toString(value, 'f', decimals).toStdString(); };
+  return {sentence, number};
 }
 
-QString VerdictWords::buttonTip(VerdictAction action) {
+ButtonWords VerdictWords::button(VerdictAction action) {
   switch (action) {
     case VerdictAction::Check:
-      return tr("Compares the two frames shown now");
+      return {tr("Check Again"), tr("Compares the two frames shown now")};
     case VerdictAction::Sync:
-      return tr("Copies the source's colour metadata onto the destination");
+      return {tr("Sync Metadata"), tr("Copies the source's colour metadata onto the destination")};
     case VerdictAction::Save:
-      return tr("Saves the destination's metadata in place");
+      return {tr("Save"), tr("Saves the destination's metadata in place")};
     case VerdictAction::FindPlace:
-      return tr("Looks for the destination's picture in the source, up to 10 seconds away, and compares there");
+      return {tr("Find the Place"),
+              tr("Looks for the destination's picture in the source, up to 10 seconds away, and compares there")};
     case VerdictAction::SameMoment:
-      return tr("Takes the destination's playhead to the source's time");
+      return {tr("Same Time"), tr("Takes the destination's playhead to the source's time")};
     case VerdictAction::AnotherFrame:
-      return tr("Takes both playheads to another frame, and compares there");
+      return {tr("Another Frame"), tr("Takes both playheads to another frame, and compares there")};
     case VerdictAction::Manual:
-      return tr("Opens the manual, which has a chapter on each finding and its remedy");
+      return {tr("Remedies…"), tr("Opens the manual, which has a chapter on each finding and its remedy")};
   }
   return {};
 }

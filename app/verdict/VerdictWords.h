@@ -6,6 +6,7 @@
 #include "app/messages/WhyNot.h"
 #include "app/verdict/Moment.h"
 #include "app/verdict/Verdict.h"
+#include "diagnosis/words/Words.h"
 
 /// What a verdict stands among.
 struct VerdictSituation {
@@ -14,6 +15,11 @@ struct VerdictSituation {
   bool isLookingForPlace = false;                     ///< of the destination's picture in the source
   bool isSameMoment = true;                           ///< of both playheads
   Change source = Change::None, dest = Change::None;  ///< since the check
+};
+
+/// What stands on a button, and what it does.
+struct ButtonWords {
+  QString text, tip;
 };
 
 /// A finding in the user's language, and what the strip shows of it.
@@ -29,8 +35,10 @@ class VerdictWords final {
   /// Why it holds no longer.
   static QString changeNote(const VerdictSituation& situation);
 
-  static QString buttonText(VerdictAction action);
-  static QString buttonTip(VerdictAction action);
+  /// The user's, for what the diagnosis says under that context of the translations.
+  static diagnosis::Language languageOf(const char* context);
+
+  static ButtonWords button(VerdictAction action);
 
  private:
   static QString busyText(const VerdictSituation& situation);

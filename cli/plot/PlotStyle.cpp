@@ -1,5 +1,7 @@
 #include "cli/plot/PlotStyle.h"
 
+#include <iterator>
+
 namespace cli {
 namespace {
 
@@ -82,28 +84,11 @@ std::string plotStyle(PlotGround ground) {
 }
 
 const char* fillOf(diagnosis::CauseKind kind) {
-  using Kind = diagnosis::CauseKind;
-  switch (kind) {
-    case Kind::Power:
-      return "power";
-    case Kind::Range:
-      return "range";
-    case Kind::Gain:
-      return "gain";
-    case Kind::Tone:
-      return "tone";
-    case Kind::Matrix:
-      return "matrix";
-    case Kind::Identical:
-    case Kind::Same:
-      return "same";
-    case Kind::Different:
-      return unmatchedFill;
-    case Kind::Dark:
-    case Kind::Unreadable:
-      break;
-  }
-  return unmeasuredFill;
+  // In the order of the enumeration.
+  constexpr const char* fills[] = {"same", "same",   "power",       "range",        "gain",
+                                   "tone", "matrix", unmatchedFill, unmeasuredFill, unmeasuredFill};
+  static_assert(std::size(fills) == static_cast<std::size_t>(diagnosis::CauseKind::Unreadable) + 1);
+  return fills[static_cast<std::size_t>(kind)];
 }
 
 }  // namespace cli

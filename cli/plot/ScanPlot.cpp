@@ -6,7 +6,7 @@
 #include "cli/plot/PlotColumns.h"
 #include "cli/plot/PlotScale.h"
 #include "cli/plot/SvgText.h"
-#include "diagnosis/FindingText.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace cli {
 namespace {

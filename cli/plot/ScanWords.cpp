@@ -4,40 +4,9 @@
 #include <cstdio>
 
 #include "SharedFiles/timecode/QVQuickTime.h"
+#include "diagnosis/words/CauseWords.h"
 
 namespace cli {
-namespace {
-
-/// The short name of what differs, in a table.
-std::string causeWord(const diagnosis::Cause& cause) {
-  using Kind = diagnosis::CauseKind;
-  const bool darker = cause.direction == diagnosis::Direction::Darker;
-  switch (cause.kind) {
-    case Kind::Identical:
-      return "identical";
-    case Kind::Same:
-      return "the same";
-    case Kind::Power:
-      return "gamma shift, exponent " + fixedPoint(cause.exponent.value_or(1), 2);
-    case Kind::Range:
-      return cause.direction == diagnosis::Direction::Compressed ? "range compressed" : "range expanded";
-    case Kind::Gain:
-      return darker ? "brightness or contrast, darker" : "brightness or contrast, lighter";
-    case Kind::Tone:
-      return "another tone";
-    case Kind::Matrix:
-      return "wrong matrix";
-    case Kind::Different:
-      return "another picture";
-    case Kind::Dark:
-      return "too dark to tell";
-    case Kind::Unreadable:
-      break;
-  }
-  return "too little to tell from";
-}
-
-}  // namespace
 
 FrameClock frameClock(const movie::Movie& movie, const scan::MovieRow& row) {
   const bool counts = QVQuickTime::fpsForMovie(&movie) > 0;
@@ -57,14 +26,9 @@ std::string countedNoun(std::size_t count, const char* one, const char* several)
   return count == 1 ? std::string("1 ") + one : std::to_string(count) + " " + several;
 }
 
-std::string causeWords(const std::vector<diagnosis::Cause>& causes) {
-  std::string words;
-  for (const diagnosis::Cause& cause : causes) words += (words.empty() ? "" : "; ") + causeWord(cause);
-  return words;
-}
-
 std::string segmentWords(const scan::Segment& segment) {
-  return causeWords(segment.causes) + " (sure by " + fixedPoint(std::floor(100 * segment.confidence()), 0) + " %)";
+  return diagnosis::causeWords(segment.causes) + " (sure by " + fixedPoint(std::floor(100 * segment.confidence()), 0) +
+         " %)";
 }
 
 std::string patternWords(scan::Pattern pattern) {

@@ -24,9 +24,7 @@ std::string fixedPoint(double value, int places);
 /// "1 frame", "2 frames".
 std::string countedNoun(std::size_t count, const char* one, const char* several);
 
-/// The short names of what differs: "gamma shift, exponent 1.20; range compressed".
-std::string causeWords(const std::vector<diagnosis::Cause>& causes);
-/// The same of a segment, and how sure that is.
+/// What differs in a segment, and how sure that is: "gamma shift, exponent 1.20 (sure by 90 %)".
 std::string segmentWords(const scan::Segment& segment);
 std::string patternWords(scan::Pattern pattern);
 /// "frame for frame, at another speed (1.041667 of its speed)".

@@ -4,9 +4,10 @@
 
 #include "cli/plot/ScanWords.h"
 #include "cli/remedy/ScanUndo.h"
-#include "diagnosis/CodePoints.h"
 #include "diagnosis/Difference.h"
 #include "diagnosis/undo/UndoColors.h"
+#include "diagnosis/words/CauseWords.h"
+#include "diagnosis/words/CodePoints.h"
 
 namespace cli {
 namespace {
@@ -84,7 +85,7 @@ ScanLut scanLut(const scan::ScanResult& result, const scan::ScanTags& tags, cons
         "No table is made: too many colors of the destination lie beyond black and white, where they are cut off "
         "before a table sees them.";
   }
-  lut.title = "Undoes " + causeWords(segment.causes);
+  lut.title = "Undoes " + diagnosis::causeWords(segment.causes);
   lut.remarks = {"For R'G'B' of the destination, decoded as it is marked: " + asDecoded(tags.dest) + ".",
                  "What comes out is R'G'B' of the source, to be encoded as the file is marked that it goes into."};
   return lut;

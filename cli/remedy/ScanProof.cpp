@@ -5,6 +5,7 @@
 #include "cli/remedy/ProofMovie.h"
 #include "cli/remedy/ScanUndo.h"
 #include "diagnosis/undo/UndoColors.h"
+#include "diagnosis/words/CauseWords.h"
 #include "movie/encode/MovieEncoder.h"
 
 namespace cli {
@@ -55,7 +56,7 @@ std::string proofLine(const ScanProof& proof, const FrameClock& clock) {
   return "Proof: " + proof.path + ", " + clock(proof.frames.first) + " - " + clock(proof.frames.end) +
          ". It differs from the source by " + fixedPoint(proof.after.difference, 1) +
          " codes, the destination there by " + fixedPoint(proof.before.difference, 1) + ": " +
-         causeWords(proof.after.causes) + ".\n";
+         diagnosis::causeWords(proof.after.causes) + ".\n";
 }
 
 scan::FrameRange proofFrames(const scan::FrameRow& dest, const scan::FrameRange& within, std::size_t around) {

@@ -67,32 +67,25 @@ std::string statedMatrix(std::uint16_t matrix) {
 }
 
 /// The light that a signal in the register 0 stands for, and back, as expressions.
-std::string lightExpression(const TransferCurve& curve) {
-  switch (curve.kind) {
-    case Transfer::Srgb:
-      return "if(lte(ld(0),0.04045),ld(0)/12.92,pow((ld(0)+0.055)/1.055,2.4))";
-    case Transfer::Bt709:
-      return "if(lt(ld(0),0.081),ld(0)/4.5,pow((ld(0)+0.099)/1.099,1/0.45))";
-    case Transfer::Linear:
-      return "ld(0)";
-    case Transfer::Power:
-      break;
-  }
-  return "pow(ld(0)," + numeral(curve.exponent) + ")";
-}
+struct CurveExpressions {
+  std::string light, signal;
+};
 
-std::string signalExpression(const TransferCurve& curve) {
+CurveExpressions expressionsOf(const TransferCurve& curve) {
   switch (curve.kind) {
     case Transfer::Srgb:
-      return "if(lte(ld(0),0.0031308),12.92*ld(0),1.055*pow(ld(0),1/2.4)-0.055)";
+      return {"if(lte(ld(0),0.04045),ld(0)/12.92,pow((ld(0)+0.055)/1.055,2.4))",
+              "if(lte(ld(0),0.0031308),12.92*ld(0),1.055*pow(ld(0),1/2.4)-0.055)"};
     case Transfer::Bt709:
-      return "if(lt(ld(0),0.018),4.5*ld(0),1.099*pow(ld(0),0.45)-0.099)";
+      return {"if(lt(ld(0),0.081),ld(0)/4.5,pow((ld(0)+0.099)/1.099,1/0.45))",
+              "if(lt(ld(0),0.018),4.5*ld(0),1.099*pow(ld(0),0.45)-0.099)"};
     case Transfer::Linear:
-      return "ld(0)";
+      return {"ld(0)", "ld(0)"};
     case Transfer::Power:
       break;
   }
-  return "pow(ld(0),1/" + numeral(curve.exponent) + ")";
+  const std::string exponent = numeral(curve.exponent);
+  return {"pow(ld(0)," + exponent + ")", "pow(ld(0),1/" + exponent + ")"};
 }
 
 class FilterChain {
@@ -176,8 +169,8 @@ void addTone(FilterChain& chain, const Recipe& recipe, const ComparedIn& space) 
       break;
     }
     case ToneStep::CurveRgb:
-      chain.addRgb("st(0,val/maxval);st(0," + lightExpression(hypothesis.to) + ");maxval*" +
-                   signalExpression(hypothesis.from));
+      chain.addRgb("st(0,val/maxval);st(0," + expressionsOf(hypothesis.to).light + ");maxval*" +
+                   expressionsOf(hypothesis.from).signal);
       break;
   }
 }

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "diagnosis/Advice.h"
-#include "diagnosis/FindingText.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace diagnosis {
 namespace {

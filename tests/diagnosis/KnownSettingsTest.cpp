@@ -1,8 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "diagnosis/FindingText.h"
 #include "diagnosis/KnownSettings.h"
+#include "diagnosis/words/FindingText.h"
 
 namespace diagnosis {
 namespace {

@@ -272,7 +272,7 @@ class Contents(unittest.TestCase):
         self.assertEqual(set(re.findall(r"(?m)^\| `(\w+)` \|", advice)), set(self.names("actionNames")))
 
     def test_explains_every_sentence_of_a_finding(self):
-        source = (ROOT / "diagnosis/FindingText.cpp").read_text(encoding="utf-8")
+        source = (ROOT / "diagnosis/words/FindingText.cpp").read_text(encoding="utf-8")
         source = re.sub(r'"\s*\n\s*"', "", re.sub(r"^\s*//.*$", "", source, flags=re.M))
         sentences = [each for each in re.findall(r'"((?:[^"\\\n]|\\.)*)"', source) if each.endswith((".", ": "))]
         self.assertGreaterEqual(len(sentences), 35)

@@ -173,8 +173,8 @@ TEST(VerdictWords, TellTheFinding) {
 
 TEST(VerdictWords, NameEveryButton) {
   for (const VerdictAction action : verdictActions) {
-    EXPECT_FALSE(VerdictWords::buttonText(action).isEmpty());
-    EXPECT_FALSE(VerdictWords::buttonTip(action).isEmpty());
+    EXPECT_FALSE(VerdictWords::button(action).text.isEmpty());
+    EXPECT_FALSE(VerdictWords::button(action).tip.isEmpty());
   }
 }
 

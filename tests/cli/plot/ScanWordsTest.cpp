@@ -12,12 +12,6 @@ using testing::ElementsAre;
 const ScanClocks numbers{[](std::size_t frame) { return "s" + std::to_string(frame); },
                          [](std::size_t frame) { return "d" + std::to_string(frame); }};
 
-TEST(ScanWords, NamesCausesInTheirOrder) {
-  EXPECT_EQ(causeWords({{.kind = CauseKind::Range, .direction = diagnosis::Direction::Expanded},
-                        {.kind = CauseKind::Power, .exponent = 0.8167}}),
-            "range expanded; gamma shift, exponent 0.82");
-}
-
 TEST(ScanWords, TellsHowSureASegmentIsWithoutRoundingUp) {
   EXPECT_EQ(segmentWords({{0, 9}, std::nullopt, {}, {{.kind = CauseKind::Same, .confidence = 0.999}}}),
             "the same (sure by 99 %)");

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "diagnosis/CodePoints.h"
+#include "diagnosis/words/CodePoints.h"
 
 namespace diagnosis {
 namespace {

@@ -1,4 +1,4 @@
-#include "diagnosis/CodePoints.h"
+#include "diagnosis/words/CodePoints.h"
 
 #include <algorithm>
 #include <iterator>
