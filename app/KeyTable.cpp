@@ -2,12 +2,14 @@
 
 #include <QAction>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QMenu>
 #include <QShortcut>
 #include <utility>
+
+#include "app/dialogs/OnlyDialog.h"
+#include "app/widgets/TextLook.h"
 
 namespace {
 
@@ -25,9 +27,7 @@ QString plainText(QString text) {
 void addRow(QGridLayout& grid, const KeyRow& row) {
   const int line = grid.rowCount();
   auto* const keys = new QLabel(textOf(row.keys));
-  QFont bold = keys->font();
-  bold.setBold(true);
-  keys->setFont(bold);
+  setBold(*keys);
   keys->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
   grid.addWidget(keys, line, 0);
   grid.addWidget(new QLabel(row.what), line, 1);
@@ -64,15 +64,8 @@ void KeyTable::install(QWidget& window) const {
 }
 
 void KeyTable::show(QWidget& window) const {
-  const QString name = QStringLiteral("keys");
-  for (auto* const shown : window.findChildren<QDialog*>(name)) {
-    if (!shown->isVisible()) continue;
-    shown->raise();
-    return shown->activateWindow();
-  }
-  auto* const list = new QDialog(&window);
-  list->setObjectName(name);
-  list->setAttribute(Qt::WA_DeleteOnClose);
+  auto* const list = onlyDialog(window, QStringLiteral("keys"));
+  if (list == nullptr) return;
   list->setWindowTitle(tr("Keys"));
   auto* const column = new QVBoxLayout(list);
   column->setSizeConstraint(QLayout::SetFixedSize);
@@ -88,9 +81,7 @@ void KeyTable::show(QWidget& window) const {
     halves->addLayout(grid);
   }
   column->addLayout(halves);
-  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, list, &QDialog::reject);
-  column->addWidget(buttons);
+  column->addWidget(closeButton(*list));
   QObject::connect(new QShortcut(QKeySequence(QKeySequence::HelpContents), list), &QShortcut::activated, list,
                    &QDialog::reject);
   list->show();

@@ -2,12 +2,12 @@
 
 #include <QCoreApplication>
 #include <QDialog>
-#include <QDialogButtonBox>
 #include <QGridLayout>
 #include <QLabel>
 #include <QVBoxLayout>
 
 #include "SharedFiles/foundation/BundleInfo.h"
+#include "app/dialogs/OnlyDialog.h"
 #include "app/widgets/ApplicationIcon.h"
 
 namespace {
@@ -83,24 +83,15 @@ QLayout* libraryTable() {
 }  // namespace
 
 void showAboutDialog(QWidget& window) {
-  const QString name = QStringLiteral("about");
-  for (auto* const shown : window.findChildren<QDialog*>(name)) {
-    if (!shown->isVisible()) continue;
-    shown->raise();
-    return shown->activateWindow();
-  }
-  auto* const dialog = new QDialog(&window);
-  dialog->setObjectName(name);
-  dialog->setAttribute(Qt::WA_DeleteOnClose);
+  auto* const dialog = onlyDialog(window, QStringLiteral("about"));
+  if (dialog == nullptr) return;
   dialog->setWindowTitle(QCoreApplication::translate("AboutDialog", "About Lumacheck"));
-  auto* const buttons = new QDialogButtonBox(QDialogButtonBox::Close);
-  QObject::connect(buttons, &QDialogButtonBox::rejected, dialog, &QDialog::reject);
   auto* const column = new QVBoxLayout(dialog);
   column->setSizeConstraint(QLayout::SetFixedSize);
   column->addLayout(titleRow());
   column->addSpacing(column->spacing());
   column->addWidget(new QLabel(QCoreApplication::translate("AboutDialog", "It is built on:")));
   column->addLayout(libraryTable());
-  column->addWidget(buttons);
+  column->addWidget(closeButton(*dialog));
   dialog->show();
 }

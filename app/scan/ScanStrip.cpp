@@ -1,7 +1,5 @@
 #include "app/scan/ScanStrip.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -10,6 +8,7 @@
 #include "app/scan/TimelineView.h"
 #include "app/widgets/MessageSign.h"
 #include "app/widgets/OneLineLabel.h"
+#include "app/widgets/TextLook.h"
 
 namespace {
 
@@ -22,29 +21,19 @@ QLabel* scanLabel(const char* name) {
   return label;
 }
 
-QAccessibleInterface* accessibleScan(const QString& /*className*/, QObject* object) {
-  auto* const strip = qobject_cast<ScanStrip*>(object);
-  return strip == nullptr ? nullptr : new QAccessibleWidget(strip, QAccessible::AlertMessage);
-}
-
 }  // namespace
 
 ScanStrip::ScanStrip(QWidget* parent)
-    : QWidget(parent),
+    : AlertingWidget(parent),
       sign_(new MessageSign),
       headline_(scanLabel("scanHeadline")),
       advice_(scanLabel("scanAdvice")),
       note_(scanLabel("scanNote")),
       place_(scanLabel("scanPlace")),
       timeline_(new TimelineView) {
-  QAccessible::installFactory(accessibleScan);
   setObjectName(QStringLiteral("scanStrip"));
-  QFont bold = font();
-  bold.setBold(true);
-  headline_->setFont(bold);
-  QFont slanted = font();
-  slanted.setItalic(true);
-  note_->setFont(slanted);
+  setBold(*headline_);
+  setSlanted(*note_);
   advice_->hide();
   note_->hide();
   sign_->hide();
@@ -77,32 +66,19 @@ void ScanStrip::setView(const ScanView& view) {
   setAccessibleName(QStringList{view.headline, view.note}.join(u' ').trimmed());
   setAccessibleDescription(view.advice);
   const bool isNews = view.kind && (view.headline != before.headline || view.note != before.note);
-  if (!isNews) return;
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  announce(alert);
+  if (isNews) alert();
 }
 
 void ScanStrip::setPlace(const QString& place) {
   if (place != place_->text()) place_->setText(place);
 }
 
-/// What holds no longer is faint, but can be read still.
 void ScanStrip::showHolding() {
-  QPalette colors;
-  if (!view_.holds()) {
-    constexpr int faint = 140;
-    QColor color = palette().color(QPalette::WindowText);
-    color.setAlpha(faint);
-    colors.setColor(QPalette::WindowText, color);
-  }
+  const QPalette colors = view_.holds() ? QPalette() : faintColors(palette(), {QPalette::WindowText});
   for (QLabel* label : {headline_, advice_, place_}) label->setPalette(colors);
 }
 
 void ScanStrip::changeEvent(QEvent* event) {
   QWidget::changeEvent(event);
   if (event->type() == QEvent::PaletteChange) showHolding();
-}
-
-void ScanStrip::announce(QAccessibleEvent& event) {
-  QAccessible::updateAccessibility(&event);
 }

@@ -1,19 +1,15 @@
 #pragma once
 
-#include <QWidget>
-
 #include "app/scan/ScanWords.h"
+#include "app/widgets/AlertingWidget.h"
 
 class MessageSign;
-class QAccessibleEvent;
 class QLabel;
 class TimelineView;
 
 /// A scan in the window: what it says, its timeline, and what is to be said of the playhead's place. Screen readers are
 /// told of what was found.
-class ScanStrip : public QWidget {
-  Q_OBJECT
-
+class ScanStrip : public AlertingWidget {
  public:
   explicit ScanStrip(QWidget* parent = nullptr);
 
@@ -25,8 +21,6 @@ class ScanStrip : public QWidget {
 
  protected:
   void changeEvent(QEvent* event) override;  ///< another theme
-  /// Hands an event to the screen readers that there are.
-  virtual void announce(QAccessibleEvent& event);
 
  private:
   void showHolding();

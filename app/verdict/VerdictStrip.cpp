@@ -1,7 +1,5 @@
 #include "app/verdict/VerdictStrip.h"
 
-#include <QAccessible>
-#include <QAccessibleWidget>
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -13,6 +11,7 @@
 #include "app/verdict/VerdictWords.h"
 #include "app/widgets/MessageSign.h"
 #include "app/widgets/RoomyButton.h"
+#include "app/widgets/TextLook.h"
 
 namespace {
 
@@ -28,11 +27,6 @@ QLabel* textLabel(const char* name) {
   return label;
 }
 
-QAccessibleInterface* accessibleStrip(const QString& /*className*/, QObject* object) {
-  auto* const strip = qobject_cast<VerdictStrip*>(object);
-  return strip == nullptr ? nullptr : new QAccessibleWidget(strip, QAccessible::AlertMessage);
-}
-
 void showText(QLabel& label, const QString& text) {
   label.setText(text);
   label.setVisible(!text.isEmpty());
@@ -41,21 +35,16 @@ void showText(QLabel& label, const QString& text) {
 }  // namespace
 
 VerdictStrip::VerdictStrip(QWidget* parent)
-    : QWidget(parent),
+    : AlertingWidget(parent),
       sign_(new MessageSign),
       headline_(textLabel("verdictHeadline")),
       advice_(textLabel("verdictAdvice")),
       notes_(textLabel("verdictNotes")),
       facts_(new FactTable),
       curve_(new CurvePicture) {
-  QAccessible::installFactory(accessibleStrip);
   setObjectName(QStringLiteral("verdictStrip"));
-  QFont bold = font();
-  bold.setBold(true);
-  headline_->setFont(bold);
-  QFont slanted = font();
-  slanted.setItalic(true);
-  notes_->setFont(slanted);
+  setBold(*headline_);
+  setSlanted(*notes_);
   layOut();
 }
 
@@ -112,17 +101,10 @@ void VerdictStrip::setView(const VerdictView& view) {
   tellScreenReaders(before);
 }
 
-/// What holds no longer is faint, but can be read still.
 void VerdictStrip::showHolding() {
-  QPalette colors;  // the strip's own, but for what is set here
-  if (!view_.holds) {
-    constexpr int faint = 140;
-    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::Highlight}) {
-      QColor color = palette().color(role);
-      color.setAlpha(faint);
-      colors.setColor(role, color);
-    }
-  }
+  // The strip's own where it holds.
+  const QPalette colors =
+      view_.holds ? QPalette() : faintColors(palette(), {QPalette::WindowText, QPalette::Text, QPalette::Highlight});
   for (QWidget* part : {static_cast<QWidget*>(headline_), static_cast<QWidget*>(advice_), static_cast<QWidget*>(facts_),
                         static_cast<QWidget*>(curve_)}) {
     if (part->palette().resolveMask() != colors.resolveMask() || !view_.holds) part->setPalette(colors);
@@ -138,13 +120,7 @@ void VerdictStrip::changeEvent(QEvent* event) {
 void VerdictStrip::tellScreenReaders(const VerdictView& before) {
   setAccessibleName(QStringList{view_.headline, notes_->text()}.join(u' ').trimmed());
   setAccessibleDescription(advice_->text());
-  if (view_.headline == before.headline && view_.notes == before.notes && view_.kind == before.kind) return;
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  announce(alert);
-}
-
-void VerdictStrip::announce(QAccessibleEvent& event) {
-  QAccessible::updateAccessibility(&event);
+  if (view_.headline != before.headline || view_.notes != before.notes || view_.kind != before.kind) alert();
 }
 
 /// A ground in the colour of the verdict, faint enough to read on.

@@ -1,21 +1,20 @@
 #pragma once
 
 #include <QHash>
-#include <QWidget>
 
 #include "app/verdict/Verdict.h"
+#include "app/widgets/AlertingWidget.h"
 
 class CurvePicture;
 class FactTable;
 class MessageSign;
-class QAccessibleEvent;
 class QHBoxLayout;
 class QLabel;
 class QPushButton;
 
 /// What a check found: the verdict with its sign and colour, what to do about it and by which button, both movies
 /// property by property, and the tone curve. Faint where it holds no longer. Screen readers are told of a new verdict.
-class VerdictStrip : public QWidget {
+class VerdictStrip : public AlertingWidget {
   Q_OBJECT
 
  public:
@@ -33,8 +32,6 @@ class VerdictStrip : public QWidget {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void changeEvent(QEvent* event) override;  ///< another theme
-  /// Hands an event to the screen readers that there are.
-  virtual void announce(QAccessibleEvent& event);
 
  private:
   void layOut();

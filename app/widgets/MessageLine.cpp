@@ -1,7 +1,6 @@
 #include "app/widgets/MessageLine.h"
 
 #include <QAccessible>
-#include <QAccessibleWidget>
 #include <QHBoxLayout>
 #include <QLineEdit>
 #include <QPainter>
@@ -44,15 +43,9 @@ class MessageText : public QLineEdit {
   }
 };
 
-QAccessibleInterface* accessibleMessageLine(const QString& /*className*/, QObject* object) {
-  auto* const line = qobject_cast<MessageLine*>(object);
-  return line == nullptr ? nullptr : new QAccessibleWidget(line, QAccessible::AlertMessage);
-}
-
 }  // namespace
 
-MessageLine::MessageLine(QWidget* parent) : QWidget(parent), sign_(new MessageSign), words_(new MessageText) {
-  QAccessible::installFactory(accessibleMessageLine);
+MessageLine::MessageLine(QWidget* parent) : AlertingWidget(parent), sign_(new MessageSign), words_(new MessageText) {
   setObjectName(QStringLiteral("messageLine"));
   //: What the window says of the latest action
   words_->setAccessibleName(tr("Message"));
@@ -74,14 +67,9 @@ void MessageLine::tell(const Message& message) {
   setToolTip(isEmpty ? QString() : "<qt>" + message.text.toHtmlEscaped() + "</qt>");  // so that it is folded
   setAccessibleName(isEmpty ? QString() : message.kindWord() + QStringLiteral(": ") + message.text);
   if (isEmpty) return;
-  QAccessibleEvent alert(this, QAccessible::Alert);
-  announce(alert);
+  alert();
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
   QAccessibleAnnouncementEvent announcement(this, accessibleName());
   announce(announcement);
 #endif
-}
-
-void MessageLine::announce(QAccessibleEvent& event) {
-  QAccessible::updateAccessibility(&event);
 }

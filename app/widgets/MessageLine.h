@@ -1,16 +1,14 @@
 #pragma once
 
-#include <QWidget>
-
 #include "app/messages/Message.h"
+#include "app/widgets/AlertingWidget.h"
 
 class MessageSign;
-class QAccessibleEvent;
 class QLineEdit;
 
 /// What the window says of the latest action: a sign for the kind, and the words, of which an end without room shows
 /// while they have the focus, and in the tool tip. They can be selected and copied. Screen readers are told at once.
-class MessageLine : public QWidget {
+class MessageLine : public AlertingWidget {
   Q_OBJECT
 
  public:
@@ -20,10 +18,6 @@ class MessageLine : public QWidget {
   void tell(const Message& message);
   const Message& message() const { return message_; }
   QLineEdit& words() { return *words_; }
-
- protected:
-  /// Hands an event to the screen readers that there are.
-  virtual void announce(QAccessibleEvent& event);
 
  private:
   MessageSign* sign_;
