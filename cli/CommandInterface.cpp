@@ -108,6 +108,22 @@ OptionDescription tolerance(double& codes) {
           numberInto(codes, 0.0, 50.0)};
 }
 
+template <typename Options>
+std::vector<ArgumentDescription> bothMovies(Options& options, const char* dest) {
+  return {{"SOURCE", "The source movie", required, !repeated, into(options.source)},
+          {"DEST", dest, required, !repeated, into(options.dest)}};
+}
+
+std::vector<ExitDescription> verdictExits(const std::string& unreadable, const std::string& dark,
+                                          const std::string& others) {
+  return {{noShift, "the same, and no tag that counts differs"},
+          {shiftFound, "a difference, in pixels or in tags"},
+          {failure, "a usage error, or " + unreadable},
+          {sourceTooDark, dark + " is too dark"},
+          {noVerdict, "no verdict: " + others + ", or nothing that can be told surely"},
+          {interrupted, "interrupted"}};
+}
+
 CommandDescription checkInterface(GivenOptions& given) {
   CheckOptions& check = given.check;
   return {"check",
@@ -120,14 +136,8 @@ CommandDescription checkInterface(GivenOptions& given) {
            frames(check.frames), tolerance(check.tolerance),
            flag("--exit-zero", "Exit with 0 whatever the verdict", check.exitPolicy, ExitPolicy::ZeroUnlessFailed),
            json(check.form), log(given)},
-          {{"SOURCE", "The source movie", required, !repeated, into(check.source)},
-           {"DEST", "The movie to check against it", required, !repeated, into(check.dest)}},
-          {{noShift, "the same, and no tag that counts differs"},
-           {shiftFound, "a difference, in pixels or in tags"},
-           {failure, "a usage error, or a file or frame that cannot be read"},
-           {sourceTooDark, "the source frame is too dark"},
-           {noVerdict, "no verdict: frames of different pictures, or nothing that can be told surely"},
-           {interrupted, "interrupted"}}};
+          bothMovies(check, "The movie to check against it"),
+          verdictExits("a file or frame that cannot be read", "the source frame", "frames of different pictures")};
 }
 
 CommandDescription infoInterface(GivenOptions& given) {
@@ -154,8 +164,7 @@ CommandDescription syncInterface(GivenOptions& given) {
            flag("--dry-run", "Only tell what would change", sync.mode, SyncMode::DryRun),
            json(sync.form),
            log(given)},
-          {{"SOURCE", "The source movie", required, !repeated, into(sync.source)},
-           {"DEST", "The movie to change", required, !repeated, into(sync.dest)}},
+          bothMovies(sync, "The movie to change"),
           {{noShift, "it is done, or there is nothing to do"},
            {failure, "a usage error, or it is refused, failed or incomplete"},
            {interrupted, "interrupted"}}};
@@ -178,14 +187,8 @@ CommandDescription scanInterface(GivenOptions& given) {
        file("--proof", "Write ten seconds of DEST with that undone, as .mov, and tell what differs still", scan.proof),
        flag("--exit-zero", "Exit with 0 whatever the verdict", scan.exitPolicy, ExitPolicy::ZeroUnlessFailed),
        json(scan.form), log(given)},
-      {{"SOURCE", "The source movie", required, !repeated, into(scan.source)},
-       {"DEST", "The movie to compare with it", required, !repeated, into(scan.dest)}},
-      {{noShift, "the same, and no tag that counts differs"},
-       {shiftFound, "a difference, in pixels or in tags"},
-       {failure, "a usage error, or a file that cannot be read to its end"},
-       {sourceTooDark, "the source is too dark"},
-       {noVerdict, "no verdict: other pictures, or nothing that can be told surely"},
-       {interrupted, "interrupted"}}};
+      bothMovies(scan, "The movie to compare with it"),
+      verdictExits("a file that cannot be read to its end", "the source", "other pictures")};
 }
 
 }  // namespace
