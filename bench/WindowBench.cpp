@@ -9,7 +9,6 @@
 #include <QCheckBox>
 #include <QElapsedTimer>
 #include <QEventLoop>
-#include <QTemporaryDir>
 #include <QTimer>
 #include <algorithm>
 #include <array>
@@ -21,10 +20,10 @@
 
 #include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/MainThread.h"
-#include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/settings/UserDefaults.h"
 #include "app/LumacheckAppDelegate.h"
 #include "app/MainInterface.h"
+#include "tools/screenshots/EmptyHome.h"
 
 namespace {
 
@@ -147,11 +146,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: bench_window SOURCE DEST SECONDS\n", stderr);
     return 2;
   }
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  const QTemporaryDir home;
-  qputenv("HOME", home.path().toUtf8());
-  for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) qunsetenv(variable);
-  QVLog::sharedController().setLoggingDisabled(true);
+  const EmptyHome home;
   QApplication application(argc, argv);
   const MainThread mainThread;
   WindowBench(QString::fromLocal8Bit(argv[1]), QString::fromLocal8Bit(argv[2]), QByteArray(argv[3]).toInt()).run();

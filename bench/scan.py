@@ -142,13 +142,7 @@ def main():
     ask.add_argument("row", nargs="*")
     options = ask.parse_args()
     movies = ScanMovies(options.movies.resolve(), options.photos, 40 if options.quick else 300)
-    table = rows(options.build, movies, options)
-    unknown = set(options.row) - set(table)
-    if unknown:
-        ask.error(f"no row is called {', '.join(sorted(unknown))}; there are {', '.join(table)}")
-    for name, run in table.items():
-        if not options.row or name in options.row:
-            run()
+    whole_process.run_rows(rows(options.build, movies, options), options.row, ask)
 
 
 if __name__ == "__main__":

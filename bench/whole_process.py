@@ -205,18 +205,22 @@ def parser_of(page):
     return ask
 
 
+def run_rows(table, wanted, ask):
+    """The rows that are wanted, or all, in the order of the table; one that it has not ends the program by `ask`."""
+    unknown = set(wanted) - set(table)
+    if unknown:
+        ask.error(f"no row is called {', '.join(sorted(unknown))}; there are {', '.join(table)}")
+    for name, run in table.items():
+        if not wanted or name in wanted:
+            run()
+
+
 def main():
     ask = parser_of(__doc__)
     ask.add_argument("--pairs", type=int, default=15)
     ask.add_argument("row", nargs="*")
     args = ask.parse_args()
-    table = rows(str(args.build / "bin" / "lumacheck"), Movies(args.movies), args.pairs)
-    unknown = set(args.row) - set(table)
-    if unknown:
-        ask.error(f"no row is called {', '.join(sorted(unknown))}; there are {', '.join(table)}")
-    for name, run in table.items():
-        if not args.row or name in args.row:
-            run()
+    run_rows(rows(str(args.build / "bin" / "lumacheck"), Movies(args.movies), args.pairs), args.row, ask)
 
 
 if __name__ == "__main__":

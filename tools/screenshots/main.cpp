@@ -44,7 +44,6 @@
 #include "SharedFiles/analytics/AnalyticsController.h"
 #include "SharedFiles/foundation/BundleInfo.h"
 #include "SharedFiles/foundation/MainThread.h"
-#include "SharedFiles/log/QVLog.h"
 #include "SharedFiles/settings/UserDefaults.h"
 #include "SharedFiles/support/Workspace.h"
 #include "app/LumacheckAppDelegate.h"
@@ -62,6 +61,7 @@
 #include "app/widgets/ResultsView.h"
 #include "app/widgets/TransportBar.h"
 #include "check/GammaCheck.h"
+#include "tools/screenshots/EmptyHome.h"
 
 namespace {
 
@@ -431,11 +431,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: screenshots SOURCE DEST FOLDER\n", stderr);
     return 2;
   }
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  const QTemporaryDir home;
-  qputenv("HOME", home.path().toUtf8());
-  for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME"}) qunsetenv(variable);
-  QVLog::sharedController().setLoggingDisabled(true);
+  const EmptyHome home;
   QApplication application(argc, argv);
   QApplication::setWindowIcon(applicationIcon());
   const MainThread mainThread;
