@@ -5,6 +5,7 @@
 #include "check/GammaCheck.h"
 #include "check/MetadataSync.h"
 #include "tests/check/CapturedLog.h"
+#include "tests/support/GradientMovies.h"
 #include "tests/support/MovieFixture.h"
 
 // The check on movies whose frames decode.
@@ -13,34 +14,8 @@ namespace check {
 namespace {
 
 using movie::Movie;
-using movie::test::fixtureMovie;
+using namespace movie::test;
 using testing::ElementsAre;
-
-const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x303030:c1=0xc0c0c0:c2=0x707070:seed=4";
-
-std::string encoded(const std::string& name, const std::string& source, const std::string& filter,
-                    const std::string& gamma) {
-  return fixtureMovie(name, {"-f", "lavfi", "-i", source, "-frames:v", "5", "-vf", filter, "-c:v", "prores_ks",
-                             "-movflags", "+write_colr+write_gama", "-mov_gamma", gamma});
-}
-
-std::string plainMovie() {
-  return encoded("plain.mov", gradient, "format=yuv422p10", "2.2");
-}
-std::string retaggedMovie() {
-  return encoded("retagged.mov", gradient, "format=yuv422p10", "1.8");
-}
-std::string blackMovie() {
-  return encoded("black.mov", "color=black:size=320x240:rate=25", "format=yuv422p10", "2.2");
-}
-std::string darkerMovie() {
-  const std::string curve =
-      "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
-  return encoded("darker.mov", gradient, curve, "2.2");
-}
-std::string soundMovie() {
-  return fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=0.2", "-c:a", "pcm_s16le"});
-}
 
 struct Checked {
   CheckOutcome outcome;
@@ -121,7 +96,7 @@ void tag(Movie& movie, std::uint16_t primaries, std::uint16_t matrix) {
 
 TEST(CheckedFrames, OfTheSameSamplesMatchWhateverTheColorsTheyAreTaggedWith) {
   const std::string saturated = "gradients=size=320x240:rate=25:nb_colors=2:c0=0xc02020:c1=0x2020c0:seed=4";
-  const auto source = Movie::movieWithFile(encoded("saturated.mov", saturated, "format=yuv422p10", "2.2"));
+  const auto source = Movie::movieWithFile(encodedMovie("saturated.mov", saturated, "format=yuv422p10", "2.2"));
   const auto dest = (*source)->copy();
   tag(**source, 1, 1);
   tag(*dest, 6, 6);
@@ -139,8 +114,8 @@ TEST(CheckedFrames, AreMeasuredAt320By240WhateverTheSizeOfTheMovie) {
   const std::string large = "testsrc2=size=400x200:rate=25";
   const std::string darker =
       "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
-  const auto source = Movie::movieWithFile(encoded("large.mov", large, "format=yuv422p10", "2.2"));
-  const auto dest = Movie::movieWithFile(encoded("large-darker.mov", large, darker, "2.2"));
+  const auto source = Movie::movieWithFile(encodedMovie("large.mov", large, "format=yuv422p10", "2.2"));
+  const auto dest = Movie::movieWithFile(encodedMovie("large-darker.mov", large, darker, "2.2"));
   const auto averageAt = [&](int width, int height) {
     const auto sourceCopy = (*source)->copy(), destCopy = (*dest)->copy();
     matchMetadata(*sourceCopy, *destCopy);
@@ -170,7 +145,7 @@ TEST(CheckedFrames, AreNotScannedWhenOneIsMissing) {
 }
 
 TEST(CheckedFrames, ComeFromTheTimesAskedFor) {
-  const std::string fading = encoded("fading.mov", gradient, "fade=in:0:4,format=yuv422p10", "2.2");
+  const std::string fading = encodedMovie("fading.mov", softTones, "fade=in:0:4,format=yuv422p10", "2.2");
   const auto movie = Movie::movieWithFile(fading);
   RecordedReport report;
   EXPECT_TRUE(runGammaCheck({**movie, **movie, {{0, 25, 0}, {4, 25, 0}}, {}}, report).tooDark);
@@ -181,7 +156,7 @@ TEST(CheckedFrames, ComeFromTheTimesAskedFor) {
 }
 
 TEST(SyncMetadata, StatesTheRangeOfThePicturesInAnIsoFile) {
-  const auto source = Movie::movieWithFile(encoded("plain.mov", gradient, "format=yuv422p10", "2.2"));
+  const auto source = Movie::movieWithFile(plainMovie());
   for (const bool full : {true, false}) {
     const std::string range = full ? "pc" : "tv";
     const auto dest = Movie::movieWithFile(

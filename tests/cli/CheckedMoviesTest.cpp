@@ -3,8 +3,8 @@
 #include <nlohmann/json.hpp>
 
 #include "tests/cli/RunProgram.h"
+#include "tests/support/GradientMovies.h"
 #include "tests/support/MovieFixture.h"
-#include "tests/support/TaggedProRes.h"
 
 // The command from end to end, on movies whose frames decode.
 
@@ -12,41 +12,10 @@ namespace cli {
 namespace {
 
 using Json = nlohmann::ordered_json;
-using movie::test::fixtureMovie;
+using namespace movie::test;
 using test::ProgramRun;
 using test::runLumacheck;
 using testing::HasSubstr;
-
-const std::string gradient = "gradients=size=320x240:rate=25:nb_colors=3:c0=0x303030:c1=0xc0c0c0:c2=0x707070:seed=4";
-
-std::string encoded(const std::string& name, const std::string& source, const std::string& filter,
-                    const std::string& gamma) {
-  std::vector<std::string> arguments{"-f", "lavfi", "-i", source, "-frames:v", "25", "-vf", filter};
-  const auto encoder = movie::test::taggedProRes(gamma);
-  arguments.insert(arguments.end(), encoder.begin(), encoder.end());
-  return fixtureMovie(name, arguments);
-}
-
-std::string plainMovie() {
-  return encoded("plain.mov", gradient, "format=yuv422p10", "2.2");
-}
-std::string retaggedMovie() {
-  return encoded("retagged.mov", gradient, "format=yuv422p10", "1.8");
-}
-std::string fadingMovie() {
-  return encoded("fading.mov", gradient, "fade=in:0:20,format=yuv422p10", "2.2");
-}
-std::string unrelatedMovie() {
-  return encoded("unrelated.mov", "color=0xf8f8f8:size=320x240:rate=25", "format=yuv422p10", "2.2");
-}
-std::string darkerMovie() {
-  const std::string curve =
-      "format=yuv422p10,lutyuv=y='minval+(maxval-minval)*pow(clip((val-minval)/(maxval-minval)\\,0\\,1)\\,1.25)'";
-  return encoded("darker.mov", gradient, curve, "2.2");
-}
-std::string soundMovie() {
-  return fixtureMovie("sound.mov", {"-f", "lavfi", "-i", "sine=duration=1", "-c:a", "pcm_s16le"});
-}
 
 Json checkJson(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"check", "--json"});
@@ -65,7 +34,7 @@ TEST(CheckedMovies, SetTheExitStatus) {
   EXPECT_EQ(statusOf({plainMovie(), plainMovie()}), 0);
   EXPECT_EQ(statusOf({plainMovie(), darkerMovie()}), 1);
   EXPECT_EQ(statusOf({plainMovie(), retaggedMovie()}), 1);
-  EXPECT_EQ(statusOf({plainMovie(), unrelatedMovie()}), 4);
+  EXPECT_EQ(statusOf({plainMovie(), brightMovie()}), 4);
   EXPECT_EQ(statusOf({plainMovie(), soundMovie()}), 2);
   EXPECT_EQ(statusOf({fadingMovie(), plainMovie()}), 3);
 }
@@ -73,7 +42,7 @@ TEST(CheckedMovies, SetTheExitStatus) {
 TEST(CheckedMovies, MayAllExitWithZeroButFailures) {
   EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), darkerMovie()}), 0);
   EXPECT_EQ(statusOf({"--exit-zero", fadingMovie(), plainMovie()}), 0);
-  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), unrelatedMovie()}), 4);
+  EXPECT_EQ(statusOf({"--exit-zero", plainMovie(), brightMovie()}), 4);
   EXPECT_EQ(checkJson({"--exit-zero", plainMovie(), darkerMovie()})["exitStatus"], 0);
 }
 
@@ -153,10 +122,10 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
             "Source frame is too dark\nThe source frame does not have enough non-black pixels for a valid analysis. "
             "Please move the playhead to a more representative frame.\n");
 
-  const ProgramRun unmatched = runLumacheck({"check", plainMovie(), unrelatedMovie()});
+  const ProgramRun unmatched = runLumacheck({"check", plainMovie(), brightMovie()});
   EXPECT_THAT(unmatched.out, HasSubstr("Finding: No verdict: the two frames do not show the same picture."));
   EXPECT_THAT(unmatched.out, testing::EndsWith("No noticeable gamma shift was found.\n"));
-  EXPECT_EQ(checkJson({plainMovie(), unrelatedMovie()})["pixels"]["shift"], "unmatched");
+  EXPECT_EQ(checkJson({plainMovie(), brightMovie()})["pixels"]["shift"], "unmatched");
 
   const ProgramRun sound = runLumacheck({"check", plainMovie(), soundMovie()});
   EXPECT_THAT(sound.err, HasSubstr("The destination frame cannot be had. Cannot read \"" + soundMovie() + "\": "));

@@ -62,12 +62,12 @@ constexpr const char* rgbPower =
 constexpr const char *compressed = "lutyuv=y='val*219/255+16':u='128+(val-128)*224/255':v='128+(val-128)*224/255'",
                      *expanded = "lutyuv=y='(val-16)*255/219':u='128+(val-128)*255/224':v='128+(val-128)*255/224'",
                      *dimmed = "lutyuv=y='16+(val-16)*0.85+5'";
-INSTANTIATE_TEST_SUITE_P(Rows, MendedMovies,
-                         testing::Values(MendedRow{"luma", scanPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
-                                         MendedRow{"compressed", compressed, "range"},
-                                         MendedRow{"expanded", expanded, "range"}, MendedRow{"gain", dimmed, "gain"},
-                                         MendedRow{"half", scanHalfPower, "power"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+const auto mendedRows =
+    testing::Values(MendedRow{"luma", scanPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
+                    MendedRow{"compressed", compressed, "range"}, MendedRow{"expanded", expanded, "range"},
+                    MendedRow{"gain", dimmed, "gain"}, MendedRow{"half", scanHalfPower, "power"});
+constexpr auto nameOfRow = [](const auto& row) { return std::string(row.param.name); };
+INSTANTIATE_TEST_SUITE_P(Rows, MendedMovies, mendedRows, nameOfRow);
 
 /// The master with colours as films have them: once luma goes down without them, hardly any lie beyond R'G'B'.
 std::string calmMaster() {
@@ -129,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, TabledMovies,
                                          TableRow{"gain", dimmed, "gain", 3},
                                          TableRow{"matrix601", takenFor709, "matrix", 3},
                                          TableRow{"matrix709", takenFor601, "matrix", 3}),
-                         [](const auto& row) { return std::string(row.param.name); });
+                         nameOfRow);
 
 TEST(TableOfAMovie, TellsWhatIsCutOffBeforeIt) {
   const std::string dest = scanExport("scan-mendable-luma", scanPower);
@@ -163,12 +163,7 @@ TEST_P(ProvenMovies, AreTheSameInTheProof) {
   EXPECT_NEAR(end - first, std::string(name) == "half" ? 5 : 10, 0.1);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, ProvenMovies,
-                         testing::Values(MendedRow{"luma", scanPower, "power"}, MendedRow{"rgb", rgbPower, "power"},
-                                         MendedRow{"compressed", compressed, "range"},
-                                         MendedRow{"expanded", expanded, "range"}, MendedRow{"gain", dimmed, "gain"},
-                                         MendedRow{"half", scanHalfPower, "power"}),
-                         [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, ProvenMovies, mendedRows, nameOfRow);
 
 }  // namespace
 }  // namespace cli

@@ -2,6 +2,7 @@
 
 #include "diagnosis/PlacementSearch.h"
 #include "diagnosis/ToneCurve.h"
+#include "tests/diagnosis/NearRegion.h"
 #include "tests/diagnosis/PaintedPicture.h"
 
 namespace diagnosis::test {
@@ -10,13 +11,6 @@ namespace {
 Signal signalOf(const Paint& paint) {
   const movie::Picture picture = painted(paint);
   return diagnosis::signalOf(picture, taggedAs(picture, 1), 1);
-}
-
-void expectNear(const Region& found, const Region& expected, double by) {
-  EXPECT_NEAR(found.left, expected.left, by);
-  EXPECT_NEAR(found.top, expected.top, by);
-  EXPECT_NEAR(found.right, expected.right, by);
-  EXPECT_NEAR(found.bottom, expected.bottom, by);
 }
 
 TEST(Placement, LeavesBarsOut) {

@@ -12,51 +12,23 @@
 namespace {
 
 using movie::Bytes;
-using movie::test::AtomBuilder;
-using movie::test::atomOf;
-using movie::test::ImageEntry;
-using movie::test::joined;
-using movie::test::MovieParts;
-using movie::test::MovieSpec;
-using movie::test::TrackSpec;
+using namespace movie::test;
 
 struct Seed {
   std::string name;
   Bytes bytes;
 };
 
-ImageEntry colouredEntry() {
-  ImageEntry entry;
-  entry.extensions = {movie::test::gamaExtension(0x20000), movie::test::nclcExtension(1, 1, 1),
-                      movie::test::profileExtension("prof", Bytes(40, 1)),
-                      movie::test::clapExtension({1900, 1, 1000, 1, 0, 1, 0, 1})};
-  entry.rest = Bytes(4, 0);
-  return entry;
-}
-
-MovieSpec richMovie() {
-  MovieSpec movie;
-  TrackSpec& video = movie.tracks[0];
-  video.entries = {colouredEntry().build(), ImageEntry().build()};
-  video.edits = {{24, -1, 0x10000}, {48, 0, 0x10000}, {24, 1, 0}};
-  video.durations = {{2, 1}, {1, 1}};
-  video.offsets = {{1, 1}, {1, 2}, {1, -1}};
-  video.syncSamples = {{1}};
-  video.partialSyncSamples = {{3}};
-  TrackSpec timecode;
-  timecode.id = 2;
-  timecode.mediaType = "tmcd";
-  timecode.entries = {movie::test::timecodeEntry(1, 30000, 1001, 30)};
-  timecode.commonSize = 4;
-  timecode.sampleCount = 1;
-  movie.tracks.push_back(timecode);
+MovieSpec richSeed() {
+  MovieSpec movie = richMovie();
+  movie.tracks[0].edits = {{24, -1, 0x10000}, {48, 0, 0x10000}, {24, 1, 0}};
   movie.more = {
       atomOf("udta", {AtomBuilder("name").zeros(4).build(), AtomBuilder("free").zeros(32).build(), Bytes(4, 0)})};
   return movie;
 }
 
 Bytes behindMedia(const Bytes& movie, const char* brand = "qt  ") {
-  return joined({movie::test::typedMediaData(brand, 64), movie});
+  return joined({typedMediaData(brand, 64), movie});
 }
 
 Bytes withEntry(const ImageEntry& entry, const char* brand = "qt  ") {
@@ -67,18 +39,12 @@ Bytes withEntry(const ImageEntry& entry, const char* brand = "qt  ") {
 
 Bytes fragmented() {
   MovieSpec movie;
-  movie.more = {movie::test::movieExtends(1, 1, 10, 0)};
-  movie::test::FragmentSpec fragment;
-  fragment.decodeTime = 3;
-  fragment.runFlags = 0xF05;
-  fragment.headerFlags = 0x2003A;
-  fragment.headerFields = {1, 2, 3, 4};
-  fragment.samples = {{1, 10, 0, 2}, {1, 10, 0x10000, 0}, {1, 10, 0x10000, -1}};
-  return joined({behindMedia(movie.build(), "iso5"), fragment.build(), AtomBuilder("mdat").zeros(30).build()});
+  movie.more = {movieExtends(1, 1, 10, 0)};
+  return joined({behindMedia(movie.build(), "iso5"), richFragment().build(), AtomBuilder("mdat").zeros(30).build()});
 }
 
 Bytes wideVersions() {
-  MovieSpec movie = richMovie();
+  MovieSpec movie = richSeed();
   movie.version = 1;
   for (TrackSpec& track : movie.tracks) track.version = 1;
   movie.tracks[0].wideOffsets = true;
@@ -90,7 +56,7 @@ Bytes externalMedia() {
   MovieSpec movie;
   movie.tracks[0].dataReferences = {AtomBuilder("url ").versionAndFlags(0).code("file:///media.mov").u8(0).build(),
                                     AtomBuilder("alis").versionAndFlags(0).zeros(150).build()};
-  return joined({movie::test::fileType("qt  "), movie.build()});
+  return joined({fileType("qt  "), movie.build()});
 }
 
 Bytes sound() {
@@ -162,7 +128,7 @@ Bytes inflatedTable(std::uint32_t runs) {
   for (std::uint32_t i = 0; i < runs; ++i) track.durations.emplace_back(1, 1 + i % 2);
   track.commonSize = 10;
   track.sampleCount = runs;
-  return behindMedia(movie::test::compressedMovie(movie.build()));
+  return behindMedia(compressedMovie(movie.build()));
 }
 
 std::vector<Seed> movieSeeds() {
@@ -173,7 +139,7 @@ std::vector<Seed> movieSeeds() {
   table.colorTable.erase(table.colorTable.begin(), table.colorTable.begin() + 4);
   ImageEntry range;
   range.codec = "avc1";
-  range.extensions = {movie::test::nclxExtension(9, 16, 9, 0x80), movie::test::profileExtension("rICC", Bytes(20, 7)),
+  range.extensions = {nclxExtension(9, 16, 9, 0x80), profileExtension("rICC", Bytes(20, 7)),
                       AtomBuilder("gama").i32(0x1CCCC).zeros(3).build()};
   ImageEntry odd;
   odd.extensions = {AtomBuilder("colr").code("nclc").u16(1).build(), AtomBuilder("gama").u16(2).build(),
@@ -181,15 +147,14 @@ std::vector<Seed> movieSeeds() {
   odd.rest = Bytes{0, 0, 0, 200, 'g', 'a', 'm', 'a', 0};
   MovieSpec noTables;
   noTables.tracks[0].without = {"stts", "stsz", "stsc", "stco", "dinf"};
-  MovieSpec two = richMovie();
+  MovieSpec two = richSeed();
   two.tracks.push_back(two.tracks[0]);
   two.tracks[2].id = 3;
   return {{"plain.mov", behindMedia(MovieSpec().build())},
-          {"every colour tag, edits and a timecode track.mov", behindMedia(richMovie().build())},
-          {"movie first.mov",
-           joined({movie::test::fileType("isom"), richMovie().build(), AtomBuilder("mdat").zeros(64).build()})},
+          {"every colour tag, edits and a timecode track.mov", behindMedia(richSeed().build())},
+          {"movie first.mov", joined({fileType("isom"), richSeed().build(), AtomBuilder("mdat").zeros(64).build()})},
           {"three tracks.mov", behindMedia(two.build())},
-          {"compressed.mov", behindMedia(movie::test::compressedMovie(richMovie().build()))},
+          {"compressed.mov", behindMedia(compressedMovie(richSeed().build()))},
           {"fragmented.mp4", fragmented()},
           {"64-bit versions and offsets.mov", wideVersions()},
           {"colour table.mov", withEntry(table)},
@@ -220,7 +185,7 @@ std::string fileName(std::string name) {
 std::vector<Seed> saveSeeds() {
   std::vector<Seed> seeds;
   std::uint8_t number = 0;
-  for (const auto& subject : movie::test::saveCases(0)) {
+  for (const auto& subject : saveCases(0)) {
     ++number;
     // The edit, no second one, the first track, a stop, and failures that differ from case to case.
     const Bytes choices{number,
@@ -235,11 +200,10 @@ std::vector<Seed> saveSeeds() {
                         static_cast<std::uint8_t>(1 + number % 7)};
     seeds.push_back({fileName(subject.name) + ".bin", behindChoices(choices, fuzz::saveChoices, subject.file)});
   }
-  seeds.push_back(
-      {"a disk that fails for good.bin",
-       behindChoices({0, 9, 5, 0, 0, 3, 0, 0, 20, 0xE0}, fuzz::saveChoices, movie::test::saveCases(0)[3].file)});
+  seeds.push_back({"a disk that fails for good.bin",
+                   behindChoices({0, 9, 5, 0, 0, 3, 0, 0, 20, 0xE0}, fuzz::saveChoices, saveCases(0)[3].file)});
   seeds.push_back({"short writes.bin", behindChoices({0, 9, 5, 0, 0, 3, 0, 0, 12, 7, 14, 7, 16, 7, 18, 15},
-                                                     fuzz::saveChoices, movie::test::saveCases(0)[8].file)});
+                                                     fuzz::saveChoices, saveCases(0)[8].file)});
   seeds.push_back({"meta in meta.bin", behindChoices({0, 9, 5}, fuzz::saveChoices, nestedMeta(1200))});
   return seeds;
 }
@@ -266,7 +230,7 @@ std::vector<Seed> flattenedSeeds() {
       {"junk at the end", {{"ftyp", "mdat", "moov", "junk"}}},
       {"zeros at the end", {{"ftyp", "mdat", "moov", "zeros"}}},
       {"sound first", {{"ftyp", "mdat", "skip", "moov", "uuid"}, false, "soun"}}};
-  std::vector<Seed> seeds{{"every table.mov", behindMedia(richMovie().build())},
+  std::vector<Seed> seeds{{"every table.mov", behindMedia(richSeed().build())},
                           {"media elsewhere.mov", externalMedia()},
                           {"item locations.mp4", metadataItems()}};
   for (const auto& [name, parts] : layouts) seeds.push_back({std::string(name) + ".mov", parts.build()});
@@ -343,7 +307,7 @@ int main(int count, char** arguments) {
   const std::filesystem::path folder = arguments[1];
   std::vector<Seed> movies = movieSeeds();
   movies.push_back({"large once inflated.mov", inflatedTable(20'000)});
-  for (const auto& subject : movie::test::saveCases(0)) {
+  for (const auto& subject : saveCases(0)) {
     if (subject.name.rfind("leftover", 0) == 0) movies.push_back({fileName(subject.name) + ".mov", subject.file});
   }
   write(folder / "atoms", movies);

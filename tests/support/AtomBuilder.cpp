@@ -188,6 +188,32 @@ Bytes MovieSpec::build() const {
   return atomOf("moov", parts);
 }
 
+ImageEntry colouredEntry() {
+  ImageEntry entry;
+  entry.extensions = {gamaExtension(0x20000), nclcExtension(1, 1, 1), profileExtension("prof", Bytes(40, 1)),
+                      clapExtension({1900, 1, 1000, 1, 0, 1, 0, 1})};
+  entry.rest = Bytes(4, 0);
+  return entry;
+}
+
+MovieSpec richMovie() {
+  MovieSpec movie;
+  TrackSpec& video = movie.tracks[0];
+  video.entries = {colouredEntry().build(), ImageEntry().build()};
+  video.durations = {{2, 1}, {1, 1}};
+  video.offsets = {{1, 1}, {1, 2}, {1, -1}};
+  video.syncSamples = {{1}};
+  video.partialSyncSamples = {{3}};
+  TrackSpec timecode;
+  timecode.id = 2;
+  timecode.mediaType = "tmcd";
+  timecode.entries = {timecodeEntry(1, 30000, 1001, 30)};
+  timecode.commonSize = 4;
+  timecode.sampleCount = 1;
+  movie.tracks.push_back(timecode);
+  return movie;
+}
+
 Bytes fileType(std::string_view majorBrand) {
   return AtomBuilder("ftyp").code(majorBrand).u32(0).code(majorBrand).build();
 }
@@ -235,6 +261,16 @@ Bytes FragmentSpec::build() const {
   }
   parts.push_back(run.build());
   return atomOf("moof", {AtomBuilder("mfhd").u32(0).u32(1).build(), atomOf("traf", parts)});
+}
+
+FragmentSpec richFragment() {
+  FragmentSpec fragment;
+  fragment.decodeTime = 3;
+  fragment.runFlags = 0xF05;
+  fragment.headerFlags = 0x2003A;
+  fragment.headerFields = {1, 2, 3, 4};
+  fragment.samples = {{1, 10, 0, 2}, {1, 10, 0x10000, 0}, {1, 10, 0x10000, -1}};
+  return fragment;
 }
 
 TemporaryFile::TemporaryFile(const Bytes& content, const std::string& extension) {

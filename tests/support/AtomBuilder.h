@@ -114,6 +114,11 @@ struct MovieSpec {
   Bytes build() const;
 };
 
+/// An entry with all kinds of colour tags.
+ImageEntry colouredEntry();
+/// With the tables that a video track may have, that entry and a plain one, and a second track, of timecode.
+MovieSpec richMovie();
+
 Bytes fileType(std::string_view majorBrand);
 /// ftyp of 20 bytes, then a mdat whose body, at offset 28, counts 0, 1, 2 ...
 Bytes typedMediaData(std::string_view majorBrand, std::size_t size);
@@ -143,6 +148,9 @@ struct FragmentSpec {
 
   Bytes build() const;
 };
+
+/// With the fields that a fragment may have.
+FragmentSpec richFragment();
 
 /// A file in the tests' temporary folder, gone with this object.
 class TemporaryFile {

@@ -10,13 +10,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::atomOf;
-using test::ImageEntry;
-using test::joined;
-using test::MovieSpec;
-using test::TemporaryFile;
-using test::TrackSpec;
+using namespace test;
 
 /// Every query that the layers above make.
 void useAll(const MovieFile& movie) {
@@ -65,26 +59,8 @@ std::optional<MovieError> tryOut(const Bytes& content) {
 }
 
 Bytes richMoov() {
-  MovieSpec movie;
-  TrackSpec& video = movie.tracks[0];
-  ImageEntry entry;
-  entry.extensions = {test::gamaExtension(0x20000), test::nclcExtension(1, 1, 1),
-                      test::profileExtension("prof", Bytes(40, 1)),
-                      test::clapExtension({1900, 1, 1000, 1, 0, 1, 0, 1})};
-  entry.rest = Bytes(4, 0);
-  video.entries = {entry.build(), ImageEntry().build()};
-  video.edits = {{72, 0, 0x10000}};
-  video.durations = {{2, 1}, {1, 1}};
-  video.offsets = {{1, 1}, {1, 2}, {1, -1}};
-  video.syncSamples = {{1}};
-  video.partialSyncSamples = {{3}};
-  TrackSpec timecode;
-  timecode.id = 2;
-  timecode.mediaType = "tmcd";
-  timecode.entries = {test::timecodeEntry(1, 30000, 1001, 30)};
-  timecode.commonSize = 4;
-  timecode.sampleCount = 1;
-  movie.tracks.push_back(timecode);
+  MovieSpec movie = test::richMovie();
+  movie.tracks[0].edits = {{72, 0, 0x10000}};
   movie.more = {atomOf("udta", {AtomBuilder("name").zeros(4).build(), Bytes(4, 0)})};
   return movie.build();
 }
@@ -92,14 +68,9 @@ Bytes richMoov() {
 Bytes fragmented() {
   MovieSpec movie;
   movie.more = {test::movieExtends(1, 1, 10, 0)};
-  test::FragmentSpec fragment;
-  fragment.decodeTime = 3;
-  fragment.runFlags = 0xF05;
-  fragment.headerFlags = 0x2003A;
-  fragment.headerFields = {1, 2, 3, 4};
-  fragment.samples = {{1, 10, 0, 2}, {1, 10, 0x10000, 0}, {1, 10, 0x10000, -1}};
-  return joined({test::typedMediaData("iso5", 64), movie.build(), fragment.build(),
-                 AtomBuilder("mdat").zeros(30).build(), fragment.build(), AtomBuilder("mdat").zeros(30).build()});
+  const Bytes fragment = test::richFragment().build();
+  return joined({test::typedMediaData("iso5", 64), movie.build(), fragment, AtomBuilder("mdat").zeros(30).build(),
+                 fragment, AtomBuilder("mdat").zeros(30).build()});
 }
 
 Bytes movieLast() {

@@ -16,15 +16,13 @@
 #include "movie/copy/FlattenedCopy.h"
 #include "tests/movie/copy/FlattenedMovies.h"
 #include "tests/support/FaultyCalls.h"
+#include "tests/support/KilledChild.h"
 
 namespace movie {
 namespace {
 
 namespace fs = std::filesystem;
-using test::contentOf;
-using test::MovieParts;
-using test::openedMovie;
-using test::TemporaryFolder;
+using namespace test;
 using testing::ElementsAre;
 
 using Call = sys::test::FaultyCalls::Call;
@@ -262,19 +260,6 @@ Bytes largeMovie(std::uint8_t last) {
     const auto movie = MovieFile::open(sources[i % sources.size()]);
     if (!movie || !writeFlattenedCopy(**movie, (*movie)->movieAtom(), to)) ::_exit(1);
   }
-}
-
-int killedAfter(unsigned microseconds, const std::function<void()>& work) {
-  const pid_t child = ::fork();
-  if (child == 0) {
-    work();
-    ::_exit(1);
-  }
-  ::usleep(microseconds);
-  ::kill(child, SIGKILL);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return status;
 }
 
 TEST(FlattenedKill, AKilledCopyLeavesTheOldFileOrTheNewAndNoPartOfAny) {

@@ -14,19 +14,13 @@
 
 #include "movie/copy/FlattenedCopy.h"
 #include "tests/movie/copy/FlattenedMovies.h"
+#include "tests/support/AccessList.h"
 
 namespace movie {
 namespace {
 
 namespace fs = std::filesystem;
-using test::AtomBuilder;
-using test::contentOf;
-using test::copied;
-using test::MovieParts;
-using test::MovieSpec;
-using test::openedMovie;
-using test::TemporaryFolder;
-using test::TrackSpec;
+using namespace test;
 using testing::ElementsAre;
 using testing::HasSubstr;
 
@@ -249,16 +243,8 @@ std::string attribute(const std::string& path, const char* name) {
 }
 
 TEST(FlattenedTarget, AnOverwrittenFileGivesItsModeAttributesAndAccessList) {
-  // user::rw-, user:1234:r--, group::r--, mask::r--, other::---, as the kernel takes it.
-  const std::string list{
-      "\2\0\0\0"
-      "\1\0\6\0\xFF\xFF\xFF\xFF"
-      "\2\0\4\0\xD2\4\0\0"
-      "\4\0\4\0\xFF\xFF\xFF\xFF"
-      "\x10\0\4\0\xFF\xFF\xFF\xFF"
-      "\x20\0\0\0\xFF\xFF\xFF\xFF",
-      44};
-  constexpr const char* access = "system.posix_acl_access";
+  const std::string list = test::someAccessList();
+  constexpr const char* access = test::accessListName;
   const TemporaryFolder folder;
   const std::string from = folder.add("from.mov", usual.build()), to = folder.add("to.mov", Bytes{1, 2, 3});
   ASSERT_EQ(::chmod(to.c_str(), 0604), 0);

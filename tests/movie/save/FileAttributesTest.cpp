@@ -17,6 +17,7 @@
 #include "movie/save/MetadataSave.h"
 #include "tests/movie/copy/FlattenedMovies.h"
 #include "tests/movie/save/SaveCases.h"
+#include "tests/support/AccessList.h"
 #include "tests/support/MovieFixture.h"
 
 namespace movie {
@@ -26,8 +27,6 @@ namespace fs = std::filesystem;
 using test::openedMovie;
 using test::SaveCase;
 using test::TemporaryFolder;
-
-constexpr const char* accessList = "system.posix_acl_access";
 
 bool takesAttributes(const std::string& folder) {
   std::string path = folder + "/lumacheck-XXXXXX";
@@ -75,18 +74,6 @@ std::map<std::string, std::string> attributesOf(const std::string& path) {
   return found;
 }
 
-/// user::rw-, user:1234:r--, group::r--, mask::r--, other::---, as the kernel takes it.
-std::string someAccessList() {
-  return {
-      "\2\0\0\0"
-      "\1\0\6\0\xFF\xFF\xFF\xFF"
-      "\2\0\4\0\xD2\4\0\0"
-      "\4\0\4\0\xFF\xFF\xFF\xFF"
-      "\x10\0\4\0\xFF\xFF\xFF\xFF"
-      "\x20\0\0\0\xFF\xFF\xFF\xFF",
-      44};
-}
-
 void mark(const std::string& path) {
   EXPECT_EQ(::setxattr(path.c_str(), "user.reviewed", "by hand", 7, 0), 0);
   EXPECT_EQ(::setxattr(path.c_str(), "user.empty", "", 0, 0), 0);
@@ -102,6 +89,12 @@ struct statx statusOf(const std::string& path) {
   struct statx status {};
   EXPECT_EQ(::statx(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, STATX_BASIC_STATS | STATX_BTIME, &status), 0);
   return status;
+}
+
+void expectSameOwnersAndModes(const struct statx& after, const struct statx& before) {
+  EXPECT_EQ(after.stx_mode, before.stx_mode);
+  EXPECT_EQ(after.stx_uid, before.stx_uid);
+  EXPECT_EQ(after.stx_gid, before.stx_gid);
 }
 
 auto timeOf(const struct statx_timestamp& time) {
@@ -122,9 +115,7 @@ void expectOnlyTheTimesOfChangeToChange(const std::string& path, const std::func
   const struct statx after = statusOf(path);
   EXPECT_EQ(attributesOf(path), attributes);
   EXPECT_EQ(after.stx_ino, before.stx_ino);
-  EXPECT_EQ(after.stx_mode, before.stx_mode);
-  EXPECT_EQ(after.stx_uid, before.stx_uid);
-  EXPECT_EQ(after.stx_gid, before.stx_gid);
+  expectSameOwnersAndModes(after, before);
   EXPECT_EQ(after.stx_nlink, before.stx_nlink);
   EXPECT_EQ(after.stx_attributes, before.stx_attributes);
   EXPECT_EQ(timeOf(after.stx_btime), timeOf(before.stx_btime));
@@ -139,7 +130,7 @@ TEST(FileAttributes, ASaveInPlaceKeepsThemAll) {
     const std::string path = folder->add("movie.mov", subject.file);
     fs::create_hard_link(path, folder->path("other name.mov"));
     mark(path);
-    ASSERT_EQ(::setxattr(path.c_str(), accessList, someAccessList().data(), 44, 0), 0);
+    ASSERT_EQ(::setxattr(path.c_str(), test::accessListName, test::someAccessList().data(), 44, 0), 0);
     expectOnlyTheTimesOfChangeToChange(path, [&] {
       const auto outcome = saveMetadata(*openedMovie(path), subject.edits);
       EXPECT_TRUE(outcome) << outcome.error().message();
@@ -176,16 +167,14 @@ TEST(FileAttributes, ACopyTakesThoseOfTheFileThatItReplaces) {
   const AttributeFolder folder;
   const std::string from = folder->add("from.mov", someMovie()), to = folder->add("to.mov", Bytes{1, 2, 3});
   mark(to);
-  ASSERT_EQ(::setxattr(to.c_str(), accessList, someAccessList().data(), 44, 0), 0);
+  ASSERT_EQ(::setxattr(to.c_str(), test::accessListName, test::someAccessList().data(), 44, 0), 0);
   const auto attributes = attributesOf(to);
   ASSERT_GE(attributes.size(), 4U);
   const struct statx before = statusOf(to);
   flatten(from, to);
   const struct statx after = statusOf(to);
   EXPECT_EQ(attributesOf(to), attributes);
-  EXPECT_EQ(after.stx_mode, before.stx_mode);
-  EXPECT_EQ(after.stx_uid, before.stx_uid);
-  EXPECT_EQ(after.stx_gid, before.stx_gid);
+  expectSameOwnersAndModes(after, before);
   EXPECT_NE(after.stx_ino, before.stx_ino);
 }
 

@@ -5,7 +5,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,6 +12,7 @@
 #include "tests/movie/save/CrashStates.h"
 #include "tests/movie/save/SaveCases.h"
 #include "tests/support/AtomBuilder.h"
+#include "tests/support/KilledChild.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace movie {
@@ -30,17 +30,6 @@ using test::TemporaryFile;
   }
 }
 
-/// How the child that saved came to its end.
-int killedAfter(const std::string& path, const std::vector<Bytes>& entries, unsigned microseconds) {
-  const pid_t child = ::fork();
-  if (child == 0) saveForever(path, entries);
-  ::usleep(microseconds);
-  ::kill(child, SIGKILL);
-  int status = 0;
-  ::waitpid(child, &status, 0);
-  return status;
-}
-
 TEST(SaveKill, AKilledSaveLeavesAWholeMovieThatSavesAgain) {
   constexpr int kills = 1000;
   std::mt19937 random(5);
@@ -54,7 +43,8 @@ TEST(SaveKill, AKilledSaveLeavesAWholeMovieThatSavesAgain) {
       const auto before = seenIn(subject.file, why).value();
       const std::vector<Bytes> entries{subject.edits[0].entry, before.descriptions[0]};
       for (int i = 0; i < 12; ++i, ++count) {
-        const int status = killedAfter(file.path(), entries, 200 + static_cast<unsigned>(random() % 20'000));
+        const int status = test::killedAfter(200 + static_cast<unsigned>(random() % 20'000),
+                                             [&] { saveForever(file.path(), entries); });
         ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << "the save failed";
         const Bytes content = test::contentOf(file.path());
         const auto seen = seenIn(content, why);

@@ -2,6 +2,7 @@
 
 #include "scan/align/Region.h"
 #include "scan/align/RegionFit.h"
+#include "tests/diagnosis/NearRegion.h"
 #include "tests/scan/PaintedRow.h"
 
 namespace scan::test {
@@ -9,6 +10,7 @@ namespace {
 
 using diagnosis::Placement;
 using diagnosis::Region;
+using diagnosis::test::expectNear;
 
 LumaPlane planeAt(double content, const Laid& laid = {}) {
   PaintedRow row({{.content = content, .coded = true}}, 24, laid);
@@ -25,13 +27,6 @@ std::vector<PlanePair> pairs(const Laid& laid) {
   std::vector<PlanePair> result;
   for (double content = 1; content < 40; content += 3) result.push_back({planeAt(content), planeAt(content, laid)});
   return result;
-}
-
-void expectNear(const Region& found, const Region& wanted, double reach) {
-  EXPECT_NEAR(found.left, wanted.left, reach);
-  EXPECT_NEAR(found.top, wanted.top, reach);
-  EXPECT_NEAR(found.right, wanted.right, reach);
-  EXPECT_NEAR(found.bottom, wanted.bottom, reach);
 }
 
 TEST(PictureBox, LeavesOutBars) {
