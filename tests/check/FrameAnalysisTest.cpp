@@ -20,9 +20,7 @@ namespace {
 
 using check::GammaEstimate;
 using check::RgbFrameBitmap;
-using check::test::AskedBitmap;
-using check::test::CapturedLog;
-using check::test::greyFrame;
+using namespace check::test;
 using movie::RgbFrame;
 
 /// The estimate of two frames in memory, which the same frames asked pixel by pixel confirm.

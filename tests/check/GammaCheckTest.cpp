@@ -10,12 +10,7 @@ namespace {
 
 using movie::Bytes;
 using movie::Movie;
-using movie::test::gamaExtension;
-using movie::test::ImageEntry;
-using movie::test::nclcExtension;
-using movie::test::nclxExtension;
-using movie::test::profileExtension;
-using movie::test::TemporaryFile;
+using namespace movie::test;
 using test::movieFile;
 using test::opened;
 using testing::ElementsAre;

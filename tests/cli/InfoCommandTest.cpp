@@ -10,10 +10,7 @@ namespace cli {
 namespace {
 
 using movie::Bytes;
-using movie::test::ImageEntry;
-using movie::test::MovieSpec;
-using movie::test::TemporaryFile;
-using movie::test::TrackSpec;
+using namespace movie::test;
 using testing::HasSubstr;
 
 Bytes fileOf(const TrackSpec& track) {

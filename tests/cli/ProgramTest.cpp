@@ -16,13 +16,8 @@ namespace {
 
 namespace fs = std::filesystem;
 using movie::Bytes;
-using movie::test::ImageEntry;
-using movie::test::MovieSpec;
-using movie::test::TemporaryFile;
-using movie::test::TrackSpec;
-using test::ProgramOptions;
-using test::ProgramRun;
-using test::runLumacheck;
+using namespace movie::test;
+using namespace test;
 using testing::AllOf;
 using testing::HasSubstr;
 using testing::StartsWith;

@@ -15,17 +15,8 @@
 namespace cli {
 namespace {
 
-using movie::test::fixtureMovie;
-using movie::test::fixtureMovies;
-using movie::test::TemporaryFolder;
-using test::ProgramRun;
-using test::runLumacheck;
-using test::runLumacheckUntil;
-using test::scanExport;
-using test::ScanJson;
-using test::scanMaster;
-using test::scanned;
-using test::scanPower;
+using namespace movie::test;
+using namespace test;
 using testing::HasSubstr;
 using testing::Not;
 

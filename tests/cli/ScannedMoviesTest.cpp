@@ -20,13 +20,7 @@ namespace {
 
 using movie::test::fixtureMovie;
 using movie::test::fixtureMovies;
-using test::ProgramRun;
-using test::runLumacheck;
-using test::scanExport;
-using test::ScanJson;
-using test::scanMaster;
-using test::scanned;
-using test::scanRemux;
+using namespace test;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;

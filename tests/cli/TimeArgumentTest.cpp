@@ -13,9 +13,7 @@ namespace {
 using movie::Bytes;
 using movie::Movie;
 using movie::MovieTime;
-using movie::test::MovieSpec;
-using movie::test::TemporaryFile;
-using movie::test::TrackSpec;
+using namespace movie::test;
 using testing::HasSubstr;
 
 class RefusedTime : public testing::TestWithParam<const char*> {};

@@ -16,14 +16,7 @@
 namespace cli {
 namespace {
 
-using movie::test::fixtureMovies;
-using test::runLumacheck;
-using test::scanExport;
-using test::scanHalfPower;
-using test::ScanJson;
-using test::scanMaster;
-using test::scanned;
-using test::scanPower;
+using namespace test;
 using testing::HasSubstr;
 
 /// An export made by a filter, and what the filter that is told leaves of it.

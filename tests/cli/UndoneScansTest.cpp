@@ -14,16 +14,7 @@
 namespace cli {
 namespace {
 
-using movie::test::fixtureMovies;
-using test::ProgramRun;
-using test::runLumacheck;
-using test::scanExport;
-using test::scanHalfPower;
-using test::ScanJson;
-using test::scanMaster;
-using test::scanned;
-using test::scanPower;
-using test::scanRemux;
+using namespace test;
 using testing::HasSubstr;
 
 TEST(UndoneScans, OnlyWhatWasScannedIsUndone) {

@@ -11,10 +11,7 @@
 namespace movie {
 namespace {
 
-using test::ImageEntry;
-using test::MovieSpec;
-using test::TemporaryFile;
-using test::TrackSpec;
+using namespace test;
 using testing::ElementsAre;
 
 constexpr std::int32_t one = 0x10000;

@@ -9,11 +9,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::ImageEntry;
-using test::MovieSpec;
-using test::TemporaryFile;
-using test::TrackSpec;
+using namespace test;
 
 /// A file of these tracks; the media data stands at offset 28.
 Bytes fileOf(const std::vector<TrackSpec>& tracks, const Bytes& mediaData = Bytes(100, 0)) {

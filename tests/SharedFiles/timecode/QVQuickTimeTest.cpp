@@ -16,8 +16,7 @@ namespace {
 using movie::Bytes;
 using movie::Movie;
 using movie::MovieTime;
-using movie::test::AtomBuilder;
-using movie::test::TrackSpec;
+using namespace movie::test;
 
 constexpr int lowest = std::numeric_limits<int>::min();
 constexpr int highest = std::numeric_limits<int>::max();

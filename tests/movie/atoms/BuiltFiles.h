@@ -29,8 +29,8 @@ inline Bytes around(const MovieSpec& movie) {
 }
 
 /// Throws std::runtime_error when it is refused.
-inline std::shared_ptr<const MovieFile> opening(const Bytes& content) {
-  auto movie = opened(content);
+inline std::shared_ptr<const MovieFile> opening(const Bytes& content, const std::string& extension = ".mov") {
+  auto movie = opened(content, extension);
   if (!movie) throw std::runtime_error(movie.error().message());
   return *movie;
 }

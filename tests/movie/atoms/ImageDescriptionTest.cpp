@@ -6,15 +6,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::clapExtension;
-using test::entryWith;
-using test::gamaExtension;
-using test::ImageEntry;
-using test::nclcExtension;
-using test::nclxExtension;
-using test::profileExtension;
-using test::unknownExtension;
+using namespace test;
 
 const Bytes fiel = AtomBuilder("fiel").u8(1).u8(0).build();
 ImageDescription describing(const std::vector<Bytes>& extensions, const Bytes& rest = {}) {

@@ -10,15 +10,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::atomOf;
-using test::entryWith;
-using test::gamaExtension;
-using test::ImageEntry;
-using test::joined;
-using test::MovieSpec;
-using test::TrackSpec;
-using test::unknownExtension;
+using namespace test;
 
 Bytes movieWith(const std::vector<Bytes>& entries, const std::vector<Bytes>& more = {}) {
   MovieSpec movie;

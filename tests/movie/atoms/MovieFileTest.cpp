@@ -6,16 +6,7 @@
 namespace movie {
 namespace {
 
-using test::around;
-using test::AtomBuilder;
-using test::ImageEntry;
-using test::joined;
-using test::MovieSpec;
-using test::opened;
-using test::opening;
-using test::TemporaryFile;
-using test::TrackSpec;
-using test::typedMediaData;
+using namespace test;
 
 std::shared_ptr<const MovieFile> withTrack(const TrackSpec& track) {
   MovieSpec movie;

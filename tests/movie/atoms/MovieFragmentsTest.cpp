@@ -2,19 +2,13 @@
 
 #include "movie/atoms/MovieFile.h"
 #include "movie/atoms/MovieFragments.h"
+#include "tests/movie/atoms/BuiltFiles.h"
 #include "tests/support/AtomBuilder.h"
 
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::atomOf;
-using test::FragmentSpec;
-using test::joined;
-using test::movieExtends;
-using test::MovieSpec;
-using test::TemporaryFile;
-using test::TrackSpec;
+using namespace test;
 
 constexpr std::uint32_t nonSync = 0x10000;
 
@@ -33,15 +27,12 @@ Bytes emptyMovie(const Bytes& extends = movieExtends(1, 2, 10, nonSync)) {
   return joined({test::fileType("iso5"), movie.build()});
 }
 
-Result<std::shared_ptr<const MovieFile>> opened(const std::vector<Bytes>& parts) {
-  const TemporaryFile file(joined(parts), ".mp4");
-  return MovieFile::open(file.path());
+Opened openedParts(const std::vector<Bytes>& parts) {
+  return opened(joined(parts), ".mp4");
 }
 
-std::shared_ptr<const MovieFile> opening(const std::vector<Bytes>& parts) {
-  auto movie = opened(parts);
-  if (!movie) throw std::runtime_error(movie.error().message());
-  return *movie;
+std::shared_ptr<const MovieFile> openingParts(const std::vector<Bytes>& parts) {
+  return opening(joined(parts), ".mp4");
 }
 
 Bytes mediaData(std::size_t size, std::uint8_t from = 0) {
@@ -57,7 +48,7 @@ TEST(MovieFragments, AreCountedAndTimed) {
   FragmentSpec second;
   second.decodeTime = 7;
   second.samples = {{4, 10}, {5, 10}};
-  const auto movie = opening({emptyMovie(), first.build(), mediaData(30), second.build(), mediaData(20)});
+  const auto movie = openingParts({emptyMovie(), first.build(), mediaData(30), second.build(), mediaData(20)});
   EXPECT_TRUE(movie->isFragmented());
   EXPECT_FALSE(movie->isQuickTime());
   EXPECT_EQ(movie->tracks()[0].sampleCount, 5U);
@@ -76,7 +67,7 @@ TEST(MovieFragments, FollowTheSamplesOfTheMovieAtom) {
   FragmentSpec fragment;
   fragment.runFlags = 0x401;
   fragment.samples = {{1, 10, nonSync}, {1, 10, 0}, {1, 10, nonSync}};
-  const auto movie = opening({test::typedMediaData("qt  ", 64), spec.build(), fragment.build(), mediaData(30)});
+  const auto movie = openingParts({test::typedMediaData("qt  ", 64), spec.build(), fragment.build(), mediaData(30)});
   const SampleTable& table = movie->sampleTable(0);
   EXPECT_EQ(movie->tracks()[0].sampleCount, 6U);
   EXPECT_EQ(table.sampleCount(), 6U);
@@ -88,7 +79,7 @@ TEST(MovieFragments, FollowTheSamplesOfTheMovieAtom) {
 TEST(MovieFragments, GoOnWithoutATimeOfTheirOwn) {
   FragmentSpec fragment;
   fragment.samples = {{2, 10}, {3, 10}};
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(20), fragment.build(), mediaData(20)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(20), fragment.build(), mediaData(20)});
   EXPECT_EQ(movie->sampleTable(0).decodeTimeOf(2), 5);
   EXPECT_EQ(movie->sampleTable(0).duration(), 10);
 }
@@ -100,7 +91,7 @@ TEST(MovieFragments, LeaveAGapWhereTheirTimeSaysSo) {
     FragmentSpec second = first;
     second.decodeTime = 50;
     second.decodeTimeVersion = version;
-    const auto movie = opening({emptyMovie(), first.build(), mediaData(10), second.build(), mediaData(10)});
+    const auto movie = openingParts({emptyMovie(), first.build(), mediaData(10), second.build(), mediaData(10)});
     EXPECT_EQ(movie->sampleTable(0).presentedAt(30)->index, 0U);
     EXPECT_EQ(movie->sampleTable(0).presentedAt(30)->duration, 50);
     EXPECT_EQ(movie->tracks()[0].mediaDuration, 52U);
@@ -114,7 +105,7 @@ TEST(MovieFragments, TakeWhatTheyDoNotSayFromTheirHeaderThenFromTheMovie) {
   FragmentSpec described = plain;
   described.headerFlags = 0x2003A;  // description, duration, size, flags
   described.headerFields = {1, 7, 5, 0};
-  const auto movie = opening({emptyMovie(), plain.build(), mediaData(30), described.build(), mediaData(15)});
+  const auto movie = openingParts({emptyMovie(), plain.build(), mediaData(30), described.build(), mediaData(15)});
   const SampleTable& table = movie->sampleTable(0);
   EXPECT_EQ(table.sampleCount(), 6U);
   EXPECT_EQ(table.decodeTimeOf(3), 6);
@@ -128,7 +119,7 @@ TEST(MovieFragments, GiveTheFirstSampleFlagsOfItsOwn) {
   fragment.runFlags = 0x305;
   fragment.firstFlags = 0x2000000;
   fragment.samples = {{1, 10}, {1, 10}, {1, 10}};
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(30), fragment.build(), mediaData(30)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(30), fragment.build(), mediaData(30)});
   const SampleTable& table = movie->sampleTable(0);
   const std::vector<std::uint64_t> sync{0, 0, 0, 3, 3, 3};
   for (std::size_t i = 0; i < sync.size(); ++i) EXPECT_EQ(table.syncSampleAtOrBefore(i), sync[i]) << i;
@@ -138,7 +129,7 @@ TEST(MovieFragments, TakeASampleThatDependsOnOthersAsNoSync) {
   FragmentSpec fragment;
   fragment.runFlags = 0x401;
   fragment.samples = {{1, 10, 0x2000000}, {1, 10, 0x1000000}};
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(20)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(20)});
   EXPECT_EQ(movie->sampleTable(0).syncSampleAtOrBefore(1), 0U);
 }
 
@@ -146,7 +137,7 @@ TEST(MovieFragments, ReorderTheirSamples) {
   FragmentSpec fragment;
   fragment.runFlags = 0xB01;
   fragment.samples = {{1, 10, 0, 1}, {1, 10, 0, 2}, {1, 10, 0, -1}};
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(30)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(30)});
   const SampleTable& table = movie->sampleTable(0);
   EXPECT_EQ(table.presentationTimeOf(2), 1);
   EXPECT_EQ(table.presentationTimeOf(1), 3);
@@ -157,7 +148,7 @@ TEST(MovieFragments, LeadToTheirSamplesFromTheirOwnStart) {
   FragmentSpec fragment;
   fragment.samples = {{1, 2}, {1, 3}, {1, 3}};
   fragment.dataOffset = static_cast<std::int32_t>(fragment.build().size()) + 8;
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(8), fragment.build(), mediaData(8, 100)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(8), fragment.build(), mediaData(8, 100)});
   EXPECT_EQ(*movie->readSample(0, 0, 9), (Bytes{0, 1}));
   EXPECT_EQ(*movie->readSample(0, 2, 9), (Bytes{5, 6, 7}));
   EXPECT_EQ(*movie->readSample(0, 4, 9), (Bytes{102, 103, 104}));
@@ -172,7 +163,7 @@ TEST(MovieFragments, LeadToTheirSamplesFromABaseOffset) {
   fragment.samples = {{1, 2}, {1, 3}};
   const Bytes movieBytes = emptyMovie();
   fragment.headerFields[1] = static_cast<std::uint32_t>(movieBytes.size() + fragment.build().size()) + 8;
-  const auto movie = opening({movieBytes, fragment.build(), mediaData(5, 40)});
+  const auto movie = openingParts({movieBytes, fragment.build(), mediaData(5, 40)});
   EXPECT_EQ(*movie->readSample(0, 1, 9), (Bytes{42, 43, 44}));
 }
 
@@ -180,14 +171,14 @@ TEST(MovieFragments, OfAnotherTrackArePassedOver) {
   FragmentSpec fragment;
   fragment.trackId = 9;
   fragment.samples = {{1, 2}};
-  const auto movie = opening({emptyMovie(), fragment.build(), mediaData(5)});
+  const auto movie = openingParts({emptyMovie(), fragment.build(), mediaData(5)});
   EXPECT_EQ(movie->tracks()[0].sampleCount, 0U);
 }
 
 TEST(MovieFragments, AreIgnoredWhereTheMovieDoesNotAnnounceThem) {
   FragmentSpec fragment;
   fragment.samples = {{1, 2}};
-  const auto movie = opening({emptyMovie(Bytes{}), fragment.build(), mediaData(5)});
+  const auto movie = openingParts({emptyMovie(Bytes{}), fragment.build(), mediaData(5)});
   EXPECT_FALSE(movie->isFragmented());
   EXPECT_EQ(movie->tracks()[0].sampleCount, 0U);
 }
@@ -197,7 +188,7 @@ TEST(MovieFragments, EndWhereTheFileWasCut) {
   fragment.samples = {{1, 2}};
   const Bytes one = fragment.build();
   const Bytes half(one.begin(), one.begin() + 30);
-  EXPECT_EQ(opening({emptyMovie(), one, mediaData(2), half})->tracks()[0].sampleCount, 1U);
+  EXPECT_EQ(openingParts({emptyMovie(), one, mediaData(2), half})->tracks()[0].sampleCount, 1U);
 }
 
 TEST(MovieFragments, NameThePlaceWhereTheyAreMalformed) {
@@ -208,7 +199,7 @@ TEST(MovieFragments, NameThePlaceWhereTheyAreMalformed) {
       Bytes broken = fragment.build();
       write32(broken, at, size);
       const Bytes movieBytes = emptyMovie();
-      const auto movie = opened({movieBytes, broken});
+      const auto movie = openedParts({movieBytes, broken});
       ASSERT_FALSE(movie) << at;
       EXPECT_EQ(movie.error().offset, movieBytes.size() + at);
       EXPECT_EQ(movie.error().atom.substr(0, 5), "moof/");
@@ -220,7 +211,7 @@ TEST(MovieFragments, HoldTheirCountToTheBytesThatAreThere) {
   FragmentSpec fragment;
   fragment.samples = {{1, 2}, {1, 3}};
   fragment.sampleCount = 0xFFFFFFFF;
-  EXPECT_EQ(opening({emptyMovie(), fragment.build()})->tracks()[0].sampleCount, 2U);
+  EXPECT_EQ(openingParts({emptyMovie(), fragment.build()})->tracks()[0].sampleCount, 2U);
 }
 
 TEST(MovieFragments, AreQuickWithCountsThatNoBytesStandFor) {
@@ -228,7 +219,7 @@ TEST(MovieFragments, AreQuickWithCountsThatNoBytesStandFor) {
   fragment.runFlags = 0x1;
   fragment.sampleCount = 0xFFFFFFFF;
   for (const std::uint32_t flags : {0U, nonSync}) {
-    const auto movie = opening({emptyMovie(movieExtends(1, 2, 0, flags)), fragment.build(), fragment.build()});
+    const auto movie = openingParts({emptyMovie(movieExtends(1, 2, 0, flags)), fragment.build(), fragment.build()});
     EXPECT_EQ(movie->tracks()[0].sampleCount, 2 * std::uint64_t{0xFFFFFFFF});
     EXPECT_EQ(movie->sampleTable(0).syncSampleAtOrBefore(0xFFFF), flags == 0 ? 0xFFFFU : 0U);
   }
@@ -240,7 +231,7 @@ TEST(MovieFragments, MayCarryNothing) {
       atomOf("moof", {atomOf("traf", {AtomBuilder("tfhd").u32(0).build()})}),
       atomOf("moof", {atomOf("traf", {AtomBuilder("tfhd").u32(0).u32(1).build(), AtomBuilder("tfdt").build(),
                                       AtomBuilder("trun").u32(0).build()})})};
-  for (const Bytes& fragment : empty) EXPECT_EQ(opening({emptyMovie(), fragment})->tracks()[0].sampleCount, 0U);
+  for (const Bytes& fragment : empty) EXPECT_EQ(openingParts({emptyMovie(), fragment})->tracks()[0].sampleCount, 0U);
 }
 
 TEST(MovieFragments, AreRefusedWhenOneIsTooLargeToLoad) {

@@ -6,16 +6,7 @@
 namespace movie {
 namespace {
 
-using test::around;
-using test::AtomBuilder;
-using test::atomOf;
-using test::fileType;
-using test::joined;
-using test::MovieSpec;
-using test::opened;
-using test::opening;
-using test::TemporaryFile;
-using test::TrackSpec;
+using namespace test;
 
 // --- the top level ---
 

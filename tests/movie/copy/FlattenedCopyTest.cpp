@@ -8,12 +8,7 @@
 namespace movie {
 namespace {
 
-using test::contentOf;
-using test::MovieParts;
-using test::openedMovie;
-using test::samplesOf;
-using test::TemporaryFolder;
-using test::topLevelTypes;
+using namespace test;
 using testing::ElementsAre;
 
 /// The movie's own movie atom with a gamma put into the first description of its first track.

@@ -8,13 +8,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::contentOf;
-using test::copied;
-using test::MovieSpec;
-using test::openedMovie;
-using test::TemporaryFolder;
-using test::TrackSpec;
+using namespace test;
 using testing::ElementsAre;
 using testing::HasSubstr;
 

@@ -14,12 +14,7 @@
 namespace movie {
 namespace {
 
-using test::AtomBuilder;
-using test::copied;
-using test::MovieSpec;
-using test::openedMovie;
-using test::TemporaryFolder;
-using test::TrackSpec;
+using namespace test;
 
 constexpr std::uint64_t fourGigabytes = std::uint64_t{1} << 32;
 

@@ -7,11 +7,7 @@
 namespace movie {
 namespace {
 
-using test::fixtureMovie;
-using test::MovieParts;
-using test::openedMovie;
-using test::outputOf;
-using test::TemporaryFolder;
+using namespace test;
 
 struct FixtureRow {
   const char* name;

@@ -12,10 +12,7 @@
 namespace movie {
 namespace {
 
-using test::Codes;
-using test::nclc;
-using test::pictureOf;
-using test::rgbProfile;
+using namespace test;
 using testing::ElementsAre;
 using testing::ElementsAreArray;
 

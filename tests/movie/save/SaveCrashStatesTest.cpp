@@ -8,12 +8,7 @@
 namespace movie {
 namespace {
 
-using test::Again;
-using test::changesOf;
-using test::SaveCase;
-using test::saveCases;
-using test::Tally;
-using test::tallyStates;
+using namespace test;
 
 const std::vector<std::size_t>& paddings() {
   static const std::vector<std::size_t> all = [] {

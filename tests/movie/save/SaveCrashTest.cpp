@@ -11,17 +11,7 @@
 namespace movie {
 namespace {
 
-using test::Again;
-using test::Changes;
-using test::changesOf;
-using test::Judge;
-using test::recordSave;
-using test::SaveCase;
-using test::saveCases;
-using test::SimulatedFile;
-using test::Tally;
-using test::tallyStates;
-using test::TemporaryFile;
+using namespace test;
 
 /// Whether [begin, end) lies in movie atoms, free space, the size of a mdat, or behind it all.
 bool belongsToSave(const Bytes& file, std::size_t begin, std::size_t end) {

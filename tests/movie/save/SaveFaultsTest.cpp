@@ -15,11 +15,7 @@
 namespace movie {
 namespace {
 
-using test::SaveCase;
-using test::saveCases;
-using test::seenIn;
-using test::SimulatedFile;
-using test::TemporaryFile;
+using namespace test;
 using Call = SimulatedFile::Call;
 using Fault = SimulatedFile::Fault;
 

@@ -17,15 +17,7 @@ namespace movie {
 namespace {
 
 using sys::test::FaultyCalls;
-using test::AtomBuilder;
-using test::atomOf;
-using test::fileType;
-using test::gamaExtension;
-using test::ImageEntry;
-using test::joined;
-using test::MovieSpec;
-using test::TemporaryFile;
-using test::typedMediaData;
+using namespace test;
 
 Bytes entryWith(const std::vector<Bytes>& extensions) {
   ImageEntry entry;

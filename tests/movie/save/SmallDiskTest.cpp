@@ -17,12 +17,7 @@
 namespace movie {
 namespace {
 
-using test::contentOf;
-using test::fillDisk;
-using test::Judge;
-using test::onSmallDisk;
-using test::openedMovie;
-using test::SaveCase;
+using namespace test;
 using testing::HasSubstr;
 
 /// More than the last page of a file can take.
