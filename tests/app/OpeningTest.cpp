@@ -4,7 +4,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QLineEdit>
+#include <QMimeData>
 #include <QPushButton>
+#include <QSlider>
 #include <QTest>
 #include <functional>
 
@@ -13,6 +15,7 @@
 #include <unistd.h>
 
 #include "SharedFiles/foundation/QVPlatformException.h"
+#include "app/widgets/TransportBar.h"
 #include "tests/SharedFiles/QtPrinters.h"
 #include "tests/app/WindowFixture.h"
 #include "tests/check/CapturedLog.h"
