@@ -16,8 +16,10 @@ class Block {
     std::string text;
     for (const scan::MapPiece& piece : result_.map.pieces) {
       const auto first = static_cast<std::size_t>(result_.matches.at(piece.dest.first).source);
-      text += "  " + range(piece.dest) + "  shows the source from " + clocks_.source(first) + " on, " +
-              mapPieceWords(piece) + "\n";
+      text += "  " + range(piece.dest);
+      text += piece.line.rate > 0
+                  ? "  shows the source from " + clocks_.source(first) + " on, " + mapPieceWords(piece) + "\n"
+                  : "  holds the picture of the source at " + clocks_.source(first) + "\n";
     }
     return text.empty() ? text : "Time map:\n" + text;
   }

@@ -13,6 +13,8 @@ namespace {
 
 /// A jump is one for good once so many frames in a row follow it.
 constexpr std::size_t persistent = 6;
+/// A picture is held once so many frames in a row show it that should show others.
+constexpr std::size_t fewestHeld = 6;
 
 /// What the steps from frame to frame are made of.
 struct Steps {
@@ -37,7 +39,7 @@ double middleOf(std::vector<double> values) {
   return diagnosis::medianOf(values);
 }
 
-/// Cuts the matches into stretches that lie on one line each.
+/// Cuts the matches into stretches that lie on one line each, or hold one picture.
 class Cutter {
  public:
   Cutter(const Matches& matches, const FrameRow& source, const FrameRow& dest, const std::vector<TimeLine>& lines)
@@ -46,9 +48,17 @@ class Cutter {
   }
 
   std::vector<MapPiece> pieces() {
+    FrameRange held = heldFrom(matches_.first);
     for (std::size_t i = matches_.first; i < matches_.end(); ++i) {
       const FrameMatch& match = frame(i);
       if (!match.isMatched()) continue;
+      if (i >= held.end) held = heldFrom(i);
+      if (i >= held.first && i < held.end) {
+        if (open_) close(i);
+        pieces_.push_back({held, {0, source_.timeOf(static_cast<std::size_t>(match.source))}, {}, 1});
+        i = held.end - 1;
+        continue;
+      }
       if (open_ && (match.line != line_ || jumpsAt(i))) close(i);
       if (!open_) open(i);
       offsets_.push_back(offsetOf(i));
@@ -56,7 +66,7 @@ class Cutter {
       last_ = i + 1;
     }
     if (open_) close(last_);
-    return pieces_;
+    return joinedHolds(pieces_);
   }
 
  private:
@@ -64,6 +74,47 @@ class Cutter {
   double rate() const { return lines_[line_].rate; }
   double offsetOf(std::size_t i) const {
     return source_.timeOf(static_cast<std::size_t>(frame(i).source)) - rate() * dest_.timeOf(i);
+  }
+
+  /// One picture that is held, where of a slow shot the next one was taken for it somewhere.
+  std::vector<MapPiece> joinedHolds(const std::vector<MapPiece>& pieces) const {
+    constexpr double few = 2.5;  // frames
+    const double destPeriod = 1 / std::max(1e-3, dest_.shape().rate());
+    const auto isNext = [&](const MapPiece& before, const MapPiece& after) {
+      const bool areHolds = before.line.rate == 0 && after.line.rate == 0 && before.agreement == 1;
+      const double between = dest_.timeOf(after.dest.first) - dest_.timeOf(before.dest.end);
+      return areHolds && between <= few * destPeriod &&
+             std::abs(after.line.offset - before.line.offset) <= few * period_;
+    };
+    std::vector<MapPiece> joined;
+    for (const MapPiece& piece : pieces) {
+      const std::size_t count = joined.size();
+      const bool follows =
+          count > 1 && static_cast<double>(joined[count - 1].dest.count()) <= few && isNext(joined[count - 2], piece);
+      if (follows) joined.pop_back();
+      if (follows || (count > 0 && isNext(joined.back(), piece))) {
+        joined.back().dest.end = piece.dest.end;
+      } else {
+        joined.push_back(piece);
+      }
+    }
+    return joined;
+  }
+
+  /// Of the frames from one on that show what it shows, those that come after its time, if they are many.
+  FrameRange heldFrom(std::size_t i) const {
+    constexpr double hardly = 0.25;
+    const FrameMatch& match = frame(i);
+    const FrameRange none{i, i};
+    if (!match.isMatched() || lines_[match.line].rate <= 0) return none;
+    const auto shown = static_cast<std::size_t>(match.source);
+    const double lasting = (source_.timeOf(shown + 1) - source_.timeOf(shown)) / lines_[match.line].rate;
+    const double due = dest_.timeOf(i) + lasting - hardly / std::max(1e-3, dest_.shape().rate());
+    FrameRange held{matches_.end(), i + 1};
+    for (; held.end < matches_.end() && frame(held.end).source == match.source; ++held.end) {
+      if (dest_.timeOf(held.end) > due) held.first = std::min(held.first, held.end);
+    }
+    return held.end >= held.first + fewestHeld ? held : none;
   }
 
   void open(std::size_t i) {

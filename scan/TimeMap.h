@@ -19,7 +19,7 @@ enum class Pattern {
   Retimed,        ///< each one, shorter or longer than it was
 };
 
-/// A stretch of the destination that goes through the source at one speed.
+/// A stretch of the destination that goes through the source at one speed, or holds one picture of it: at speed 0.
 struct MapPiece {
   FrameRange dest;
   TimeLine line;

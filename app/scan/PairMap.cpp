@@ -74,6 +74,7 @@ std::optional<std::int64_t> PairMap::destOf(std::int64_t sourceTime, std::int64_
 std::optional<std::int64_t> PairMap::destOnLine(std::int64_t sourceTime, std::int64_t nearDestTime) const {
   std::optional<std::int64_t> nearest;
   for (const scan::MapPiece& piece : pieces_) {
+    if (piece.line.rate <= 0) continue;  // it goes through nothing
     const double time = (static_cast<double>(sourceTime) / micros - piece.line.offset) / piece.line.rate;
     const std::int64_t from = dest_.startOf(piece.dest.first), to = dest_.startOf(piece.dest.end);
     if (inMicros(time) < from || inMicros(time) >= to) continue;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "scan/follow/FrameComparison.h"
@@ -10,10 +11,10 @@
 namespace scan {
 namespace {
 
-/// Frames on both sides of the expected one that may be shown instead.
-constexpr std::int64_t reach = 4;
+/// Frames on both sides of the expected one that may be shown instead; fewer where each has to be read for that.
+constexpr std::int64_t usualReach = 16, shortReach = 4;
 /// Of the source some more are kept than belong to frames that are not decided.
-constexpr std::size_t keptBesides = 40;
+constexpr std::size_t keptBesides = 64;
 /// A place is lost once so many frames in a row are like none.
 constexpr std::size_t lostAfter = 20;
 constexpr std::size_t burstFrames = 24;
@@ -29,7 +30,7 @@ struct Delay {
 Delay delayFor(const FrameRow& source, const SampledRow& dest, const TimeLine& line) {
   constexpr double fewest = 18;
   // Of the source only what may be shown is read.
-  constexpr std::size_t readEach = 2 * static_cast<std::size_t>(reach) + 1;
+  constexpr std::size_t readEach = 2 * static_cast<std::size_t>(shortReach) + 1;
   if (dest.every() > 1) return {static_cast<std::size_t>(fewest), std::size_t{2} * 18 * readEach + keptBesides};
   const double each = std::max(1.0, line.rate * source.shape().rate() / std::max(1e-3, dest.shape().rate()));
   const double settled = std::max(fewest, static_cast<double>(Track::usuallySettled) / each);
@@ -52,6 +53,7 @@ class Walk {
         delay_(delayFor(source, dest, result_.lines.front())),
         at_(departure.bearing),
         reading_(dest.every() > 1 ? SourceWindow::Reading::Asked : SourceWindow::Reading::All),
+        reach_(dest.every() > 1 ? shortReach : usualReach),
         window_(source, looks(), delay_.keptFrames, reading_),
         track_(delay_.settledAfter, departure.state),
         relocation_(source, placement_, [this] { return isStopped(); }) {}
@@ -59,13 +61,17 @@ class Walk {
   Followed all() {
     std::size_t frame = result_.matches.frames.size();
     if (frame > 0) reachBehind(frame);
-    ReadAhead reader(dest_.copy(), {placement_.dest, 1}, frame, dest_.shape().frames);
+    // The one before tells whether it is shown once more.
+    ReadAhead reader(dest_.copy(), {placement_.dest, 1}, frame - std::min<std::size_t>(1, frame), dest_.shape().frames);
+    if (frame > 0) readBefore(reader.next());
     for (auto read = reader.next(); read && !result_.stopped; read = reader.next(), ++frame) {
       if (!*read) {
         fail(ReadFailure::Side::Dest, frame, read->error());
         break;
       }
-      frames_.push_back({std::move(**read), 1e9F, {}, false});
+      const float change = before_ ? distance((*read)->signature, *before_) : std::numeric_limits<float>::infinity();
+      before_ = (*read)->signature;
+      frames_.push_back({std::move(**read), change, 1e9F, {}, false});
       if (!look()) break;
       settle();
     }
@@ -79,10 +85,15 @@ class Walk {
   /// A frame of the destination that is not decided yet.
   struct Waiting {
     ReadFrame read;
+    float change = 0;   ///< the distance from the frame before it
     float least = 0;    ///< the distance of the most similar frame of the source
     Bearing bearing{};  ///< after it
     bool lost = false;  ///< it, or one before it that nothing has been found since
   };
+
+  void readBefore(const std::optional<movie::Result<ReadFrame>>& read) {
+    if (read && *read) before_ = (*read)->signature;
+  }
 
   Looks looks() const { return {placement_.source, at_.course.exponent}; }
 
@@ -91,7 +102,7 @@ class Walk {
     if (frame >= dest_.shape().frames || reading_ == SourceWindow::Reading::Asked) return;
     const std::int64_t middle = nearestFrame(source_, at_.course.line.at(dest_.timeOf(frame))) + at_.centre;
     const auto behind = static_cast<std::int64_t>((delay_.keptFrames + keptBesides) / 2);
-    window_.reach(middle - reach - behind, middle + reach + 1);
+    window_.reach(middle - reach_ - behind, middle + reach_ + 1);
   }
 
   void settle() {
@@ -108,12 +119,12 @@ class Walk {
     result_.failure = ReadFailure{side, frame, error};
   }
 
-  Candidates candidatesFor(const ReadFrame& frame) {
+  Candidates candidatesFor(const ReadFrame& frame, float change) {
     const double time = at_.course.line.at(frame.time);
     const std::int64_t expected = nearestFrame(source_, time), middle = expected + at_.centre;
-    Candidates candidates{expected, std::max<std::int64_t>(0, middle - reach), {}};
-    window_.reach(middle - reach, middle + reach + 1);
-    for (std::int64_t i = candidates.first; i <= middle + reach; ++i) {
+    Candidates candidates{expected, std::max<std::int64_t>(0, middle - reach_), {}, change};
+    window_.reach(middle - reach_, middle + reach_ + 1);
+    for (std::int64_t i = candidates.first; i <= middle + reach_; ++i) {
       const ReadFrame* const shown = window_.frame(i);
       if (shown == nullptr) break;
       candidates.distances.push_back(farness(frame.signature, shown->signature));
@@ -124,15 +135,17 @@ class Walk {
   /// At the newest frame. False where the source cannot be read any more.
   bool look() {
     Waiting& newest = frames_.back();
-    const Candidates candidates = candidatesFor(newest.read);
+    const Candidates candidates = candidatesFor(newest.read, newest.change);
     newest.least = leastOf(candidates);
     track_.add(candidates);
-    if (window_.failure()) {
+    // What is only looked at beside it may be missing.
+    const std::int64_t needed = candidates.expected + at_.centre + shortReach;
+    if (window_.failure() && static_cast<std::int64_t>(window_.failedAt()) <= needed) {
       fail(ReadFailure::Side::Source, window_.failedAt(), *window_.failure());
       return false;
     }
     const bool isNew = newest.read.number >= at_.settledBefore;
-    if (isNew) recentre(candidates);
+    if (isNew && !newest.read.signature.isFlat()) recentre(candidates);
     if (isNew && !newest.read.signature.isFlat()) lost_ = newest.least > Track::costOfNone ? lost_ + 1 : 0;
     newest.bearing = at_;
     newest.lost = lost_ > 0;
@@ -145,22 +158,39 @@ class Walk {
     return least == candidates.distances.end() ? static_cast<float>(Track::highestCost) : *least;
   }
 
-  /// Follows a drift: frames that were dropped one by one.
+  /// Follows a drift: frames that were dropped one by one, or a picture that is held.
   void recentre(const Candidates& candidates) {
-    constexpr int steady = 8;
+    constexpr int steady = 8, most = 250;
     constexpr std::int64_t off = 2;
+    constexpr float near = 5, muchNearer = 3;
     if (candidates.distances.empty()) return;
-    const auto least = std::min_element(candidates.distances.begin(), candidates.distances.end());
-    const bool clear =
-        *least < 5 && *std::max_element(candidates.distances.begin(), candidates.distances.end()) > *least + 1;
-    const std::int64_t place = candidates.first + (least - candidates.distances.begin()) - candidates.expected;
-    if (!clear || std::abs(place - at_.centre) < off) {
-      if (clear) at_.aside = 0;
-      return;
-    }
-    if (++at_.aside < steady) return;
-    at_.centre = place;
+    const std::int64_t middle = candidates.expected + at_.centre - candidates.first,
+                       best = nearestTo(middle, candidates);
+    const float least = candidates.distances[static_cast<std::size_t>(best)];
+    if (std::abs(best - middle) < off) at_.aside = 0, at_.nearer = 0;
+    if (std::abs(best - middle) < off || least >= near) return;
+    const bool isKnown = middle >= 0 && middle < std::ssize(candidates.distances);
+    if (isKnown) at_.nearer += candidates.distances[static_cast<std::size_t>(middle)] - least;
+    at_.aside = std::min(most, at_.aside + 1);
+    const bool clear = *std::max_element(candidates.distances.begin(), candidates.distances.end()) > least + 1;
+    if (at_.aside < steady || (!clear && at_.nearer < muchNearer)) return;
+    at_.centre += best - middle;
     at_.aside = 0;
+    at_.nearer = 0;
+  }
+
+  /// The place of the least distance; of those that are hardly more, of pictures that hardly move, the one next to the
+  /// middle.
+  static std::int64_t nearestTo(std::int64_t middle, const Candidates& candidates) {
+    constexpr float each = 0.02F;
+    const auto cost = [&](std::int64_t i) {
+      return candidates.distances[static_cast<std::size_t>(i)] + each * static_cast<float>(std::abs(i - middle));
+    };
+    std::int64_t best = 0;
+    for (std::int64_t i = 1; i < std::ssize(candidates.distances); ++i) {
+      if (cost(i) < cost(best)) best = i;
+    }
+    return best;
   }
 
   Moments lastMoments(std::size_t count) const {
@@ -249,11 +279,11 @@ class Walk {
     before.resize(std::min(before.size(), split));
     emit(before);
     track_ = Track(delay_.settledAfter);
-    at_ = {next, lineNumber(next.line), 0, 0, newest + 1};
+    at_ = {next, lineNumber(next.line), 0, 0, 0, newest + 1};
     lost_ = 0;
     window_.lookAgain(looks());
     for (Waiting& waiting : frames_) {
-      const Candidates candidates = candidatesFor(waiting.read);
+      const Candidates candidates = candidatesFor(waiting.read, waiting.change);
       waiting.least = leastOf(candidates);
       waiting.bearing = at_;
       waiting.lost = false;
@@ -301,10 +331,12 @@ class Walk {
   std::size_t nextFar_ = 0;
   double lossTime_ = 0;
 
+  std::optional<Signature> before_;  ///< of the newest frame
   std::deque<Waiting> frames_;
   Bearing lastBearing_;  ///< of the last frame that was decided
   bool lastLost_ = false;
   SourceWindow::Reading reading_;
+  std::int64_t reach_;
   SourceWindow window_;
   Track track_;
   Relocation relocation_;

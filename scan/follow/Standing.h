@@ -22,6 +22,7 @@ struct Bearing {
   std::uint16_t line = 0;         ///< the number of the course's line
   std::int64_t centre = 0;        ///< how far from the line, in frames of the source, they are found lately
   int aside = 0;                  ///< for how many frames they have been found elsewhere
+  float nearer = 0;               ///< by how much those were nearer there, added up
   std::size_t settledBefore = 0;  ///< frames before this one were looked at already when the course began
 };
 

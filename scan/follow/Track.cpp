@@ -11,20 +11,28 @@ namespace {
 constexpr double away = 0.01;  ///< a frame farther from the time line is as cheap otherwise
 constexpr double costOfLeaving = 3;
 
+/// Of a frame that shows the same as the one before, where it should not.
+double costOfHoldingFor(float change) {
+  constexpr double least = 0.1, each = 4;
+  constexpr float encoders = 0.05F;  // leave so much between two frames of one picture
+  return least + each * static_cast<double>(std::max(0.0F, change - encoders));
+}
+
 }  // namespace
 
-double Track::stepCost(const State& from, const State& to) {
+double Track::stepCost(const State& from, const State& to, double costOfHolding) {
   if (from.none || to.none) return from.none == to.none ? 0 : costOfLeaving;
   const std::int64_t by = std::abs(to.away - from.away);
-  return by == 0 ? 0 : 8 + 0.5 * static_cast<double>(by);
+  const double cost = by == 0 ? 0 : 8 + 0.5 * static_cast<double>(by);
+  return to.source == from.source ? std::min(cost, costOfHolding) : cost;
 }
 
 /// The cheapest way to each state from those of the frame before.
-void Track::comeFrom(const States& before, States& states) const {
+void Track::comeFrom(const States& before, States& states, double costOfHolding) {
   for (Reached& state : states) {
     double best = 1e18;
     for (std::size_t i = 0; i < before.size(); ++i) {
-      const double cost = before[i].cost + stepCost(before[i], state);
+      const double cost = before[i].cost + stepCost(before[i], state, costOfHolding);
       if (cost < best) best = cost, state.from = i;
     }
     state.cost += best;
@@ -50,10 +58,11 @@ void Track::add(const Candidates& candidates) {
                       0});
   }
   states.push_back({{0, 0, true}, costOfNone, least, 0});
+  const double costOfHolding = costOfHoldingFor(candidates.change);
   if (!steps_.empty()) {
-    comeFrom(steps_.back(), states);
+    comeFrom(steps_.back(), states, costOfHolding);
   } else if (origin_) {
-    comeFrom({{*origin_, 0, 0, 0}}, states);
+    comeFrom({{*origin_, 0, 0, 0}}, states, costOfHolding);
   }
   steps_.push_back(std::move(states));
 }

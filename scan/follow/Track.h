@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <optional>
 #include <vector>
 
@@ -13,6 +14,8 @@ struct Candidates {
   std::int64_t expected = 0;     ///< the frame of the source that the time line leads to; may lie outside of the source
   std::int64_t first = 0;        ///< the source's frame that the first distance is of
   std::vector<float> distances;  ///< from consecutive frames of the source; may be empty
+  /// How far it is from the frame before it; unknown for the first.
+  float change = std::numeric_limits<float>::infinity();
 };
 
 /// What it shows, by the cheapest path.
@@ -23,8 +26,9 @@ struct Tracked {
 
 /// Which frame of the source each frame of the destination shows: the cheapest path (Viterbi) over the frames near a
 /// time line and "none of them". A frame costs its distance, at most 10, or 7 for none; a step away from the time line
-/// costs 4 and half as much again for every frame of it. Given after a while: a decision is final once enough frames
-/// came after it. Memory: some hundred frames' costs.
+/// costs 8 and a half more for every frame of it, unless it is the frame before once more that shows one frame of the
+/// source once more: a picture that is held, which costs hardly anything. Given after a while: a decision is final once
+/// enough frames came after it. Memory: some hundred frames' costs.
 class Track {
  public:
   /// What a frame of the destination may show.
@@ -57,8 +61,8 @@ class Track {
     std::size_t from = 0;
   };
   using States = std::vector<Reached>;  ///< of one frame; the last one is "none"
-  static double stepCost(const State& from, const State& to);
-  void comeFrom(const States& before, States& states) const;
+  static double stepCost(const State& from, const State& to, double costOfHolding);
+  static void comeFrom(const States& before, States& states, double costOfHolding);
   std::vector<Tracked> traced() const;
   std::optional<State> sharedAt(std::size_t step) const;
 

@@ -67,6 +67,38 @@ TEST(TimeMap, NamesASingleDroppedFrame) {
   EXPECT_EQ(map.dropped[0].source, (FrameRange{100, 101}));
 }
 
+TEST(TimeMap, TellsAPictureThatIsHeld) {
+  std::vector<std::int32_t> sources = counted(0, 100);
+  sources.insert(sources.end(), 24, 99);
+  for (const std::int32_t each : counted(100, 200)) sources.push_back(each);
+  const TimeMap map = mapOf({.line = {1, 0}, .sources = sources});
+  ASSERT_EQ(map.pieces.size(), 3U);
+  EXPECT_EQ(map.pieces[0].dest, (FrameRange{0, 100}));
+  EXPECT_EQ(map.pieces[1].dest, (FrameRange{100, 124}));
+  EXPECT_EQ(map.pieces[1].line, (TimeLine{0, 99 / 24.0}));
+  EXPECT_EQ(map.pieces[1].pattern, Pattern::Duplicated);
+  EXPECT_EQ(map.pieces[2].dest, (FrameRange{124, 324}));
+  EXPECT_EQ(map.pieces[2].line, (TimeLine{1, -1}));
+  EXPECT_TRUE(map.dropped.empty());
+}
+
+TEST(TimeMap, TellsAPictureThatIsHeldAsOneThoughItsNeighbourWasTakenForIt) {
+  std::vector<std::int32_t> sources = counted(0, 100);
+  sources.insert(sources.end(), 12, 99);
+  sources.insert(sources.end(), 12, 100);
+  for (const std::int32_t each : counted(101, 200)) sources.push_back(each);
+  const TimeMap map = mapOf({.line = {1, 0}, .sources = sources});
+  ASSERT_EQ(map.pieces.size(), 3U);
+  EXPECT_EQ(map.pieces[1].dest, (FrameRange{100, 124}));
+  EXPECT_EQ(map.pieces[1].line, (TimeLine{0, 99 / 24.0}));
+}
+
+TEST(TimeMap, TakesFramesThatAnotherRateShowsLongerForNoneThatAreHeld) {
+  const TimeMap map = mapOf({.sourceRate = 6, .destRate = 60, .line = {1, 0}, .sources = counted(0, 900, 0.1)});
+  ASSERT_EQ(map.pieces.size(), 1U);
+  EXPECT_EQ(map.pieces[0].line.rate, 1);
+}
+
 TEST(TimeMap, DoesNotCallAShotDroppedThatIsShownElsewhere) {
   std::vector<std::int32_t> sources = counted(0, 300);
   for (const std::int32_t each : counted(100, 100)) sources.push_back(each);

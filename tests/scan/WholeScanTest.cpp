@@ -11,6 +11,28 @@ namespace {
 using Result = Beginning::Result;
 using diagnosis::CauseKind;
 
+/// A shot that moves so slowly that one frame is nearly as the next.
+std::vector<Shown> slowShot(double from, std::size_t frames) {
+  std::vector<Shown> shot;
+  for (std::size_t i = 0; i < frames; ++i) shot.push_back({.content = from + 0.25 * static_cast<double>(i) / 24});
+  return shot;
+}
+
+TEST(WholeScan, TellsAPictureOfASlowShotThatIsHeld) {
+  const std::vector<Shown> source = slowShot(0.2, 300);
+  std::vector<Shown> dest(source.begin(), source.begin() + 120);
+  dest.insert(dest.end(), 48, source[119]);
+  dest.insert(dest.end(), source.begin() + 120, source.end());
+  const ScanResult result = scannedMovies(source, dest);
+  ASSERT_EQ(result.map.pieces.size(), 3U);
+  EXPECT_EQ(result.map.pieces[1].line.rate, 0);
+  EXPECT_NEAR(static_cast<double>(result.map.pieces[1].dest.first), 120, 3);
+  EXPECT_NEAR(static_cast<double>(result.map.pieces[1].dest.end), 168, 3);
+  EXPECT_EQ(result.map.pieces[2].line.rate, 1);
+  EXPECT_NEAR(result.map.pieces[2].line.offset, -2, 1.01 / 24);
+  EXPECT_TRUE(result.map.unmatched.empty());
+}
+
 TEST(WholeScan, TellsALeaderAndWhatWasSetIn) {
   const std::vector<Shown> dest =
       exported(joined(joined(master(1000, 1005), master(0, 20)), joined(master(2000, 2004), master(20, 40))));

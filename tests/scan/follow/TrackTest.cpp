@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "scan/follow/Track.h"
@@ -47,6 +49,32 @@ TEST(Track, IsNotLedAsideByOneFrameThatFitsALittleBetterElsewhere) {
   std::vector<Candidates> all;
   for (std::int64_t i = 0; i < 100; ++i) all.push_back(candidates(i, i == 50 ? i + 1 : i));
   EXPECT_EQ(tracked(all)[50].source, 50);
+}
+
+/// Of a slow shot of which one frame is held for a while.
+std::vector<Tracked> trackedHold(std::int64_t from, std::int64_t count, float change) {
+  std::vector<Candidates> all;
+  for (std::int64_t i = 0; i < 200; ++i) {
+    const std::int64_t held = std::clamp<std::int64_t>(i - from, 0, count);
+    all.push_back(candidates(i - held / 2, i - held, 0.1F));
+    all.back().change = held > 0 && i < from + count ? change : 0.2F;
+  }
+  return tracked(all);
+}
+
+TEST(Track, HoldsAPictureThatIsShownOnceMore) {
+  const std::vector<Tracked> path = trackedHold(60, 8, 0.01F);
+  for (std::int64_t i = 0; i < 200; ++i) {
+    const std::int64_t shown = i - std::clamp<std::int64_t>(i - 60, 0, 8);
+    EXPECT_EQ(path[static_cast<std::size_t>(i)].source, shown) << i;
+  }
+}
+
+TEST(Track, HoldsNoPictureThatChanges) {
+  const std::vector<Tracked> path = trackedHold(60, 8, 1);
+  const auto held =
+      std::count_if(path.begin() + 60, path.begin() + 69, [](const Tracked& each) { return each.source == 60; });
+  EXPECT_LT(held, 9) << "by jumps, where they pay";
 }
 
 TEST(Track, TellsFramesThatAreInNone) {
