@@ -141,12 +141,12 @@ CommandResult runScanCommand(const ScanOptions& options, TextStyling styling) {
   if (!asked) return failedScan({asked.error()}, options.form);
   const movie::Result<scan::MoviePair> rows = scan::pairOf(*sides->source, *sides->dest);
   if (!rows) return failedScan({{rows.error().message(), rows.error().file}}, options.form);
+  const NotedInterrupts interrupts;  // from here on there are files to clean up
   auto files = ScanFiles::of(options);
   if (!files) return failedScan({files.error()}, options.form);
   auto keeping = ScanKeeping::of(options.resume, {*rows, *asked, sides->sourceFile, sides->destFile});
   if (!keeping) return failedScan({keeping.error()}, options.form);
 
-  const NotedInterrupts interrupts;
   scan::ScanResult found;
   {
     ScanBar bar;

@@ -35,7 +35,9 @@ TESTED_BY = {
     "app/main.cpp": ["test_window_program", "test_window_quitting"],
     "app/player/": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
     "app/player/device/": ["test_sound_device"],
+    "app/scan/": ["test_timeline", "test_window_scan"],
     "app/start/": ["test_window", "test_window_program", "test_window_translations", "test_window_quitting"],
+    "app/verdict/": ["test_verdict", "test_window"],
     "movie/save/": ["test_movie_save", "test_movie_save_crashes"],
 }
 SLOW = 30  # seconds above three times what a program takes, after which it hangs

@@ -70,6 +70,10 @@ std::string power(double exponent, double from = -1, double to = 1e6) {
   return filter;
 }
 
+constexpr const char* rangeExpanded =
+    "lutyuv=y='clip((val-16)*255/219,0,255)':u='clip((val-128)*255/224+128,0,255)':v='clip((val-128)*255/"
+    "224+128,0,255)'";
+
 std::string frames(int first, int end) {
   return "trim=start_frame=" + std::to_string(first) + ":end_frame=" + std::to_string(end) + ",setpts=PTS-STARTPTS";
 }
@@ -213,10 +217,7 @@ void addTones(std::vector<ScanRecipe>& recipes) {
   between.tones = {{0, 13, 1}, {13, 17, 0.85}, {17, length, 1}};
   between.causes = {CauseKind::Power};
   recipes.push_back({"power-between", x264(power(0.85, 12.99, 16.97)), between});
-  recipes.push_back({"range-expanded",
-                     x264("lutyuv=y='clip((val-16)*255/219,0,255)':u='clip((val-128)*255/"
-                          "224+128,0,255)':v='clip((val-128)*255/224+128,0,255)'"),
-                     caused(whole(), CauseKind::Range)});
+  recipes.push_back({"range-expanded", x264(rangeExpanded), caused(whole(), CauseKind::Range)});
   recipes.push_back({"range-compressed",
                      x264("lutyuv=y='16+val*219/255':u='128+(val-128)*224/255':v='128+(val-128)*224/255'"),
                      caused(whole(), CauseKind::Range)});
@@ -257,6 +258,29 @@ void addRefused(std::vector<ScanRecipe>& recipes) {
                      refused});
 }
 
+/// Little is left of a picture by then.
+void addHard(std::vector<ScanRecipe>& recipes) {
+  struct Change {
+    const char* name;
+    std::string filter;
+    ScanTruth truth;
+  };
+  const std::vector<Change> changes{
+      {"same", "", whole()},
+      {"power-1.08", power(1.08), raised(whole(), 1.08)},
+      {"power-0.93", power(0.93), raised(whole(), 0.93)},
+      {"gain", "lutyuv=y='16+(val-16)*0.93'", caused(whole(), CauseKind::Gain)},
+      {"range", rangeExpanded, caused(whole(), CauseKind::Range)},
+      {"matrix", "scale=in_color_matrix=bt709:out_color_matrix=bt601,setparams=colorspace=bt709",
+       caused(whole(), CauseKind::Matrix)}};
+  for (const int crf : {44, 51}) {
+    for (const auto& [name, filter, truth] : changes) {
+      recipes.push_back({"hard-" + std::string(name) + "-crf" + std::to_string(crf), x264(filter, crf), truth, true});
+      recipes.back().isHard = true;
+    }
+  }
+}
+
 }  // namespace
 
 std::vector<ScanRecipe> scanRecipes() {
@@ -270,6 +294,7 @@ std::vector<ScanRecipe> scanRecipes() {
   addTones(recipes);
   addTogether(recipes);
   addRefused(recipes);
+  addHard(recipes);
   return recipes;
 }
 

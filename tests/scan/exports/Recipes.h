@@ -35,6 +35,7 @@ struct ScanRecipe {
   ScanTruth truth;
   bool everyMaster = false;  ///< otherwise one of each half, in turns
   std::string extension = ".mp4";
+  bool isHard = false;  ///< so badly encoded that not all can be told: only confidences are held against it
 };
 
 std::vector<ScanRecipe> scanRecipes();

@@ -60,13 +60,13 @@ void expectGoals(const std::vector<ScanVerdict>& verdicts) {
 TEST(ScannedExports, AreToldRightlyOfClipsThatThresholdsAreSetOn) {
   const std::vector<ScanVerdict> verdicts = judgedScans(Half::Fit);
   printScans(std::cout, "clips that thresholds are set on", verdicts);
-  expectGoals(verdicts);
+  expectGoals(thatCount(verdicts));
 }
 
 TEST(ScannedExports, AreToldRightlyOfOtherClips) {
   const std::vector<ScanVerdict> verdicts = judgedScans(Half::Report);
   printScans(std::cout, "other clips", verdicts);
-  expectGoals(verdicts);
+  expectGoals(thatCount(verdicts));
 }
 
 }  // namespace

@@ -109,6 +109,17 @@ void judgeRegion(ScanVerdict& verdict, const ScanTruth& truth, const ScanResult&
                                   std::abs(found.right - wanted.right), std::abs(found.bottom - wanted.bottom)});
 }
 
+/// How far frames of a segment are from what they show, in the middle.
+double farnessIn(const ScanResult& result, const Segment& segment) {
+  std::vector<float> distances;
+  for (std::size_t i = segment.dest.first; i < segment.dest.end; ++i) {
+    const FrameMatch& match = result.matches.at(i);
+    if (match.isMatched()) distances.push_back(match.distance);
+  }
+  std::sort(distances.begin(), distances.end());
+  return distances.empty() ? 0 : static_cast<double>(distances[distances.size() / 2]);
+}
+
 std::string toldOf(const ScanResult& result) {
   char text[120];
   std::string told;
@@ -118,8 +129,9 @@ std::string toldOf(const ScanResult& result) {
     if (told.size() < 200) told += text;
   }
   for (const Segment& segment : result.segments) {
-    std::snprintf(text, sizeof text, " {%zu-%zu r%.3f c%d %.2f}", segment.dest.first, segment.dest.end,
-                  segment.exponent.value_or(0), static_cast<int>(segment.causes.front().kind), segment.confidence());
+    std::snprintf(text, sizeof text, " {%zu-%zu r%.3f c%d %.2f d%.1f}", segment.dest.first, segment.dest.end,
+                  segment.exponent.value_or(0), static_cast<int>(segment.causes.front().kind), segment.confidence(),
+                  farnessIn(result, segment));
     if (told.size() < 400) told += text;
   }
   const diagnosis::Region &from = result.placement.source, &to = result.placement.dest;
@@ -161,7 +173,7 @@ ScanVerdict verdictOn(const Master& master, const ScanRecipe& recipe) {
   if (!rows) throw std::runtime_error(recipe.name + ": " + rows.error().message());
   const ScanResult result = scanned(*rows->source, *rows->dest, rows->tags(), {}, {});
 
-  ScanVerdict verdict{.name = recipe.name + "/" + master.name, .half = master.half};
+  ScanVerdict verdict{.name = recipe.name + "/" + master.name, .half = master.half, .isHard = recipe.isHard};
   verdict.seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
   verdict.told = toldOf(result);
   const bool refused = result.correspondence == Beginning::Result::NotFound;
@@ -194,7 +206,13 @@ void printWrong(std::ostream& out, const ScanVerdict& verdict) {
   out << line << "      " << verdict.told << std::endl;
 }
 
-void printScans(std::ostream& out, const std::string& title, const std::vector<ScanVerdict>& verdicts) {
+std::vector<ScanVerdict> thatCount(std::vector<ScanVerdict> verdicts) {
+  std::erase_if(verdicts, [](const ScanVerdict& each) { return each.isHard; });
+  return verdicts;
+}
+
+void printScans(std::ostream& out, const std::string& title, const std::vector<ScanVerdict>& all) {
+  const std::vector<ScanVerdict> verdicts = thatCount(all);
   const auto right = [&](bool (*holds)(const ScanVerdict&)) {
     return std::to_string(std::count_if(verdicts.begin(), verdicts.end(), holds));
   };
@@ -209,7 +227,7 @@ void printScans(std::ostream& out, const std::string& title, const std::vector<S
       << right([](const ScanVerdict& each) { return each.falseSegments == 0; }) << ", regions "
       << right([](const ScanVerdict& each) { return each.regionRight(); }) << ", identity "
       << right([](const ScanVerdict& each) { return each.identicalRight; }) << "; " << seconds << " s\n";
-  printConfidences(out, verdicts);
+  printConfidences(out, all);
 }
 
 }  // namespace scan::test

@@ -18,6 +18,7 @@ struct ToldCause {
 struct ScanVerdict {
   std::string name;
   Half half = Half::Fit;
+  bool isHard = false;         ///< as the recipe has it
   bool toBeRefused = false;    ///< other pictures
   bool refusedRightly = true;  ///< refused if and only if it is to be
   double rightShare = 1;       ///< of moving frames, that are within one frame of the truth
@@ -42,7 +43,10 @@ ScanVerdict verdictOn(const Master& master, const ScanRecipe& recipe);
 /// What is wrong of one, by name; nothing where all is right.
 void printWrong(std::ostream& out, const ScanVerdict& verdict);
 
-/// The shares of what is right, and how far confidences can be relied on.
+/// Without the hard ones.
+std::vector<ScanVerdict> thatCount(std::vector<ScanVerdict> verdicts);
+
+/// The shares of what is right of those that count, and how far confidences of all can be relied on.
 void printScans(std::ostream& out, const std::string& title, const std::vector<ScanVerdict>& verdicts);
 
 }  // namespace scan::test
