@@ -70,7 +70,7 @@ double farnessIn(const Matches& matches, const FrameRange& range) {
 /// colours are, too, and no longer by what was done to all of them. Fitted to exports by H.264 at a rate factor of 44
 /// and more; at 36, frames are hardly farther than usual.
 double worth(const Cause& cause, double farness) {
-  constexpr double usual = 1.5, eachOfChange = 1.6, eachOfSame = 0.8;
+  constexpr double usual = 1.5, eachOfChange = 1.2, eachOfSame = 0.8;
   const double each = cause.kind == CauseKind::Same ? eachOfSame : eachOfChange;
   const double left = cause.confidence * std::exp(-each * std::max(0.0, farness - usual));
   return left / (left + 1 - cause.confidence);
