@@ -32,12 +32,16 @@ TESTED_BY = {
     "diagnosis/": ["test_diagnosis"],
     "SharedFiles/timecode/": ["test_shared_timecode"],
     "app/": ["test_window_texts", "test_window", "ctest:Translations.AgreeWithTheSources"],
+    "app/LumacheckAppDelegate": ["test_window", "test_window_scan", "ctest:Translations.AgreeWithTheSources"],
+    "app/MainInterface": ["test_window_texts", "test_window", "test_window_scan",
+                          "ctest:Translations.AgreeWithTheSources"],
     "app/main.cpp": ["test_window_program", "test_window_quitting"],
+    "app/messages/": ["test_messages", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "app/player/": ["test_playback_clock", "test_sound_player", "test_movie_player", "test_window"],
     "app/player/device/": ["test_sound_device"],
-    "app/scan/": ["test_timeline", "test_window_scan"],
+    "app/scan/": ["test_timeline", "test_window_scan", "ctest:Translations.AgreeWithTheSources"],
     "app/start/": ["test_window", "test_window_program", "test_window_translations", "test_window_quitting"],
-    "app/verdict/": ["test_verdict", "test_window"],
+    "app/verdict/": ["test_verdict", "test_window", "ctest:Translations.AgreeWithTheSources"],
     "movie/save/": ["test_movie_save", "test_movie_save_crashes"],
 }
 SLOW = 30  # seconds above three times what a program takes, after which it hangs

@@ -53,6 +53,16 @@ TEST_F(ThePlace, IsToldWhereThereIsNone) {
   EXPECT_TRUE(verdict().holds) << "nothing has changed";
 }
 
+TEST_F(ThePlace, IsNoneOfThoseThatLookAlike) {
+  load(twoStillsMovie(), stillMovie());
+  checkAt(1);
+  ASSERT_EQ(verdict().kind, MessageKind::Warning);
+  lookForPlace();
+  ASSERT_TRUE(waitUntil([this] { return !isLooking(); }));
+  EXPECT_EQ(said().text, "The pictures do not move: where in the source this one is cannot be told.");
+  EXPECT_NEAR(sourceSeconds(), 1, halfFrame);
+}
+
 TEST_F(ThePlace, IsLeftAloneOnceSomebodyGoesElsewhere) {
   load(reelMovie(), leaderMovie());
   checkAt(7);

@@ -11,6 +11,8 @@ namespace {
 
 const std::vector<std::string> encoded{"-c:v", "libx264", "-preset", "veryfast", "-crf", "18"};
 
+constexpr const char* still = "mandelbrot=s=320x180:r=24:start_scale=0.3:end_scale=0.2";
+
 std::string reel() {
   return movie::test::fixtureMovie(
       "scan-master.mp4",
@@ -51,6 +53,21 @@ QString indexFirstMovie() {
 QString longReelMovie() {
   return QString::fromStdString(
       movie::test::fixtureMovie("scan-long.mov", {"-stream_loop", "40", "-i", reel(), "-c", "copy"}));
+}
+
+QString stillMovie() {
+  return QString::fromStdString(movie::test::fixtureMovie(
+      "scan-still.mp4", {"-f", "lavfi", "-i", still, "-vf", "trim=end_frame=1,loop=143:1,setpts=N/24/TB,format=yuv420p",
+                         "-r", "24", "-c:v", "libx264", "-crf", "16"}));
+}
+
+QString twoStillsMovie() {
+  return QString::fromStdString(movie::test::fixtureMovie(
+      "scan-two-stills.mp4",
+      {"-f", "lavfi", "-i", "smptehdbars=s=320x180:r=24", "-f", "lavfi", "-i", still, "-filter_complex",
+       "[0:v]trim=end_frame=72,setsar=1,format=yuv420p[a];"
+       "[1:v]trim=end_frame=1,loop=71:1,setpts=N/24/TB,setsar=1,format=yuv420p[b];[a][b]concat=n=2",
+       "-r", "24", "-c:v", "libx264", "-crf", "16"}));
 }
 
 void ScanFixture::begin(const QString& source, const QString& dest) {

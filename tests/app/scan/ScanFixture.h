@@ -10,6 +10,8 @@ QString darkerFromMovie();  ///< the same, from 7 s on darker by an exponent of 
 QString leaderMovie();      ///< the same after 2 s of something else
 QString indexFirstMovie();  ///< the first, which can be read in part
 QString longReelMovie();    ///< the first, forty times
+QString stillMovie();       ///< 6 s of one picture
+QString twoStillsMovie();   ///< 3 s of another, then this one for 3 s
 
 /// The window with two movies that can be scanned.
 class ScanFixture : public WindowFixture {

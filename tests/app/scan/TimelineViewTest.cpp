@@ -60,6 +60,22 @@ TEST_F(ATimeline, GoesFromBoundaryToBoundaryByKeys) {
   }
 }
 
+TEST_F(ATimeline, ShowsWhereTheMovieIs) {
+  const auto differsAt = [](const QImage& one, const QImage& other, double x) {
+    const int column = qRound(x * one.devicePixelRatio());
+    int rows = 0;
+    for (int y = 0; y < one.height(); ++y) rows += one.pixel(column, y) != other.pixel(column, y) ? 1 : 0;
+    return 2 * rows > one.height();
+  };
+  view_.setPlayhead(3);
+  const QImage before = painted();
+  view_.setPlayhead(7);
+  const QImage after = painted();
+  EXPECT_TRUE(differsAt(before, after, view_.xOf(3)));
+  EXPECT_TRUE(differsAt(before, after, view_.xOf(7)));
+  EXPECT_FALSE(differsAt(before, after, view_.xOf(5)));
+}
+
 TEST_F(ATimeline, KeepsItsKeysFromTheWindow) {
   for (const Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Home, Qt::Key_End, Qt::Key_Return}) {
     EXPECT_TRUE(isKept(key)) << key;
