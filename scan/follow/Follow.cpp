@@ -69,7 +69,7 @@ class Walk {
         fail(ReadFailure::Side::Dest, frame, read->error());
         break;
       }
-      const float change = before_ ? distance((*read)->signature, *before_) : std::numeric_limits<float>::infinity();
+      const float change = changeTo((*read)->signature);
       before_ = (*read)->signature;
       frames_.push_back({std::move(**read), change, 1e9F, {}, false});
       if (!look()) break;
@@ -93,6 +93,14 @@ class Walk {
 
   void readBefore(const std::optional<movie::Result<ReadFrame>>& read) {
     if (read && *read) before_ = (*read)->signature;
+  }
+
+  /// How far a frame is from the one before it, where there is enough in both to tell: the dim ends of fades have
+  /// little.
+  float changeTo(const Signature& newest) const {
+    constexpr float enough = 0.05F;
+    const bool tells = before_ && std::min(before_->deviation, newest.deviation) >= enough;
+    return tells ? distance(newest, *before_) : std::numeric_limits<float>::infinity();
   }
 
   Looks looks() const { return {placement_.source, at_.course.exponent}; }
