@@ -48,7 +48,7 @@ class Cutter {
   }
 
   std::vector<MapPiece> pieces() {
-    FrameRange held = heldFrom(matches_.first);
+    FrameRange held;
     for (std::size_t i = matches_.first; i < matches_.end(); ++i) {
       const FrameMatch& match = frame(i);
       if (!match.isMatched()) continue;
@@ -81,7 +81,7 @@ class Cutter {
     constexpr double few = 2.5;  // frames
     const double destPeriod = 1 / std::max(1e-3, dest_.shape().rate());
     const auto isNext = [&](const MapPiece& before, const MapPiece& after) {
-      const bool areHolds = before.line.rate == 0 && after.line.rate == 0 && before.agreement == 1;
+      const bool areHolds = before.line.rate == 0 && after.line.rate == 0;
       const double between = dest_.timeOf(after.dest.first) - dest_.timeOf(before.dest.end);
       return areHolds && between <= few * destPeriod &&
              std::abs(after.line.offset - before.line.offset) <= few * period_;
@@ -101,12 +101,12 @@ class Cutter {
     return joined;
   }
 
-  /// Of the frames from one on that show what it shows, those that come after its time, if they are many.
+  /// Of the frames from one on that show what it shows, those that come after its time, if they are many; else an
+  /// empty range behind all of them. That one is matched.
   FrameRange heldFrom(std::size_t i) const {
     constexpr double hardly = 0.25;
     const FrameMatch& match = frame(i);
-    const FrameRange none{i, i};
-    if (!match.isMatched() || lines_[match.line].rate <= 0) return none;
+    if (lines_[match.line].rate <= 0) return {i + 1, i + 1};
     const auto shown = static_cast<std::size_t>(match.source);
     const double lasting = (source_.timeOf(shown + 1) - source_.timeOf(shown)) / lines_[match.line].rate;
     const double due = dest_.timeOf(i) + lasting - hardly / std::max(1e-3, dest_.shape().rate());
@@ -114,7 +114,7 @@ class Cutter {
     for (; held.end < matches_.end() && frame(held.end).source == match.source; ++held.end) {
       if (dest_.timeOf(held.end) > due) held.first = std::min(held.first, held.end);
     }
-    return held.end >= held.first + fewestHeld ? held : none;
+    return held.end >= held.first + fewestHeld ? held : FrameRange{held.end, held.end};
   }
 
   void open(std::size_t i) {

@@ -45,17 +45,30 @@ TEST(ScannedMovies, AnExcerptIsFoundInItsSource) {
 }
 
 TEST(ScannedMovies, AnExponentIsToldFromWhereItBegins) {
-  const std::string power = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
-  const ScanJson json = scanned({scanMaster(), scanExport("scan-power", power)});
+  const std::string dest = scanExport("scan-power", scanHalfPower);
+  const ScanJson json = scanned({scanMaster(), dest});
   ASSERT_EQ(json["segments"].size(), 2U);
   EXPECT_NEAR(json["segments"][1]["from"]["frame"].get<double>(), 168, 2);
   EXPECT_NEAR(json["segments"][1]["exponent"].get<double>(), 1.2, 0.01);
   EXPECT_EQ(json["segments"][1]["causes"][0]["cause"], "power");
   EXPECT_EQ(json["exitStatus"], 1);
-  const ProgramRun run = runLumacheck({"scan", scanMaster(), scanExport("scan-power", power)});
+  const ProgramRun run = runLumacheck({"scan", scanMaster(), dest});
   EXPECT_THAT(run.out, HasSubstr("Scan: Gamma shift: the destination is darker, by an exponent of 1.20"));
   EXPECT_THAT(run.out, HasSubstr("gamma shift, exponent 1.20"));
   EXPECT_EQ(run.err, "");
+}
+
+TEST(ScannedMovies, APictureThatIsHeldIsToldAsThat) {
+  const std::string dest = scanExport("scan-held", "loop=loop=24:size=1:start=90,setpts=N/24/TB");
+  const ScanJson map = scanned({scanMaster(), dest})["map"];
+  ASSERT_EQ(map.size(), 3U) << map;
+  EXPECT_NEAR(map[1]["from"]["frame"].get<double>(), 91, 1);
+  EXPECT_NEAR(map[1]["to"]["frame"].get<double>(), 115, 1);
+  EXPECT_EQ(map[1]["rate"], 0);
+  EXPECT_EQ(map[1]["pattern"], "duplicated");
+  EXPECT_NEAR(map[2]["offset"].get<double>(), -1, 0.03);
+  EXPECT_THAT(runLumacheck({"scan", scanMaster(), dest}).out,
+              HasSubstr("  holds the picture of the source at 00:00:03:1"));
 }
 
 TEST(ScannedMovies, OtherPicturesGetNoNumber) {

@@ -69,6 +69,12 @@ TEST(PairMap, GoesByTheLineForAFrameThatWasLeftOutAmongOthers) {
   EXPECT_EQ(withLeader().destOf(7 * tenth, 0), 4 * tenth);
 }
 
+TEST(PairMap, GoesThroughNothingWhereAPictureIsHeld) {
+  const PairMap map(tenths(20), tenths(6), {0, {4, 5, 5, 5, 5, 7}}, {{{0, 2}, {1, 0.4}}, {{2, 5}, {0, 0.5}}});
+  EXPECT_EQ(map.destOf(6 * tenth, 0), std::nullopt);
+  EXPECT_EQ(map.destOf(5 * tenth, 4 * tenth), 4 * tenth);
+}
+
 TEST(PairMap, KnowsWhatTheDestinationDoesNotShow) {
   const PairMap map = withLeader();
   EXPECT_EQ(map.destOf(0, 0), std::nullopt);

@@ -24,7 +24,7 @@ std::vector<ScanVerdict> judgedScans(Half half) {
   std::size_t number = 0;
   for (const ScanRecipe& recipe : scanRecipes()) {
     const std::size_t place = number++;
-    if (given == nullptr && place % apart != (half == Half::Fit ? 0 : 5)) continue;
+    if (given == nullptr && (recipe.isHard || place % apart != (half == Half::Fit ? 0 : 5))) continue;
     const Master& chosen = some[place % some.size()];
     for (const Master& master : recipe.everyMaster || everyPair ? some : std::vector<Master>{chosen}) {
       if ((recipe.name + "/" + master.name).find(only) == std::string::npos) continue;

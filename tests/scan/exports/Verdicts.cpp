@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "diagnosis/numbers/Statistics.h"
 #include "scan/Scan.h"
 #include "tests/support/MovieFixture.h"
 
@@ -116,8 +117,7 @@ double farnessIn(const ScanResult& result, const Segment& segment) {
     const FrameMatch& match = result.matches.at(i);
     if (match.isMatched()) distances.push_back(match.distance);
   }
-  std::sort(distances.begin(), distances.end());
-  return distances.empty() ? 0 : static_cast<double>(distances[distances.size() / 2]);
+  return distances.empty() ? 0 : static_cast<double>(diagnosis::medianOf(distances));
 }
 
 std::string toldOf(const ScanResult& result) {
