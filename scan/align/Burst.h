@@ -25,8 +25,9 @@ struct BurstFit {
   double low = 0, high = 0;  ///< what it fits nearly as well
   double cost = 0;           ///< the mean distance of its frames, each from the better of the two frames around it
   double framePeriod = 1;    ///< of the stretch, in seconds
-  /// Whether it tells a place: it fits no further than four frames of the source.
-  bool isInformative() const { return high - low <= 4 * framePeriod; }
+  /// Whether it tells a place: it fits no further than some frames of the source.
+  bool tells(double frames) const { return high - low <= frames * framePeriod; }
+  bool isInformative() const { return tells(4); }
   TimeLine line() const { return {rate, sourceTime - rate * destTime}; }
 };
 

@@ -5,6 +5,7 @@
 #include <limits>
 #include <utility>
 
+#include "scan/follow/Drift.h"
 #include "scan/follow/FrameComparison.h"
 #include "scan/follow/Relocation.h"
 
@@ -63,7 +64,7 @@ class Walk {
     if (frame > 0) reachBehind(frame);
     // The one before tells whether it is shown once more.
     ReadAhead reader(dest_.copy(), {placement_.dest, 1}, frame - std::min<std::size_t>(1, frame), dest_.shape().frames);
-    if (frame > 0) readBefore(reader.next());
+    if (frame > 0 && !readBefore(frame - 1, reader.next())) return std::move(result_);
     for (auto read = reader.next(); read && !result_.stopped; read = reader.next(), ++frame) {
       if (!*read) {
         fail(ReadFailure::Side::Dest, frame, read->error());
@@ -91,8 +92,15 @@ class Walk {
     bool lost = false;  ///< it, or one before it that nothing has been found since
   };
 
-  void readBefore(const std::optional<movie::Result<ReadFrame>>& read) {
-    if (read && *read) before_ = (*read)->signature;
+  /// The frame before the first one. False where it cannot be had any more.
+  bool readBefore(std::size_t frame, const std::optional<movie::Result<ReadFrame>>& read) {
+    if (!read) return true;
+    if (!*read) {
+      fail(ReadFailure::Side::Dest, frame, read->error());
+      return false;
+    }
+    before_ = (*read)->signature;
+    return true;
   }
 
   /// How far a frame is from the one before it, where there is enough in both to tell: the dim ends of fades have
@@ -153,52 +161,25 @@ class Walk {
       return false;
     }
     const bool isNew = newest.read.number >= at_.settledBefore;
-    if (isNew && !newest.read.signature.isFlat()) recentre(candidates);
-    if (isNew && !newest.read.signature.isFlat()) lost_ = newest.least > Track::costOfNone ? lost_ + 1 : 0;
+    if (isNew && !newest.read.signature.isFlat()) {
+      lost_ = newest.least > mostUsual() ? lost_ + 1 : 0;
+      if (lost_ == 0) followDrift(at_, candidates), at_.usual.add(newest.least);
+    }
     newest.bearing = at_;
     newest.lost = lost_ > 0;
     if (following_ == Following::WhereverItIs && lost_ >= lostAfter) findAgain();
     return true;
   }
 
+  /// Frames that are farther show something else. On one line nothing else is looked for.
+  float mostUsual() const {
+    constexpr auto most = static_cast<float>(Track::costOfNone);
+    return following_ == Following::WhereverItIs ? std::min(most, at_.usual.limit()) : most;
+  }
+
   static float leastOf(const Candidates& candidates) {
     const auto least = std::min_element(candidates.distances.begin(), candidates.distances.end());
     return least == candidates.distances.end() ? static_cast<float>(Track::highestCost) : *least;
-  }
-
-  /// Follows a drift: frames that were dropped one by one, or a picture that is held.
-  void recentre(const Candidates& candidates) {
-    constexpr int steady = 8, most = 250;
-    constexpr std::int64_t off = 2;
-    constexpr float near = 5, muchNearer = 3;
-    if (candidates.distances.empty()) return;
-    const std::int64_t middle = candidates.expected + at_.centre - candidates.first,
-                       best = nearestTo(middle, candidates);
-    const float least = candidates.distances[static_cast<std::size_t>(best)];
-    if (std::abs(best - middle) < off) at_.aside = 0, at_.nearer = 0;
-    if (std::abs(best - middle) < off || least >= near) return;
-    const bool isKnown = middle >= 0 && middle < std::ssize(candidates.distances);
-    if (isKnown) at_.nearer += candidates.distances[static_cast<std::size_t>(middle)] - least;
-    at_.aside = std::min(most, at_.aside + 1);
-    const bool clear = *std::max_element(candidates.distances.begin(), candidates.distances.end()) > least + 1;
-    if (at_.aside < steady || (!clear && at_.nearer < muchNearer)) return;
-    at_.centre += best - middle;
-    at_.aside = 0;
-    at_.nearer = 0;
-  }
-
-  /// The place of the least distance; of those that are hardly more, of pictures that hardly move, the one next to the
-  /// middle.
-  static std::int64_t nearestTo(std::int64_t middle, const Candidates& candidates) {
-    constexpr float each = 0.02F;
-    const auto cost = [&](std::int64_t i) {
-      return candidates.distances[static_cast<std::size_t>(i)] + each * static_cast<float>(std::abs(i - middle));
-    };
-    std::int64_t best = 0;
-    for (std::int64_t i = 1; i < std::ssize(candidates.distances); ++i) {
-      if (cost(i) < cost(best)) best = i;
-    }
-    return best;
   }
 
   Moments lastMoments(std::size_t count) const {
@@ -219,7 +200,9 @@ class Walk {
 
   void findAgain() {
     const std::size_t firstLost = frames_.back().read.number + 1 - lost_;
-    const bool farAlso = lost_ == lostAfter || lost_ == nextFar_;
+    const double farness = latelyFar();
+    const bool isNear = farness < Track::costOfNone;
+    const bool farAlso = lost_ == nextFar_ || (lost_ == lostAfter && !isNear);
     if ((lost_ - lostAfter) % nearbyEvery != 0 && !farAlso) return;
     if (lost_ == lostAfter) {
       lossTime_ = at_.course.line.at(dest_.timeOf(firstLost)) +
@@ -229,16 +212,31 @@ class Walk {
     const bool isSampled = dest_.every() > 1;
     const Moments burst = isSampled ? latestOfMovie() : lastMoments(std::min(lost_, burstFrames));
     if (burst.empty()) return;
-    const Relocation::Loss loss =
-        isSampled ? Relocation::Loss{frames_.back().read.number, at_.course.line.at(burst.front().time), burst,
-                                     at_.course, result_.lines}
-                  : Relocation::Loss{firstLost, lossTime_, burst, at_.course, result_.lines};
+    const Relocation::Loss loss{isSampled ? frames_.back().read.number : firstLost,
+                                isSampled ? at_.course.line.at(burst.front().time) : lossTime_,
+                                burst,
+                                farness,
+                                at_.course,
+                                result_.lines};
     std::optional<Course> found = relocation_.nearby(loss);
-    if (!found && farAlso) {
-      if (lost_ != lostAfter) nextFar_ = lost_ + std::min<std::size_t>(lost_, 480);
-      found = relocation_.anywhere(loss);
-    }
-    if (found && isNew(*found)) change(*found);
+    if (!found && farAlso) found = relocation_.anywhere(loss);
+    if (found && isNew(*found)) return change(*found);
+    if (farAlso && isNear) return becomeUsed(farness);
+    if (farAlso && lost_ != lostAfter) nextFar_ = lost_ + std::min<std::size_t>(lost_, 480);
+  }
+
+  /// The mean distance of the frames that are lost, or of the last of them.
+  double latelyFar() const {
+    const std::size_t count = std::min({lost_, burstFrames, frames_.size()});
+    double sum = 0;
+    for (std::size_t i = frames_.size() - count; i < frames_.size(); ++i) sum += static_cast<double>(frames_[i].least);
+    return sum / static_cast<double>(std::max<std::size_t>(1, count));
+  }
+
+  /// Frames that are farther than usual and fit nowhere better are where they belong: an encoder leaves less of them.
+  void becomeUsed(double farness) {
+    at_.usual.mean = static_cast<float>(farness);
+    lost_ = 0;
   }
 
   bool isNew(const Course& found) const {
@@ -287,7 +285,7 @@ class Walk {
     before.resize(std::min(before.size(), split));
     emit(before);
     track_ = Track(delay_.settledAfter);
-    at_ = {next, lineNumber(next.line), 0, 0, 0, newest + 1};
+    at_ = {.course = next, .line = lineNumber(next.line), .usual = at_.usual, .settledBefore = newest + 1};
     lost_ = 0;
     window_.lookAgain(looks());
     for (Waiting& waiting : frames_) {

@@ -12,11 +12,24 @@ constexpr double surelySame = 4.5, hopeful = 10;
 /// Other tones than the one that was lost: what a signature does not bear by itself.
 constexpr double otherTones[] = {0.45, 0.67, 1.5, 2.2};
 
+/// What a place has to be.
+struct Wanted {
+  double cost = surelySame;  ///< less than that
+  double frames = 4;         ///< of the source that it fits nearly as well
+};
+
+/// Of a shot whose camera stands still all places look alike. What is not far from one is found from there.
+Wanted wantedFor(const Relocation::Loss& loss) {
+  constexpr double clearlyLess = 0.5, reach = 32;
+  if (loss.farness >= Track::costOfNone) return {};
+  return {std::min(surelySame, clearlyLess * loss.farness), reach};
+}
+
 std::optional<Course> courseOf(const Moments& burst, const Moments& stretch, double rate, double exponent,
-                               double& cost) {
+                               Wanted& wanted) {
   const std::optional<BurstFit> fit = BurstCosts(burst, stretch).fit(rate);
-  if (!fit || fit->cost > surelySame || fit->cost >= cost || !fit->isInformative()) return std::nullopt;
-  cost = fit->cost;
+  if (!fit || fit->cost >= wanted.cost || !fit->tells(wanted.frames)) return std::nullopt;
+  wanted.cost = fit->cost;
   return Course{fit->line(), exponent};
 }
 
@@ -30,11 +43,11 @@ std::optional<Course> Relocation::nearby(const Loss& loss) {
     kept_ = clipBetween(*source_, loss.sourceTime - secondsBefore, loss.sourceTime + secondsAfter);
     keptLoss_ = loss.firstFrame;
   }
-  double cost = 1e9;
+  Wanted wanted = wantedFor(loss);
   std::optional<Course> best;
   const auto tryTone = [&](double exponent) {
     const Moments stretch = kept_.moments(placement_.source, exponent);
-    if (const auto course = courseOf(loss.burst, stretch, loss.course.line.rate, exponent, cost)) best = course;
+    if (const auto course = courseOf(loss.burst, stretch, loss.course.line.rate, exponent, wanted)) best = course;
   };
   tryTone(loss.course.exponent);
   if (best) return best;
@@ -46,11 +59,11 @@ std::optional<Course> Relocation::nearby(const Loss& loss) {
 std::optional<Course> Relocation::anywhere(const Loss& loss) {
   constexpr double lookedAround = 0.7, indexReach = 2.5;
   const double begin = loss.burst.front().time, end = loss.burst.back().time;
-  double cost = 1e9;
+  Wanted wanted = wantedFor(loss);
   std::optional<Course> best;
   const auto tryBetween = [&](double from, double to, double rate) {
     const Moments stretch = clipBetween(*source_, from, to).moments(placement_.source, loss.course.exponent);
-    if (const auto course = courseOf(loss.burst, stretch, rate, loss.course.exponent, cost)) best = course;
+    if (const auto course = courseOf(loss.burst, stretch, rate, loss.course.exponent, wanted)) best = course;
   };
   for (const TimeLine& line : loss.known) {
     if (!(line == loss.course.line)) tryBetween(line.at(begin) - lookedAround, line.at(end) + lookedAround, line.rate);

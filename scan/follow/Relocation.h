@@ -20,6 +20,7 @@ class Relocation {
     std::size_t firstFrame = 0;  ///< of the destination: tells one loss from another
     double sourceTime = 0;       ///< where the source was then
     const Moments& burst;        ///< of the destination
+    double farness = 0;          ///< the mean distance of those frames where they are expected
     Course course;               ///< that was lost
     const std::vector<TimeLine>& known;
   };

@@ -7,6 +7,7 @@
 #include "scan/align/Start.h"
 #include "scan/follow/Matches.h"
 #include "scan/follow/Track.h"
+#include "scan/follow/UsualDistance.h"
 
 namespace scan {
 
@@ -23,6 +24,7 @@ struct Bearing {
   std::int64_t centre = 0;        ///< how far from the line, in frames of the source, they are found lately
   int aside = 0;                  ///< for how many frames they have been found elsewhere
   float nearer = 0;               ///< by how much those were nearer there, added up
+  UsualDistance usual{};          ///< of frames that were not lost
   std::size_t settledBefore = 0;  ///< frames before this one were looked at already when the course began
 };
 

@@ -16,7 +16,7 @@ using movie::Bytes;
 using movie::ByteView;
 
 /// Counts up with every change of what is kept, or of how frames are compared.
-constexpr std::uint8_t version = 2;
+constexpr std::uint8_t version = 3;
 enum class Kind : std::uint8_t { Subject = 1, Beginning = 2, Frames = 3 };
 constexpr std::size_t headSize = 12;      // of a group
 constexpr std::size_t frameSize = 27;     // as putFrame has it
@@ -163,7 +163,7 @@ void putStanding(Writer& writer, const Standing& standing) {
   const Bearing& bearing = standing.bearing;
   writer.put(bearing.course.line).put(bearing.course.exponent).put(bearing.line, 2);
   writer.put(static_cast<std::uint64_t>(bearing.centre), 8).put(static_cast<std::uint64_t>(bearing.aside), 1);
-  writer.put(bearing.nearer);
+  writer.put(bearing.nearer).put(bearing.usual.mean).put(bearing.usual.frames, 1);
   writer.put(bearing.settledBefore, 8);
   const Track::State& state = standing.state;
   writer.put(static_cast<std::uint64_t>(state.source), 8).put(static_cast<std::uint64_t>(state.away), 8);
@@ -187,6 +187,9 @@ Standing standingFrom(Reader& reader, const ResumeSubject& subject, std::size_t 
   bearing.aside = static_cast<int>(reader.number(1));
   constexpr float farthest = 1e6F;
   bearing.nearer = reader.single(0, farthest);
+  bearing.usual.mean = reader.single(0, farthest);
+  bearing.usual.frames = static_cast<std::uint8_t>(reader.number(1));
+  reader.expect(bearing.usual.frames <= UsualDistance::most);
   bearing.settledBefore = reader.number(8);
   reader.expect(bearing.settledBefore <= subject.frames());
   standing.state.source = place();

@@ -134,7 +134,7 @@ movie::Result<Thumbnail> PaintedRow::thumbnail(std::size_t frame) {
   for (int row = 0; row < thumbnailHeight; ++row) {
     for (int column = 0; column < thumbnailWidth; ++column) {
       Color color = colorAt(shown, moments, laid_, (column + 0.5) / thumbnailWidth, (row + 0.5) / thumbnailHeight);
-      if (shown.coded) color.luma += 0.012 * (hash01(column, row, static_cast<std::uint32_t>(frame)) - 0.5);
+      if (shown.coded) color.luma += shown.noise * (hash01(column, row, static_cast<std::uint32_t>(frame)) - 0.5);
       *samples[0]++ = static_cast<float>(color.luma);
       *samples[1]++ = static_cast<float>(color.pb);
       *samples[2]++ = static_cast<float>(color.pr);
@@ -147,6 +147,12 @@ std::vector<Shown> master(double begin, double end, double rate) {
   std::vector<Shown> frames;
   const auto first = std::llround(begin * rate), last = std::llround(end * rate);
   for (auto i = first; i < last; ++i) frames.push_back({.content = static_cast<double>(i) / rate});
+  return frames;
+}
+
+std::vector<Shown> standing(double begin, double end) {
+  std::vector<Shown> frames = master(begin, end);
+  for (Shown& frame : frames) frame = {.content = 1, .mixed = 0.1, .other = frame.content};
   return frames;
 }
 

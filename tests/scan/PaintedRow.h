@@ -15,6 +15,7 @@ struct Shown {
   double mixed = 0;     ///< share of `other`
   double other = 0;     ///< a time of the master, too
   bool coded = false;   ///< with a little noise, as an encoder leaves it
+  double noise = 0.012;
   bool black = false;
 };
 
@@ -51,6 +52,9 @@ class PaintedRow final : public FrameRow {
 
 /// Frames of the master between two of its times, at its own rate or another.
 std::vector<Shown> master(double begin, double end, double rate = 24);
+
+/// The same where the camera stands still: little of the picture moves.
+std::vector<Shown> standing(double begin, double end);
 
 /// One after the other.
 std::vector<Shown> joined(std::vector<Shown> first, const std::vector<Shown>& second);

@@ -10,6 +10,7 @@ struct Resumed {
   std::vector<Shown> dest;
   double rate = 24;
   ScanOptions options{};
+  std::vector<Shown> source = master(0, 24);
 };
 
 void PrintTo(const Resumed& row, std::ostream* out) {
@@ -20,7 +21,7 @@ class ResumedScan : public testing::TestWithParam<Resumed> {};
 
 TEST_P(ResumedScan, FindsWhatAWholeOneFinds) {
   const Resumed& row = GetParam();
-  PaintedRow source(master(0, 24), 24), dest(row.dest, row.rate);
+  PaintedRow source(row.source, 24), dest(row.dest, row.rate);
   MemoryKeeper keeper;
   const ScanResult whole = scanned(source, dest, {}, row.options, {}, &keeper);
   ASSERT_GT(keeper.states.size(), 2U);
@@ -42,18 +43,27 @@ std::vector<Shown> withEveryTenthDropped() {
   return frames;
 }
 
+/// One frame for four seconds, so that a scan is gone on with among them.
+std::vector<Shown> withOneHeld() {
+  const std::vector<Shown> before = master(0, 10);
+  return joined(joined(before, std::vector<Shown>(96, before.back())), master(10, 22));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Rows, ResumedScan,
-    testing::Values(Resumed{"plain", exported(master(0, 24), 1.2)},
-                    Resumed{"cuts", exported(joined(joined(master(2, 10), master(14, 22)), master(6, 14)), 1.15)},
-                    Resumed{"leader",
-                            exported(joined(master(1000, 1004),
-                                            joined(master(0, 10), joined(master(2000, 2004), master(10, 18)))))},
-                    Resumed{"identical_then_darker", joined(master(0, 12), exported(master(12, 24), 1.3))},
-                    Resumed{"drifting", withEveryTenthDropped()}, Resumed{"faster", exported(master(0, 24), 0.9), 25},
-                    Resumed{"sampled", exported(joined(master(0, 12), master(15, 24)), 1.2), 24, {.every = 2}},
-                    Resumed{"part", exported(master(0, 24), 1.2), 24, {.from = 5, .to = 20}},
-                    Resumed{"as_times_are", exported(master(0, 24), 1.2), 24, {.align = false}}),
+    testing::Values(
+        Resumed{"plain", exported(master(0, 24), 1.2)},
+        Resumed{"cuts", exported(joined(joined(master(2, 10), master(14, 22)), master(6, 14)), 1.15)},
+        Resumed{"leader", exported(joined(master(1000, 1004),
+                                          joined(master(0, 10), joined(master(2000, 2004), master(10, 18)))))},
+        Resumed{"identical_then_darker", joined(master(0, 12), exported(master(12, 24), 1.3))},
+        Resumed{"drifting", withEveryTenthDropped()}, Resumed{"held", withOneHeld()},
+        Resumed{
+            "cut_where_the_camera_stands", exported(joined(standing(0, 9), standing(12, 20))), 24, {}, standing(0, 24)},
+        Resumed{"faster", exported(master(0, 24), 0.9), 25},
+        Resumed{"sampled", exported(joined(master(0, 12), master(15, 24)), 1.2), 24, {.every = 2}},
+        Resumed{"part", exported(master(0, 24), 1.2), 24, {.from = 5, .to = 20}},
+        Resumed{"as_times_are", exported(master(0, 24), 1.2), 24, {.align = false}}),
     [](const auto& row) { return std::string(row.param.name); });
 
 }  // namespace

@@ -44,5 +44,20 @@ TEST(ScanKeeper, KeepsNoEndOfWhatCouldNotBeReadOn) {
   expectSame(scanned(source, dest, {}, {}, {}, &again), scannedRows(source, dest));
 }
 
+TEST(ScanKeeper, IsNotToldThatAllIsFinalWhereItCannotBeGoneOnWith) {
+  PaintedRow source(master(0, 20), 24), dest(exported(master(0, 20), 1.2), 24), broken = dest;
+  MemoryKeeper keeper;
+  scanned(source, dest, {}, {}, {}, &keeper);
+  const SavedScan& saved = keeper.states[keeper.states.size() / 2];
+  broken.breakAt(saved.frames.size() - 1);
+  MemoryKeeper again(saved);
+  const ScanResult result = scanned(source, broken, {}, {}, {}, &again);
+  ASSERT_TRUE(result.failure);
+  EXPECT_EQ(result.failure->side, ReadFailure::Side::Dest);
+  EXPECT_EQ(result.failure->frame, saved.frames.size() - 1);
+  EXPECT_EQ(result.matches.frames.size(), saved.frames.size()) << "what is known stays";
+  EXPECT_TRUE(again.states.empty());
+}
+
 }  // namespace
 }  // namespace scan::test

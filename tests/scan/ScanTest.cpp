@@ -49,6 +49,29 @@ TEST(Scan, FollowsACutOfTheSource) {
   EXPECT_NEAR(static_cast<double>(result.map.dropped[0].source.end), 24 * 24, 1);
 }
 
+TEST(Scan, FollowsACutWhereTheCameraStandsStill) {
+  for (const double cut : {2.0, 5.0}) {
+    const std::vector<Shown> dest = exported(joined(standing(0, 10), standing(10 + cut, 30)));
+    const ScanResult result = scannedMovies(standing(0, 30), dest);
+    ASSERT_EQ(result.map.dropped.size(), 1U) << cut;
+    EXPECT_NEAR(static_cast<double>(result.map.dropped[0].source.first), 240, 2);
+    EXPECT_NEAR(static_cast<double>(result.map.dropped[0].source.count()), 24 * cut, 1);
+    std::size_t right = 0;
+    for (std::size_t i = 0; i < dest.size(); ++i) {
+      if (std::abs(result.matches.at(i).source - dest[i].other * 24) <= 1.01) ++right;
+    }
+    EXPECT_GT(right, 99 * dest.size() / 100) << cut;
+  }
+}
+
+TEST(Scan, StaysWhereAnEncoderLeavesLess) {
+  std::vector<Shown> dest = exported(master(0, 30));
+  for (std::size_t i = 240; i < 480; ++i) dest[i].noise = 0.4;
+  const ScanResult result = scannedMovies(master(0, 30), dest);
+  EXPECT_GT(rightShare(result, dest), 0.99);
+  EXPECT_EQ(result.map.pieces.size(), 1U);
+}
+
 TEST(Scan, FollowsFramesThatAreDropped) {
   const std::vector<Shown> dest = exported(joined(master(0, 15), master(15 + 26.0 / 24, 40)));
   const ScanResult result = scannedMovies(master(0, 40), dest);

@@ -50,7 +50,13 @@ inline std::vector<FrameMatch> keptFrames(int first, int end) {
 }
 
 inline Standing keptStanding(std::size_t frames) {
-  return {.bearing = {.course = {{1, 4.5}, 1.5}, .line = 1, .centre = -3, .aside = 5, .settledBefore = frames},
+  return {.bearing = {.course = {{1, 4.5}, 1.5},
+                      .line = 1,
+                      .centre = -3,
+                      .aside = 5,
+                      .nearer = 1.5F,
+                      .usual = {0.75F, 60},
+                      .settledBefore = frames},
           .state = {.source = 77, .away = -2, .none = false}};
 }
 

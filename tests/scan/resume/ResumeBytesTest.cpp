@@ -48,6 +48,9 @@ TEST(ResumeBytes, GiveBackWhatWasKept) {
   EXPECT_EQ(standing.bearing.line, 1);
   EXPECT_EQ(standing.bearing.centre, -3);
   EXPECT_EQ(standing.bearing.aside, 5);
+  EXPECT_EQ(standing.bearing.nearer, 1.5F);
+  EXPECT_EQ(standing.bearing.usual.mean, 0.75F);
+  EXPECT_EQ(standing.bearing.usual.frames, 60);
   EXPECT_EQ(standing.bearing.settledBefore, 20U);
   EXPECT_EQ(standing.state.source, 77);
   EXPECT_EQ(standing.state.away, -2);
@@ -141,6 +144,8 @@ INSTANTIATE_TEST_SUITE_P(
         Wrong{"a_weight_below_nothing", [](auto&, auto&, auto& frame, auto&) { frame.weight = -1; }, 2},
         Wrong{"standing_on_no_line", [](auto&, auto&, auto&, auto& standing) { standing.bearing.line = 2; }, 2},
         Wrong{"standing_far_away", [](auto&, auto&, auto&, auto& standing) { standing.bearing.centre = 1LL << 60; }, 2},
+        Wrong{"standing_by_more_frames_than_count",
+              [](auto&, auto&, auto&, auto& standing) { standing.bearing.usual.frames = 97; }, 2},
         Wrong{"standing_behind_the_end",
               [](auto&, auto&, auto&, auto& standing) { standing.bearing.settledBefore = 401; }, 2},
         Wrong{"standing_on_no_exponent",
