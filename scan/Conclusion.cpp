@@ -67,8 +67,8 @@ double farnessIn(const Matches& matches, const FrameRange& range) {
 }
 
 /// What a confidence is worth of pictures of which an encoder left so little that even their blocks are off: their
-/// colours are, too, and no longer by what was done to all of them. Fitted to exports by H.264 at a rate factor of 44
-/// and more; at 36, frames are hardly farther than usual.
+/// colours are, too, and no longer by what was done to all of them. Set on a few exports by H.264 at rate factors of 44
+/// and 51; at 36, frames are hardly farther than usual.
 double worth(const Cause& cause, double farness) {
   constexpr double usual = 1.5, eachOfChange = 1.2, eachOfSame = 0.8;
   const double each = cause.kind == CauseKind::Same ? eachOfSame : eachOfChange;
@@ -187,6 +187,8 @@ void tellWhole(ScanResult& result, const Followed& followed, const ScanTags& tag
     finding.causes = told.causes;
     finding.curve = told.curve;
     finding.difference = told.difference;
+  } else if (finding.identicalSamples && diagnosis::sameMeaning(tags.source, tags.dest)) {
+    finding.causes = {{.kind = CauseKind::Identical, .confidence = 1}};
   } else {
     const CauseKind kind = matched == 0 ? CauseKind::Different : (flat > 0 ? CauseKind::Dark : CauseKind::Unreadable);
     finding.causes = {{.kind = kind, .confidence = 0.95}};

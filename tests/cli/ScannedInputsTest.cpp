@@ -50,12 +50,14 @@ TEST(ScannedInputs, OfOneStillPictureTheShiftIsToldAndTheOffsetNot) {
 
 TEST(ScannedInputs, BlackMoviesAreToldToBeBlack) {
   const std::string black = madeOver("scan-black.mov", encodedWith({"-vf", "drawbox=c=black:t=fill"}));
-  const ProgramRun run = runLumacheck({"scan", black, black});
+  const std::string other = madeOver("scan-nearly-black.mov", encodedWith({"-vf", "drawbox=c=0x010101:t=fill"}));
+  const ProgramRun run = runLumacheck({"scan", black, other});
   EXPECT_EQ(run.status, 3);
   EXPECT_THAT(run.out, HasSubstr("Scan: No verdict: the pictures are black, or of one color."));
   EXPECT_THAT(run.out, Not(HasSubstr("the shift can")));
   expectRefused(scanned({scanMaster(), black}));
   expectRefused(scanned({black, scanMaster()}));
+  EXPECT_EQ(scanned({black, black})["finding"]["causes"][0]["cause"], "identical");
 }
 
 TEST(ScannedInputs, ABlackPartIsNotMeasuredAndFadesMakeNoSegment) {

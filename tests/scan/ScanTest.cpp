@@ -20,6 +20,18 @@ TEST(Scan, CountsIdenticalFrames) {
   EXPECT_TRUE(result.map.unmatched.empty());
 }
 
+TEST(Scan, TellsIdenticalFramesInWhichNothingCanBeMeasured) {
+  std::vector<Shown> black = master(0, 10);
+  for (Shown& frame : black) frame.black = true;
+  const ScanResult result = scannedMovies(black, black);
+  EXPECT_EQ(result.identicalFrames, 240U);
+  EXPECT_TRUE(result.segments.empty());
+  EXPECT_EQ(result.finding.main().kind, CauseKind::Identical);
+  std::vector<Shown> other = black;
+  for (Shown& frame : other) frame.coded = true, frame.noise = 1e-4;
+  EXPECT_EQ(scannedMovies(black, other).finding.main().kind, CauseKind::Dark);
+}
+
 TEST(Scan, CallsAnUnchangedExportTheSame) {
   const ScanResult result = scannedMovies(master(0, 30), exported(master(0, 30)));
   EXPECT_EQ(result.identicalFrames, 0U);
