@@ -166,11 +166,11 @@ Signal lumaOfPart(const Signal& signal, const Region& part) {
 }
 
 AlignedPair aligned(Signal source, Signal dest, const Placement& placement) {
-  if (placement.isPlain()) return {std::move(source), std::move(dest)};
+  if (placement.isPlain()) return {std::move(source), std::move(dest), false};
   const SampleBox box = boxOf(placement.dest, dest);
   Signal part{box.width, box.height, {}};
   for (std::size_t i = 0; i < 3; ++i) part.planes[i] = cropped(dest.planes[i], dest.width, box);
-  return {sourceUpon(source, placement, box.width, box.height), std::move(part)};
+  return {sourceUpon(source, placement, box.width, box.height), std::move(part), true};
 }
 
 }  // namespace diagnosis

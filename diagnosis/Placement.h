@@ -31,6 +31,7 @@ Signal lumaOfPart(const Signal& signal, const Region& part);
 /// Two pictures, sample upon sample.
 struct AlignedPair {
   Signal source, dest;
+  bool resampled = false;  ///< edges of the source may lie some part of a sample off
 };
 
 /// The part of the destination that the placement names, and the source as it lies upon it. Planes that are empty stay
