@@ -42,8 +42,9 @@ if(LUMACHECK_SANITIZERS)
   add_compile_options(-fsanitize=${LUMACHECK_SANITIZERS} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${LUMACHECK_SANITIZERS})
   # Full of the sanitizers' checks, code takes long to optimise: only what works through bytes and pictures is, which are the
-  # rooms without Qt and what the fuzzers try. The rest waits, for people and for disks.
-  set(LUMACHECK_WORKING_OPTIONS -O1)
+  # rooms without Qt and what the fuzzers try. The rest waits, for people and for disks. Below -O2 clang++ inlines nothing, and
+  # each step of an array is a call; it takes as long to compile.
+  set(LUMACHECK_WORKING_OPTIONS -O2)
 endif()
 
 # lumacheck_fuzzed(TARGET): what the fuzzers try tells them which way it went. What -fsanitize=fuzzer-no-link stands for; that
