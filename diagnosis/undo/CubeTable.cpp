@@ -36,22 +36,6 @@ void forLattice(std::size_t size, double shift, Visit visit) {
   }
 }
 
-/// Whether each of R', G' and B' goes by the curve of greys, whatever the others are.
-bool isCurve(const RgbFunction& function) {
-  constexpr std::size_t size = 17;
-  constexpr double asGood = codeStep / 2;
-  bool is = true;
-  forLattice(size, 0, [&](const Vector3& rgb) {
-    if (!is) return;
-    const Vector3 all = clipped(function(rgb));
-    for (std::size_t i = 0; i < 3; ++i) {
-      const Vector3 grey = clipped(function({rgb[i], rgb[i], rgb[i]}));
-      if (std::abs(all[i] - grey[i]) > asGood) is = false;
-    }
-  });
-  return is;
-}
-
 CubeTable curveOf(const RgbFunction& function, std::size_t size) {
   CubeTable table{CubeTable::Kind::Curve, size, {}};
   for (std::size_t i = 0; i < size; ++i) {
@@ -59,6 +43,18 @@ CubeTable curveOf(const RgbFunction& function, std::size_t size) {
     table.points.push_back(function({at, at, at}));
   }
   return table;
+}
+
+/// Whether each of R', G' and B' goes by the curve of greys, whatever the others are.
+bool isCurve(const RgbFunction& function) {
+  constexpr std::size_t size = 17;
+  constexpr double asGood = codeStep / 2;
+  const CubeTable greys = curveOf(function, size);
+  bool is = true;
+  forLattice(size, 0, [&](const Vector3& rgb) {
+    is = is && farthest(clipped(function(rgb)), clipped(lookedUp(greys, rgb))) <= asGood;
+  });
+  return is;
 }
 
 CubeTable smoothCurveOf(const RgbFunction& function) {

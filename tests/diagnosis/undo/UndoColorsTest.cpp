@@ -16,10 +16,12 @@ TEST(UndoColors, BringsBackEveryColourOfEveryRecipe) {
     const ComparedIn space{.matrix = matrix};
     for (const auto& [name, recipe] : test::undoableRecipes()) {
       const UndoColors undo(recipe, space);
+      const test::Change change(recipe, space);
+      const Matrix3 fromRgb = fromRgbMatrix(matrix);
       double most = 0;
-      test::forColors(20, [&, &recipe = recipe](const Vector3& rgb) {
-        const Vector3 source = product(fromRgbMatrix(matrix), rgb);
-        const Vector3 back = undo.sourceOf(test::changed(recipe, space, source));
+      test::forColors(20, [&](const Vector3& rgb) {
+        const Vector3 source = product(fromRgb, rgb);
+        const Vector3 back = undo.sourceOf(change(source));
         for (std::size_t i = 0; i < 3; ++i) most = std::max(most, std::abs(back[i] - source[i]));
       });
       EXPECT_LT(most, 5e-4) << name << " in matrix " << matrix;

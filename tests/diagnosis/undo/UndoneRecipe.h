@@ -47,17 +47,26 @@ inline Recipe gainRecipe(double gain, double offset, double chroma) {
   return recipe;
 }
 
-/// What a recipe makes of a colour, in the Y'PbPr of the space's matrix.
-inline Vector3 changed(const Recipe& recipe, const ComparedIn& space, const Vector3& source) {
-  const Prediction prediction(recipe.hypothesis, space);
-  ColorLanes colors{};
-  for (std::size_t plane = 0; plane < 3; ++plane) colors[plane].fill(static_cast<float>(source[plane]));
-  colors = prediction.afterTone(prediction.beforeTone(colors), recipe.exponent);
-  const Vector3 dest{double{colors[0][0]}, double{colors[1][0]}, double{colors[2][0]}};
-  if (!recipe.gain) return dest;
-  return {recipe.gain->gain * dest[0] + recipe.gain->offset, recipe.gain->chroma * dest[1],
-          recipe.gain->chroma * dest[2]};
-}
+/// What a recipe makes of colours, in the Y'PbPr of the space's matrix. Made once for all of them.
+class Change {
+ public:
+  /// `recipe` outlives it.
+  Change(const Recipe& recipe, const ComparedIn& space) : recipe_(recipe), prediction_(recipe.hypothesis, space) {}
+
+  Vector3 operator()(const Vector3& source) const {
+    ColorLanes colors{};
+    for (std::size_t plane = 0; plane < 3; ++plane) colors[plane].fill(static_cast<float>(source[plane]));
+    colors = prediction_.afterTone(prediction_.beforeTone(colors), recipe_.exponent);
+    const Vector3 dest{double{colors[0][0]}, double{colors[1][0]}, double{colors[2][0]}};
+    if (!recipe_.gain) return dest;
+    return {recipe_.gain->gain * dest[0] + recipe_.gain->offset, recipe_.gain->chroma * dest[1],
+            recipe_.gain->chroma * dest[2]};
+  }
+
+ private:
+  const Recipe& recipe_;
+  Prediction prediction_;
+};
 
 /// All kinds of change that can be undone.
 inline std::vector<NamedRecipe> undoableRecipes() {
