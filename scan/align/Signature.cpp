@@ -12,26 +12,32 @@ constexpr float distanceScale = 40;
 /// Added to luma before the root is taken, which is all too steep at 0: one code of 8 bits.
 constexpr float knee = 1.0F / 219;
 
-/// Which samples of an axis make up one block, the first and the last by the part that lies in it.
-struct BlockSpan {
-  std::size_t first = 0;
-  std::vector<float> weights;  ///< sum 1
+/// The samples of an axis that make up each of its blocks, the first and the last of them by the part that lies in it.
+struct BlockSpans {
+  struct Span {
+    std::size_t first = 0, count = 0;
+  };
+  std::vector<Span> spans;
+  std::vector<float> weights;  ///< of the first block, of the next; sum 1 in each
 };
 
-std::vector<BlockSpan> blockSpans(double begin, double end, int samples, int blocks) {
-  std::vector<BlockSpan> spans(static_cast<std::size_t>(blocks));
+BlockSpans blockSpans(double begin, double end, int samples, int blocks) {
+  const auto count = static_cast<std::size_t>(blocks);
   const double step = (end - begin) * samples / blocks, most = samples;
-  for (std::size_t block = 0; block < spans.size(); ++block) {
+  BlockSpans result;
+  result.spans.reserve(count);
+  result.weights.reserve(count * (static_cast<std::size_t>(step) + 2));
+  for (std::size_t block = 0; block < count; ++block) {
     const double from = std::clamp(begin * samples + static_cast<double>(block) * step, 0.0, most - 1e-3);
     const double to = std::clamp(from + step, from + 1e-3, most);
-    BlockSpan& span = spans[block];
-    span.first = static_cast<std::size_t>(from);
-    for (auto i = static_cast<double>(span.first); i < to; ++i) {
+    BlockSpans::Span span{static_cast<std::size_t>(from)};
+    for (auto i = static_cast<double>(span.first); i < to; ++i, ++span.count) {
       const double part = std::min(to, i + 1) - std::max(from, i);
-      span.weights.push_back(static_cast<float>(part / (to - from)));
+      result.weights.push_back(static_cast<float>(part / (to - from)));
     }
+    result.spans.push_back(span);
   }
-  return spans;
+  return result;
 }
 
 }  // namespace
@@ -41,23 +47,26 @@ LumaPlane lumaOf(const diagnosis::Signal& signal) {
 }
 
 LumaPlane areaMeans(const LumaPlane& luma, const diagnosis::Region& part, int width, int height) {
-  const std::vector<BlockSpan> columns = blockSpans(part.left, part.right, luma.width, width);
-  const std::vector<BlockSpan> rows = blockSpans(part.top, part.bottom, luma.height, height);
+  const BlockSpans columns = blockSpans(part.left, part.right, luma.width, width);
+  const BlockSpans rows = blockSpans(part.top, part.bottom, luma.height, height);
   const auto samplesAcross = static_cast<std::size_t>(luma.width);
-  LumaPlane result{width, height, {}};
-  result.samples.reserve(columns.size() * rows.size());
-  std::vector<float> line(samplesAcross);
-  for (const BlockSpan& row : rows) {
-    std::fill(line.begin(), line.end(), 0.0F);
-    for (std::size_t i = 0; i < row.weights.size(); ++i) {
-      const float* const in = &luma.samples[(row.first + i) * samplesAcross];
-      const float weight = row.weights[i];
+  LumaPlane result{width, height, std::vector<float>(columns.spans.size() * rows.spans.size())};
+  std::vector<float> weighted(samplesAcross);
+  float* const line = weighted.data();
+  float* out = result.samples.data();
+  const float* rowWeight = rows.weights.data();
+  for (const auto& [firstRow, rowCount] : rows.spans) {
+    std::fill(weighted.begin(), weighted.end(), 0.0F);
+    for (std::size_t i = 0; i < rowCount; ++i) {
+      const float* const in = luma.samples.data() + (firstRow + i) * samplesAcross;
+      const float weight = *rowWeight++;
       for (std::size_t x = 0; x < samplesAcross; ++x) line[x] += weight * in[x];
     }
-    for (const BlockSpan& column : columns) {
+    const float* columnWeight = columns.weights.data();
+    for (const auto& [first, count] : columns.spans) {
       float mean = 0;
-      for (std::size_t i = 0; i < column.weights.size(); ++i) mean += column.weights[i] * line[column.first + i];
-      result.samples.push_back(mean);
+      for (std::size_t i = 0; i < count; ++i) mean += *columnWeight++ * line[first + i];
+      *out++ = mean;
     }
   }
   return result;
