@@ -38,7 +38,7 @@ std::vector<float> activityOf(const Signal& signal, const Signal& blocks, std::s
   return activity;
 }
 
-/// In the plane where they move most: where two colors of one luma meet, a mean depends on where the block lies, too.
+/// In the plane where they move most: where two colours of one luma meet, a mean depends on where the block lies, too.
 std::vector<float> mostActivity(const Signal& signal, const Signal& blocks, std::vector<float> luma) {
   for (const std::size_t plane : {1U, 2U}) {
     const std::vector<float> chroma = activityOf(signal, blocks, plane);
