@@ -5,7 +5,7 @@
 #include <cmath>
 #include <cstddef>
 
-#include "diagnosis/ToneCurve.h"
+#include "diagnosis/ToneFit.h"
 
 namespace diagnosis {
 namespace {

@@ -7,6 +7,7 @@
 
 #include "diagnosis/PlacementSearch.h"
 #include "diagnosis/ToneCurve.h"
+#include "diagnosis/numbers/Resampling.h"
 
 namespace diagnosis {
 namespace {
@@ -14,9 +15,11 @@ namespace {
 /// All crops are tried in the first size, those that fit best in the second one.
 constexpr int firstWidth = 20, firstHeight = 15, secondWidth = 40, secondHeight = 30;
 
-/// A part of an axis that an export may have kept of it.
+/// A part of an axis that an export may have kept of it, and where the first size takes its samples from it.
 struct KeptPart {
   double begin = 0, end = 1;
+  AxisTaps across = axisTaps(begin, end, firstWidth, firstWidth, false);
+  AxisTaps down = axisTaps(begin, end, firstHeight, firstHeight, false);
 };
 
 std::vector<KeptPart> partsOf(double kept) {
@@ -29,23 +32,16 @@ std::vector<KeptPart> partsOf(double kept) {
   return parts;
 }
 
-/// What may be kept of the height where a part of the width is.
-struct UsualCrops {
-  KeptPart across;
-  std::vector<KeptPart> down;
+/// What is kept of the width, or of the height: all, or parts of as much.
+struct UsualParts {
+  KeptPart all{};
+  std::vector<std::vector<KeptPart>> parts{};
 };
 
-std::vector<UsualCrops> usualCrops() {
-  std::vector<UsualCrops> all{{{}, {{}}}};
-  for (const double kept : {0.95, 0.9, 0.8, 0.75, 0.7, 0.6, 0.5}) {
-    const std::vector<KeptPart> parts = partsOf(kept);
-    all.front().down.insert(all.front().down.end(), parts.begin(), parts.end());
-    for (const KeptPart& across : parts) {
-      UsualCrops& crops = all.emplace_back(UsualCrops{across, {{}}});
-      crops.down.insert(crops.down.end(), parts.begin(), parts.end());
-    }
-  }
-  return all;
+UsualParts usualParts() {
+  UsualParts usual;
+  for (const double kept : {0.95, 0.9, 0.8, 0.75, 0.7, 0.6, 0.5}) usual.parts.push_back(partsOf(kept));
+  return usual;
 }
 
 Signal smallerLuma(const Signal& signal, int width, int height) {
@@ -67,8 +63,8 @@ class RoughTarget {
     mirrored_ = sourceUpon(small, {.mirroredX = true}, width, height).planes[0];
     upright_ = std::move(small.planes[0]);
   }
-  std::array<CropFit, 2> fits(const Signal& taken, const Region& crop) const {
-    const auto [upright, mirrored] = explainedRoughly(levelsOf(taken.luma()), upright_, mirrored_);
+  std::array<CropFit, 2> fits(const std::vector<float>& taken, const Region& crop) const {
+    const auto [upright, mirrored] = explainedRoughly(levelsOf(taken), upright_, mirrored_);
     return {CropFit{crop, false, upright}, CropFit{crop, true, mirrored}};
   }
 
@@ -76,28 +72,54 @@ class RoughTarget {
   std::vector<float> upright_, mirrored_;
 };
 
-/// Of all usual crops. Columns are taken once for those that keep the same of them.
-std::vector<CropFit> firstFits(const Signal& source, const Signal& dest) {
-  static const std::vector<UsualCrops> all = usualCrops();
-  const Signal small = smallerLuma(source, firstWidth, firstHeight);
-  const RoughTarget target(dest, firstWidth, firstHeight);
-  std::vector<CropFit> fits;
-  for (const auto& [across, downs] : all) {
-    const Signal columns = sourceUpon(small, {.source = {across.begin, 0, across.end, 1}}, firstWidth, firstHeight);
-    for (const KeptPart& down : downs) {
-      const Signal taken = sourceUpon(columns, {.source = {0, down.begin, 1, down.end}}, firstWidth, firstHeight);
-      const auto both = target.fits(taken, {across.begin, down.begin, across.end, down.end});
-      fits.insert(fits.end(), both.begin(), both.end());
+/// Of usual crops. Columns are taken once for those that keep the same of them.
+class FirstFits {
+ public:
+  FirstFits(const Signal& source, const Signal& dest)
+      : small_(smallerLuma(source, firstWidth, firstHeight)), target_(dest, firstWidth, firstHeight) {}
+
+  std::vector<CropFit> all() {
+    const UsualParts usual = usualParts();
+    take(usual.all);
+    add(usual.all);
+    for (const auto& parts : usual.parts) add(parts);
+    for (const auto& parts : usual.parts) {
+      for (const KeptPart& across : parts) {
+        take(across);
+        add(usual.all);
+        add(parts);
+      }
     }
+    return std::move(fits_);
   }
-  return fits;
-}
+
+ private:
+  void take(const KeptPart& across) {
+    across_ = &across;
+    columns_ = resampled(small_.luma(), firstWidth, across.across, whole_.down);
+  }
+  void add(const KeptPart& down) {
+    const auto both = target_.fits(resampled(columns_, firstWidth, whole_.across, down.down),
+                                   {across_->begin, down.begin, across_->end, down.end});
+    fits_.insert(fits_.end(), both.begin(), both.end());
+  }
+  void add(const std::vector<KeptPart>& downs) {
+    for (const KeptPart& down : downs) add(down);
+  }
+
+  Signal small_;
+  RoughTarget target_;
+  KeptPart whole_{};
+  const KeptPart* across_ = nullptr;
+  std::vector<float> columns_;
+  std::vector<CropFit> fits_;
+};
 
 }  // namespace
 
 Placement bestCrop(const Signal& source, const Signal& dest) {
   constexpr std::size_t promising = 40;
-  std::vector<CropFit> fits = firstFits(source, dest);
+  std::vector<CropFit> fits = FirstFits(source, dest).all();
   const auto end = fits.begin() + static_cast<std::ptrdiff_t>(promising);
   std::partial_sort(fits.begin(), end, fits.end(),
                     [](const CropFit& one, const CropFit& other) { return one.explained > other.explained; });
@@ -106,7 +128,7 @@ Placement bestCrop(const Signal& source, const Signal& dest) {
   CropFit best;
   for (auto fit = fits.begin(); fit != end; ++fit) {
     const Signal taken = sourceUpon(larger, {.source = fit->crop}, secondWidth, secondHeight);
-    const CropFit again = target.fits(taken, fit->crop)[fit->mirrored ? 1 : 0];
+    const CropFit again = target.fits(taken.luma(), fit->crop)[fit->mirrored ? 1 : 0];
     if (again.explained > best.explained) best = again;
   }
   return {.mirroredX = best.mirrored, .source = best.crop};

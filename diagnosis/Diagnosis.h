@@ -29,7 +29,8 @@ ComparedIn comparedIn(const SideTags& source, const SideTags& dest);
 
 /// What was done to the destination. A pure function; some 2 ms a pair that lies plainly, up to 4 where one has to be
 /// placed upon the other first, or where nothing known explains it (bench_diagnosis). Natural pictures that have to be
-/// placed by their colours too, or are other ones, take up to 16.
+/// placed by their colours too, or are other ones, take up to 8; nearly twice that where the place that is found turns
+/// out to be one by chance, since all is done once more as they lie.
 Finding diagnose(const Question& question);
 
 /// What is to be told where a frame could not be had.

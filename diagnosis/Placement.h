@@ -1,6 +1,7 @@
 #pragma once
 
 #include "diagnosis/Signal.h"
+#include "diagnosis/numbers/Resampling.h"
 
 namespace diagnosis {
 
@@ -21,6 +22,14 @@ struct Placement {
   bool isPlain() const { return *this == Placement(); }
   friend bool operator==(const Placement&, const Placement&) = default;
 };
+
+/// Where the samples of the part of the source that a placement names are taken, for so many.
+struct PlacedTaps {
+  bool turned = false;  ///< from the source with its rows as columns
+  AxisTaps across{}, down{};
+};
+
+PlacedTaps tapsOf(const Signal& source, const Placement& placement, int width, int height);
 
 /// The part of the source that the placement names, turned, in so many samples.
 Signal sourceUpon(const Signal& source, const Placement& placement, int width, int height);

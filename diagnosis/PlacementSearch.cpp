@@ -4,8 +4,9 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <optional>
 
-#include "diagnosis/ToneCurve.h"
+#include "diagnosis/PlacementTrial.h"
 
 namespace diagnosis {
 namespace {
@@ -60,37 +61,24 @@ struct WholePair {
   const Signal& dest;
 };
 
-/// Two pictures in the size in which placements are tried. Without chroma that is quicker, and enough where no other
-/// matrix mixed colours into luma.
-struct SmallPair {
-  Signal source, dest;
+/// How the small source, upon all of the small destination, is tried, and the reverse; and upon what is within the
+/// destination's bars, where it has any.
+struct Trials {
+  explicit Trials(const WholePair& whole);
+  PlacementTrial& swapped();
+  PlacementTrial& within(const Region& bars);
+
+  WholePair whole;
+  Signal source, dest, withinBars;
+  PlacementTrial plain;
+  std::optional<PlacementTrial> reverse, inBars;
 };
 
-Signal lumaOf(const Signal& signal) {
-  return {signal.width, signal.height, {signal.planes[0], {}, {}}};
-}
-
-/// A small source, and the luma of a part of a destination in the same size, on which the source's place is tried. The
-/// placements are of that part. What it is made of is referred to.
-class Trial {
- public:
-  explicit Trial(const SmallPair& pair) : Trial(pair.source, pair.dest, {}) {}
-  Trial(const Signal& source, const Signal& dest, const Region& destPart)
-      : source_(source), dest_(dest), destPart_(destPart) {}
-
-  PlacementFit fit(Placement placement) const {
-    placement.dest = Region();
-    const double explained = placement.isPlain()
-                                 ? explainedShare(source_, dest_)
-                                 : explainedShare(sourceUpon(source_, placement, dest_.width, dest_.height), dest_);
-    placement.dest = destPart_;
-    return {placement, explained};
-  }
-
- private:
-  const Signal& source_;
-  ToneTarget dest_;
-  Region destPart_;
+/// A trial under what it is gone by.
+struct Trial {
+  PlacementTrial& trial;
+  GoneBy goneBy;
+  PlacementFit fit(const Placement& placement) const { return trial.fit(placement, goneBy); }
 };
 
 PlacementFit better(const PlacementFit& one, const PlacementFit& other) {
@@ -165,8 +153,7 @@ PlacementFit refined(const Trial& trial, PlacementFit best) {
 
 /// Turns at first, of all of the source and of what is within its bars; where none of them fits, crops. From the plain
 /// placement upon the part of the destination.
-PlacementFit searched(const WholePair& whole, const SmallPair& small, const Region& destPart) {
-  const Trial trial(small.source, small.dest, destPart);
+PlacementFit searched(const WholePair& whole, const Trial& trial) {
   PlacementFit best = trial.fit({});
   const auto tryTurns = [&](const Region& part) {
     for (const Placement& placement : turned({.source = part})) {
@@ -176,10 +163,34 @@ PlacementFit searched(const WholePair& whole, const SmallPair& small, const Regi
   tryTurns({});
   if (const Region sourceInBars = withoutBars(whole.source); !(sourceInBars == Region())) tryTurns(sourceInBars);
   if (best.explained < wholeEnough) {
-    best = better(best, trial.fit(bestCrop(small.source, small.dest)));
+    best = better(best, trial.fit(trial.trial.crop()));
     if (best.explained < worthRefining) return best;
   }
   return refined(trial, best);
+}
+
+/// The luma of a part, in the size in which placements are tried.
+Signal lumaUpon(const Signal& dest, const Region& part) {
+  return reduced(lumaOfPart(dest, part), triedWidth, triedHeight);
+}
+
+Trials::Trials(const WholePair& pair)
+    : whole(pair),
+      source(reduced(pair.source, triedWidth, triedHeight)),
+      dest(reduced(pair.dest, triedWidth, triedHeight)),
+      plain(source, dest, {}) {}
+
+PlacementTrial& Trials::swapped() {
+  if (!reverse) reverse.emplace(dest, source, Region());
+  return *reverse;
+}
+
+PlacementTrial& Trials::within(const Region& bars) {
+  if (!inBars) {
+    withinBars = lumaUpon(whole.dest, bars);
+    inBars.emplace(source, withinBars, bars);
+  }
+  return *inBars;
 }
 
 /// One sample further in where there is a bar: its edge is half bar.
@@ -191,39 +202,31 @@ Region insideEdges(Region region, const Signal& signal) {
   return region;
 }
 
-/// A part of the destination instead of all of it.
-SmallPair onPart(const SmallPair& small, const Signal& dest, const Region& part) {
-  return {small.source, reduced(lumaOfPart(dest, part), triedWidth, triedHeight)};
+/// The source upon a part of the destination.
+PlacementFit fitUpon(const Trials& trials, const Region& part, const Placement& placement, GoneBy goneBy) {
+  const Signal dest = lumaUpon(trials.whole.dest, part);
+  return PlacementTrial(trials.source, dest, part).fit(placement, goneBy);
 }
 
 /// All of the source within the destination, which may show edges of the coded picture that the source crops.
-PlacementFit withinDest(const WholePair& whole, const SmallPair& small) {
-  const Trial swapped(small.dest, small.source, {});
-  const Region part = refined(swapped, swapped.fit({})).placement.source;
-  const SmallPair within = onPart(small, whole.dest, part);
-  return Trial(within.source, within.dest, part).fit({});
+PlacementFit withinDest(Trials& trials, GoneBy goneBy) {
+  const Trial swapped{trials.swapped(), goneBy};
+  return fitUpon(trials, refined(swapped, swapped.fit({})).placement.source, {}, goneBy);
 }
 
 /// The best of all placements; at least the plain one.
-PlacementFit anywhere(const WholePair& whole, const SmallPair& small) {
-  const Trial trial(small);
+PlacementFit anywhere(Trials& trials, GoneBy goneBy) {
+  const WholePair& whole = trials.whole;
+  const Trial trial{trials.plain, goneBy};
   const PlacementFit plain = trial.fit({});
   PlacementFit found = plain;
   const Region inBars = plain.explained < nearlyPlain ? insideEdges(withoutBars(whole.dest), whole.dest) : Region();
-  if (!(inBars == Region())) {
-    found = better(found, searched(whole, onPart(small, whole.dest, inBars), inBars));
-  }
+  if (!(inBars == Region())) found = better(found, searched(whole, {trials.within(inBars), goneBy}));
   if (found.explained < plainEnough && plain.explained >= worthRefining) {
-    found = better(found, better(refined(trial, plain), withinDest(whole, small)));
+    found = better(found, better(refined(trial, plain), withinDest(trials, goneBy)));
   }
-  if (plain.explained < nearlyPlain && found.explained < wholeEnough) {
-    found = better(found, searched(whole, small, {}));
-  }
+  if (plain.explained < nearlyPlain && found.explained < wholeEnough) found = better(found, searched(whole, trial));
   return found;
-}
-
-SmallPair smallPair(const WholePair& whole) {
-  return {reduced(whole.source, triedWidth, triedHeight), reduced(whole.dest, triedWidth, triedHeight)};
 }
 
 }  // namespace
@@ -245,25 +248,24 @@ Region withoutBars(const Signal& signal) {
 }
 
 PlacementFit plainPlacement(const Signal& source, const Signal& dest) {
-  return Trial(smallPair({source, dest})).fit({});
+  return Trials({source, dest}).plain.fit({}, GoneBy::Colors);
 }
 
 PlacementFit findPlacement(const Signal& source, const Signal& dest) {
   constexpr double mayBeTheSame = 0.8;
-  const WholePair whole{source, dest};
-  const SmallPair small = smallPair(whole);
-  const PlacementFit plain = Trial(small).fit({});
+  Trials trials({source, dest});
+  const PlacementFit plain = trials.plain.fit({}, GoneBy::Colors);
   if (plain.explained >= plainEnough) return plain;
   PlacementFit found = plain;
   bool isFound = false;
   if (plain.explained < mayBeTheSame) {
-    const PlacementFit byLuma = anywhere(whole, {lumaOf(small.source), lumaOf(small.dest)});
+    const PlacementFit byLuma = anywhere(trials, GoneBy::Luma);
     const Region& part = byLuma.placement.dest;
-    const SmallPair placed = part == Region() ? small : onPart(small, dest, part);
-    found = Trial(placed.source, placed.dest, part).fit(byLuma.placement);
+    found = part == Region() ? trials.plain.fit(byLuma.placement, GoneBy::Colors)
+                             : fitUpon(trials, part, byLuma.placement, GoneBy::Colors);
     isFound = byLuma.explained >= nothingLeft || found.explained < mayBeTheSame;
   }
-  if (!isFound) found = anywhere(whole, small);
+  if (!isFound) found = anywhere(trials, GoneBy::Colors);
   const bool clearly = plain.explained < samePictureExplained ? found.explained > plain.explained + 0.05
                                                               : 1.0 - found.explained < 0.6 * (1.0 - plain.explained);
   return clearly ? found : plain;

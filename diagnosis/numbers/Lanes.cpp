@@ -50,12 +50,14 @@ LaneMatrix laneMatrix(const std::array<std::array<double, 3>, 3>& rows) {
 }
 
 ColorLanes product(const LaneMatrix& matrix, const ColorLanes& colors) {
+  const LaneMatrix m = matrix;  // a copy, which nothing else writes to: each colour is read but once
+  const Lanes &x = colors[0], &y = colors[1], &z = colors[2];
   ColorLanes result;
-  for (std::size_t plane = 0; plane < 3; ++plane) {
-    const auto [a, b, c] = matrix[plane];
-    for (std::size_t i = 0; i < laneCount; ++i) {
-      result[plane][i] = a * colors[0][i] + b * colors[1][i] + c * colors[2][i];
-    }
+  for (std::size_t i = 0; i < laneCount; ++i) {
+    const float a = x[i], b = y[i], c = z[i];
+    result[0][i] = m[0][0] * a + m[0][1] * b + m[0][2] * c;
+    result[1][i] = m[1][0] * a + m[1][1] * b + m[1][2] * c;
+    result[2][i] = m[2][0] * a + m[2][1] * b + m[2][2] * c;
   }
   return result;
 }

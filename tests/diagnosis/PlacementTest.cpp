@@ -1,7 +1,9 @@
 #include <gtest/gtest.h>
 
 #include "diagnosis/PlacementSearch.h"
+#include "diagnosis/PlacementTrial.h"
 #include "diagnosis/ToneCurve.h"
+#include "diagnosis/ToneFit.h"
 #include "tests/diagnosis/NearRegion.h"
 #include "tests/diagnosis/PaintedPicture.h"
 
@@ -53,6 +55,38 @@ TEST(Placement, TurnsTheSourceAsItSays) {
     const AlignedPair pair = aligned(source, signalOf(turned), placement);
     EXPECT_GT(explainedShare(pair.source, ToneTarget(pair.dest)), 0.995) << turn;
   }
+}
+
+/// A whole, and parts that share some of their edges, in all turns.
+std::vector<Placement> manyPlacements() {
+  std::vector<Placement> all;
+  for (const Region& part : {Region(), Region{0.1, 0, 1, 1}, Region{0.1, 0.2, 1, 1}, Region{0.1, 0.2, 0.8, 0.9}}) {
+    for (int turn = 0; turn < 8; ++turn) {
+      all.push_back(
+          {.transposed = (turn & 4) != 0, .mirroredX = (turn & 2) != 0, .mirroredY = (turn & 1) != 0, .source = part});
+    }
+  }
+  return all;
+}
+
+TEST(Placement, IsTriedAsThePicturesAreLaidWhateverWasTriedBefore) {
+  const Signal source = reduced(signalOf(colorful()), 80, 60);
+  const movie::Picture picture = painted(colorful(), {.matrix = 6});
+  const Signal dest = reduced(diagnosis::signalOf(picture, taggedAs(picture, 1), 1), 80, 60);
+  const ToneTarget target(dest);
+  PlacementTrial trial(source, dest, {});
+  std::vector<Placement> placements = manyPlacements();
+  const std::vector<Placement> again(placements.rbegin(), placements.rend());
+  placements.insert(placements.end(), again.begin(), again.end());
+  for (const Placement& placement : placements) {
+    Signal laid = sourceUpon(source, placement, 80, 60);
+    const double byColors = explainedShare(laid, target);
+    laid.planes[1].clear();
+    EXPECT_NEAR(trial.fit(placement, GoneBy::Luma).explained, explainedShare(laid, target), 1e-9);
+    EXPECT_NEAR(trial.fit(placement, GoneBy::Colors).explained, byColors, 1e-6);
+  }
+  const double left = 1 - trial.fit({}, GoneBy::Luma).explained;
+  EXPECT_LT(1 - trial.fit({}, GoneBy::Colors).explained, 0.2 * left) << "another matrix explains most of that";
 }
 
 TEST(ToneCurve, ExplainsAnyToneButNotAnotherPicture) {
