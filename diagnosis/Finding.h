@@ -51,7 +51,7 @@ struct Cause {
 
 /// Whether, and how, the destination lies upon the source.
 struct Correspondence {
-  double score = 0;  ///< explainedShare() of the pictures as they were placed
+  double score = 0;  ///< what a ToneFit of the pictures as they were placed explains
   Placement placement;
   bool same = false;
 };

@@ -7,7 +7,7 @@ namespace diagnosis {
 /// The picture without bars: edge rows and columns that are black throughout. All of it where little is left.
 Region withoutBars(const Signal& signal);
 
-/// Where the source lies upon the destination, and how well: explainedShare().
+/// Where the source lies upon the destination, and how well: what a ToneFit explains.
 struct PlacementFit {
   Placement placement;
   double explained = 0;

@@ -30,7 +30,7 @@ std::vector<std::uint8_t> levelsOf(const std::vector<float>& luma);
 std::vector<float> standardised(std::vector<float> luma);
 
 /// How much of either of two standardised() destinations the means of the source's levels explain, of all of the
-/// pictures: quicker than explainedShare(), and rougher.
+/// pictures: quicker than a ToneFit, and rougher.
 std::array<double, 2> explainedRoughly(const std::vector<std::uint8_t>& levels, const std::vector<float>& one,
                                        const std::vector<float>& other);
 

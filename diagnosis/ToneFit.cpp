@@ -14,6 +14,8 @@ namespace {
 constexpr double explainedEnough = 0.995;
 
 using Levels = std::vector<std::uint8_t>;
+/// Parts that do not count.
+using PartsOut = std::array<bool, partCount>;
 
 /// Sums by level. Neighbours mostly are of one level: they are added up apart, so that none waits for the one before.
 template <typename Sum, typename Add>
@@ -279,11 +281,6 @@ double ToneFit::withChroma(const std::vector<float>& blue, const std::vector<flo
     return in[at] - (b * double{blues[at]} + r * double{reds[at]}) - means[level[at]];
   });
   return left.scatter > 0 ? std::max(byLuma_, 1.0 - left.squares / left.scatter) : byLuma_;
-}
-
-double explainedShare(const Signal& source, const ToneTarget& dest) {
-  const ToneFit fit(source.luma(), dest);
-  return source.planes[1].empty() ? fit.byLuma() : fit.withChroma(source.planes[1], source.planes[2]);
 }
 
 std::vector<bool> coveredSamples(const Signal& source, const Signal& dest) {

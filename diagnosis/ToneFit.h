@@ -13,10 +13,9 @@ namespace diagnosis {
 /// How the samples of a picture lie: line by line, and a line is a row, or a column.
 enum class Lines { Rows, Columns };
 
-/// A picture in 16 x 12 parts, each in or out as a whole.
+/// A picture in 16 x 12 parts, each of which counts or does not as a whole.
 constexpr int partsAcross = 16, partsDown = 12;
 constexpr std::size_t partCount = std::size_t{partsAcross} * partsDown;
-using PartsOut = std::array<bool, partCount>;
 
 /// Where the samples of each part lie: bands of lines, each cut into as many parts.
 class PartGrid {
@@ -73,16 +72,17 @@ struct LevelSums {
 };
 using AllLevelSums = std::array<LevelSums, toneLevels>;
 
-/// A tone curve of a source, through the means of the destination at its levels, held against a destination.
+/// A tone curve of a source, through the means of the destination at its levels, held against a destination: how much
+/// of the destination's luma it explains, with what another matrix mixes of the source's chroma into it. A share of its
+/// variance, 0 to 1; 0 where it has none. The seventh part of the picture that it explains worst does not count: a
+/// subtitle or a logo covers no more. Of pictures of one size.
 class ToneFit {
  public:
   /// The source's samples lie as the destination's, which is referred to.
   ToneFit(const std::vector<float>& sourceLuma, const ToneTarget& dest);
-  /// explainedShare() of a source without chroma.
   double byLuma() const { return byLuma_; }
   /// Whether chroma may add to that.
   bool asksForChroma() const;
-  /// explainedShare() of a source with chroma.
   double withChroma(const std::vector<float>& blue, const std::vector<float>& red) const;
 
  private:
@@ -92,12 +92,6 @@ class ToneFit {
   double byLuma_ = 0;
   bool isFlat_ = false;
 };
-
-/// How much of the destination's luma a tone curve of the source explains, with what another matrix mixes of the
-/// source's chroma into it: a share of its variance, 0 to 1; 0 where it has none. The seventh part of the picture that
-/// it explains worst does not count: a subtitle or a logo covers no more. Of pictures of one size; the source may come
-/// without chroma.
-double explainedShare(const Signal& source, const ToneTarget& dest);
 
 /// Where something lies over the destination that is not in the source: parts that the tone curve misses by far.
 /// One for each sample.

@@ -27,7 +27,8 @@ struct BurstFit {
   double framePeriod = 1;    ///< of the stretch, in seconds
   /// Whether it tells a place: it fits no further than some frames of the source.
   bool tells(double frames) const { return high - low <= frames * framePeriod; }
-  bool isInformative() const { return tells(4); }
+  static constexpr double framesOfAPlace = 4;
+  bool isInformative() const { return tells(framesOfAPlace); }
   TimeLine line() const { return {rate, sourceTime - rate * destTime}; }
 };
 

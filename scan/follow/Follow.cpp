@@ -216,6 +216,7 @@ class Walk {
                                 isSampled ? at_.course.line.at(burst.front().time) : lossTime_,
                                 burst,
                                 farness,
+                                reach_,
                                 at_.course,
                                 result_.lines};
     std::optional<Course> found = relocation_.nearby(loss);

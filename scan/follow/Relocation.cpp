@@ -14,15 +14,15 @@ constexpr double otherTones[] = {0.45, 0.67, 1.5, 2.2};
 
 /// What a place has to be.
 struct Wanted {
-  double cost = surelySame;  ///< less than that
-  double frames = 4;         ///< of the source that it fits nearly as well
+  double cost = surelySame;                  ///< less than that
+  double frames = BurstFit::framesOfAPlace;  ///< of the source that it fits nearly as well
 };
 
 /// Of a shot whose camera stands still all places look alike. What is not far from one is found from there.
 Wanted wantedFor(const Relocation::Loss& loss) {
-  constexpr double clearlyLess = 0.5, reach = 32;
+  constexpr double clearlyLess = 0.5;
   if (loss.farness >= Track::costOfNone) return {};
-  return {std::min(surelySame, clearlyLess * loss.farness), reach};
+  return {std::min(surelySame, clearlyLess * loss.farness), 2 * static_cast<double>(loss.reach)};
 }
 
 std::optional<Course> courseOf(const Moments& burst, const Moments& stretch, double rate, double exponent,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -21,6 +22,7 @@ class Relocation {
     double sourceTime = 0;       ///< where the source was then
     const Moments& burst;        ///< of the destination
     double farness = 0;          ///< the mean distance of those frames where they are expected
+    std::int64_t reach = 0;      ///< frames of the source on both sides of a place that are found from there
     Course course;               ///< that was lost
     const std::vector<TimeLine>& known;
   };
