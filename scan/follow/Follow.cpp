@@ -5,39 +5,34 @@
 #include <limits>
 #include <utility>
 
+#include "scan/follow/Delay.h"
 #include "scan/follow/Drift.h"
 #include "scan/follow/FrameComparison.h"
+#include "scan/follow/LatestExponent.h"
 #include "scan/follow/Relocation.h"
 
 namespace scan {
 namespace {
 
-/// Frames on both sides of the expected one that may be shown instead; fewer where each has to be read for that.
-constexpr std::int64_t usualReach = 16, shortReach = 4;
-/// Of the source some more are kept than belong to frames that are not decided.
-constexpr std::size_t keptBesides = 64;
 /// A place is lost once so many frames in a row are like none.
 constexpr std::size_t lostAfter = 20;
 constexpr std::size_t burstFrames = 24;
 /// Looked for nearby every so often while it is lost, anywhere ever more seldom.
 constexpr std::size_t nearbyEvery = 8;
+/// Every so many frames it is asked whether they are lighter or darker than they are taken for.
+constexpr std::size_t tonedEvery = 24;
 
-/// How far decisions are put off, and how much of the source has to be kept for that: where the destination has fewer
-/// frames, it is more of the source for each.
-struct Delay {
-  std::size_t settledAfter = Track::usuallySettled, keptFrames = 0;
-};
-
-Delay delayFor(const FrameRow& source, const SampledRow& dest, const TimeLine& line) {
-  constexpr double fewest = 18;
-  // Of the source only what may be shown is read.
-  constexpr std::size_t readEach = 2 * static_cast<std::size_t>(shortReach) + 1;
-  if (dest.every() > 1) return {static_cast<std::size_t>(fewest), std::size_t{2} * 18 * readEach + keptBesides};
-  const double each = std::max(1.0, line.rate * source.shape().rate() / std::max(1e-3, dest.shape().rate()));
-  const double settled = std::max(fewest, static_cast<double>(Track::usuallySettled) / each);
-  constexpr double most = 600;
-  return {static_cast<std::size_t>(settled),
-          static_cast<std::size_t>(std::min(most, 2 * settled * each)) + keptBesides};
+/// The distance from a frame of the source, or from one next to it; `looks`: other ones than those of the window.
+float leastBeside(const ReadFrame& frame, std::int64_t middle, const SourceWindow& source,
+                  const std::optional<Looks>& looks) {
+  auto least = static_cast<float>(Track::highestCost);
+  for (std::int64_t i = middle - 1; i <= middle + 1; ++i) {
+    const ReadFrame* const shown = source.frame(i);
+    if (shown == nullptr) continue;
+    const Signature other = looks ? signatureOf(shown->thumbnail, *looks) : shown->signature;
+    least = std::min(least, farness(frame.signature, other));
+  }
+  return least;
 }
 
 /// One walk through both movies.
@@ -168,7 +163,25 @@ class Walk {
     newest.bearing = at_;
     newest.lost = lost_ > 0;
     if (following_ == Following::WhereverItIs && lost_ >= lostAfter) findAgain();
+    if (isNew && lost_ == 0 && newest.read.number % tonedEvery == 0) followTone(newest);
     return true;
+  }
+
+  /// Raised to the exponent that was measured, the source is nearer, and what is not shown is farther by comparison.
+  /// Measured long enough ago to be known wherever one went on.
+  void followTone(Waiting& newest) {
+    constexpr double clearly = 0.08;
+    constexpr float nearer = 0.8F;
+    const std::size_t known = newest.read.number - std::min(newest.read.number, delay_.settledAfter);
+    const std::optional<double> exponent = latestExponent(result_.matches, known);
+    if (!exponent || std::abs(std::log(*exponent / at_.course.exponent)) < clearly) return;
+    const std::int64_t middle = nearestFrame(source_, at_.course.line.at(newest.read.time)) + at_.centre;
+    const Looks next{placement_.source, *exponent};
+    if (leastBeside(newest.read, middle, window_, next) > nearer * newest.least) return;
+    at_.course.exponent = *exponent;
+    at_.usual = {};
+    newest.bearing = at_;
+    window_.lookAgain(looks());
   }
 
   /// Frames that are farther show something else. On one line nothing else is looked for.
@@ -269,12 +282,7 @@ class Walk {
     for (std::size_t i = from; i < frames_.size(); ++i) {
       const std::int64_t expected = nearestFrame(source_, next.line.at(frames_[i].read.time));
       window.reach(expected - 1, expected + 2);
-      float least = static_cast<float>(Track::highestCost);
-      for (std::int64_t at = expected - 1; at <= expected + 1; ++at) {
-        const ReadFrame* const shown = window.frame(at);
-        if (shown != nullptr) least = std::min(least, farness(frames_[i].read.signature, shown->signature));
-      }
-      leasts.push_back(least);
+      leasts.push_back(leastBeside(frames_[i].read, expected, window, {}));
     }
     begin(next, splitFor(leasts, from));
   }
