@@ -2,17 +2,20 @@
 add_custom_command(OUTPUT ${pages}/changelog.gz
   COMMAND sh -c "gzip -9nc '${LUMACHECK_CHANGELOG}' >'${pages}/changelog.gz'" DEPENDS ${LUMACHECK_CHANGELOG} VERBATIM)
 set_property(GLOBAL APPEND PROPERTY LUMACHECK_PAGES ${pages}/changelog.gz)
-install(FILES ${pages}/changelog.gz debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumacheck)
+install(FILES ${pages}/changelog.gz debian/copyright DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/lumacheck
+  COMPONENT package EXCLUDE_FROM_ALL)
 
 # Logs of the whole machine, such as the superuser's, lie where logs lie; the machine's Library leads there.
-install(DIRECTORY DESTINATION /var/log/quorvane/Quorvane)
+install(DIRECTORY DESTINATION /var/log/quorvane/Quorvane COMPONENT package EXCLUDE_FROM_ALL)
 install(CODE [[
   set(library "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}/share/quorvane")
   file(MAKE_DIRECTORY "${library}")
   file(CREATE_LINK /var/log/quorvane "${library}/Logs" SYMBOLIC)
-]])
+]] COMPONENT package EXCLUDE_FROM_ALL)
 
 set(CPACK_GENERATOR DEB)
+set(CPACK_INSTALL_CMAKE_PROJECTS
+  ${PROJECT_BINARY_DIR};${PROJECT_NAME};Unspecified;/ ${PROJECT_BINARY_DIR};${PROJECT_NAME};package;/)
 set(CPACK_PACKAGE_NAME lumacheck)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
 set(CPACK_PACKAGE_CONTACT "Quorvane <maintainers@quorvane.example>")
