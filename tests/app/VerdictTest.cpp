@@ -122,6 +122,11 @@ TEST_F(TheVerdict, ShowsBothMoviesPropertyByProperty) {
   EXPECT_EQ(cell(1, "Gamma"), "≠ 1.8") << "marked by a sign, too";
   EXPECT_EQ(cell(0, "Gamma"), "2.2");
   EXPECT_EQ(cell(1, "Size"), "320 × 180") << "what is the same is not marked";
+  const FactTable& table = strip().facts();
+  for (int column = 0; column < table.columnCount(); ++column) {
+    const bool differs = table.item(1, column)->text().startsWith(u'≠');
+    for (const int row : {0, 1}) EXPECT_EQ(table.item(row, column)->font().bold(), differs) << row << ' ' << column;
+  }
 }
 
 TEST_F(TheVerdict, IsGreenAndAsksForNothingWhereAllIsClear) {

@@ -13,6 +13,7 @@
 
 #include <gmock/gmock.h>
 
+#include "app/scan/ScanRun.h"
 #include "app/verdict/VerdictStrip.h"
 #include "app/widgets/ResultsView.h"
 #include "tests/SharedFiles/QtPrinters.h"
@@ -41,6 +42,20 @@ TEST_F(TheScan, CanBeginOnceThereAreTwoMovies) {
   EXPECT_TRUE(interface().scanBtn->isEnabled());
   EXPECT_TRUE(menuAction("scan").isEnabled());
   EXPECT_FALSE(strip().isVisible()) << "not in the way before";
+}
+
+/// They grow on another thread.
+TEST_F(TheScan, ShowsNobodyTheMatchesThemselves) {
+  const auto opened = [](const QString& path) { return *movie::Movie::movieWithFile(path.toStdString()); };
+  ScanRun run({opened(reelMovie()), opened(darkerFromMovie())});
+  int looks = 0;
+  for (; run.isRunning() && looks < 10000; ++looks) {
+    QTest::qWait(5);
+    EXPECT_EQ(run.report().progress.matches, nullptr);
+  }
+  ASSERT_TRUE(run.end());
+  EXPECT_TRUE(run.end()->result.matches.frames.empty());
+  EXPECT_TRUE(run.wholeMap() != nullptr);
 }
 
 TEST_F(TheScan, FindsSegmentsAndShowsThemOnTheTimeline) {
