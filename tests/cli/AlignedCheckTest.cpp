@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/RunProgram.h"
 #include "tests/support/MovieFixture.h"
 
@@ -10,9 +10,9 @@
 namespace cli {
 namespace {
 
-using CheckedJson = nlohmann::ordered_json;
 using movie::test::fixtureMovie;
 using movie::test::fixtureMovies;
+using test::PrintedJson;
 using test::ProgramRun;
 using testing::HasSubstr;
 
@@ -42,19 +42,19 @@ ProgramRun aligned(std::vector<std::string> arguments) {
   return test::runLumacheck(arguments);
 }
 
-CheckedJson alignedJson(std::vector<std::string> arguments) {
+PrintedJson alignedJson(std::vector<std::string> arguments) {
   arguments.push_back("--json");
-  return CheckedJson::parse(aligned(std::move(arguments)).out);
+  return PrintedJson::parse(aligned(std::move(arguments)).out);
 }
 
 TEST(AlignedCheck, IsMadeWhereThePictureWasFound) {
   EXPECT_EQ(test::runLumacheck({"check", alignMaster(), alignExcerpt(), "--at", "3"}).status, 4);
-  const CheckedJson json = alignedJson({alignMaster(), alignExcerpt(), "--at", "3"});
+  const PrintedJson json = alignedJson({alignMaster(), alignExcerpt(), "--at", "3"});
   EXPECT_EQ(json["alignment"].dump(), R"({"result":"found","offset":2.5})");
   EXPECT_EQ(json["dest"]["timecode"], "00:00:03:00");
   EXPECT_EQ(json["source"]["timecode"], "00:00:05:12");
   EXPECT_EQ(json["finding"]["causes"][0]["cause"], "power");
-  EXPECT_NEAR(json["finding"]["causes"][0]["exponent"].get<double>(), 1.25, 0.02);
+  EXPECT_NEAR(json["finding"]["causes"][0]["exponent"].number(), 1.25, 0.02);
   EXPECT_EQ(json["pixels"]["shift"], "darker") << "the report is about those frames, too";
   EXPECT_EQ(json["exitStatus"], 1);
 
@@ -64,7 +64,7 @@ TEST(AlignedCheck, IsMadeWhereThePictureWasFound) {
 }
 
 TEST(AlignedCheck, LooksForNothingWhereThePicturesAreTheSame) {
-  const CheckedJson json = alignedJson({alignMaster(), alignMaster(), "--at", "3"});
+  const PrintedJson json = alignedJson({alignMaster(), alignMaster(), "--at", "3"});
   EXPECT_TRUE(json["alignment"].is_null());
   EXPECT_EQ(json["exitStatus"], 0);
 }
@@ -76,13 +76,13 @@ TEST(AlignedCheck, LooksForNothingWhereOnlyTagsDiffer) {
                                       "h264_metadata=colour_primaries=9:transfer_characteristics=14:"
                                       "matrix_coefficients=9"}}})
           .front();
-  const CheckedJson json = alignedJson({alignMaster(), tagged, "--at", "3"});
+  const PrintedJson json = alignedJson({alignMaster(), tagged, "--at", "3"});
   EXPECT_EQ(json["finding"]["causes"][0]["where"], "tags");
   EXPECT_TRUE(json["alignment"].is_null());
 }
 
 TEST(AlignedCheck, StaysWhereItIsWhenThatIsThePlace) {
-  const CheckedJson json = alignedJson({alignMaster(), alignExport("align-darker", "eq=brightness=-0.1"), "--at", "4"});
+  const PrintedJson json = alignedJson({alignMaster(), alignExport("align-darker", "eq=brightness=-0.1"), "--at", "4"});
   EXPECT_EQ(json["alignment"].dump(), R"({"result":"found","offset":0.0})");
   EXPECT_EQ(json["source"]["timecode"], "00:00:04:00");
 }
@@ -93,7 +93,7 @@ TEST(AlignedCheck, SaysWhenThePictureIsNotFound) {
   const ProgramRun run = aligned({alignMaster(), other, "--at", "3", "--json"});
   EXPECT_EQ(run.status, 4);
   EXPECT_THAT(run.err, HasSubstr("The destination's picture was not found in the source within 10 seconds."));
-  EXPECT_EQ(CheckedJson::parse(run.out)["alignment"].dump(), R"({"result":"notFound","offset":null})");
+  EXPECT_EQ(PrintedJson::parse(run.out)["alignment"].dump(), R"({"result":"notFound","offset":null})");
 }
 
 TEST(AlignedCheck, SaysWhenThePictureMayBeAnywhere) {

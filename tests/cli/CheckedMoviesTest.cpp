@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/RunProgram.h"
 #include "tests/support/GradientMovies.h"
 #include "tests/support/MovieFixture.h"
@@ -11,16 +11,16 @@
 namespace cli {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using namespace movie::test;
+using test::PrintedJson;
 using test::ProgramRun;
 using test::runLumacheck;
 using testing::HasSubstr;
 
-Json checkJson(std::vector<std::string> arguments) {
+PrintedJson checkJson(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"check", "--json"});
   const ProgramRun run = runLumacheck(arguments);
-  Json json = Json::parse(run.out);
+  PrintedJson json = PrintedJson::parse(run.out);
   EXPECT_EQ(json["exitStatus"], run.status);
   return json;
 }
@@ -75,20 +75,21 @@ TEST(CheckedMovies, SayTheSameInJsonAsInPrint) {
   for (const auto& [source, dest] : {std::pair(plainMovie(), plainMovie()), std::pair(plainMovie(), darkerMovie()),
                                      std::pair(darkerMovie(), retaggedMovie()), std::pair(fadingMovie(), plainMovie()),
                                      std::pair(soundMovie(), plainMovie())}) {
-    const Json json = checkJson({source, dest});
+    const PrintedJson json = checkJson({source, dest});
     std::string text;
-    for (const Json& paragraph : json["report"]) {
-      text += (text.empty() ? "" : "\n\n") + paragraph["text"].get<std::string>();
+    for (const PrintedJson& paragraph : json["report"].elements()) {
+      text += (text.empty() ? "" : "\n\n") + paragraph["text"].text();
     }
     const std::string out = runLumacheck({"check", source, dest}).out;
     EXPECT_THAT(out, testing::EndsWith("\n\n" + text + "\n"));
-    EXPECT_THAT(out, testing::StartsWith("Finding: " + json["finding"]["text"].get<std::string>() + "\n"));
-    EXPECT_THAT(out, HasSubstr("What to do: " + json["finding"]["advice"]["text"].get<std::string>() + "\n"));
+    EXPECT_THAT(out, testing::StartsWith("Finding: " + json["finding"]["text"].text() + "\n"));
+    EXPECT_THAT(out, HasSubstr("What to do: " + json["finding"]["advice"]["text"].text() + "\n"));
   }
 }
 
 TEST(CheckedMovies, DescribeBothSides) {
-  const Json json = checkJson({plainMovie(), retaggedMovie(), "--source-at", "0.48", "--dest-at", "01:00:00:13"});
+  const PrintedJson json =
+      checkJson({plainMovie(), retaggedMovie(), "--source-at", "0.48", "--dest-at", "01:00:00:13"});
   const std::string rest =
       R"(,"size":[320,240],"codec":"apch","gamma":2.2,"gammaFixed":144179,"color":{"type":"nclc","primaries":1,)"
       R"("transferFunction":1,"matrix":1},"profile":null,"imageDescriptions":1})";
@@ -103,7 +104,7 @@ TEST(CheckedMovies, DescribeBothSides) {
 }
 
 TEST(CheckedMovies, StartAtTheirBeginning) {
-  const Json source = checkJson({plainMovie(), plainMovie()})["source"];
+  const PrintedJson source = checkJson({plainMovie(), plainMovie()})["source"];
   EXPECT_EQ(source["time"]["value"], 0);
   EXPECT_EQ(source["timecode"], "01:00:00:00");
 }
@@ -130,7 +131,7 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
   const ProgramRun sound = runLumacheck({"check", plainMovie(), soundMovie()});
   EXPECT_THAT(sound.err, HasSubstr("The destination frame cannot be had. Cannot read \"" + soundMovie() + "\": "));
   EXPECT_THAT(sound.err, testing::Not(HasSubstr("source frame")));
-  const Json json = checkJson({plainMovie(), soundMovie()});
+  const PrintedJson json = checkJson({plainMovie(), soundMovie()});
   EXPECT_TRUE(json["pixels"].is_null());
   EXPECT_EQ(json["metadata"]["compared"], false);
   EXPECT_TRUE(json["dest"]["codec"].is_null());
@@ -138,10 +139,10 @@ TEST(CheckedMovies, TellWhyThereIsNoVerdict) {
 }
 
 TEST(CheckedMovies, AreFoundOutAtSeveralFramesAtOnce) {
-  const Json darker = checkJson({plainMovie(), darkerMovie(), "--frames", "5"})["finding"];
+  const PrintedJson darker = checkJson({plainMovie(), darkerMovie(), "--frames", "5"})["finding"];
   EXPECT_EQ(darker["frames"], 5);
   EXPECT_EQ(darker["causes"][0]["cause"], "power");
-  EXPECT_NEAR(darker["causes"][0]["exponent"].get<double>(), 1.25, 0.01);
+  EXPECT_NEAR(darker["causes"][0]["exponent"].number(), 1.25, 0.01);
   EXPECT_EQ(checkJson({fadingMovie(), fadingMovie(), "--frames", "3"})["finding"]["causes"][0]["cause"], "identical")
       << "what is dark at the beginning is not so later";
 }
@@ -161,7 +162,7 @@ TEST(CheckedMovies, OfTheWorldMatchThemselves) {
   const std::vector<std::string> movies = movie::test::realMovies();
   if (movies.empty()) GTEST_SKIP() << movie::test::whyNoRealMovies();
   for (const std::string& movie : movies) {
-    const Json json = checkJson({movie, movie});
+    const PrintedJson json = checkJson({movie, movie});
     EXPECT_EQ(json["metadata"]["mismatch"], false) << movie;
     if (json["tooDark"] == false) {
       EXPECT_EQ(json["pixels"]["shift"], "none") << movie;

@@ -4,8 +4,8 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/RunProgram.h"
 #include "tests/support/AtomBuilder.h"
 
@@ -63,9 +63,9 @@ void expectRefused(const std::string& path) {
     const ProgramRun json = runLumacheck({"check", "--json", source, dest});
     EXPECT_EQ(json.status, 2);
     EXPECT_EQ(json.err, text.err);
-    const auto document = nlohmann::ordered_json::parse(json.out);
+    const auto document = PrintedJson::parse(json.out);
     EXPECT_EQ(document["schema"], "lumacheck.check/2");
-    EXPECT_EQ("lumacheck: " + document["error"]["message"].get<std::string>() + "\n", text.err);
+    EXPECT_EQ("lumacheck: " + document["error"]["message"].text() + "\n", text.err);
     EXPECT_EQ(document["error"]["path"], path);
     EXPECT_EQ(document["exitStatus"], 2);
     EXPECT_EQ(document.size(), 3U);
@@ -116,7 +116,7 @@ TEST(Program, NamesBothFilesWhenBothFail) {
   const ProgramRun run = runLumacheck({"check", "/nonexistent/a.mov", "/nonexistent/b.mov", "--json"});
   EXPECT_EQ(run.status, 2);
   EXPECT_THAT(run.err, AllOf(HasSubstr("a.mov"), HasSubstr("b.mov")));
-  EXPECT_EQ(nlohmann::json::parse(run.out)["error"]["path"], "/nonexistent/a.mov");
+  EXPECT_EQ(PrintedJson::parse(run.out)["error"]["path"], "/nonexistent/a.mov");
 }
 
 TEST(Program, ReportsFramesThatCannotBeHadAndGivesNoVerdictOnThem) {
@@ -128,7 +128,7 @@ TEST(Program, ReportsFramesThatCannotBeHadAndGivesNoVerdictOnThem) {
   EXPECT_THAT(text.err,
               AllOf(HasSubstr("The source frame cannot be had. "), HasSubstr("The destination frame cannot be had. ")));
 
-  const auto json = nlohmann::json::parse(runLumacheck({"check", "--json", file.path(), file.path()}).out);
+  const auto json = PrintedJson::parse(runLumacheck({"check", "--json", file.path(), file.path()}).out);
   EXPECT_TRUE(json["pixels"].is_null());
   EXPECT_EQ(json["metadata"]["compared"], true);
   EXPECT_EQ(json["exitStatus"], 2);
@@ -152,7 +152,7 @@ TEST(Program, RefusesATimeOutsideTheMovie) {
     const ProgramRun run = runLumacheck({"check", file.path(), file.path(), "--dest-at", time, "--json"});
     EXPECT_EQ(run.status, 2) << time;
     EXPECT_THAT(run.err, HasSubstr("is outside \"" + file.path() + "\"")) << time;
-    EXPECT_EQ(nlohmann::json::parse(run.out)["error"]["path"], file.path());
+    EXPECT_EQ(PrintedJson::parse(run.out)["error"]["path"], file.path());
   }
 }
 
@@ -166,7 +166,7 @@ TEST(Program, TakesAnyBytesAsAFileName) {
     const ProgramRun text = runLumacheck({"info", path});
     EXPECT_EQ(text.status, 0);
     EXPECT_THAT(text.out, StartsWith(path + "\n"));
-    EXPECT_TRUE(nlohmann::json::accept(runLumacheck({"info", "--json", path}).out));
+    EXPECT_TRUE(PrintedJson::accept(runLumacheck({"info", "--json", path}).out));
   }
   EXPECT_THAT(runLumacheck({"info", "--json", folder / "caf\xE9.mov"}).out, HasSubstr("caf\xEF\xBF\xBD.mov"));
 }

@@ -4,14 +4,13 @@
 #include <vector>
 
 #include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/RunProgram.h"
 #include "tests/support/MovieFixture.h"
 
 namespace cli::test {
 
-using ScanJson = nlohmann::ordered_json;
 using movie::test::fixtureMovie;
 using movie::test::fixtureMovies;
 
@@ -41,10 +40,10 @@ constexpr const char* scanPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1
 /// The same from the seventh second on.
 constexpr const char* scanHalfPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
 
-inline ScanJson scanned(std::vector<std::string> arguments) {
+inline PrintedJson scanned(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"scan", "--json"});
   const ProgramRun run = runLumacheck(arguments);
-  ScanJson json = ScanJson::parse(run.out);
+  PrintedJson json = PrintedJson::parse(run.out);
   EXPECT_EQ(json["schema"], "lumacheck.scan/1");
   EXPECT_EQ(json["exitStatus"], run.status);
   return json;

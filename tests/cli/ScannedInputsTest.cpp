@@ -31,7 +31,7 @@ std::vector<std::string> encodedWith(const std::vector<std::string>& options) {
   return all;
 }
 
-void expectRefused(const ScanJson& json) {
+void expectRefused(const PrintedJson& json) {
   EXPECT_EQ(json["exitStatus"], 4);
   EXPECT_TRUE(json["segments"].empty());
   EXPECT_TRUE(json["worst"].is_null());
@@ -45,7 +45,7 @@ TEST(ScannedInputs, OfOneStillPictureTheShiftIsToldAndTheOffsetNot) {
   const ProgramRun run = runLumacheck({"scan", still, raised});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.out, HasSubstr("The pictures do not move: the offset in time cannot be told; the shift can."));
-  EXPECT_NEAR(scanned({still, raised})["segments"][0]["exponent"].get<double>(), 1.2, 0.015);
+  EXPECT_NEAR(scanned({still, raised})["segments"][0]["exponent"].number(), 1.2, 0.015);
 }
 
 TEST(ScannedInputs, BlackMoviesAreToldToBeBlack) {
@@ -65,9 +65,9 @@ TEST(ScannedInputs, ABlackPartIsNotMeasuredAndFadesMakeNoSegment) {
       madeOver("scan-faded.mov",
                encodedWith({"-vf", "fade=in:0:24,drawbox=c=black:t=fill:enable='between(t,4,6)',fade=out:264:24"}));
   const std::string raised = fixtureMovies(faded, {{"scan-faded-power.mov", encodedWith({"-vf", scanPower})}}).front();
-  const ScanJson json = scanned({faded, raised});
+  const PrintedJson json = scanned({faded, raised});
   ASSERT_EQ(json["segments"].size(), 1U);
-  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.2, 0.015);
+  EXPECT_NEAR(json["segments"][0]["exponent"].number(), 1.2, 0.015);
   ASSERT_EQ(json["unmeasured"].size(), 1U);
   EXPECT_EQ(json["unmeasured"][0]["why"], "dark");
   EXPECT_EQ(json["unmeasured"][0]["from"]["frame"], 96);
@@ -81,20 +81,20 @@ TEST(ScannedInputs, TheDimEndsOfFadesHaveTheirCounterparts) {
   const std::string power = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.3)'";
   const std::string darker =
       fixtureMovies(faded, {{"scan-long-fades-darker.mov", encodedWith({"-vf", power, "-crf", "26"})}}).front();
-  const ScanJson json = scanned({faded, darker});
+  const PrintedJson json = scanned({faded, darker});
   EXPECT_TRUE(json["unmatched"].empty()) << json["unmatched"];
   EXPECT_TRUE(json["dropped"].empty()) << json["dropped"];
   ASSERT_EQ(json["segments"].size(), 1U);
-  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.3, 0.015);
+  EXPECT_NEAR(json["segments"][0]["exponent"].number(), 1.3, 0.015);
 }
 
 TEST(ScannedInputs, AFadeOfTheExportAloneIsNoReasonToTellTheRestWrongly) {
-  const ScanJson json =
+  const PrintedJson json =
       scanned({scanMaster(), scanExport("scan-faded-alone", "fade=out:230:58," + std::string(scanPower))});
   EXPECT_EQ(json["finding"]["causes"][0]["cause"], "power");
   ASSERT_GE(json["segments"].size(), 2U);
-  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.2, 0.015);
-  EXPECT_NEAR(json["segments"][0]["to"]["frame"].get<double>(), 244, 20);
+  EXPECT_NEAR(json["segments"][0]["exponent"].number(), 1.2, 0.015);
+  EXPECT_NEAR(json["segments"][0]["to"]["frame"].number(), 244, 20);
 }
 
 TEST(ScannedInputs, SoundAloneIsNoMovieWithPictures) {
@@ -109,37 +109,37 @@ TEST(ScannedInputs, AVariableFrameRateIsFollowedFrameByFrame) {
   const std::string variable =
       madeOver("scan-variable.mov",
                encodedWith({"-vf", std::string("select='gt(random(1),0.4)',") + scanPower, "-fps_mode", "vfr"}));
-  const ScanJson json = scanned({scanMaster(), variable});
+  const PrintedJson json = scanned({scanMaster(), variable});
   ASSERT_EQ(json["map"].size(), 1U);
   EXPECT_EQ(json["map"][0]["rate"], 1.0);
   EXPECT_EQ(json["map"][0]["pattern"], "dropped");
   EXPECT_TRUE(json["unmatched"].empty());
-  EXPECT_NEAR(json["segments"][0]["exponent"].get<double>(), 1.2, 0.015);
+  EXPECT_NEAR(json["segments"][0]["exponent"].number(), 1.2, 0.015);
 }
 
 TEST(ScannedInputs, AnEditListBeginsWhereItSays) {
   const std::string cut = madeOver("scan-edit.mov", {"-ss", "3.4", "-c", "copy"});
-  const ScanJson json = scanned({scanMaster(), cut});
+  const PrintedJson json = scanned({scanMaster(), cut});
   EXPECT_EQ(json["identicalFrames"], json["frames"]);
   EXPECT_EQ(json["map"][0]["pattern"], "frame-for-frame");
-  EXPECT_NEAR(json["map"][0]["offset"].get<double>(), 3.4, 0.05);
+  EXPECT_NEAR(json["map"][0]["offset"].number(), 3.4, 0.05);
 }
 
 TEST(ScannedInputs, AnEmptyEditIsNoFrame) {
   const std::string late =
       fixtureMovie("scan-late.mov", {"-itsoffset", "2", "-i", scanMaster(), "-f", "lavfi", "-i", "sine=d=14", "-map",
                                      "0:v", "-map", "1:a", "-c:v", "copy", "-c:a", "aac"});
-  const ScanJson json = scanned({scanMaster(), late});
+  const PrintedJson json = scanned({scanMaster(), late});
   EXPECT_EQ(json["identicalFrames"], 288);
   ASSERT_EQ(json["map"].size(), 1U);
   EXPECT_EQ(json["map"][0]["pattern"], "frame-for-frame");
-  EXPECT_NEAR(json["map"][0]["from"]["seconds"].get<double>(), 2, 0.01);
+  EXPECT_NEAR(json["map"][0]["from"]["seconds"].number(), 2, 0.01);
   EXPECT_EQ(json["map"][0]["sourceFrom"]["frame"], 0);
 }
 
 TEST(ScannedInputs, FragmentsWithoutAnEditListBeginWithTheirFirstFrame) {
   const std::string fragments = madeOver("scan-fragments.mp4", encodedWith({"-movflags", "frag_keyframe+empty_moov"}));
-  const ScanJson json = scanned({scanMaster(), fragments});
+  const PrintedJson json = scanned({scanMaster(), fragments});
   ASSERT_EQ(json["map"].size(), 1U);
   EXPECT_EQ(json["map"][0]["sourceFrom"]["frame"], 0);
   EXPECT_TRUE(json["dropped"].empty());
@@ -148,7 +148,7 @@ TEST(ScannedInputs, FragmentsWithoutAnEditListBeginWithTheirFirstFrame) {
 TEST(ScannedInputs, InterlacedPicturesAreComparedWithProgressiveOnes) {
   const std::string fields =
       madeOver("scan-fields.mov", encodedWith({"-vf", "fps=48,tinterlace=interleave_top", "-flags", "+ildct+ilme"}));
-  const ScanJson json = scanned({scanMaster(), fields});
+  const PrintedJson json = scanned({scanMaster(), fields});
   ASSERT_EQ(json["map"].size(), 1U);
   EXPECT_EQ(json["map"][0]["rate"], 1.0);
   EXPECT_EQ(json["finding"]["causes"][0]["cause"], "same");
@@ -170,7 +170,7 @@ TEST(ScannedInputs, FullRangeIsReadAsItSays) {
   EXPECT_EQ(scanned({scanMaster(), full})["finding"]["causes"][0]["cause"], "same");
   const std::string marked =
       madeOver("scan-marked-full.mov", encodedWith({"-vf", "setparams=range=pc", "-color_range", "pc"}));
-  const ScanJson json = scanned({scanMaster(), marked});
+  const PrintedJson json = scanned({scanMaster(), marked});
   ASSERT_EQ(json["segments"].size(), 1U) << "what the exponent of a range error is differs from shot to shot";
   EXPECT_EQ(json["segments"][0]["causes"][0]["cause"], "range");
 }
@@ -183,7 +183,7 @@ TEST(ScannedInputs, HighDynamicRangeIsComparedInItsOwnCodes) {
     std::vector<std::string> later = encodedWith(tags);
     later.insert(later.end(), {"-vf", "trim=start_frame=31,setpts=PTS-STARTPTS"});
     const std::string again = fixtureMovies(hdr, {{std::string("scan-again-") + transfer + ".mov", later}}).front();
-    const ScanJson json = scanned({hdr, again});
+    const PrintedJson json = scanned({hdr, again});
     EXPECT_EQ(json["map"][0]["sourceFrom"]["frame"], 31) << transfer;
     EXPECT_EQ(json["finding"]["causes"][0]["cause"], "same") << transfer;
   }

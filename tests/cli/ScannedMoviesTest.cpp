@@ -26,7 +26,7 @@ using testing::Not;
 using testing::StartsWith;
 
 TEST(ScannedMovies, ARemuxIsIdenticalFrameByFrame) {
-  const ScanJson json = scanned({scanMaster(), scanRemux()});
+  const PrintedJson json = scanned({scanMaster(), scanRemux()});
   EXPECT_EQ(json["frames"], 288);
   EXPECT_EQ(json["identicalFrames"], 288);
   EXPECT_EQ(json["finding"]["causes"][0]["cause"], "identical");
@@ -34,7 +34,7 @@ TEST(ScannedMovies, ARemuxIsIdenticalFrameByFrame) {
 }
 
 TEST(ScannedMovies, AnExcerptIsFoundInItsSource) {
-  const ScanJson json =
+  const PrintedJson json =
       scanned({scanMaster(), scanExport("scan-excerpt", "trim=start_frame=90:end_frame=240,setpts=PTS-STARTPTS")});
   ASSERT_EQ(json["map"].size(), 1U);
   EXPECT_EQ(json["map"][0]["sourceFrom"]["frame"], 90);
@@ -46,10 +46,10 @@ TEST(ScannedMovies, AnExcerptIsFoundInItsSource) {
 
 TEST(ScannedMovies, AnExponentIsToldFromWhereItBegins) {
   const std::string dest = scanExport("scan-power", scanHalfPower);
-  const ScanJson json = scanned({scanMaster(), dest});
+  const PrintedJson json = scanned({scanMaster(), dest});
   ASSERT_EQ(json["segments"].size(), 2U);
-  EXPECT_NEAR(json["segments"][1]["from"]["frame"].get<double>(), 168, 2);
-  EXPECT_NEAR(json["segments"][1]["exponent"].get<double>(), 1.2, 0.01);
+  EXPECT_NEAR(json["segments"][1]["from"]["frame"].number(), 168, 2);
+  EXPECT_NEAR(json["segments"][1]["exponent"].number(), 1.2, 0.01);
   EXPECT_EQ(json["segments"][1]["causes"][0]["cause"], "power");
   EXPECT_EQ(json["exitStatus"], 1);
   const ProgramRun run = runLumacheck({"scan", scanMaster(), dest});
@@ -60,19 +60,19 @@ TEST(ScannedMovies, AnExponentIsToldFromWhereItBegins) {
 
 TEST(ScannedMovies, APictureThatIsHeldIsToldAsThat) {
   const std::string dest = scanExport("scan-held", "loop=loop=24:size=1:start=90,setpts=N/24/TB");
-  const ScanJson map = scanned({scanMaster(), dest})["map"];
+  const PrintedJson map = scanned({scanMaster(), dest})["map"];
   ASSERT_EQ(map.size(), 3U) << map;
-  EXPECT_NEAR(map[1]["from"]["frame"].get<double>(), 91, 1);
-  EXPECT_NEAR(map[1]["to"]["frame"].get<double>(), 115, 1);
+  EXPECT_NEAR(map[1]["from"]["frame"].number(), 91, 1);
+  EXPECT_NEAR(map[1]["to"]["frame"].number(), 115, 1);
   EXPECT_EQ(map[1]["rate"], 0);
   EXPECT_EQ(map[1]["pattern"], "duplicated");
-  EXPECT_NEAR(map[2]["offset"].get<double>(), -1, 0.03);
+  EXPECT_NEAR(map[2]["offset"].number(), -1, 0.03);
   EXPECT_THAT(runLumacheck({"scan", scanMaster(), dest}).out,
               HasSubstr("  holds the picture of the source at 00:00:03:1"));
 }
 
 TEST(ScannedMovies, OtherPicturesGetNoNumber) {
-  const ScanJson json = scanned({scanMaster(), scanExport("scan-mirrored", "hflip")});
+  const PrintedJson json = scanned({scanMaster(), scanExport("scan-mirrored", "hflip")});
   EXPECT_EQ(json["exitStatus"], 4);
   EXPECT_TRUE(json["segments"].empty());
   EXPECT_TRUE(json["worst"].is_null());
@@ -98,7 +98,7 @@ TEST(ScannedMovies, TheTableHasALineForEveryFrame) {
 TEST(ScannedMovies, EveryNthFrameIsComparedWhenAsked) {
   const movie::test::TemporaryFolder folder;
   const std::string path = folder.path("frames.csv");
-  const ScanJson json = scanned({scanMaster(), scanRemux(), "--sample", "12", "--from", "1", "--csv", path});
+  const PrintedJson json = scanned({scanMaster(), scanRemux(), "--sample", "12", "--from", "1", "--csv", path});
   EXPECT_EQ(json["frames"], 22);
   EXPECT_EQ(json["sample"], 12);
   EXPECT_EQ(json["identicalFrames"], 22);
@@ -187,16 +187,16 @@ TEST(ScannedMovies, AMovieThatEndsInTheMiddleIsToldWithThePlace) {
   const std::string cut = folder.path("cut.mov");
   std::filesystem::copy_file(whole, cut);
   std::filesystem::resize_file(cut, std::filesystem::file_size(whole) * 6 / 10);
-  const ScanJson json = scanned({scanMaster(), cut});
+  const PrintedJson json = scanned({scanMaster(), cut});
   EXPECT_EQ(json["exitStatus"], 2);
   ASSERT_FALSE(json["failure"].is_null());
   EXPECT_EQ(json["failure"]["side"], "dest");
-  EXPECT_GT(json["frames"].get<int>(), 50);
+  EXPECT_GT(json["frames"].number(), 50);
   EXPECT_EQ(json["failure"]["at"]["frame"], json["frames"]);
 }
 
 TEST(ScannedMovies, BeginWithTheFrameOfATimecode) {
-  const ScanJson json = scanned({scanMaster(), scanRemux(), "--from", "00:00:02:02", "--to", "00:00:04:07"});
+  const PrintedJson json = scanned({scanMaster(), scanRemux(), "--from", "00:00:02:02", "--to", "00:00:04:07"});
   EXPECT_EQ(json["segments"][0]["from"]["frame"], 50);
   EXPECT_EQ(json["segments"][0]["to"]["frame"], 103);
 }
@@ -212,7 +212,7 @@ TEST(ScannedMovies, TwoResultsDoNotGoToOneFile) {
 }
 
 TEST(ScannedMovies, WhatIsNoMovieIsRefused) {
-  const ScanJson json = scanned({scanMaster(), "/nowhere.mov"});
+  const PrintedJson json = scanned({scanMaster(), "/nowhere.mov"});
   EXPECT_EQ(json["exitStatus"], 2);
   EXPECT_EQ(json["error"]["path"], "/nowhere.mov");
   EXPECT_EQ(runLumacheck({"scan", scanMaster(), scanRemux(), "--from", "4", "--to", "3"}).status, 2);

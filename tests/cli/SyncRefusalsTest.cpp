@@ -5,19 +5,18 @@
 
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <signal.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/SyncFixture.h"
 
 namespace cli::test {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::ordered_json;
 using movie::test::joined;
 using movie::test::typedMediaData;
 using testing::HasSubstr;
@@ -53,7 +52,7 @@ class SyncRefusals : public SyncCommand {
     EXPECT_EQ(dry.status, 2);
     EXPECT_EQ(dry.err, run.err);
     arguments.back() = "--json";
-    const Json json = Json::parse(runLumacheck(arguments).out);
+    const PrintedJson json = PrintedJson::parse(runLumacheck(arguments).out);
     EXPECT_EQ(json["saved"], false);
     EXPECT_TRUE(json["path"].is_null());
     EXPECT_EQ(json["exitStatus"], 2);
@@ -179,8 +178,8 @@ TEST_F(SyncRefusals, AreTheOnlyDifferenceBetweenADryRunAndARealOne) {
       EXPECT_EQ(real.status, 0);
       EXPECT_EQ(real.err, dry.err);
       if (json) {
-        EXPECT_EQ(Json::parse(dry.out)["changes"], Json::parse(real.out)["changes"]);
-        EXPECT_EQ(Json::parse(real.out)["path"], copied ? copy : dest);
+        EXPECT_EQ(PrintedJson::parse(dry.out)["changes"], PrintedJson::parse(real.out)["changes"]);
+        EXPECT_EQ(PrintedJson::parse(real.out)["path"], copied ? copy : dest);
       } else {
         EXPECT_EQ(dry.out.substr(0, dry.out.find('\n')), real.out.substr(0, real.out.find('\n')));
         EXPECT_THAT(dry.out, testing::EndsWith("\nNot saved: this was a dry run.\n"));
@@ -212,7 +211,7 @@ TEST_F(SyncRefusals, TakeAnyBytesAsAFileName) {
   EXPECT_EQ(descriptionIn(copy).gamma(), gamma22);
   const ProgramRun run = runLumacheck({"sync", source_.path(), dest, "--json"});
   EXPECT_EQ(run.status, 0);
-  EXPECT_TRUE(Json::accept(run.out));
+  EXPECT_TRUE(PrintedJson::accept(run.out));
   EXPECT_EQ(descriptionIn(dest).gamma(), gamma22);
 }
 

@@ -2,8 +2,8 @@
 #include <fstream>
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 
+#include "tests/cli/PrintedJson.h"
 #include "tests/cli/SyncFixture.h"
 
 // `lumacheck sync` from end to end, on movies whose atoms are built here.
@@ -11,7 +11,6 @@
 namespace cli::test {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using testing::HasSubstr;
 
 TEST_F(SyncCommand, CopiesTheMetadataAndSavesInPlace) {
@@ -26,16 +25,11 @@ TEST_F(SyncCommand, CopiesTheMetadataAndSavesInPlace) {
 }
 
 TEST_F(SyncCommand, TellsAProgram) {
-  const Json result = Json::parse(runLumacheck({"sync", source_.path(), dest_.path(), "--json"}).out);
-  const Json expected{
-      {"schema", "lumacheck.sync/1"},
-      {"source", source_.path()},
-      {"dest", dest_.path()},
-      {"changes", {{{"property", "gamma"}, {"action", "set"}, {"before", 1.8}, {"after", 2.2}, {"error", nullptr}}}},
-      {"saved", true},
-      {"path", dest_.path()},
-      {"exitStatus", 0}};
-  EXPECT_EQ(result, expected);
+  const PrintedJson result = PrintedJson::parse(runLumacheck({"sync", source_.path(), dest_.path(), "--json"}).out);
+  EXPECT_EQ(result.dump(),
+            R"({"schema":"lumacheck.sync/1","source":")" + source_.path() + R"(","dest":")" + dest_.path() +
+                R"(","changes":[{"property":"gamma","action":"set","before":1.8,"after":2.2,"error":null}],)" +
+                R"("saved":true,"path":")" + dest_.path() + R"(","exitStatus":0})");
 }
 
 TEST_F(SyncCommand, OnlyTellsInADryRun) {

@@ -31,18 +31,18 @@ class MendedMovies : public testing::TestWithParam<MendedRow> {};
 TEST_P(MendedMovies, AreTheSameOnceTheFilterWasApplied) {
   const auto& [name, filter, cause] = GetParam();
   const std::string dest = scanExport(std::string("scan-mendable-") + name, filter);
-  const ScanJson before = scanned({scanMaster(), dest, "--filter"});
+  const PrintedJson before = scanned({scanMaster(), dest, "--filter"});
   EXPECT_EQ(before["finding"]["causes"][0]["cause"], cause);
   ASSERT_TRUE(before["filter"]["text"].is_string()) << before["filter"];
-  const std::string undone = before["filter"]["text"];
+  const std::string undone = before["filter"]["text"].text();
   // By another name for every other filter: movies of the tests are kept.
   const std::string mended =
       fixtureMovies(dest,
                     {{"scan-mended-" + std::string(name) + std::to_string(std::hash<std::string>()(undone)) + ".mp4",
                       {"-vf", undone, "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "14"}}})
           .front();
-  const ScanJson after = scanned({scanMaster(), mended});
-  const double left = after["finding"]["difference"];
+  const PrintedJson after = scanned({scanMaster(), mended});
+  const double left = after["finding"]["difference"].number();
   std::cout << name << ": " << before["finding"]["difference"] << " codes, then " << left << ", by " << undone << "\n";
   EXPECT_EQ(after["finding"]["causes"][0]["cause"], "same");
   EXPECT_LT(left, 1.5) << "codes of 8 bits, which the samples were cut to twice on the way";
@@ -100,17 +100,17 @@ TEST_P(TabledMovies, AreTheSameOnceTheTableWasApplied) {
   const auto& [name, filter, cause, dimensions] = GetParam();
   const std::string dest = scanExport(std::string("scan-tabled-") + name, filter, calmMaster());
   const std::string table = tableBeside(dest);
-  const ScanJson before = scanned({calmMaster(), dest, "--lut", table});
+  const PrintedJson before = scanned({calmMaster(), dest, "--lut", table});
   EXPECT_EQ(before["finding"]["causes"][0]["cause"], cause);
-  const ScanJson lut = before["lut"];
+  const PrintedJson lut = before["lut"];
   ASSERT_TRUE(lut["why"].is_null()) << lut;
   EXPECT_EQ(lut["dimensions"], dimensions);
-  const ScanJson after = scanned({calmMaster(), throughTable(dest, table)});
-  const double left = after["finding"]["difference"];
+  const PrintedJson after = scanned({calmMaster(), throughTable(dest, table)});
+  const double left = after["finding"]["difference"].number();
   std::cout << name << ": " << before["finding"]["difference"] << " codes, then " << left << " (" << lut << ")\n";
   EXPECT_EQ(after["finding"]["causes"][0]["cause"], "same");
   EXPECT_LT(left, 1.0) << "codes of 8 bits";
-  EXPECT_NEAR(left, lut["difference"]["after"].get<double>(), 0.3) << "what was told";
+  EXPECT_NEAR(left, lut["difference"]["after"].number(), 0.3) << "what was told";
 }
 
 constexpr const char *takenFor709 = "scale=in_color_matrix=bt601:out_color_matrix=bt709:flags=bicubic+accurate_rnd",
@@ -127,11 +127,11 @@ INSTANTIATE_TEST_SUITE_P(Rows, TabledMovies,
 TEST(TableOfAMovie, TellsWhatIsCutOffBeforeIt) {
   const std::string dest = scanExport("scan-mendable-luma", scanPower);
   const std::string table = tableBeside(dest);
-  const ScanJson lut = scanned({scanMaster(), dest, "--lut", table})["lut"];
+  const PrintedJson lut = scanned({scanMaster(), dest, "--lut", table})["lut"];
   EXPECT_EQ(lut["cutsOff"], true) << "of colours as no film has them";
-  const double told = lut["difference"]["after"];
+  const double told = lut["difference"]["after"].number();
   EXPECT_GT(told, 2);
-  EXPECT_NEAR(scanned({scanMaster(), throughTable(dest, table)})["finding"]["difference"].get<double>(), told, 0.5);
+  EXPECT_NEAR(scanned({scanMaster(), throughTable(dest, table)})["finding"]["difference"].number(), told, 0.5);
   EXPECT_THAT(runLumacheck({"scan", scanMaster(), dest, "--lut", table}).out,
               HasSubstr(": colors of the destination that lie beyond black and white are cut off before a table"));
 }
@@ -144,15 +144,15 @@ TEST_P(ProvenMovies, AreTheSameInTheProof) {
   const movie::test::TemporaryFolder folder;
   const std::string path = folder.path("proof.mov");
   const std::string dest = scanExport(std::string("scan-mendable-") + name, filter);
-  const ScanJson json = scanned({scanMaster(), dest, "--proof", path});
+  const PrintedJson json = scanned({scanMaster(), dest, "--proof", path});
   EXPECT_EQ(json["finding"]["causes"][0]["cause"], cause);
-  const ScanJson proof = json["proof"];
+  const PrintedJson proof = json["proof"];
   ASSERT_EQ(proof["path"], path) << proof;
   std::cout << name << ": " << proof["difference"] << "\n";
   EXPECT_EQ(proof["causes"][0]["cause"], "same");
-  EXPECT_LT(proof["difference"]["after"].get<double>(), 1.0);
-  EXPECT_NEAR(proof["difference"]["before"].get<double>(), json["finding"]["difference"].get<double>(), 1.0);
-  const double first = proof["from"]["seconds"], end = proof["to"]["seconds"];
+  EXPECT_LT(proof["difference"]["after"].number(), 1.0);
+  EXPECT_NEAR(proof["difference"]["before"].number(), json["finding"]["difference"].number(), 1.0);
+  const double first = proof["from"]["seconds"].number(), end = proof["to"]["seconds"].number();
   EXPECT_NEAR(end - first, std::string(name) == "half" ? 5 : 10, 0.1);
 }
 

@@ -18,9 +18,10 @@ using namespace test;
 using testing::HasSubstr;
 
 TEST(UndoneScans, OnlyWhatWasScannedIsUndone) {
-  const ScanJson part = scanned({scanMaster(), scanExport("scan-mendable-luma", scanPower), "--to", "4", "--filter"});
+  const PrintedJson part =
+      scanned({scanMaster(), scanExport("scan-mendable-luma", scanPower), "--to", "4", "--filter"});
   EXPECT_EQ(part["segments"].size(), 1U);
-  EXPECT_THAT(part["filter"]["text"].get<std::string>(), HasSubstr("enable='between(t,-0.0"));
+  EXPECT_THAT(part["filter"]["text"].text(), HasSubstr("enable='between(t,-0.0"));
 }
 
 TEST(UndoneScans, WhatCannotBeUndoneIsTold) {
@@ -65,11 +66,11 @@ TEST(UndoneScans, ATableIsACubeFileThatHasAPlace) {
 TEST(UndoneScans, AProofOfASampledScanIsMeasuredToo) {
   const movie::test::TemporaryFolder folder;
   const std::string path = folder.path("proof.mov"), dest = scanExport("scan-mendable-luma", scanPower);
-  const ScanJson proof =
+  const PrintedJson proof =
       scanned({scanMaster(), dest, "--from", "0.05", "--to", "3", "--sample", "4", "--proof", path})["proof"];
-  EXPECT_GT(proof["compared"], 5) << proof;
-  EXPECT_GT(proof["difference"]["before"].get<double>(), 5);
-  EXPECT_LT(proof["difference"]["after"].get<double>(), 1);
+  EXPECT_GT(proof["compared"].number(), 5) << proof;
+  EXPECT_GT(proof["difference"]["before"].number(), 5);
+  EXPECT_LT(proof["difference"]["after"].number(), 1);
 }
 
 TEST(UndoneScans, AProofIsHeldAgainstTheFramesThatItShows) {
@@ -78,15 +79,15 @@ TEST(UndoneScans, AProofIsHeldAgainstTheFramesThatItShows) {
   const std::string excerpt = std::string("trim=start_frame=90:end_frame=150,setpts=PTS-STARTPTS,crop=320:136,") +
                               "pad=320:180:0:22," + scanPower;
   const std::string dest = scanExport("scan-proven-excerpt", excerpt);
-  const ScanJson proof = scanned({scanMaster(), dest, "--proof", path})["proof"];
+  const PrintedJson proof = scanned({scanMaster(), dest, "--proof", path})["proof"];
   EXPECT_EQ(proof["frames"], 60);
-  EXPECT_GT(proof["compared"], 20);
+  EXPECT_GT(proof["compared"].number(), 20);
   EXPECT_EQ(proof["causes"][0]["cause"], "same");
   // And by a scan that has to find its place by itself.
-  const ScanJson again = scanned({scanMaster(), path});
+  const PrintedJson again = scanned({scanMaster(), path});
   EXPECT_EQ(again["map"][0]["sourceFrom"]["frame"], 90);
   EXPECT_EQ(again["map"][0]["pattern"], "frame-for-frame");
-  EXPECT_NEAR(again["finding"]["difference"].get<double>(), proof["difference"]["after"].get<double>(), 0.3);
+  EXPECT_NEAR(again["finding"]["difference"].number(), proof["difference"]["after"].number(), 0.3);
 }
 
 TEST(UndoneScans, AProofHasTheTagsOfTheSourceAndTheTimesOfTheDestination) {
@@ -104,8 +105,8 @@ TEST(UndoneScans, AProofHasTheTagsOfTheSourceAndTheTimesOfTheDestination) {
           .front();
   const std::string path = folder.path("proof.mov");
   EXPECT_EQ(scanned({source, dest, "--proof", path})["proof"]["causes"][0]["cause"], "same");
-  const ScanJson info = ScanJson::parse(runLumacheck({"info", "--json", path}).out)[0];
-  EXPECT_NEAR(info["gamma"].get<double>(), 2.2, 0.001);
+  const PrintedJson info = PrintedJson::parse(runLumacheck({"info", "--json", path}).out)[0];
+  EXPECT_NEAR(info["gamma"].number(), 2.2, 0.001);
   const std::string words = runLumacheck({"info", path}).out;
   EXPECT_THAT(words, HasSubstr("1-1-6"));
   EXPECT_THAT(words, HasSubstr("320 x 180"));
@@ -133,7 +134,7 @@ TEST(UndoneScans, WhereNoProofIsMadeThereIsNoFile) {
   const std::string path = folder.path("proof.mov");
   EXPECT_THAT(runLumacheck({"scan", scanMaster(), scanRemux(), "--proof", path}).out,
               HasSubstr("Proof: none. There is nothing to undo.\n"));
-  const ScanJson json = scanned({scanMaster(), scanRemux(), "--to", "2", "--proof", path});
+  const PrintedJson json = scanned({scanMaster(), scanRemux(), "--to", "2", "--proof", path});
   EXPECT_EQ(json["proof"]["why"], "There is nothing to undo.");
   EXPECT_TRUE(json["proof"]["path"].is_null());
   EXPECT_TRUE(folder.names().empty());
