@@ -24,23 +24,33 @@ class Texture {
     float* sample = samples_.data();
     for (int row = 0; row < rows; ++row) {
       for (int column = 0; column < columns; ++column) {
-        *sample++ = static_cast<float>(painted(shot, least + column * step, least + row * step));
+        *sample++ = static_cast<float>(painted(shot, least + column * spacing, least + row * spacing));
       }
     }
   }
 
-  double at(double u, double v) const {
-    const double x = std::clamp((u - least) / step, 0.0, columns - 1.001);
-    const double y = std::clamp((v - least) / step, 0.0, rows - 1.001);
-    const auto column = static_cast<std::size_t>(x), row = static_cast<std::size_t>(y);
-    const double right = x - static_cast<double>(column), below = y - static_cast<double>(row);
-    const float* const here = samples_.data() + row * columns + column;
-    const double above = double{here[0]} + right * (double{here[1]} - double{here[0]});
-    const double under = double{here[columns]} + right * (double{here[columns + 1]} - double{here[columns]});
-    return above + below * (under - above);
+  /// Between which of its samples a place lies along an axis.
+  struct Step {
+    std::size_t before = 0;
+    double behind = 0;
+  };
+  static Step across(double u) { return step(u, columns); }
+  static Step down(double v) { return step(v, rows); }
+
+  double at(const Step& across, const Step& down) const {
+    const float* const here = samples_.data() + down.before * columns + across.before;
+    const double above = double{here[0]} + across.behind * (double{here[1]} - double{here[0]});
+    const double under = double{here[columns]} + across.behind * (double{here[columns + 1]} - double{here[columns]});
+    return above + down.behind * (under - above);
   }
 
  private:
+  static Step step(double place, int samples) {
+    const double at = std::clamp((place - least) / spacing, 0.0, samples - 1.001);
+    const auto before = static_cast<std::size_t>(at);
+    return {before, at - static_cast<double>(before)};
+  }
+
   static double painted(std::uint32_t shot, double u, double v) {
     const double coarse = valueNoise(3 * u + 10, 3 * v + 10, 11 * shot),
                  fine = valueNoise(9 * u + 30, 9 * v + 30, 13 * shot);
@@ -48,7 +58,7 @@ class Texture {
   }
 
   // Shots pan by at most 0.6 either way.
-  static constexpr double least = -0.6, step = 1.0 / 90;
+  static constexpr double least = -0.6, spacing = 1.0 / 90;
   static constexpr int columns = 270, rows = 198;
   std::vector<float> samples_;
 };
@@ -71,30 +81,84 @@ struct Moment {
     right = speed * into * std::cos(direction);
     down = speed * into * std::sin(direction);
   }
-  double lumaAt(double x, double y) const { return texture->at(x * 16 / 9 + right, y + down); }
-
   const Texture* texture = nullptr;
   double right = 0, down = 0;
 };
 
-struct Color {
-  double luma = 0, pb = 0, pr = 0;
+/// A sample of an axis, in each of two moments where these are mixed.
+struct Place {
+  bool isShown = false;  ///< beside the bars
+  double ofMaster = 0;
+  Texture::Step main, mixed;
+};
+using Places = std::vector<Place>;
+
+double between(double begin, double end, double share) {
+  return begin + share * (end - begin);
+}
+
+/// Where samples lie between the bars and in the part of the master, from 0 to 1.
+Places placesAlong(int samples, double boxBegin, double boxEnd, double partBegin, double partEnd) {
+  Places places;
+  for (int i = 0; i < samples; ++i) {
+    const double at = (i + 0.5) / samples;
+    places.push_back(
+        {at >= boxBegin && at <= boxEnd, between(partBegin, partEnd, (at - boxBegin) / (boxEnd - boxBegin)), {}, {}});
+  }
+  return places;
+}
+
+/// The samples of a picture, all that is needed of them known once for each axis.
+struct Canvas {
+  Canvas(const Laid& laid, const Moment& main, const Moment& mixed)
+      : columns(placesAlong(thumbnailWidth, laid.box.left, laid.box.right, laid.part.left, laid.part.right)),
+        rows(placesAlong(thumbnailHeight, laid.box.top, laid.box.bottom, laid.part.top, laid.part.bottom)) {
+    for (Place& each : columns) {
+      if (laid.mirrored) each.ofMaster = 1 - each.ofMaster;
+      each.main = Texture::across(each.ofMaster * 16 / 9 + main.right);
+      each.mixed = Texture::across(each.ofMaster * 16 / 9 + mixed.right);
+    }
+    for (Place& each : rows) {
+      each.main = Texture::down(each.ofMaster + main.down);
+      each.mixed = Texture::down(each.ofMaster + mixed.down);
+    }
+  }
+  Places columns, rows;
 };
 
-/// What a frame shows, at both moments where two are mixed.
-struct Moments {
-  explicit Moments(const Shown& shown) : main(shown.content), mixed(shown.mixed > 0 ? shown.other : shown.content) {}
-  Moment main, mixed;
-};
+/// By pointers: the sanitizers make a call of every step of a vector.
+using Lines = std::array<float*, 3>;
 
-Color colorAt(const Shown& shown, const Moments& moments, const Laid& laid, double x, double y) {
-  if (shown.black || x < laid.box.left || x > laid.box.right || y < laid.box.top || y > laid.box.bottom) return {};
-  double u = laid.part.left + (x - laid.box.left) / laid.box.width() * laid.part.width();
-  const double v = laid.part.top + (y - laid.box.top) / laid.box.height() * laid.part.height();
-  if (laid.mirrored) u = 1 - u;
-  double luma = moments.main.lumaAt(u, v);
-  if (shown.mixed > 0) luma += shown.mixed * (moments.mixed.lumaAt(u, v) - luma);
-  return {shown.exponent == 1 ? luma : std::pow(luma, shown.exponent), 0.02 * (u - 0.5), 0.02 * (v - 0.5)};
+void paintLine(const Lines& lines, const Shown& shown, const Canvas& canvas, const Place& row, const Moment& main,
+               const Moment& mixed) {
+  const auto exponent = static_cast<float>(shown.exponent), share = static_cast<float>(shown.mixed);
+  const Place* column = canvas.columns.data();
+  for (int i = 0; i < thumbnailWidth; ++i, ++column) {
+    if (!column->isShown) continue;
+    auto luma = static_cast<float>(main.texture->at(column->main, row.main));
+    if (share > 0) luma += share * (static_cast<float>(mixed.texture->at(column->mixed, row.mixed)) - luma);
+    lines[0][i] = exponent == 1 ? luma : std::pow(luma, exponent);
+    lines[1][i] = static_cast<float>(0.02 * (column->ofMaster - 0.5));
+    lines[2][i] = static_cast<float>(0.02 * (row.ofMaster - 0.5));
+  }
+}
+
+void paint(const Lines& planes, const Shown& shown, const Laid& laid) {
+  const Moment main(shown.content), mixed(shown.mixed > 0 ? shown.other : shown.content);
+  const Canvas canvas(laid, main, mixed);
+  Lines lines = planes;
+  for (const Place& row : canvas.rows) {
+    if (row.isShown) paintLine(lines, shown, canvas, row, main, mixed);
+    for (float*& line : lines) line += thumbnailWidth;
+  }
+}
+
+void addNoise(float* luma, double most, std::uint32_t frame) {
+  for (int row = 0; row < thumbnailHeight; ++row) {
+    for (int column = 0; column < thumbnailWidth; ++column) {
+      *luma++ += static_cast<float>(most * (hash01(column, row, frame) - 0.5));
+    }
+  }
 }
 
 std::uint64_t digestOf(const Shown& shown) {
@@ -119,27 +183,18 @@ std::vector<std::size_t> PaintedRow::syncFrames() const {
 movie::Result<Thumbnail> PaintedRow::thumbnail(std::size_t frame) {
   if (frame >= broken_ || frame >= frames_.size()) return movie::failed("painted.mov", movie::Reason::BecameShorter);
   const Shown& shown = frames_[frame];
-  const Moments moments(shown);
   Thumbnail thumbnail;
   thumbnail.digest = digestOf(shown);
   diagnosis::Signal& signal = thumbnail.signal;
   signal.width = thumbnailWidth;
   signal.height = thumbnailHeight;
-  // By pointers: the sanitizers make a call of every step of a vector.
-  std::array<float*, 3> samples{};
+  Lines planes{};
   for (std::size_t plane = 0; plane < 3; ++plane) {
     signal.planes[plane].resize(std::size_t{thumbnailWidth} * thumbnailHeight);
-    samples[plane] = signal.planes[plane].data();
+    planes[plane] = signal.planes[plane].data();
   }
-  for (int row = 0; row < thumbnailHeight; ++row) {
-    for (int column = 0; column < thumbnailWidth; ++column) {
-      Color color = colorAt(shown, moments, laid_, (column + 0.5) / thumbnailWidth, (row + 0.5) / thumbnailHeight);
-      if (shown.coded) color.luma += shown.noise * (hash01(column, row, static_cast<std::uint32_t>(frame)) - 0.5);
-      *samples[0]++ = static_cast<float>(color.luma);
-      *samples[1]++ = static_cast<float>(color.pb);
-      *samples[2]++ = static_cast<float>(color.pr);
-    }
-  }
+  if (!shown.black) paint(planes, shown, laid_);
+  if (shown.coded) addNoise(planes[0], shown.noise, static_cast<std::uint32_t>(frame));
   return thumbnail;
 }
 
