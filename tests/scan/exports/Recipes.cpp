@@ -273,7 +273,7 @@ void addHard(std::vector<ScanRecipe>& recipes) {
       {"range", rangeExpanded, caused(whole(), CauseKind::Range)},
       {"matrix", "scale=in_color_matrix=bt709:out_color_matrix=bt601,setparams=colorspace=bt709",
        caused(whole(), CauseKind::Matrix)}};
-  for (const int crf : {44, 51}) {
+  for (const int crf : {40, 42, 44, 46, 48, 51}) {
     for (const auto& [name, filter, truth] : changes) {
       recipes.push_back({"hard-" + std::string(name) + "-crf" + std::to_string(crf), x264(filter, crf), truth, true});
       recipes.back().isHard = true;
