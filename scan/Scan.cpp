@@ -36,6 +36,23 @@ class ProgressCount {
   ScanProgress progress_;
 };
 
+/// Takes the colours of a frame that was gone through before. False where it cannot be read any more, which the scan
+/// ends with.
+bool readAgain(Followed& followed, std::size_t frame, FrameRow& source, FrameRow& dest,
+               const diagnosis::Placement& placement) {
+  const auto failed = [&](ReadFailure::Side side, std::size_t number, const movie::MovieError& error) {
+    if (!followed.failure) followed.failure = ReadFailure{side, number, error};
+    return false;
+  };
+  const auto number = static_cast<std::size_t>(followed.matches.frames[frame - followed.matches.first].source);
+  const auto shown = source.thumbnail(number);
+  if (!shown) return failed(ReadFailure::Side::Source, number, shown.error());
+  const auto here = dest.thumbnail(frame);
+  if (!here) return failed(ReadFailure::Side::Dest, frame, here.error());
+  followed.evidence.insert(frame, alignedThumbnails(*shown, *here, placement));
+  return true;
+}
+
 /// Segments too short for one of the frames that were kept: some of theirs are read again.
 void completeEvidence(Followed& followed, FrameRow& source, FrameRow& dest, const diagnosis::Placement& placement) {
   constexpr std::size_t enough = 4, mostSegments = 24;
@@ -44,28 +61,23 @@ void completeEvidence(Followed& followed, FrameRow& source, FrameRow& dest, cons
     if (followed.evidence.countIn(segment.dest) >= enough || ++completed > mostSegments) continue;
     for (std::size_t i = 0; i < enough; ++i) {
       const std::size_t frame = segment.dest.first + segment.dest.count() * (2 * i + 1) / (2 * enough);
-      const FrameMatch& match = followed.matches.frames[frame - followed.matches.first];
-      if (!match.isMeasured()) continue;
-      const auto shown = source.thumbnail(static_cast<std::size_t>(match.source)), here = dest.thumbnail(frame);
-      if (shown && here) followed.evidence.insert(frame, alignedThumbnails(*shown, *here, placement));
+      if (!followed.matches.frames[frame - followed.matches.first].isMeasured()) continue;
+      if (!readAgain(followed, frame, source, dest, placement)) return;
     }
   }
 }
 
 /// Colours of frames that were gone through before. They are read again: there are too many of them to be kept.
-Evidence evidenceAgain(const std::vector<FrameMatch>& frames, FrameRow& source, FrameRow& dest,
-                       const diagnosis::Placement& placement, const Stop& stop) {
+void readEvidenceAgain(Followed& before, FrameRow& source, FrameRow& dest, const diagnosis::Placement& placement,
+                       const Stop& stop) {
   Thinned added;
-  for (std::size_t i = 0; i < frames.size(); ++i) {
-    if (isEvidence(frames[i]) && added.wants(i)) added.add(i);
+  for (std::size_t i = 0; i < before.matches.frames.size(); ++i) {
+    if (isEvidence(before.matches.frames[i]) && added.wants(i)) added.add(i);
   }
-  Evidence evidence(added);
+  before.evidence = Evidence(added);
   for (const std::size_t i : added.numbers()) {
-    if (stop()) break;
-    const auto shown = source.thumbnail(static_cast<std::size_t>(frames[i].source)), here = dest.thumbnail(i);
-    if (shown && here) evidence.insert(i, alignedThumbnails(*shown, *here, placement));
+    if (stop() || !readAgain(before, i, source, dest, placement)) return;
   }
-  return evidence;
 }
 
 /// Behind what was kept of the same scan.
@@ -74,7 +86,7 @@ Departure departureAfter(const SavedScan& saved, FrameRow& source, FrameRow& des
   if (saved.frames.empty()) return departure;
   departure.before.matches.frames = saved.frames;
   departure.before.lines = saved.lines;
-  departure.before.evidence = evidenceAgain(saved.frames, source, dest, departure.placement, stop);
+  readEvidenceAgain(departure.before, source, dest, departure.placement, stop);
   departure.bearing = saved.standing.bearing;
   departure.state = saved.standing.state;
   return departure;

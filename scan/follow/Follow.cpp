@@ -368,6 +368,7 @@ Departure departureOf(const Beginning& beginning) {
 
 Followed followed(const FrameRow& source, const SampledRow& dest, Departure departure, Following following,
                   const FollowHooks& hooks) {
+  if (departure.before.failure) return std::move(departure.before);
   return Walk(source, dest, std::move(departure), following, hooks).all();
 }
 

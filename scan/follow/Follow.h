@@ -43,7 +43,7 @@ struct FollowHooks {
 /// Where to go on: at the beginning, or behind frames that are known.
 struct Departure {
   diagnosis::Placement placement;
-  Followed before;  ///< at least one line
+  Followed before;  ///< at least one line; what failed already stays as it is
   Bearing bearing;
   std::optional<Track::State> state;  ///< of the last frame before
 };

@@ -59,5 +59,21 @@ TEST(ScanKeeper, IsNotToldThatAllIsFinalWhereItCannotBeGoneOnWith) {
   EXPECT_TRUE(again.states.empty());
 }
 
+/// Colours of some frames are not kept, and read again.
+TEST(ScanKeeper, TellsWhatCannotBeReadAgain) {
+  PaintedRow source(master(0, 20), 24), dest(exported(master(0, 20), 1.2), 24), broken = source;
+  MemoryKeeper keeper;
+  scanned(source, dest, {}, {}, {}, &keeper);
+  const SavedScan& saved = keeper.states[keeper.states.size() / 2];
+  ASSERT_GT(saved.frames.size(), 150U);
+  broken.breakAt(100);
+  MemoryKeeper again(saved);
+  const ScanResult result = scanned(broken, dest, {}, {}, {}, &again);
+  ASSERT_TRUE(result.failure);
+  EXPECT_EQ(result.failure->side, ReadFailure::Side::Source);
+  EXPECT_NEAR(static_cast<double>(result.failure->frame), 100, 2);
+  EXPECT_EQ(result.matches.frames.size(), saved.frames.size()) << "what is known stays";
+}
+
 }  // namespace
 }  // namespace scan::test
