@@ -77,7 +77,7 @@ void LumacheckAppDelegate::browse(const QString& type) {
       makeMoviePanel(*window_, type == source_.type ? tr("Open the source movie") : tr("Open the destination movie"));
   panel->setFileMode(QFileDialog::ExistingFile);
   panel->setOption(QFileDialog::ReadOnly);  // no folders are made
-  connect(panel, &QDialog::finished, this, [this, panel, type](int code) { browseDidEnd(panel, code, type); });
+  whenPanelEnds(panel, this, [this, panel, type](int code) { browseDidEnd(panel, code, type); });
   panel->open();
 }
 

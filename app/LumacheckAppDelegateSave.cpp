@@ -92,7 +92,7 @@ void LumacheckAppDelegate::saveDestAs() {
   panel->setAcceptMode(QFileDialog::AcceptSave);
   panel->setFileMode(QFileDialog::AnyFile);
   panel->setDefaultSuffix(movieFileTypes().first());
-  connect(panel, &QDialog::finished, this, [this, panel](int code) { savePanelDidEnd(panel, code, nullptr); });
+  whenPanelEnds(panel, this, [this, panel](int code) { savePanelDidEnd(panel, code, nullptr); });
   panel->open();
 }
 

@@ -56,10 +56,16 @@ QStringList movieFileTypes() {
 
 QFileDialog* makeMoviePanel(QWidget& window, const QString& title) {
   auto* const panel = new QFileDialog(&window, title);
-  panel->setAttribute(Qt::WA_DeleteOnClose);
   panel->setOption(QFileDialog::DontUseNativeDialog);
   panel->setOption(QFileDialog::HideNameFilterDetails);
   panel->setProxyModel(new OfferedFiles(panel));
   panel->setNameFilter(QCoreApplication::translate("MoviePanel", "Movies (%1)").arg(QStringLiteral("*")));
   return panel;
+}
+
+void whenPanelEnds(QFileDialog* panel, const QObject* context, const std::function<void(int code)>& didEnd) {
+  QObject::connect(panel, &QDialog::finished, context, [panel, didEnd](int code) {
+    didEnd(code);
+    panel->deleteLater();
+  });
 }

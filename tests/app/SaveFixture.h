@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QFile>
 #include <QFileDialog>
+#include <QPointer>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStringList>
@@ -45,10 +46,11 @@ class SaveFixture : public WindowFixture {
   }
   /// Answers the save panel that is up; returns when the copy is written.
   void answerPanel(const QString& target) {
-    QFileDialog* const asked = panel();
+    const QPointer<QFileDialog> asked = panel();
     ASSERT_NE(asked, nullptr);
     asked->selectFile(target);
     static_cast<QDialog*>(asked)->done(QDialog::Accepted);
+    EXPECT_NE(asked, nullptr) << "deleted while it was still ending";
   }
   void saveAs(const QString& target) {
     press(interface().saveAsBtn);
