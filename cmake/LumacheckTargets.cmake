@@ -25,11 +25,6 @@ endif()
 # Most of the time of a test would go into optimising GoogleTest: tests are compiled as they stand, and run a product that is
 # optimised. The C library can fortify only what is.
 set(LUMACHECK_TEST_OPTIONS -O0 -U_FORTIFY_SOURCE)
-if(LUMACHECK_SANITIZERS MATCHES undefined)
-  # A check of every pointer before each step of a test itself takes a sixth of its compilation; the address sanitizer stops
-  # what follows a null pointer.
-  list(APPEND LUMACHECK_TEST_OPTIONS -fno-sanitize=null,alignment)
-endif()
 
 add_library(lumacheck_options INTERFACE)
 # The presets but `dev` compile the sources of a target a dozen at a time: most of a compilation goes into the headers that
@@ -126,6 +121,10 @@ function(lumacheck_test name)
   precompiled_headers_for(${name} test ${ARG_LIBS})
   if(TARGET movie_ffmpeg)
     add_dependencies(${name} movie_ffmpeg)
+  endif()
+  libraries_of(libraries ${ARG_LIBS})
+  if("movie_decode" IN_LIST libraries AND NOT "accuracy" IN_LIST ARG_LABELS)
+    list(APPEND ARG_LABELS optional)
   endif()
   if((LUMACHECK_SANITIZERS AND "accuracy" IN_LIST ARG_LABELS) OR NOT (LUMACHECK_FFMPEG OR "optional" IN_LIST ARG_LABELS))
     set_target_properties(${name} PROPERTIES EXCLUDE_FROM_ALL ON)

@@ -1,6 +1,5 @@
 # The releases as packaging/changelog tells them, which is the one place that names them:
 #   LUMACHECK_RELEASE_VERSION, LUMACHECK_RELEASE_DATE   the newest one's, the date as in 2026-11-21
-#   LUMACHECK_RELEASE_EPOCH                             that date in seconds since 1970
 #   LUMACHECK_RELEASE_ELEMENTS                          all of them, as AppStream lists releases
 set(LUMACHECK_CHANGELOG ${CMAKE_CURRENT_LIST_DIR}/../packaging/changelog)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${LUMACHECK_CHANGELOG})
@@ -29,5 +28,3 @@ foreach(line IN LISTS lines)
   endif()
 endforeach()
 string(STRIP "${LUMACHECK_RELEASE_ELEMENTS}" LUMACHECK_RELEASE_ELEMENTS)
-execute_process(COMMAND date -u -d ${LUMACHECK_RELEASE_DATE} +%s
-  OUTPUT_VARIABLE LUMACHECK_RELEASE_EPOCH OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)

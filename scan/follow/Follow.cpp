@@ -158,29 +158,34 @@ class Walk {
     const bool isNew = newest.read.number >= at_.settledBefore;
     if (isNew && !newest.read.signature.isFlat()) {
       lost_ = newest.least > mostUsual() ? lost_ + 1 : 0;
-      if (lost_ == 0) followDrift(at_, candidates), at_.usual.add(newest.least);
+      if (lost_ == 0) goOn(newest.read, newest.least, candidates);
     }
     newest.bearing = at_;
     newest.lost = lost_ > 0;
     if (following_ == Following::WhereverItIs && lost_ >= lostAfter) findAgain();
-    if (isNew && lost_ == 0 && newest.read.number % tonedEvery == 0) followTone(newest);
     return true;
+  }
+
+  /// Behind a frame that shows what it is expected to show.
+  void goOn(const ReadFrame& frame, float least, const Candidates& candidates) {
+    followDrift(at_, candidates);
+    at_.usual.add(least);
+    if (frame.number % tonedEvery == 0) followTone(frame, least);
   }
 
   /// Raised to the exponent that was measured, the source is nearer, and what is not shown is farther by comparison.
   /// Measured long enough ago to be known wherever one went on.
-  void followTone(Waiting& newest) {
+  void followTone(const ReadFrame& frame, float least) {
     constexpr double clearly = 0.08;
     constexpr float nearer = 0.8F;
-    const std::size_t known = newest.read.number - std::min(newest.read.number, delay_.settledAfter);
+    const std::size_t known = frame.number - std::min(frame.number, delay_.settledAfter);
     const std::optional<double> exponent = latestExponent(result_.matches, known);
     if (!exponent || std::abs(std::log(*exponent / at_.course.exponent)) < clearly) return;
-    const std::int64_t middle = nearestFrame(source_, at_.course.line.at(newest.read.time)) + at_.centre;
+    const std::int64_t middle = nearestFrame(source_, at_.course.line.at(frame.time)) + at_.centre;
     const Looks next{placement_.source, *exponent};
-    if (leastBeside(newest.read, middle, window_, next) > nearer * newest.least) return;
+    if (leastBeside(frame, middle, window_, next) > nearer * least) return;
     at_.course.exponent = *exponent;
     at_.usual = {};
-    newest.bearing = at_;
     window_.lookAgain(looks());
   }
 

@@ -15,7 +15,6 @@ PrintedJson::PrintedJson(const char* text) : PrintedJson(Value{text}) {}
 PrintedJson::PrintedJson(const std::string& text) : PrintedJson(Value{text}) {}
 PrintedJson::PrintedJson(double number) : PrintedJson(Value{number}) {}
 PrintedJson::PrintedJson(int number) : PrintedJson(Value{number}) {}
-PrintedJson::PrintedJson(unsigned long number) : PrintedJson(Value{number}) {}
 PrintedJson::PrintedJson(bool value) : PrintedJson(Value{value}) {}
 
 PrintedJson PrintedJson::parse(const std::string& text) {

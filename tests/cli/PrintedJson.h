@@ -16,7 +16,6 @@ class PrintedJson {
   PrintedJson(const std::string& text);
   PrintedJson(double number);
   PrintedJson(int number);
-  PrintedJson(unsigned long number);
   PrintedJson(bool value);
 
   static PrintedJson parse(const std::string& text);
