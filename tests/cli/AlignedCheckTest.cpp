@@ -22,12 +22,12 @@ std::string alignMaster() {
       "align-master.mp4",
       {"-f", "lavfi", "-i",
        "mandelbrot=s=320x180:r=24:start_x=-1.2:start_y=0.2:start_scale=0.5:end_scale=0.01:end_pts=240", "-t", "10",
-       "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "16", "-g", "24"});
+       "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "ultrafast", "-crf", "16", "-g", "24"});
 }
 
 std::string alignExport(const std::string& name, const std::string& filter) {
   return fixtureMovies(alignMaster(),
-                       {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "veryfast", "-crf", "18"}}})
+                       {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-crf", "18"}}})
       .front();
 }
 

@@ -21,13 +21,13 @@ inline std::string scanMaster() {
       {"-f", "lavfi", "-i", "mandelbrot=s=320x180:r=24:start_scale=1:end_scale=0.02:end_pts=300", "-f", "lavfi", "-i",
        "mandelbrot=s=320x180:r=24:start_x=-1.2:start_y=0.2:start_scale=0.5:end_scale=0.01:end_pts=300",
        "-filter_complex", "[0:v]trim=duration=6[a];[1:v]trim=duration=6[b];[a][b]concat=n=2,format=yuv420p", "-c:v",
-       "libx264", "-preset", "veryfast", "-crf", "16", "-g", "24"});
+       "libx264", "-preset", "ultrafast", "-crf", "16", "-g", "24"});
 }
 
 inline std::string scanExport(const std::string& name, const std::string& filter,
                               const std::string& master = scanMaster()) {
   return fixtureMovies(master,
-                       {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "veryfast", "-crf", "18"}}})
+                       {{name + ".mp4", {"-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-crf", "18"}}})
       .front();
 }
 
@@ -36,9 +36,9 @@ inline std::string scanRemux() {
 }
 
 /// Makes luma darker, by an exponent of 1.2.
-constexpr const char* scanPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)'";
+constexpr const char* scanPower = "lutyuv=y='16.5+219*pow(clip((val-16)/219,0,1),1.2)'";
 /// The same from the seventh second on.
-constexpr const char* scanHalfPower = "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
+constexpr const char* scanHalfPower = "lutyuv=y='16.5+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'";
 
 inline PrintedJson scanned(std::vector<std::string> arguments) {
   arguments.insert(arguments.begin(), {"scan", "--json"});

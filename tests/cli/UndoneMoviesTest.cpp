@@ -39,7 +39,7 @@ TEST_P(MendedMovies, AreTheSameOnceTheFilterWasApplied) {
   const std::string mended =
       fixtureMovies(dest,
                     {{"scan-mended-" + std::string(name) + std::to_string(std::hash<std::string>()(undone)) + ".mp4",
-                      {"-vf", undone, "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "veryfast", "-crf", "14"}}})
+                      {"-vf", undone, "-pix_fmt", "yuv420p", "-c:v", "libx264", "-preset", "ultrafast", "-crf", "14"}}})
           .front();
   const PrintedJson after = scanned({scanMaster(), mended});
   const double left = after["finding"]["difference"].number();
@@ -65,7 +65,7 @@ INSTANTIATE_TEST_SUITE_P(Rows, MendedMovies, mendedRows, nameOfRow);
 /// The master with colours as films have them: once luma goes down without them, hardly any lie beyond R'G'B'.
 std::string calmMaster() {
   return fixtureMovies(scanMaster(), {{"scan-calm.mp4",
-                                       {"-vf", "hue=s=0.45", "-c:v", "libx264", "-preset", "veryfast", "-crf", "16"}}})
+                                       {"-vf", "hue=s=0.45", "-c:v", "libx264", "-preset", "ultrafast", "-crf", "16"}}})
       .front();
 }
 
@@ -78,7 +78,7 @@ std::string throughTable(const std::string& movie, const std::string& table) {
   const std::string filter = "scale=in_color_matrix=bt601:in_range=tv" + care + ",format=gbrp16," + lookup + table +
                              ",scale=out_color_matrix=bt601:out_range=tv" + care + ",format=yuv420p";
   const std::string name = "scan-looked-up-" + std::to_string(std::hash<std::string>()(text)) + ".mp4";
-  return fixtureMovies(movie, {{name, {"-vf", filter, "-c:v", "libx264", "-preset", "veryfast", "-crf", "14"}}})
+  return fixtureMovies(movie, {{name, {"-vf", filter, "-c:v", "libx264", "-preset", "ultrafast", "-crf", "14"}}})
       .front();
 }
 

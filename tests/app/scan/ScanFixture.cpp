@@ -9,7 +9,7 @@
 
 namespace {
 
-const std::vector<std::string> encoded{"-c:v", "libx264", "-preset", "veryfast", "-crf", "18"};
+const std::vector<std::string> encoded{"-c:v", "libx264", "-preset", "ultrafast", "-crf", "18"};
 
 constexpr const char* still = "mandelbrot=s=320x180:r=24:start_scale=0.3:end_scale=0.2";
 
@@ -19,7 +19,7 @@ std::string reel() {
       {"-f", "lavfi", "-i", "mandelbrot=s=320x180:r=24:start_scale=1:end_scale=0.02:end_pts=300", "-f", "lavfi", "-i",
        "mandelbrot=s=320x180:r=24:start_x=-1.2:start_y=0.2:start_scale=0.5:end_scale=0.01:end_pts=300",
        "-filter_complex", "[0:v]trim=duration=6[a];[1:v]trim=duration=6[b];[a][b]concat=n=2,format=yuv420p", "-c:v",
-       "libx264", "-preset", "veryfast", "-crf", "16", "-g", "24"});
+       "libx264", "-preset", "ultrafast", "-crf", "16", "-g", "24"});
 }
 
 QString exported(const std::string& name, std::vector<std::string> arguments) {
@@ -35,7 +35,7 @@ QString reelMovie() {
 
 QString darkerFromMovie() {
   return exported("scan-darker-from.mp4",
-                  {"-vf", "lutyuv=y='16+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'"});
+                  {"-vf", "lutyuv=y='16.5+219*pow(clip((val-16)/219,0,1),1.2)':enable='gte(t,6.98)'"});
 }
 
 QString leaderMovie() {
