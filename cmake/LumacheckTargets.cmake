@@ -119,6 +119,8 @@ function(lumacheck_test name)
   cmake_parse_arguments(ARG "" "" "FILES;LIBS;LABELS" ${ARGN})
   add_executable(${name} ${ARG_FILES})
   target_compile_options(${name} PRIVATE ${LUMACHECK_TEST_OPTIONS})
+  # All at once: what tests instantiate of GoogleTest is compiled anew in every batch.
+  set_target_properties(${name} PROPERTIES UNITY_BUILD_BATCH_SIZE 0)
   target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
   target_link_libraries(${name} PRIVATE
     lumacheck_options ${ARG_LIBS} test_support GTest::gmock GTest::gtest GTest::gtest_main)
