@@ -77,6 +77,10 @@ Result<ReplacementFile> ReplacementFile::create(const std::string& path, FileCal
   return file;
 }
 
+std::string ReplacementFile::pathWhileOpen() const {
+  return "/proc/self/fd/" + std::to_string(file_.get());
+}
+
 Result<void> ReplacementFile::settleTarget() {
   if (path_.find('\0') != std::string::npos) return failed(EILSEQ, Step::Create);
   constexpr int mostLinks = 40;

@@ -37,6 +37,8 @@ class ReplacementFile {
   FileRef ref() const { return {file_.get(), path_}; }
   FileCalls& calls() const { return *calls_; }
   const std::string& path() const { return path_; }
+  /// A path by which this process can read what was written, before it is published and after.
+  std::string pathWhileOpen() const;
 
   /// Makes it that long, all zeros, and takes no space for it.
   Result<void> resize(std::uint64_t size);

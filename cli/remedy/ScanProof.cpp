@@ -94,13 +94,16 @@ ScanProof ProofFile::made(const movie::Movie& source, const movie::Movie& dest, 
   if (const auto written = write({source, dest, rows, proof.frames, *segment->recipe}, onProgress); !written) {
     return ended(written.error(), true);
   }
-  const auto opened = movie::Movie::movieWithFile(proof.path);
+  const auto opened = movie::Movie::movieWithFile(place_.pathWhileOpen());
   if (!opened) return ended(opened.error().message(), true);
   const auto before = residualIn(source, dest, proof.frames.first, result, proof.frames);
   const auto after = residualIn(source, **opened, 0, result, proof.frames);
   if (!before || !after) return ended((before ? after : before).error().message(), true);
   proof.before = *before;
   proof.after = *after;
+  if (const auto published = place_.publish(); !published) {
+    return ended(unwritable(proof.path, "The proof", published.error()).message, true);
+  }
   return proof;
 }
 
@@ -113,9 +116,6 @@ tl::expected<void, std::string> ProofFile::write(const ProofSubject& subject, co
   };
   const auto made = writeProof(subject, *encoder_, output, onProgress);
   if (!made) return tl::unexpected(why.empty() ? place_.path() + ": " + made.error() : why);
-  if (const auto published = place_.publish(); !published) {
-    return tl::unexpected(unwritable(place_.path(), "The proof", published.error()).message);
-  }
   return {};
 }
 

@@ -30,8 +30,8 @@ class ProofFile {
   static tl::expected<ProofFile, ScanProblem> at(const std::string& path, const std::vector<std::string>& movies);
 
   /// Makes it around the frame that differs most, within a segment that can be undone, and holds it against the frames
-  /// of the source that the destination showed there. `onProgress` is told how far that is; true ends
-  /// it, and leaves nothing.
+  /// of the source that the destination showed there; what cannot be held against them gets no name. `onProgress` is
+  /// told how far that is; true ends it, and leaves nothing.
   ScanProof made(const movie::Movie& source, const movie::Movie& dest, const scan::MoviePair& rows,
                  const scan::ScanResult& result, const scan::OnProgress& onProgress);
 

@@ -122,6 +122,21 @@ TEST(ReplacementFile, KeepsAFileThatTookTheNameMeanwhile) {
   }
 }
 
+TEST(ReplacementFile, CanBeReadBeforeItHasItsName) {
+  for (const bool named : {false, true}) {
+    const Place place(true);
+    FaultyCalls calls([named](Call call, std::size_t) { return ofFileSystem(named, call); });
+    auto file = ReplacementFile::create(place.path(), calls);
+    ASSERT_TRUE(file);
+    ASSERT_TRUE(file->write(0, newBytes));
+    EXPECT_EQ(contentOf(file->pathWhileOpen()), newBytes);
+    EXPECT_EQ(contentOf(place.path()), oldBytes);
+    ASSERT_TRUE(file->publish());
+    EXPECT_EQ(contentOf(file->pathWhileOpen()), newBytes);
+    EXPECT_EQ(place.found(), "new");
+  }
+}
+
 TEST(ReplacementFile, RefusesWhatIsNoFile) {
   const TemporaryFolder folder;
   fs::create_directory(folder.path("folder"));
